@@ -1,0 +1,198 @@
+#include "log4vrk/platform/I18NString.h"
+
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+
+#include "log4vrk/platform/VRKThreadExit.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+namespace {
+
+constexpr char16_t REPLACEMENT = 0xFFFD;
+
+// How many bytes at the start are ASCII, looked at eight at a time.
+std::size_t asciiRun(std::string_view bytes) {
+  std::size_t i = 0;
+  for (; i + 8 <= bytes.size(); i += 8) {
+    std::uint64_t block;
+    std::memcpy(&block, bytes.data() + i, 8);
+    if (block & 0x8080808080808080u) break;
+  }
+  while (i < bytes.size() && static_cast<unsigned char>(bytes[i]) < 0x80) ++i;
+  return i;
+}
+
+std::size_t asciiRun(std::u16string_view units) {
+  std::size_t i = 0;
+  for (; i + 4 <= units.size(); i += 4) {
+    std::uint64_t block;
+    std::memcpy(&block, units.data() + i, 8);
+    if (block & 0xFF80FF80FF80FF80u) break;
+  }
+  while (i < units.size() && units[i] < 0x80) ++i;
+  return i;
+}
+
+// ICU counts in 32 bits, and a UTF-16 unit gives up to three bytes.
+constexpr std::size_t MOST_UNITS = 0x28000000;
+
+void checkLength(std::size_t length) {
+  if (VRKFault::hit(VRKFault::TEXT_CONVERSION) || length > MOST_UNITS) {
+    throw I18NRuntimeError("text too long to convert", VRK_HERE);
+  }
+}
+
+void appendWidened(std::u16string& out, std::string_view utf8) {
+  const std::size_t ascii = asciiRun(utf8);
+  out.append(utf8.begin(), utf8.begin() + static_cast<std::ptrdiff_t>(ascii));
+  utf8.remove_prefix(ascii);
+  if (utf8.empty()) return;
+
+  checkLength(utf8.size());
+  const std::size_t start = out.size();
+  out.resize(start + utf8.size());
+  std::int32_t length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strFromUTF8WithSub(&out[start], static_cast<std::int32_t>(utf8.size()), &length, utf8.data(),
+                       static_cast<std::int32_t>(utf8.size()), REPLACEMENT, nullptr, &status);
+  if (U_FAILURE(status)) throw I18NRuntimeError(u_errorName(status), VRK_HERE);
+  out.resize(start + static_cast<std::size_t>(length));
+}
+
+void appendNarrowed(std::string& out, std::u16string_view units) {
+  checkLength(units.size());
+  const std::size_t ascii = asciiRun(units);
+  std::size_t start = out.size();
+  out.resize(start + ascii);
+  for (std::size_t i = 0; i < ascii; ++i) out[start + i] = static_cast<char>(units[i]);
+  units.remove_prefix(ascii);
+  if (units.empty()) return;
+
+  start = out.size();
+  out.resize(start + 3 * units.size());
+  std::int32_t length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strToUTF8WithSub(&out[start], static_cast<std::int32_t>(3 * units.size()), &length, units.data(),
+                     static_cast<std::int32_t>(units.size()), REPLACEMENT, nullptr, &status);
+  if (U_FAILURE(status)) throw I18NRuntimeError(u_errorName(status), VRK_HERE);
+  out.resize(start + static_cast<std::size_t>(length));
+}
+
+std::string_view viewOf(const char* bytes) { return bytes == nullptr ? std::string_view() : std::string_view(bytes); }
+
+template <typename Integer>
+void appendDecimal(std::u16string& out, Integer value) {
+  char digits[24];
+  const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  out.append(static_cast<const char*>(digits), end);
+}
+
+// The bytes that c_str() lends.
+std::string& lentBytes() {
+  static thread_local std::string* bytes = nullptr;
+  if (bytes == nullptr) {
+    static VRKThreadExit& exit = vrkImmortal<VRKThreadExit>([](void* lent) {
+      bytes = nullptr;
+      delete static_cast<std::string*>(lent);
+    });
+    bytes = new std::string;
+    exit.set(bytes);
+  }
+  return *bytes;
+}
+
+}  // namespace
+
+I18NString::I18NString(const char* utf8) : I18NString(viewOf(utf8)) {}
+
+I18NString::I18NString(const char16_t* utf16) : m_text(utf16 == nullptr ? u"" : utf16) {}
+
+I18NString::I18NString(std::string_view utf8) { appendWidened(m_text, utf8); }
+
+I18NString::I18NString(const char* bytes, const char* encoding) {
+  const std::string_view in = viewOf(bytes);
+  checkLength(in.size());
+  UErrorCode status = U_ZERO_ERROR;
+  std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open(encoding, &status), &ucnv_close);
+  if (U_FAILURE(status)) throw I18NRuntimeError(I18NString("unknown encoding ") + encoding, VRK_HERE);
+  m_text.resize(2 * in.size());  // no encoding gives more than two units for a byte
+  const std::int32_t length = ucnv_toUChars(converter.get(), m_text.data(), static_cast<std::int32_t>(m_text.size()),
+                                            in.data(), static_cast<std::int32_t>(in.size()), &status);
+  if (U_FAILURE(status)) throw I18NRuntimeError(u_errorName(status), VRK_HERE);
+  m_text.resize(static_cast<std::size_t>(length));
+}
+
+std::string I18NString::toUtf8() const {
+  std::string out;
+  appendNarrowed(out, m_text);
+  return out;
+}
+
+void I18NString::appendUtf8To(std::string& out) const { appendNarrowed(out, m_text); }
+
+const char* I18NString::c_str(long* length) const {
+  std::string& bytes = lentBytes();
+  bytes.clear();
+  appendNarrowed(bytes, m_text);
+  if (length != nullptr) *length = static_cast<long>(bytes.size() + 1);
+  return bytes.c_str();
+}
+
+std::unique_ptr<char[]> I18NString::toBytes(long* length) const {
+  const std::string utf8 = toUtf8();
+  std::unique_ptr<char[]> bytes(new char[utf8.size() + 1]);
+  std::memcpy(bytes.get(), utf8.c_str(), utf8.size() + 1);
+  if (length != nullptr) *length = static_cast<long>(utf8.size());
+  return bytes;
+}
+
+I18NString I18NString::substring(std::size_t begin, std::size_t count) const {
+  return begin >= m_text.size() ? I18NString() : I18NString(m_text.substr(begin, count));
+}
+
+bool I18NString::startsWith(const I18NString& prefix) const noexcept {
+  return m_text.compare(0, prefix.m_text.size(), prefix.m_text) == 0;
+}
+
+void I18NString::insert(std::size_t position, std::size_t count, char16_t unit) {
+  m_text.insert(std::min(position, m_text.size()), count, unit);
+}
+
+void I18NString::erase(std::size_t position, std::size_t count) {
+  m_text.erase(std::min(position, m_text.size()), count);
+}
+
+I18NString& I18NString::operator+=(const I18NString& text) {
+  m_text += text.m_text;
+  return *this;
+}
+
+I18NString& I18NString::operator+=(const char* utf8) {
+  appendWidened(m_text, viewOf(utf8));
+  return *this;
+}
+
+I18NString& I18NString::operator+=(char ascii) {
+  m_text += static_cast<char16_t>(static_cast<unsigned char>(ascii));
+  return *this;
+}
+
+I18NString& I18NString::operator+=(char16_t unit) {
+  m_text += unit;
+  return *this;
+}
+
+I18NString& I18NString::operator+=(long long value) {
+  appendDecimal(m_text, value);
+  return *this;
+}
+
+I18NString& I18NString::operator+=(unsigned long long value) {
+  appendDecimal(m_text, value);
+  return *this;
+}

@@ -1,0 +1,95 @@
+// The text type of the library: UTF-16 inside, UTF-8 at the platform's boundary.
+
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "log4vrk/platform/VRKExport.h"
+
+/// A text in UTF-16. Narrow text is UTF-8 unless an encoding is named. Ill-formed input never fails: what cannot be
+/// decoded becomes U+FFFD, so that a log call is not lost over one bad byte.
+///
+/// Thread safety: as std::string; const operations may run at once.
+class LOG4VRK_EXPORT I18NString {
+ public:
+  static constexpr std::size_t npos = std::u16string::npos;
+
+  I18NString() noexcept = default;
+  /// A null pointer is the empty text.
+  I18NString(const char* utf8);
+  I18NString(const char16_t* utf16);
+  explicit I18NString(std::string_view utf8);
+  explicit I18NString(std::u16string_view utf16) : m_text(utf16) {}
+  explicit I18NString(std::u16string&& utf16) noexcept : m_text(std::move(utf16)) {}
+  /// `encoding` is any name that ICU knows ("ascii", "iso-8859-1"); an unknown one raises I18NRuntimeError.
+  I18NString(const char* bytes, const char* encoding);
+
+  std::size_t length() const noexcept { return m_text.size(); }
+  bool isEmpty() const noexcept { return m_text.empty(); }
+  /// Keeps the capacity.
+  void clear() noexcept { m_text.clear(); }
+  char16_t operator[](std::size_t index) const { return m_text[index]; }
+
+  std::u16string_view view() const noexcept { return m_text; }
+  std::string toUtf8() const;
+  void appendUtf8To(std::string& out) const;
+
+  /// The text in UTF-8, valid until this thread's next call. `*length` counts the terminating zero byte.
+  const char* c_str(long* length = nullptr) const;
+  /// A copy of the text in UTF-8 that ends in a zero byte, which `*length` does not count.
+  std::unique_ptr<char[]> toBytes(long* length = nullptr) const;
+
+  /// `count` units from `begin`; a `begin` past the end gives the empty text.
+  I18NString substring(std::size_t begin, std::size_t count = npos) const;
+  bool startsWith(const I18NString& prefix) const noexcept;
+  /// Where the last occurrence that begins at or before `from` begins, or npos.
+  std::size_t findLast(const I18NString& text, std::size_t from = npos) const noexcept {
+    return m_text.rfind(text.m_text, from);
+  }
+
+  /// Puts `count` times `unit` in front of the unit at `position`. A position past the end is the end, here and below.
+  void insert(std::size_t position, std::size_t count, char16_t unit);
+  /// Takes out up to `count` units from `position`.
+  void erase(std::size_t position, std::size_t count);
+
+  I18NString& operator+=(const I18NString& text);
+  I18NString& operator+=(const char* utf8);
+  I18NString& operator+=(char ascii);
+  I18NString& operator+=(char16_t unit);
+  // Decimal, without leading zeros.
+  I18NString& operator+=(int value) { return *this += static_cast<long long>(value); }
+  I18NString& operator+=(unsigned value) { return *this += static_cast<unsigned long long>(value); }
+  I18NString& operator+=(long value) { return *this += static_cast<long long>(value); }
+  I18NString& operator+=(unsigned long value) { return *this += static_cast<unsigned long long>(value); }
+  I18NString& operator+=(long long value);
+  I18NString& operator+=(unsigned long long value);
+
+  friend bool operator==(const I18NString& a, const I18NString& b) noexcept { return a.m_text == b.m_text; }
+  friend bool operator!=(const I18NString& a, const I18NString& b) noexcept { return a.m_text != b.m_text; }
+  friend bool operator<(const I18NString& a, const I18NString& b) noexcept { return a.m_text < b.m_text; }
+
+  template <typename T>
+  friend I18NString operator+(I18NString a, const T& b) {
+    a += b;
+    return a;
+  }
+  friend I18NString operator+(const char* a, const I18NString& b) {
+    I18NString sum(a);
+    sum += b;
+    return sum;
+  }
+
+ private:
+  std::u16string m_text;
+};
+
+template <>
+struct std::hash<I18NString> {
+  std::size_t operator()(const I18NString& text) const noexcept {
+    return std::hash<std::u16string_view>()(text.view());
+  }
+};

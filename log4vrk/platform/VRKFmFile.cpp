@@ -1,0 +1,130 @@
+#include "log4vrk/platform/VRKFmFile.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "log4vrk/platform/VRKFault.h"
+
+namespace {
+
+constexpr mode_t NEW_FILE_MODE = 0640;
+
+int openDescriptor(const I18NString& path, int flags) {
+  const std::string bytes = path.toUtf8();
+  int descriptor;
+  do {
+    descriptor = ::open(bytes.c_str(), flags | O_CLOEXEC | O_NOCTTY, NEW_FILE_MODE);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
+int systemFlags(int flags) {
+  int result = O_WRONLY | O_APPEND;
+  if (flags & VRKFmFile::TRUNCATE) result |= O_TRUNC;
+  if ((flags & VRKFmFile::CREATE_EXCLUSIVE) == VRKFmFile::CREATE_EXCLUSIVE) result |= O_CREAT | O_EXCL;
+  return result;
+}
+
+bool injected(VRKFault::Point point) {
+  if (!VRKFault::hit(point)) return false;
+  errno = EIO;
+  return true;
+}
+
+// A descriptor that somebody made non-blocking, such as a shared terminal, may be full for a moment.
+bool waitUntilWritable(int descriptor) {
+  pollfd waiting{descriptor, POLLOUT, 0};
+  return ::poll(&waiting, 1, -1) > 0 || errno == EINTR;
+}
+
+}  // namespace
+
+VRKFmFile::~VRKFmFile() { close(); }
+
+bool VRKFmFile::openForReading(const I18NString& path) { return adopt(openDescriptor(path, O_RDONLY), path); }
+
+bool VRKFmFile::open(const I18NString& path, int flags) {
+  return adopt(openDescriptor(path, systemFlags(flags)), path);
+}
+
+bool VRKFmFile::attach(int descriptor) {
+  const bool valid = !injected(VRKFault::FILE_ATTACH) && ::fcntl(descriptor, F_GETFD) >= 0;
+  if (!adopt(valid ? descriptor : -1, I18NString(descriptor == STDERR_FILENO ? "stderr" : "stdout"))) return false;
+  m_owned = false;
+  m_seeks = ::lseek(descriptor, 0, SEEK_CUR) >= 0;
+  return true;
+}
+
+bool VRKFmFile::adopt(int descriptor, const I18NString& name) {
+  m_lastError = descriptor < 0 ? errno : 0;
+  if (descriptor < 0) return false;
+  close();
+  m_descriptor = descriptor;
+  m_owned = true;
+  m_seeks = false;
+  m_name = name;
+  return true;
+}
+
+long VRKFmFile::seekFromEnd(long offset) {
+  if (injected(VRKFault::FILE_SEEK)) return fails(-1);
+  if (!m_seeks) return 0;
+  if (::lseek(m_descriptor, offset, SEEK_END) < 0) return fails(-1);
+  return 0;
+}
+
+long VRKFmFile::write(const char* bytes, long count) {
+  if (injected(VRKFault::FILE_WRITE)) return fails(-1);
+  long done = 0;
+  while (done < count) {
+    const ssize_t written = ::write(m_descriptor, bytes + done, static_cast<std::size_t>(count - done));
+    if (written >= 0) {
+      done += static_cast<long>(written);
+    } else if (errno == EAGAIN ? !waitUntilWritable(m_descriptor) : errno != EINTR) {
+      return fails(-1);
+    }
+  }
+  return count;
+}
+
+int VRKFmFile::flush() {
+  if (injected(VRKFault::FILE_FLUSH)) return static_cast<int>(fails(0));
+  return m_descriptor >= 0 ? 1 : 0;
+}
+
+void VRKFmFile::close() {
+  if (m_owned && m_descriptor >= 0) ::close(m_descriptor);
+  m_descriptor = -1;
+  m_owned = false;
+}
+
+std::int64_t VRKFmFile::size() {
+  struct stat status;
+  if (::fstat(m_descriptor, &status) == 0) return status.st_size;
+  return fails(-1);
+}
+
+bool VRKFmFile::readWord(std::string& word) {
+  word.clear();
+  char c;
+  ssize_t count;
+  while ((count = ::read(m_descriptor, &c, 1)) == 1) {
+    const bool blank = c == ' ' || (c >= '\t' && c <= '\r');
+    if (!blank) {
+      word += c;
+    } else if (!word.empty()) {
+      break;
+    }
+  }
+  if (count < 0) fails(-1);
+  return !word.empty();
+}
+
+long VRKFmFile::fails(long result) {
+  m_lastError = errno;
+  return result;
+}

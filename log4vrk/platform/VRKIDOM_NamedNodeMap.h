@@ -1,0 +1,5 @@
+// The attributes of an XML element; see VRKIDOM.h.
+
+#pragma once
+
+#include "log4vrk/platform/VRKIDOM.h"

@@ -1,0 +1,5 @@
+// The handle of a node of an XML document; see VRKIDOM.h.
+
+#pragma once
+
+#include "log4vrk/platform/VRKIDOM.h"

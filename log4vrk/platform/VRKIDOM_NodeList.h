@@ -1,0 +1,5 @@
+// A list of nodes of an XML document; see VRKIDOM.h.
+
+#pragma once
+
+#include "log4vrk/platform/VRKIDOM.h"

@@ -1,0 +1,5 @@
+// Reads XML documents from files; see VRKIDOM.h.
+
+#pragma once
+
+#include "log4vrk/platform/VRKIDOM.h"

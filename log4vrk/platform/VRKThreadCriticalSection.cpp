@@ -1,0 +1,27 @@
+#include "log4vrk/platform/VRKThreadCriticalSection.h"
+
+#include <cerrno>
+
+#include "log4vrk/platform/VRKThrowable.h"
+
+namespace {
+
+thread_local char t_self;
+
+}  // namespace
+
+void VRKThreadCriticalSection::lock() {
+  if (VRKFault::hit(VRKFault::LOCK)) throw VRKSystemError(EAGAIN, "critical section", VRK_HERE);
+  const void* const self = &t_self;
+  if (m_owner.load(std::memory_order_relaxed) != self) {
+    m_mutex.lock();
+    m_owner.store(self, std::memory_order_relaxed);
+  }
+  ++m_depth;
+}
+
+void VRKThreadCriticalSection::unlock() {
+  if (--m_depth != 0) return;
+  m_owner.store(nullptr, std::memory_order_relaxed);
+  m_mutex.unlock();
+}

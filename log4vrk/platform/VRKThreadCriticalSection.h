@@ -1,0 +1,45 @@
+// The lock of the library's objects, and its scoped guard.
+
+#pragma once
+
+#include <atomic>
+#include <mutex>
+
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKThreadSafety.h"
+
+/// A lock that its owner may take again: application code that an appender calls may come back to the same object. The
+/// integer is accepted for existing callers and changes nothing. A copy of an owner gets a lock of its own, which is
+/// free.
+///
+/// A thread that forks keeps in the child what it held; the recursive locks of the thread library cannot be given back
+/// there.
+class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection {
+ public:
+  explicit VRKThreadCriticalSection(int = 0) {}
+  VRKThreadCriticalSection(const VRKThreadCriticalSection&) {}
+  VRKThreadCriticalSection& operator=(const VRKThreadCriticalSection&) { return *this; }
+
+  /// Raises VRKSystemError when the lock cannot be taken.
+  void lock() VRK_ACQUIRE();
+  void unlock() VRK_RELEASE();
+
+ private:
+  std::mutex m_mutex;
+  std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has
+  int m_depth = 0;                            // the owner's
+};
+
+/// Holds a critical section for the life of a scope.
+class VRK_SCOPED_CAPABILITY VRKThreadGuard {
+ public:
+  explicit VRKThreadGuard(VRKThreadCriticalSection& section) VRK_ACQUIRE(section) : m_section(section) {
+    m_section.lock();
+  }
+  ~VRKThreadGuard() VRK_RELEASE() { m_section.unlock(); }
+  VRKThreadGuard(const VRKThreadGuard&) = delete;
+  VRKThreadGuard& operator=(const VRKThreadGuard&) = delete;
+
+ private:
+  VRKThreadCriticalSection& m_section;
+};
