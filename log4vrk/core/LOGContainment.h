@@ -1,0 +1,73 @@
+// The library's rule for errors that reach a public operation.
+
+#pragma once
+
+#include <utility>
+
+#include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+/// What an operation writes to the internal log, by the kind of error.
+struct LOGFailureTexts {
+  const char* textError;
+  const char* throwable;
+  const char* unknown;
+};
+
+/// Runs `operation`. The library's own errors are written with their description and end here; anything else is written
+/// and raised again, because it is not the library's to judge.
+template <typename Operation>
+void logContain(const LOGFailureTexts& texts, Operation&& operation) {
+  try {
+    operation();
+  } catch (I18NRuntimeError& error) {
+    LOGLogLog::error(texts.textError, error);
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(texts.throwable, error);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    LOGLogLog::error(texts.unknown);
+    throw;
+  }
+}
+
+/// The same with one text for every kind.
+template <typename Operation>
+void logContain(const char* text, Operation&& operation) {
+  logContain({text, text, text}, operation);
+}
+
+/// Runs `operation` and lets nothing out: what it raises is written, and `failed` returned.
+template <typename Operation>
+auto logContainAll(const LOGFailureTexts& texts, decltype(std::declval<Operation>()()) failed, Operation&& operation)
+    -> decltype(operation()) {
+  try {
+    return operation();
+  } catch (I18NRuntimeError& error) {
+    LOGLogLog::error(texts.textError, error);
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(texts.throwable, error);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    LOGLogLog::error(texts.unknown);
+  }
+  return failed;
+}
+
+/// Runs `operation` and lets errors pass, after one line in the internal log that names the operation, not the cause.
+template <typename Operation>
+auto logReport(const char* text, Operation&& operation) -> decltype(operation()) {
+  try {
+    return operation();
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(text, error);
+    throw;
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    LOGLogLog::error(text);
+    throw;
+  }
+}

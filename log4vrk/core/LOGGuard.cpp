@@ -1,0 +1,49 @@
+#include "log4vrk/core/LOGGuard.h"
+
+#include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGThreadState.h"
+#include "log4vrk/platform/VRKNoCancellation.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+namespace {
+
+constexpr std::size_t MOST_DEFERRED = 1000;
+
+}  // namespace
+
+LOGDeferral::LOGDeferral() : m_thread(LOGThreadState::current()) { ++m_thread.calls; }
+
+LOGDeferral::~LOGDeferral() {
+  if (--m_thread.calls == 0 && !m_thread.deferred.empty() && !m_thread.delivering) deliverAll(m_thread);
+}
+
+void LOGDeferral::deliverAll(LOGThreadState& thread) {
+  const VRKNoCancellation finished;
+  thread.delivering = true;
+  while (!thread.deferred.empty()) {
+    const LOGThreadState::Deferred next = std::move(thread.deferred.front());
+    thread.deferred.pop_front();
+    next.logger->deliver(next.event.get());
+  }
+  thread.delivering = false;
+  thread.taken = 0;
+}
+
+bool LOGDeferral::active() { return LOGThreadState::current().calls > 0; }
+
+void LOGDeferral::defer(LOGLogger* logger, const LOGLoggingEvent& event) {
+  LOGThreadState& thread = LOGThreadState::current();
+  if (thread.taken == MOST_DEFERRED) {
+    ++thread.taken;
+    LOGLogLog::error("Too many log calls from inside a log call, dropping events.");
+  }
+  if (thread.taken > MOST_DEFERRED) return;
+  try {
+    thread.deferred.push_back({logger, std::make_unique<LOGLoggingEvent>(event)});
+    ++thread.taken;
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(error);
+  }
+}

@@ -1,0 +1,68 @@
+// How a thread comes into the library: through the gate, with its own log calls put off, and with an object's lock.
+
+#pragma once
+
+#include "log4vrk/core/LOGGate.h"
+#include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKMutex.h"
+
+class LOGLogger;
+class LOGLoggingEvent;
+struct LOGThreadState;
+
+/// For the life of a scope, log calls made by this thread are put off: application code that the library calls (an
+/// appender, a renderer, a listener, a factory) may log, and the events are delivered, in order, when the outermost
+/// scope ends and the thread holds no lock. At most 1000 events are put off in one outermost scope; what comes after is
+/// dropped with one line in the internal log.
+class LOG4VRK_EXPORT LOGDeferral {
+ public:
+  LOGDeferral();
+  ~LOGDeferral();
+  LOGDeferral(const LOGDeferral&) = delete;
+  LOGDeferral& operator=(const LOGDeferral&) = delete;
+
+  /// True when the thread is inside a library call, so that a log call has to be put off.
+  static bool active();
+  /// Keeps a copy of the event for `logger`.
+  static void defer(LOGLogger* logger, const LOGLoggingEvent& event);
+
+ private:
+  static void deliverAll(LOGThreadState& thread);
+
+  LOGThreadState& m_thread;
+};
+
+/// A library call that may run application code: log calls put off, inside the gate.
+class LOG4VRK_EXPORT LOGCallScope {
+ private:
+  LOGDeferral m_deferral;  // first: it delivers after the gate has been left
+  LOGGate::Pass m_pass;
+};
+
+/// A library call that holds one of the library's own locks for a few instructions, inside the gate.
+class VRK_SCOPED_CAPABILITY LOGLeafGuard {
+ public:
+  explicit LOGLeafGuard(VRKMutex& mutex) VRK_ACQUIRE(mutex) : m_guard(mutex) {}
+  ~LOGLeafGuard() VRK_RELEASE() {}
+  LOGLeafGuard(const LOGLeafGuard&) = delete;
+  LOGLeafGuard& operator=(const LOGLeafGuard&) = delete;
+
+ private:
+  LOGGate::Pass m_pass;
+  VRKMutexGuard m_guard;
+};
+
+/// A library call that holds the lock of an object.
+class LOG4VRK_EXPORT VRK_SCOPED_CAPABILITY LOGGuard {
+ public:
+  /// Raises what the lock raises.
+  explicit LOGGuard(const LOGMutex& owner) VRK_ACQUIRE(owner.criticalSection()) : m_guard(owner.criticalSection()) {}
+  ~LOGGuard() VRK_RELEASE() {}
+  LOGGuard(const LOGGuard&) = delete;
+  LOGGuard& operator=(const LOGGuard&) = delete;
+
+ private:
+  LOGCallScope m_scope;  // first: it ends after the lock is free
+  VRKThreadGuard m_guard;
+};

@@ -1,0 +1,90 @@
+// The repository: the tree of loggers.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "log4vrk/core/LOGDefaultLoggerFactory.h"
+#include "log4vrk/core/LOGHashtable.h"
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLoggerRepository.h"
+#include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/core/LOGRendererSupport.h"
+#include "log4vrk/layouts/LOGRendererMap.h"
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKMutex.h"
+
+class LOGHierarchyEventListener;
+class LOGProvisionNode;
+
+/// Finds or makes loggers by their dotted names and links each to its nearest existing ancestor; placeholders stand for
+/// ancestors that have not been made.
+///
+/// Thread safety: any thread.
+/// Ownership: the loggers, the root included; they live until the repository is destroyed. Listeners are the program's.
+class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository, public LOGRendererSupport {
+ public:
+  /// Takes the root over. The threshold is ALL.
+  explicit LOGHierarchy(LOGLogger* root);
+  LOGHierarchy(const LOGHierarchy&) = delete;
+  LOGHierarchy& operator=(const LOGHierarchy&) = delete;
+  /// Closes all appenders before the loggers go.
+  ~LOGHierarchy() override;
+
+  /// Warns once in the life of the repository.
+  void emitNoAppenderWarning(LOGLogger* logger) override;
+  /// The logger of that name, or null; a placeholder does not count.
+  LOGLogger* exists(const I18NString& name) override;
+  /// A text that names no level is warned about and changes nothing.
+  void setThreshold(const I18NString& level) override;
+  /// Null changes nothing.
+  void setThreshold(LOGLevel* level) override;
+  void fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) override;
+  LOGLevel* getThreshold() override { return m_threshold.load(std::memory_order_acquire); }
+  LOGLogger* getLogger(const I18NString& name) override;
+  /// The factory is asked only when there is no logger of that name, and without a lock held: a logger that another
+  /// thread made meanwhile goes before.
+  LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory) override;
+  VRKList<LOGLogger*>* getCurrentLoggers() override;
+  LOGRendererMap& getRendererMap() override { return m_rendererMap; }
+  LOGLogger* getRootLogger() override { return m_root.get(); }
+  /// True when the threshold is above the rank.
+  bool isDisabled(long level) override { return m_thresholdRank.load(std::memory_order_relaxed) > level; }
+  /// Root back to DEBUG, threshold to ALL, everything closed, all other levels cleared and loggers additive, no
+  /// renderers. The appenders stay attached.
+  void resetConfiguration() override;
+  void setRenderer(LOGObject* renderedClass, LOGObjectRenderer* renderer) override;
+  void setRenderer(const I18NString& renderedClassName, LOGObjectRenderer* renderer) override;
+  /// Closes the appenders of the root, then those of every other logger, then the configurator and the internal log.
+  /// Raises nothing; what one appender raises does not keep the others from being closed.
+  void shutdown() override;
+
+  /// Null raises VRKAssertError; the same listener is kept once.
+  void addHierarchyEventListener(LOGHierarchyEventListener* listener);
+
+ private:
+  LOGLogger* find(const I18NString& name);
+  LOGLogger* add(std::unique_ptr<LOGLogger> made);
+  void updateParents(LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
+  void updateChildren(LOGProvisionNode* provisionNode, LOGLogger* parentLogger) VRK_REQUIRES(m_ht->criticalSection());
+  bool putNew(const I18NString& name, LOGObject* value) VRK_REQUIRES(m_ht->criticalSection());
+  void keepUnlisted(std::unique_ptr<LOGLogger> logger);
+  void closeAllAppenders();
+
+  // Constant after construction.
+  LOGDefaultLoggerFactory m_defaultFactory;
+  const std::unique_ptr<LOGLogger> m_root;
+  const std::unique_ptr<LOGHashtable> m_ht;  // guarded by its own lock
+  LOGRendererMap m_rendererMap;
+
+  // Read by every log call.
+  std::atomic<LOGLevel*> m_threshold{LOGLevel::ALL_OBJ};
+  std::atomic<int> m_thresholdRank;
+  std::atomic<int> m_emittedNoAppenderWarning{0};
+
+  std::vector<LOGHierarchyEventListener*> m_listeners VRK_GUARDED_BY(m_critSection);
+  // Loggers that found no room in the table, or their name taken. A factory may have logged through them, so they stay.
+  std::vector<std::unique_ptr<LOGLogger>> m_unlisted VRK_GUARDED_BY(m_critSection);
+};

@@ -1,0 +1,133 @@
+#include "log4vrk/core/LOGLogLog.h"
+
+#include <atomic>
+#include <string>
+
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/platform/VRKFmDir.h"
+#include "log4vrk/platform/VRKFmFile.h"
+#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+namespace {
+
+constexpr char SETTINGS_FILE[] = "../configuration/logdebug.ini";
+constexpr char DEFAULT_LOG_FILE[] = "log4vrk.log";
+
+constexpr char PREFIX[] = "log4vrk: ";
+constexpr char WARN_PREFIX[] = "log4vrk:WARN ";
+constexpr char ERROR_PREFIX[] = "log4vrk:ERROR ";
+
+std::atomic<int> g_debugEnabled{0};
+std::atomic<int> g_quietMode{0};
+
+// The last lock of all: nothing but file operations happens under it.
+VRKMutex g_mutex;
+bool g_initialized VRK_GUARDED_BY(g_mutex) = false;
+VRKFmFile* g_file VRK_GUARDED_BY(g_mutex) = nullptr;  // while messages are written
+
+void openLog(const I18NString& path) VRK_REQUIRES(g_mutex) {
+  auto file = std::make_unique<VRKFmFile>();
+  const bool there = VRKFmDir::exists(path, VRKFmDir::REGULAR_FILE);
+  if (file->open(path, there ? VRKFmFile::TRUNCATE : VRKFmFile::CREATE_EXCLUSIVE)) g_file = file.release();
+}
+
+void readSettings() VRK_REQUIRES(g_mutex) {
+  VRKFmFile settings;
+  if (!settings.openForReading(SETTINGS_FILE)) return;
+  std::string debugSwitch, path;
+  settings.readWord(debugSwitch);
+  settings.readWord(path);
+  if (settings.getLastError() != 0) return;
+  if (debugSwitch == "1") g_debugEnabled = 1;
+  openLog(path.empty() ? I18NString(DEFAULT_LOG_FILE) : I18NString(std::string_view(path)));
+}
+
+void writeLine(const std::string& line) VRK_REQUIRES(g_mutex) {
+  if (g_file == nullptr) return;
+  g_file->seekFromEnd(0);
+  g_file->write(line.data(), static_cast<long>(line.size()));
+  g_file->flush();
+}
+
+void initialize() VRK_REQUIRES(g_mutex) {
+  if (g_initialized) return;
+  // Set first, so that a failure below is not met again; its message finds no file, as it always does.
+  g_initialized = true;
+  g_quietMode = 0;
+  const char* failure = nullptr;
+  try {
+    readSettings();
+  } catch (const I18NRuntimeError&) {
+    failure = "LOGLogLog::init - I18nstring exception occurred during log file initialization";
+  } catch (const VRKThrowable&) {
+    failure = "LOGLogLog::init - VRKThrowable exception occurred during log file initialization";
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    failure = "LOGLogLog::init - Unknown error occurred during log file initialization";
+  }
+  if (failure != nullptr) writeLine(std::string(ERROR_PREFIX) + failure + "\n");
+}
+
+template <typename Text>
+void writeMessage(const char* prefix, const Text& appendText) {
+  try {
+    const LOGLeafGuard guard(g_mutex);
+    initialize();
+    if (g_file == nullptr) return;
+    std::string line(prefix);
+    const std::size_t empty = line.size();
+    appendText(line);
+    if (line.size() == empty) return;
+    line += '\n';
+    writeLine(line);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    // There is nobody left to tell.
+  }
+}
+
+void write(const char* prefix, const I18NString& message) {
+  writeMessage(prefix, [&](std::string& line) { message.appendUtf8To(line); });
+}
+
+void write(const char* prefix, const I18NString& message, const VRKThrowable& error) {
+  writeMessage(prefix, [&](std::string& line) {
+    message.appendUtf8To(line);
+    if (line.empty() || line.back() != ' ') line += ' ';
+    line += error.what();
+  });
+}
+
+}  // namespace
+
+void LOGLogLog::init() {
+  const LOGLeafGuard guard(g_mutex);
+  initialize();
+}
+
+void LOGLogLog::debug(const I18NString& message) { write(PREFIX, message); }
+void LOGLogLog::debug(const I18NString& message, VRKThrowable& error) { write(PREFIX, message, error); }
+void LOGLogLog::warn(const I18NString& message) { write(WARN_PREFIX, message); }
+void LOGLogLog::warn(const I18NString& message, VRKThrowable& error) { write(WARN_PREFIX, message, error); }
+void LOGLogLog::error(const I18NString& message) { write(ERROR_PREFIX, message); }
+void LOGLogLog::error(const I18NString& message, VRKThrowable& error) { write(ERROR_PREFIX, message, error); }
+void LOGLogLog::error(const char* message) { write(ERROR_PREFIX, message); }
+void LOGLogLog::error(const char* message, VRKThrowable& error) { write(ERROR_PREFIX, message, error); }
+void LOGLogLog::error(VRKThrowable& error) {
+  writeMessage(ERROR_PREFIX, [&](std::string& line) { line += error.what(); });
+}
+
+void LOGLogLog::setInternalDebugging(int enabled) { g_debugEnabled = enabled; }
+int LOGLogLog::getInternalDebugging() { return g_debugEnabled; }
+void LOGLogLog::setQuietMode(int enabled) { g_quietMode = enabled; }
+int LOGLogLog::getQuietMode() { return g_quietMode; }
+
+void LOGLogLog::shutdown() {
+  const LOGLeafGuard guard(g_mutex);
+  g_initialized = true;
+  delete g_file;
+  g_file = nullptr;
+}

@@ -1,0 +1,239 @@
+#include "log4vrk/core/LOGLogger.h"
+
+#include "log4vrk/appenders/LOGAppenderBundle.h"
+#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLoggerRepository.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGManager.h"
+
+const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
+
+LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
+
+LOGLogger::LOGLogger(const I18NString& name) : m_name(name) { instance("LOGLogger"); }
+
+LOGLogger::LOGLogger(const LOGLogger& other)
+    : LOGMutex(other),
+      LOGAppenderAttachable(other),
+      LOGObject(other),
+      m_name(other.m_name),
+      m_additive(other.getAdditivity()) {
+  LOGAppenderAttachableImpl::Snapshot appenders;
+  {
+    const LOGGuard guard(other);
+    appenders = other.m_aai.snapshot();
+  }
+  const LOGGuard guard(*this);
+  for (const LOGAppenderAttachableImpl::Attached& attached : appenders) m_aai.addAppender(attached.appender);
+  if (const LOGLevel* const level = other.getLevel()) m_level = keptLevel(*level);
+}
+
+LOGLogger::~LOGLogger() = default;
+
+LOGLogger* LOGLogger::getLogger(const I18NString& name) { return LOGManager::getLogger(name); }
+LOGLogger* LOGLogger::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
+  return LOGManager::getLogger(name, factory);
+}
+LOGLogger* LOGLogger::getRootLogger() { return LOGManager::getRootLogger(); }
+LOGLogger* LOGLogger::exists(const I18NString& name) { return LOGManager::exists(name); }
+void LOGLogger::shutdown() { LOGManager::shutdown(); }
+
+LOGLevel* LOGLogger::getChainedLevel() const {
+  for (const LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+    if (LOGLevel* const level = logger->getLevel()) return level;
+  }
+  return nullptr;
+}
+
+// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
+bool LOGLogger::passes(LOGLevel* level) const {
+  LOGLoggerRepository* const repository = getRepository();
+  if (repository != nullptr && repository->isDisabled(level->toInt())) return false;
+  return level->isGreaterOrEqual(getChainedLevel());
+}
+
+bool LOGLogger::isEnabledFor(LOGLevel* level) const {
+  if (getRepository() == nullptr) return false;
+  VRK_ASSERT(level);
+  return passes(level);
+}
+
+void LOGLogger::logShortcut(LOGLevel* level, LOGObject* message) {
+  if (passes(level)) forcedLog(m_FQCN, level, message);
+}
+
+void LOGLogger::logShortcut(LOGLevel* level, const I18NString& text) {
+  if (!passes(level)) return;
+  LOGObject message(text);
+  forcedLog(m_FQCN, level, &message);
+}
+
+void LOGLogger::debug(LOGObject* message) { logShortcut(LOGLevel::DEBUG_OBJ, message); }
+void LOGLogger::info(LOGObject* message) { logShortcut(LOGLevel::INFO_OBJ, message); }
+void LOGLogger::warn(LOGObject* message) { logShortcut(LOGLevel::WARN_OBJ, message); }
+void LOGLogger::error(LOGObject* message) { logShortcut(LOGLevel::ERROR_OBJ, message); }
+void LOGLogger::fatal(LOGObject* message) { logShortcut(LOGLevel::FATAL_OBJ, message); }
+void LOGLogger::debug(const I18NString& text) { logShortcut(LOGLevel::DEBUG_OBJ, text); }
+void LOGLogger::info(const I18NString& text) { logShortcut(LOGLevel::INFO_OBJ, text); }
+void LOGLogger::warn(const I18NString& text) { logShortcut(LOGLevel::WARN_OBJ, text); }
+void LOGLogger::error(const I18NString& text) { logShortcut(LOGLevel::ERROR_OBJ, text); }
+void LOGLogger::fatal(const I18NString& text) { logShortcut(LOGLevel::FATAL_OBJ, text); }
+
+void LOGLogger::log(LOGLevel* level, LOGObject* message) {
+  if (isEnabledFor(level)) forcedLog(m_FQCN, level, message);
+}
+
+void LOGLogger::log(LOGLevel* level, const I18NString& text) {
+  if (!isEnabledFor(level)) return;
+  LOGObject message(text);
+  forcedLog(m_FQCN, level, &message);
+}
+
+void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key) {
+  const I18NString& text = getResourceBundleString(key);
+  log(level, text.isEmpty() ? key : text);
+}
+
+void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key, LOGObject*) { l7dlog(level, key); }
+
+void LOGLogger::assertLog(int assertion, const I18NString& text) {
+  if (assertion == 0) error(text);
+}
+
+void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
+  try {
+    LOGLoggingEvent event(fqn, this, level, message);
+    deliver(&event);
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(error);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    // An exception of the message's own clone(): the program's log call is not the place to hear of it.
+  }
+}
+
+void LOGLogger::deliver(LOGLoggingEvent* event) {
+  try {
+    callAppenders(event);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    // callAppenders has written its line.
+  }
+}
+
+void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+  if (LOGDeferral::active()) {
+    LOGDeferral::defer(this, *event);
+    return;
+  }
+  const LOGCallScope scope;
+  if (walk(event) != 0) return;
+  if (LOGLoggerRepository* const repository = getRepository()) repository->emitNoAppenderWarning(this);
+}
+
+// One logger's lock at a time, the child's before the parent's. It is held while the appenders write, so that a program
+// may delete an appender as soon as it has removed it.
+int LOGLogger::walk(LOGLoggingEvent* event) {
+  return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
+    int writes = 0;
+    for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+      const LOGGuard guard(*logger);
+      writes += logger->m_aai.appendLoopOnAppenders(event);
+      if (logger->getAdditivity() == 0) break;
+    }
+    return writes;
+  });
+}
+
+LOGLevel* LOGLogger::keptLevel(const LOGLevel& level) {
+  for (const std::unique_ptr<LOGLevel>& kept : m_levels) {
+    if (*kept == level && kept->toString() == level.toString()) return kept.get();
+  }
+  m_levels.emplace_back(vrkNew<LOGLevel>(VRK_HERE, level));
+  return m_levels.back().get();
+}
+
+void LOGLogger::setLevel(LOGLevel* level) {
+  logReport("LOGLogger::setLevel -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    m_level.store(level != nullptr ? keptLevel(*level) : nullptr, std::memory_order_release);
+  });
+}
+
+void LOGLogger::addAppender(LOGAppenderSkeleton* appender) {
+  logReport("LOGLogger::addAppender -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    m_aai.addAppender(appender);
+    if (LOGLoggerRepository* const repository = getRepository()) repository->fireAddAppenderEvent(this, appender);
+  });
+}
+
+VRKListIterator<LOGAppenderSkeleton*> LOGLogger::getAllAppenders() {
+  return logReport("LOGLogger::getAllAppenders -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    return m_aai.getAllAppenders();
+  });
+}
+
+LOGAppenderSkeleton* LOGLogger::getAppender(const I18NString& name) {
+  return logReport("LOGLogger::getAppender -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    return m_aai.getAppender(name);
+  });
+}
+
+bool LOGLogger::isAttached(LOGAppenderSkeleton* appender) {
+  return logReport("LOGLogger::isAttached -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    return m_aai.isAttached(appender);
+  });
+}
+
+LOGAppenderAttachableImpl::Snapshot LOGLogger::attachedAppenders() {
+  const LOGGuard guard(*this);
+  return m_aai.snapshot();
+}
+
+void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
+
+void LOGLogger::removeAllAppenders(LOGHashtable* table) {
+  logReport("LOGLogger::removeAllAppenders -- unable to lock mutex", [&] {
+    const LOGCallScope scope;
+    const LOGAppenderAttachableImpl::Snapshot appenders = attachedAppenders();
+    LOGAppenderAttachableImpl::closeAll(appenders);
+    const LOGGuard guard(*this);
+    m_aai.forget(appenders, table);
+  });
+}
+
+// What is removed may be freed with its last share: after the lock.
+void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
+  logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
+    const LOGAppenderAttachableImpl::Snapshot kept = attachedAppenders();
+    const LOGGuard guard(*this);
+    m_aai.removeAppender(appender);
+  });
+}
+
+void LOGLogger::removeAppender(const I18NString& name) {
+  logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
+    const LOGAppenderAttachableImpl::Snapshot kept = attachedAppenders();
+    const LOGGuard guard(*this);
+    m_aai.removeAppender(name);
+  });
+}
+
+void LOGLogger::closeNestedAppenders() {
+  logReport("LOGLogger::closeNestedAppenders -- unable to lock mutex", [&] {
+    const LOGCallScope scope;
+    LOGAppenderAttachableImpl::closeAll(attachedAppenders());
+  });
+}
+
+LOGObject* LOGLogger::clone() const {
+  VRKAssertError::raise("VRK_ASSERT_NAMED(FALSE, \"Not allowed to clone LOGLogger object.\");", VRK_HERE);
+}

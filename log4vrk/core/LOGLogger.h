@@ -1,0 +1,142 @@
+// The named entry point through which a program logs. Start here.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/core/LOGObject.h"
+#include "log4vrk/platform/VRKExport.h"
+
+class LOGHashtable;
+class LOGLoggerFactory;
+class LOGLoggerRepository;
+class LOGLoggingEvent;
+
+/// A logger belongs to a tree of dotted names: "shop.orders" is below "shop", and all are below the root. It has a
+/// level of its own or inherits that of the nearest ancestor that has one. An event goes to the logger's appenders and
+/// to those of each ancestor, up to and including the first logger that is not additive.
+///
+///   LOGLogger* logger = LOGManager::getLogger("shop.orders");
+///   logger->info("order accepted");
+///
+/// Thread safety: any thread.
+/// Ownership: loggers are the repository's and live as long as it does. A message is the caller's; an event clones it.
+/// Failures: log calls raise nothing but the assertions that their descriptions name; what goes wrong while logging is
+/// written to the internal log. The other operations write their line and raise the error again.
+class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, public LOGObject {
+ public:
+  static const I18NString& m_FQCN;  // "LOGLogger"
+
+  LOGLogger();
+  /// A program gets its loggers from LOGManager; a factory uses this.
+  explicit LOGLogger(const I18NString& name);
+  ~LOGLogger() override;
+
+  // The same operations of LOGManager.
+  static LOGLogger* getLogger(const I18NString& name);
+  static LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory);
+  static LOGLogger* getRootLogger();
+  static LOGLogger* exists(const I18NString& name);
+  static void shutdown();
+
+  // Log a message at the level of the name. Without a repository they go by the level alone.
+  void debug(LOGObject* message);
+  void info(LOGObject* message);
+  void warn(LOGObject* message);
+  void error(LOGObject* message);
+  void fatal(LOGObject* message);
+  void debug(const I18NString& text);
+  void info(const I18NString& text);
+  void warn(const I18NString& text);
+  void error(const I18NString& text);
+  void fatal(const I18NString& text);
+
+  /// Does nothing without a repository; with one, a null level raises VRKAssertError.
+  void log(LOGLevel* level, LOGObject* message);
+  void log(LOGLevel* level, const I18NString& text);
+  /// Logs the resource bundle string, or the key when there is none, under the rules of log(). The parameter is not
+  /// used.
+  void l7dlog(LOGLevel* level, const I18NString& key);
+  void l7dlog(LOGLevel* level, const I18NString& key, LOGObject* parameter);
+  /// Logs at ERROR when `assertion` is 0.
+  void assertLog(int assertion, const I18NString& text);
+  /// Logs without asking whether the level is enabled.
+  void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
+
+  /// False without a repository; with one, a null level raises VRKAssertError.
+  bool isEnabledFor(LOGLevel* level) const;
+  bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_OBJ); }
+  bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_OBJ); }
+
+  /// Delivers to the appenders of this logger and its ancestors. Put off when it is called from inside a library call.
+  void callAppenders(LOGLoggingEvent* event);
+
+  const I18NString& getName() const { return m_name; }
+  /// The logger's own copy of the level last set, valid as long as the logger; null inherits.
+  LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
+  virtual void setLevel(LOGLevel* level);
+  /// The first level on the way up.
+  LOGLevel* getChainedLevel() const;
+  LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
+  void setParent(LOGLogger* parent) { m_parent.store(parent, std::memory_order_release); }
+  int getAdditivity() const { return m_additive.load(std::memory_order_relaxed); }
+  /// 0 keeps events from the ancestors' appenders.
+  void setAdditivity(int additive) { m_additive.store(additive, std::memory_order_relaxed); }
+  LOGLoggerRepository* getRepository() const { return m_repository.load(std::memory_order_acquire); }
+  void setRepository(LOGLoggerRepository* repository) { m_repository.store(repository, std::memory_order_release); }
+  const I18NString& getResourceBundleString(const I18NString& /*key*/) const { return m_resourceBundleString; }
+
+  void addAppender(LOGAppenderSkeleton* appender) override;
+  VRKListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
+  LOGAppenderSkeleton* getAppender(const I18NString& name) override;
+  bool isAttached(LOGAppenderSkeleton* appender) override;
+  /// Closes them first. No lock is held meanwhile.
+  void removeAllAppenders() override;
+  void removeAllAppenders(LOGHashtable* table);
+  void removeAppender(LOGAppenderSkeleton* appender) override;
+  void removeAppender(const I18NString& name) override;
+  /// Closes all appenders, in order. No lock is held meanwhile.
+  void closeNestedAppenders();
+
+  /// Refused: raises VRKAssertError.
+  LOGObject* clone() const override;
+
+  using LOGObject::operator==;
+  using LOGObject::operator!=;
+  bool operator==(const LOGLogger& other) const { return m_name == other.m_name; }
+  bool operator!=(const LOGLogger& other) const { return !(*this == other); }
+
+ protected:
+  LOGLogger(const LOGLogger& other);
+
+ private:
+  friend class LOGDeferral;
+
+  bool passes(LOGLevel* level) const;
+  void logShortcut(LOGLevel* level, LOGObject* message);
+  void logShortcut(LOGLevel* level, const I18NString& text);
+  /// callAppenders() for those who have nobody to raise an error to.
+  void deliver(LOGLoggingEvent* event);
+  int walk(LOGLoggingEvent* event);
+  LOGAppenderAttachableImpl::Snapshot attachedAppenders();
+  LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
+
+  // Constant after construction.
+  const I18NString m_name;
+  const I18NString m_resourceBundleString;
+
+  // Read by every log call, without the lock.
+  std::atomic<LOGLevel*> m_level{nullptr};
+  std::atomic<LOGLogger*> m_parent{nullptr};
+  std::atomic<LOGLoggerRepository*> m_repository{nullptr};
+  std::atomic<int> m_additive{1};
+
+  LOGAppenderAttachableImpl m_aai VRK_GUARDED_BY(m_critSection);
+  // Every value that was ever set: log calls and queued events may still point to one.
+  std::vector<std::unique_ptr<LOGLevel>> m_levels VRK_GUARDED_BY(m_critSection);
+};

@@ -1,0 +1,31 @@
+// The key of the name table.
+
+#pragma once
+
+#include <cstdint>
+
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
+
+class LOGObject;
+
+/// A name with its hash code.
+///
+/// Thread safety: immutable.
+class LOG4VRK_EXPORT LOGLoggerKey {
+ public:
+  explicit LOGLoggerKey(const I18NString& name) : m_name(name), m_hashCode(hashOf(name)) {}
+
+  const I18NString& getName() const { return m_name; }
+  std::uint32_t hashCode() const { return m_hashCode; }
+  bool equals(const LOGLoggerKey* other) const;
+  /// True when the object's text is the name.
+  bool equals(const LOGObject* other) const;
+
+  /// 31 times what came before plus the UTF-16 unit, modulo 2^32.
+  static std::uint32_t hashOf(const I18NString& name);
+
+ private:
+  I18NString m_name;
+  std::uint32_t m_hashCode;
+};

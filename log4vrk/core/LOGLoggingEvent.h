@@ -1,0 +1,86 @@
+// One log call as appenders, filters and layouts see it.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "log4vrk/core/LOGLocationInfo.h"
+#include "log4vrk/core/LOGSerializable.h"
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
+
+class LOGLevel;
+class LOGLogger;
+class LOGObject;
+
+/// What was logged, by which logger, at which level and when. Thread name and nested context are looked up when
+/// somebody first asks, on the thread that asks, and then kept.
+///
+/// Thread safety: one thread at a time; also the get operations may fill fields.
+/// Ownership: an event owns a clone of the message. Logger and level outlive it. A copy has a clone of its own.
+class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
+ public:
+  LOGLoggingEvent() = default;
+  /// Takes the time and clones `message`, which may be null. A null logger raises VRKAssertError.
+  LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, LOGObject* message);
+  LOGLoggingEvent(const LOGLoggingEvent& other);
+  LOGLoggingEvent& operator=(const LOGLoggingEvent& other);
+  ~LOGLoggingEvent() override;
+
+  const I18NString& getLoggerName() const { return m_loggerName; }
+  const I18NString& getFQNOfLoggerClass() const { return m_fqnOfLoggerClass; }
+  /// Whole seconds since the Unix epoch.
+  std::int64_t getTimeStamp() const { return m_timeStamp; }
+  /// The nanoseconds within that second.
+  std::int32_t getTimeStampNanos() const { return m_timeStampNanos; }
+  /// `nanoseconds` is 0 to 999999999, before 1970 too.
+  void setTimeStamp(std::int64_t seconds, std::int32_t nanoseconds) {
+    m_timeStamp = seconds;
+    m_timeStampNanos = nanoseconds;
+  }
+  LOGLevel* getLevel() const { return m_level; }
+  void setLevel(LOGLevel* level) { m_level = level; }
+  LOGLogger* getLogger() const { return m_logger; }
+  /// The stored logger name stays as it is.
+  void setLogger(LOGLogger* logger) { m_logger = logger; }
+  /// The event's own, or null.
+  LOGObject* getMessage() const { return m_message.get(); }
+
+  const I18NString& getNDC();
+  const I18NString& getThreadName();
+  void setThreadName(const I18NString& name) { m_threadName = name; }
+  /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
+  /// renderers by. A text that was set goes before.
+  I18NString* getRenderedMessage();
+  void setRenderedMessage(const I18NString& text) { m_renderedMessage = text; }
+  /// Empty unless the program has set it.
+  const I18NString& getThrowableStrRep() const { return m_throwableStrRep; }
+  void setThrowableStrRep(const I18NString& text) { m_throwableStrRep = text; }
+  LOGLocationInfo* getLocationInformation();
+
+  // There is no mapped context, and an event has no stored form of its own.
+  LOGObject* getMDC(const I18NString& /*key*/) { return nullptr; }
+  void getMDCCopy() {}
+  void readObject(LOGObject*) {}
+  void writeObject(LOGObject*) {}
+
+  /// When the library was loaded, in seconds since the epoch, and the nanoseconds within that second.
+  static std::int64_t getStartTime();
+  static std::int32_t getStartTimeNanos();
+
+ private:
+  I18NString m_loggerName;
+  I18NString m_fqnOfLoggerClass;
+  std::int64_t m_timeStamp = 0;
+  std::int32_t m_timeStampNanos = 0;
+  LOGLevel* m_level = nullptr;
+  LOGLogger* m_logger = nullptr;
+  std::unique_ptr<LOGObject> m_message;
+  std::unique_ptr<LOGLocationInfo> m_location;
+  I18NString m_ndc;
+  bool m_ndcLookupRequired = true;
+  I18NString m_renderedMessage;
+  I18NString m_threadName;
+  I18NString m_throwableStrRep;
+};

@@ -1,0 +1,3 @@
+#include "log4vrk/core/LOGMutex.h"
+
+LOGMutex::~LOGMutex() = default;

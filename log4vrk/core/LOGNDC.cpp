@@ -1,0 +1,137 @@
+#include "log4vrk/core/LOGNDC.h"
+
+#include <atomic>
+#include <map>
+#include <memory>
+
+#include "log4vrk/core/LOGDiagnosticContext.h"
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGStack.h"
+#include "log4vrk/core/LOGThreadState.h"
+#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+LOGDiagnosticContext::LOGDiagnosticContext(const I18NString& message, const I18NString& fullMessage)
+    : m_message(message), m_fullMessage(fullMessage) {
+  instance("LOGDiagnosticContext");
+}
+
+LOGDiagnosticContext::~LOGDiagnosticContext() = default;
+
+LOGDiagnosticContext* LOGDiagnosticContext::clone() const { return vrkNew<LOGDiagnosticContext>(VRK_HERE, *this); }
+
+namespace {
+
+// Every stack of an earlier generation counts as dropped; its thread frees it when it next looks, or ends.
+std::atomic<unsigned> g_generation{0};
+
+using Inherited = std::map<LOGStack*, std::weak_ptr<LOGStack>>;
+
+VRKMutex g_inheritedMutex;
+Inherited& g_inherited VRK_GUARDED_BY(g_inheritedMutex) = vrkImmortal<Inherited>();
+
+void forgetInherited(LOGStack* stack) {
+  {
+    const LOGLeafGuard guard(g_inheritedMutex);
+    g_inherited.erase(stack);
+  }
+  delete stack;
+}
+
+// One owner for all threads that were given the same stack.
+std::shared_ptr<LOGStack> ownerOf(LOGStack* stack) {
+  const LOGLeafGuard guard(g_inheritedMutex);
+  std::weak_ptr<LOGStack>& known = g_inherited[stack];
+  std::shared_ptr<LOGStack> owner = known.lock();
+  if (!owner) known = owner = std::shared_ptr<LOGStack>(stack, &forgetInherited);
+  return owner;
+}
+
+void setStack(std::shared_ptr<LOGStack> stack) {
+  LOGThreadState& thread = LOGThreadState::current();
+  thread.contextGeneration = g_generation;
+  thread.context = std::move(stack);
+}
+
+// The thread's stack, or null.
+LOGStack* currentStack() {
+  LOGThreadState& thread = LOGThreadState::current();
+  if (thread.context && thread.contextGeneration != g_generation) thread.context.reset();
+  return thread.context.get();
+}
+
+LOGStack& currentStackMade() {
+  if (currentStack() == nullptr) setStack(std::shared_ptr<LOGStack>(vrkNew<LOGStack>(VRK_HERE)));
+  return *currentStack();
+}
+
+const LOGDiagnosticContext& asContext(const LOGObject& entry) {
+  return static_cast<const LOGDiagnosticContext&>(entry);
+}
+
+std::shared_ptr<LOGObject> top() {
+  const LOGStack* const stack = currentStack();
+  if (stack == nullptr || stack->isEmpty()) return nullptr;
+  std::shared_ptr<LOGObject> peekObj = stack->peekShared();
+  VRK_ASSERT(peekObj);
+  return peekObj;
+}
+
+}  // namespace
+
+LOGNDC::LOGNDC() { instance("LOGNDC"); }
+
+LOGNDC::~LOGNDC() { lazyRemove(); }
+
+void LOGNDC::push(const I18NString& message) {
+  vrkTranslateErrors(VRK_HERE, [&] {
+    const std::shared_ptr<LOGObject> below = top();
+    const I18NString fullMessage = below ? asContext(*below).getFullMessage() + " " + message : message;
+    currentStackMade().push(std::make_shared<LOGDiagnosticContext>(message, fullMessage));
+  });
+}
+
+I18NString LOGNDC::pop() {
+  LOGStack* const stack = currentStack();
+  if (stack == nullptr || stack->isEmpty()) return I18NString();
+  const std::shared_ptr<LOGObject> popObj = stack->popShared();
+  VRK_ASSERT(popObj);
+  return asContext(*popObj).getMessage();
+}
+
+I18NString LOGNDC::get() {
+  const std::shared_ptr<LOGObject> entry = top();
+  return entry ? asContext(*entry).getFullMessage() : I18NString();
+}
+
+I18NString LOGNDC::peek() {
+  const std::shared_ptr<LOGObject> entry = top();
+  return entry ? asContext(*entry).getMessage() : I18NString();
+}
+
+int LOGNDC::getDepth() {
+  const LOGStack* const stack = currentStack();
+  return stack != nullptr ? stack->size() : 0;
+}
+
+void LOGNDC::clear() {
+  if (LOGStack* const stack = currentStack()) stack->setSize(0);
+}
+
+void LOGNDC::setMaxDepth(int maxDepth) {
+  LOGStack* const stack = currentStack();
+  if (stack != nullptr && maxDepth < stack->size()) stack->setSize(maxDepth);
+}
+
+void LOGNDC::remove() { setStack(nullptr); }
+
+void LOGNDC::lazyRemove() { ++g_generation; }
+
+LOGStack* LOGNDC::cloneStack() {
+  const LOGStack* const stack = currentStack();
+  return stack != nullptr ? stack->clone() : nullptr;
+}
+
+void LOGNDC::inherit(LOGStack* stack) {
+  if (stack != nullptr && stack != currentStack()) setStack(ownerOf(stack));
+}

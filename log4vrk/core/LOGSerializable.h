@@ -1,0 +1,13 @@
+// The base of what could be sent elsewhere as an object.
+
+#pragma once
+
+#include "log4vrk/platform/VRKExport.h"
+
+class LOG4VRK_EXPORT LOGSerializable {
+ public:
+  LOGSerializable() = default;
+  LOGSerializable(const LOGSerializable&) = default;
+  LOGSerializable& operator=(const LOGSerializable&) = default;
+  virtual ~LOGSerializable();
+};
