@@ -1,0 +1,116 @@
+#include "log4vrk/layouts/LOGDateFormat.h"
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/platform/I18NLocale.h"
+
+namespace {
+
+constexpr std::int32_t MILLISECOND = 1000000;  // in nanoseconds
+
+constexpr const char* MONTHS[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+constexpr struct {
+  const char* name;
+  const char* pattern;
+} NAMED_FORMATS[] = {
+    {"ABSOLUTE", "%H:%M:%S,%Q"},
+    {"DATE", "%d %b %Y %H:%M:%S,%Q"},
+    {"ISO8601", "%Y-%m-%d %H:%M:%S,%Q"},
+};
+
+// What stands before, between and after the %Q of a pattern. "%%Q" is a percent sign and a Q.
+std::vector<std::string> splitAtMilliseconds(const std::string& pattern) {
+  std::vector<std::string> parts(1);
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    if (pattern.compare(i, 2, "%Q") == 0) {
+      parts.emplace_back();
+      ++i;
+      continue;
+    }
+    parts.back() += pattern[i];
+    if (pattern[i] == '%' && i + 1 < pattern.size()) parts.back() += pattern[++i];
+  }
+  return parts;
+}
+
+void appendThreeDigits(I18NString& out, int value) {
+  out += static_cast<char>('0' + value / 100);
+  out += static_cast<char>('0' + value / 10 % 10);
+  out += static_cast<char>('0' + value % 10);
+}
+
+std::string strftimeText(const std::string& pattern, const std::tm& time) {
+  // The blank in front keeps a text from being empty, which strftime cannot tell from a buffer that is too small.
+  const std::string guarded = " " + pattern;
+  for (std::string text(128, '\0'); text.size() <= 128 * 1024; text.resize(4 * text.size())) {
+    const std::size_t length = std::strftime(text.data(), text.size(), guarded.c_str(), &time);
+    if (length > 0) return text.substr(1, length - 1);
+  }
+  return std::string();
+}
+
+class RelativeFormat : public LOGDateFormat {
+ public:
+  void append(I18NString& out, const LOGDate& date) override {
+    const std::int64_t seconds = date.getSeconds() - LOGLoggingEvent::getStartTime();
+    const std::int32_t nanoseconds = date.getNanoseconds() - LOGLoggingEvent::getStartTimeNanos();
+    // A second is added and taken away, so that the division rounds down.
+    out += static_cast<long long>(seconds * 1000 + (nanoseconds + 1000 * MILLISECOND) / MILLISECOND - 1000);
+  }
+};
+
+class CalendarFormat : public LOGDateFormat {
+ public:
+  CalendarFormat(const std::string& pattern, bool named, const LOGTimeZone& zone)
+      : m_parts(splitAtMilliseconds(pattern)), m_named(named), m_zone(zone), m_texts(m_parts.size()) {}
+
+  void append(I18NString& out, const LOGDate& date) override {
+    if (!m_filled || date.getSeconds() != m_second) fill(date.getSeconds());
+    out += m_texts.front();
+    for (std::size_t i = 1; i < m_texts.size(); ++i) {
+      appendThreeDigits(out, date.getNanoseconds() / MILLISECOND);
+      out += m_texts[i];
+    }
+  }
+
+ private:
+  void fill(std::int64_t second) {
+    m_filled = false;  // until all texts are those of the second
+    const std::tm time = m_zone.at(second);
+    for (std::size_t i = 0; i < m_parts.size(); ++i) m_texts[i] = I18NString(textOf(m_parts[i], time));
+    m_second = second;
+    m_filled = true;
+  }
+
+  std::string textOf(std::string part, const std::tm& time) const {
+    const std::size_t month = m_named ? part.find("%b") : std::string::npos;
+    if (month != std::string::npos) part.replace(month, 2, MONTHS[time.tm_mon]);
+    return strftimeText(part, time);
+  }
+
+  const std::vector<std::string> m_parts;  // milliseconds stand between two
+  const bool m_named;                      // months in English
+  const LOGTimeZone m_zone;
+
+  // The second whose texts are kept.
+  bool m_filled = false;
+  std::int64_t m_second = 0;
+  std::vector<I18NString> m_texts;
+};
+
+}  // namespace
+
+LOGDateFormat::~LOGDateFormat() = default;
+
+std::unique_ptr<LOGDateFormat> LOGDateFormat::create(const I18NString& name, const LOGTimeZone& zone) {
+  if (vrkEqualIgnoringCase(name, "NULL")) return nullptr;
+  if (vrkEqualIgnoringCase(name, "RELATIVE")) return std::make_unique<RelativeFormat>();
+  for (const auto& format : NAMED_FORMATS) {
+    if (vrkEqualIgnoringCase(name, format.name)) return std::make_unique<CalendarFormat>(format.pattern, true, zone);
+  }
+  return std::make_unique<CalendarFormat>(name.toUtf8(), false, zone);
+}

@@ -1,0 +1,31 @@
+// How dates are written.
+
+#pragma once
+
+#include <memory>
+
+#include "log4vrk/layouts/LOGDate.h"
+#include "log4vrk/layouts/LOGTimeZone.h"
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
+
+/// Turns moments into text. The text of a second is kept: a busy log does not work out the calendar for each event.
+///
+/// Thread safety: not thread-safe; a layout uses its format under the layout's lock.
+class LOG4VRK_EXPORT LOGDateFormat {
+ public:
+  /// `name`, in any case, is one of
+  ///   NULL      no date: the result is null
+  ///   RELATIVE  milliseconds since the library was loaded
+  ///   ABSOLUTE  12:34:56,789
+  ///   DATE      01 Aug 2026 12:34:56,789, in English whatever the locale
+  ///   ISO8601   2026-08-01 12:34:56,789
+  /// Any other text is a pattern of strftime, in which %Q adds what strftime lacks: the milliseconds, three digits. Its
+  /// %s, the seconds since the epoch, is right in the process's own zone only.
+  static std::unique_ptr<LOGDateFormat> create(const I18NString& name, const LOGTimeZone& zone = LOGTimeZone());
+
+  virtual ~LOGDateFormat();
+
+  /// Appends the date. A pattern, or what stands between two %Q, appends nothing when its text exceeds 128 KiB.
+  virtual void append(I18NString& out, const LOGDate& date) = 0;
+};

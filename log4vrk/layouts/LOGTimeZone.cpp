@@ -1,0 +1,15 @@
+#include "log4vrk/layouts/LOGTimeZone.h"
+
+#include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/platform/VRKTime.h"
+#include "log4vrk/platform/VRKTimeZone.h"
+
+LOGTimeZone::LOGTimeZone(const I18NString& name) : m_name(name) {
+  if (name.isEmpty()) return;
+  m_zone = VRKTimeZone::find(name);
+  if (m_zone == nullptr) LOGLogLog::warn("LOGTimeZone -- unknown time zone [" + name + "], local time is used.");
+}
+
+std::tm LOGTimeZone::at(std::int64_t seconds) const {
+  return m_zone == nullptr ? VRKTime::local(seconds) : m_zone->at(seconds);
+}
