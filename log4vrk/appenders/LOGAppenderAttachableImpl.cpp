@@ -1,0 +1,105 @@
+#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
+
+#include <algorithm>
+
+#include "log4vrk/appenders/LOGAppenderBundle.h"
+#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGHashtable.h"
+
+LOGAppender::~LOGAppender() = default;
+LOGAppenderAttachable::~LOGAppenderAttachable() = default;
+
+LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() = default;
+LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
+
+void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
+  VRK_ASSERT(newAppender);
+  for (const Attached& attached : m_attached) {
+    if (*attached.appender == *newAppender) return;
+  }
+  m_attached.push_back({newAppender, newAppender->m_bundle.lock()});
+  m_appenders.push_back(newAppender);
+}
+
+VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
+  return VRKListIterator<LOGAppenderSkeleton*>(m_appenders);
+}
+
+LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& name) {
+  for (const Attached& attached : m_attached) {
+    if (attached.appender->getName() == name) return attached.appender;
+  }
+  return nullptr;
+}
+
+bool LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
+  if (m_attached.empty()) return false;
+  VRK_ASSERT(appender);
+  return std::any_of(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return *a.appender == *appender; });
+}
+
+void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
+  if (m_attached.empty()) return;
+  VRK_ASSERT(appender);
+  for (const Attached& attached : snapshot()) {
+    if (*attached.appender == *appender) unlink(attached.appender);
+  }
+}
+
+void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
+  if (LOGAppenderSkeleton* const appender = getAppender(name)) unlink(appender);
+}
+
+void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
+  for (auto element = m_appenders.begin(); element != m_appenders.end(); ++element) {
+    if (*element != appender) continue;
+    m_appenders.erase(element);
+    break;
+  }
+  m_attached.erase(
+      std::remove_if(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return a.appender == appender; }),
+      m_attached.end());
+}
+
+void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
+
+void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* table) {
+  const Snapshot appenders = snapshot();
+  closeAll(appenders);
+  forget(appenders, table);
+}
+
+void LOGAppenderAttachableImpl::closeAll(const Snapshot& appenders) {
+  std::exception_ptr failure;
+  for (const Attached& attached : appenders) {
+    try {
+      attached.appender->close();
+    }
+    VRK_RETHROW_FORCED_UNWIND
+    catch (...) {
+      if (!failure) failure = std::current_exception();
+    }
+  }
+  if (failure) std::rethrow_exception(failure);
+}
+
+void LOGAppenderAttachableImpl::forget(const Snapshot& appenders, LOGHashtable* table) {
+  for (const Attached& attached : appenders) {
+    LOGAppenderSkeleton* const appender = attached.appender;
+    if (table != nullptr && table->get(appender->getName()) == appender) appender->markAsStale();
+    unlink(appender);
+  }
+}
+
+int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
+  std::size_t next = 0;
+  while (next < m_attached.size()) {
+    LOGAppenderSkeleton* const appender = m_attached[next].appender;
+    appender->activateOptions();
+    appender->doAppend(event);
+    // An appender may have removed itself, and nobody shall be passed over for that.
+    if (next < m_attached.size() && m_attached[next].appender == appender) ++next;
+  }
+  return static_cast<int>(m_attached.size());
+}

@@ -1,0 +1,59 @@
+// The list of appenders that a logger or an asynchronous appender delivers to.
+
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "log4vrk/appenders/LOGAppenderAttachable.h"
+#include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/platform/VRKExport.h"
+
+class LOGAppenderBundle;
+class LOGHashtable;
+class LOGLoggingEvent;
+
+/// Thread safety: not thread-safe. It has a lock for its user to take, and never takes it.
+/// Ownership: never deletes an appender. Of one that the configurator made it keeps a share, so that it lives as long
+/// as it is attached.
+class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, public LOGMutex {
+ public:
+  struct Attached {
+    LOGAppenderSkeleton* appender;
+    std::shared_ptr<LOGAppenderBundle> share;  // null for an appender of the program's
+  };
+  /// Keeps alive what it lists, as far as that is shared.
+  using Snapshot = std::vector<Attached>;
+
+  LOGAppenderAttachableImpl();
+  LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl&) = default;
+  LOGAppenderAttachableImpl& operator=(const LOGAppenderAttachableImpl&) = delete;
+  ~LOGAppenderAttachableImpl() override;
+
+  /// At the end, unless an equal appender is in the list. Null raises VRKAssertError.
+  void addAppender(LOGAppenderSkeleton* newAppender) override;
+  VRKListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
+  LOGAppenderSkeleton* getAppender(const I18NString& name) override;
+  bool isAttached(LOGAppenderSkeleton* appender) override;
+  void removeAllAppenders() override;
+  void removeAppender(LOGAppenderSkeleton* appender) override;
+  void removeAppender(const I18NString& name) override;
+
+  /// Closes all, marks those stale that `table` (may be null) holds under their name, and empties the list.
+  void removeAllAppenders(LOGHashtable* table);
+  /// Has each appender activate its options and then append the event. Returns how many there are.
+  int appendLoopOnAppenders(LOGLoggingEvent* event);
+
+  // The steps of removeAllAppenders for a user who must not hold a lock while appenders close.
+  Snapshot snapshot() const { return m_attached; }
+  /// Closes every one, then raises what the first failure raised.
+  static void closeAll(const Snapshot& appenders);
+  /// Marks and unlinks what is in `appenders`; what was attached since stays.
+  void forget(const Snapshot& appenders, LOGHashtable* table);
+
+ private:
+  void unlink(LOGAppenderSkeleton* appender);
+
+  VRKList<LOGAppenderSkeleton*> m_appenders;
+  Snapshot m_attached;  // the same appenders in the same order
+};

@@ -1,0 +1,159 @@
+#include "log4vrk/appenders/LOGFileAppender.h"
+
+#include <utility>
+
+#include "log4vrk/appenders/LOGQuietWriter.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/platform/VRKConfigurationFactory.h"
+#include "log4vrk/platform/VRKFmDir.h"
+#include "log4vrk/platform/VRKFmFile.h"
+
+LOGFileAppender::LOGFileAppender() {
+  instance("LOGFileAppender");
+  setClosed(1);
+}
+
+LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& fileName, int append)
+    : LOGFileAppender(layout, fileName, append, 0, DEFAULT_BUFFER_SIZE) {}
+
+LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& fileName, int append, int bufferedIO,
+                                 long bufferSize)
+    : LOGFileAppender() {
+  setLayout(layout);
+  LOGFileAppender::setFile(fileName, append, bufferedIO, bufferSize);
+}
+
+LOGFileAppender::~LOGFileAppender() = default;
+
+void LOGFileAppender::activateOptions() {
+  if (getOpen() == 1) return;
+  logContain(setFileFailures(), [&] {
+    const LOGGuard guard(*this);
+    if (getOpen() != 1 && !m_fileName.isEmpty()) setFile(m_fileName, m_append, m_bufferedIO, m_bufferSize);
+  });
+}
+
+// Named after setFileOptions(), whose own texts name setFile(), on purpose: readers of the internal log know them so.
+const LOGFailureTexts& LOGFileAppender::setFileFailures() const {
+  static constexpr LOGFailureTexts FAILURES = {
+      "LOGFileAppender::setFileOptions -- some i18nstring exception occurred",
+      "LOGFileAppender::setFileOptions -- some VRKThrowable exception occurred",
+      "LOGFileAppender::setFileOptions -- generic exception happened"};
+  return FAILURES;
+}
+
+void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedIO, long bufferSize) {
+  if (getClosed() == 0) return;
+  logContain(setFileFailures(), [&] {
+    const LOGGuard guard(*this);
+    // It may have been opened by the thread that had the lock.
+    if (getClosed() != 0) setFileOptions(name, append, bufferedIO, bufferSize);
+  });
+}
+
+void LOGFileAppender::setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) {
+  constexpr LOGFailureTexts FAILURES = {"LOGFileAppender::setFile -- some i18nstring exception occurred",
+                                        "LOGFileAppender::setFile -- some VRKThrowable exception occurred",
+                                        "LOGFileAppender::setFile -- generic exception happened"};
+  if (getClosed() == 0) return;
+  logContain(FAILURES, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
+    openFile(name, append, bufferedIO, bufferSize, {"LOGFileAppender", "LOGFileAppender::setFile -- "});
+  });
+}
+
+bool LOGFileAppender::openFile(const I18NString& name, int append, int bufferedIO, long bufferSize,
+                               const Identity& identity) {
+  const Change change(*this);
+  // First, because `name` may be the field that resetWriter() clears.
+  I18NString path = VRKConfigurationFactory::getInstance().resolvePath(name);
+  // Others read the class name without a lock, so it is left alone when it is right.
+  if (instanceOf() != identity.className) instance(identity.className);
+  if (bufferedIO == 1) setImmediateFlush(0);
+  resetWriter();
+  m_fileName = std::move(path);
+  m_append = append;
+  m_bufferedIO = bufferedIO;
+  m_bufferSize = bufferSize;
+
+  if (!hasDirectory(identity)) return false;
+  if (!m_file) m_file.reset(vrkNew<VRKFmFile>(VRK_HERE));
+  const bool opened = m_file->open(m_fileName, append == 1 ? VRKFmFile::EXISTING : VRKFmFile::TRUNCATE) ||
+                      m_file->open(m_fileName, VRKFmFile::CREATE_EXCLUSIVE);
+  if (!opened) return false;
+  setQWForFiles();
+  VRK_ASSERT(m_qw);
+  writeHeader();
+  m_qw->flush(m_file.get());
+  return true;
+}
+
+bool LOGFileAppender::hasDirectory(const Identity& identity) const {
+  I18NString directory, file;
+  VRKFmDir::splitPath(m_fileName, directory, file);
+  if (directory.isEmpty() || VRKFmDir::exists(directory, VRKFmDir::DIRECTORY)) return true;
+  LOGLogLog::debug(identity.messagePrefix + directory + " directory does not exist");
+  return false;
+}
+
+void LOGFileAppender::setQWForFiles() {
+  m_qw.reset();
+  m_qw.reset(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_file.get()));
+}
+
+int LOGFileAppender::checkEntryConditions() { return getClosed() != 1 && m_qw ? 1 : 0; }
+
+void LOGFileAppender::subappend(LOGLoggingEvent* event) {
+  if (getOpen() != 1) return;
+  VRK_ASSERT(m_qw);
+  if (LOGLayout* const layout = getLayout()) {
+    // Written from the layout's own buffer: a copy would cost every event, and help only appenders that share a layout.
+    const LOGGuard guard(*layout);
+    m_qw->write(m_file.get(), layout->format(event));
+  }
+  if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
+}
+
+void LOGFileAppender::closeFile() {
+  if (m_file) m_file->close();
+  if (m_changing) return;
+  setOpen(0);
+  setClosed(1);
+}
+
+void LOGFileAppender::resetWriter() {
+  closeFile();
+  m_fileName.clear();
+  LOGWriterAppender::resetWriter();
+}
+
+void LOGFileAppender::setFile(const I18NString& name) {
+  const LOGGuard guard(*this);
+  m_fileName = name;
+}
+
+I18NString LOGFileAppender::getFile() const {
+  const LOGGuard guard(*this);
+  return m_fileName;
+}
+
+void LOGFileAppender::setBufferedIO(int on) {
+  m_bufferedIO = on;
+  if (on == 1) setImmediateFlush(0);
+}
+
+LOGFileAppender::Change::Change(LOGFileAppender& appender) : m_appender(appender), m_nested(appender.m_changing) {
+  m_appender.m_changing = true;
+}
+
+LOGFileAppender::Change::~Change() {
+  if (m_nested) return;
+  m_appender.m_changing = false;
+  if (m_appender.m_qw && m_appender.m_file && m_appender.m_file->isOpen()) {
+    m_appender.setClosed(0);
+    m_appender.setOpen(1);
+  } else {
+    m_appender.setOpen(0);
+    m_appender.setClosed(1);
+  }
+}

@@ -1,0 +1,96 @@
+// The appender that writes to a file.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "log4vrk/appenders/LOGWriterAppender.h"
+
+class VRKFmFile;
+struct LOGFailureTexts;
+
+/// Writes each formatted event at the end of a file, which is created when it is missing; its directory never is. The
+/// appender is closed until a file has been opened. Without a layout nothing is written.
+///
+/// Thread safety: any thread. The operations marked VRK_REQUIRES are steps of others and expect the appender's lock.
+/// Errors: a file that cannot be opened is tried again before every event; until then the events are lost. So are
+/// events that cannot be written, with a line in the internal log each.
+class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
+ public:
+  static constexpr long DEFAULT_BUFFER_SIZE = 8192;
+
+  LOGFileAppender();
+  /// Opens the file; `append` 1 keeps what it holds.
+  LOGFileAppender(LOGLayout* layout, const I18NString& fileName, int append = 1);
+  LOGFileAppender(LOGLayout* layout, const I18NString& fileName, int append, int bufferedIO, long bufferSize);
+  ~LOGFileAppender() override;
+
+  /// Opens the file that has been named, unless one is open.
+  void activateOptions() override;
+  /// Opens a file. While one is open nothing happens: close the appender first.
+  virtual void setFile(const I18NString& name, int append, int bufferedIO, long bufferSize);
+  /// Only keeps the name for activateOptions().
+  void setFile(const I18NString& name);
+  /// The path of the open file, or the name as it was set.
+  I18NString getFile() const;
+
+  // For the next opening. 1 keeps what the file holds, anything else empties it.
+  void setAppend(int append) { m_append = append; }
+  int getAppend() const { return m_append; }
+  /// 1 also switches immediate flush off; 0 does not bring it back.
+  void setBufferedIO(int on);
+  int getBufferedIO() const { return m_bufferedIO; }
+  /// In bytes.
+  void setBufferSize(long size) { m_bufferSize = size; }
+  long getBufferSize() const { return m_bufferSize; }
+
+  int checkEntryConditions() override VRK_REQUIRES(m_critSection);
+  void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
+  void resetWriter() override VRK_REQUIRES(m_critSection);
+  /// Makes the writer for the file that has been opened.
+  virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
+  /// What setFile() does under the lock.
+  virtual void setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize)
+      VRK_REQUIRES(m_critSection);
+  void closeFile() VRK_REQUIRES(m_critSection);
+
+ protected:
+  /// What setFile() writes to the internal log when it fails.
+  virtual const LOGFailureTexts& setFileFailures() const;
+
+  /// What an appender calls itself when it opens a file: its class, and the beginning of its messages.
+  struct Identity {
+    const char* className;
+    const char* messagePrefix;
+  };
+
+  /// For its life the flags stay as they are, so that other threads wait for the lock instead of finding the appender
+  /// closed. At its end they tell whether there is a file.
+  class Change {
+   public:
+    explicit Change(LOGFileAppender& appender);
+    ~Change();
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+   private:
+    LOGFileAppender& m_appender;
+    const bool m_nested;
+  };
+
+  /// Closes the file and opens the one that `name` leads to. False when that fails, and the appender is closed.
+  bool openFile(const I18NString& name, int append, int bufferedIO, long bufferSize, const Identity& identity)
+      VRK_REQUIRES(m_critSection);
+
+  I18NString m_fileName VRK_GUARDED_BY(m_critSection);
+  std::unique_ptr<VRKFmFile> m_file VRK_GUARDED_BY(m_critSection);
+
+ private:
+  bool hasDirectory(const Identity& identity) const VRK_REQUIRES(m_critSection);
+
+  std::atomic<int> m_append{1};
+  std::atomic<int> m_bufferedIO{0};
+  std::atomic<long> m_bufferSize{DEFAULT_BUFFER_SIZE};
+  bool m_changing VRK_GUARDED_BY(m_critSection) = false;
+};

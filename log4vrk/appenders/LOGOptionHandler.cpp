@@ -1,0 +1,3 @@
+#include "log4vrk/appenders/LOGOptionHandler.h"
+
+LOGOptionHandler::~LOGOptionHandler() = default;

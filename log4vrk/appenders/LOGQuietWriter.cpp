@@ -1,0 +1,76 @@
+#include "log4vrk/appenders/LOGQuietWriter.h"
+
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/net/LOGWriter.h"
+#include "log4vrk/platform/VRKFmFile.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+LOGQuietWriter::LOGQuietWriter(LOGErrorHandler* errorHandler, VRKFmFile* file) : m_errorHandler(errorHandler) {
+  setFile(file);
+}
+
+LOGQuietWriter::LOGQuietWriter(LOGWriter* writer, LOGErrorHandler* errorHandler)
+    : m_errorHandler(errorHandler), m_writer(writer) {}
+
+LOGQuietWriter::~LOGQuietWriter() = default;
+
+void LOGQuietWriter::write(VRKFmFile* outStream, const I18NString& text) {
+  constexpr LOGFailureTexts FAILURES = {"LOGQuietWriter::write -- I18nstring exception occurred",
+                                        "LOGQuietWriter::write -- VRKThrowable exception occurred",
+                                        "LOGQuietWriter::write -- Unknown error occurred"};
+  logContain(FAILURES, [&] {
+    if (text.isEmpty()) return;
+    VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
+    const VRKThreadRWGuard guard(*this, VRKThreadRWGuard::WRITE);
+    writeAtEnd(outStream, text);
+  });
+}
+
+void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) {
+  constexpr LOGFailureTexts FAILURES = {"LOGQuietWriter::stWrite -- I18nstring exception occurred",
+                                        "LOGQuietWriter::stWrite -- VRKThrowable exception occurred",
+                                        "LOGQuietWriter::stWrite -- Unknown error occurred"};
+  logContain(FAILURES, [&] {
+    if (text.isEmpty()) return;
+    VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
+    writeAtEnd(outStream, text);
+    if (outStream->flush() == 0) throwFileError(outStream);
+  });
+}
+
+long LOGQuietWriter::writeAtEnd(VRKFmFile* file, const I18NString& text) {
+  if (file->seekFromEnd(0) == -1) throwFileError(file);
+  long length = 0;
+  const char* const bytes = text.c_str(&length);
+  if (bytes[length - 1] == '\0') --length;
+  if (file->write(bytes, length) == -1) throwFileError(file);
+  return length;
+}
+
+void LOGQuietWriter::throwFileError(VRKFmFile* file) {
+  VRK_ASSERT_AS(file != nullptr, "VRK_ASSERT(file != NULL);", __LINE__);
+  throw VRKSystemError(file->getLastError(), file->getName(), "LOGQuietWriter::throwFileError", __LINE__);
+}
+
+void LOGQuietWriter::flush(VRKFmFile* outStream) {
+  VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
+  outStream->flush();
+}
+
+void LOGQuietWriter::close(VRKFmFile* outStream) {
+  VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
+  outStream->close();
+}
+
+void LOGQuietWriter::write(const I18NString& text) {
+  if (m_writer != nullptr && !text.isEmpty()) m_writer->write(text);
+}
+
+void LOGQuietWriter::flush() {
+  if (m_writer != nullptr) m_writer->flush();
+}
+
+void LOGQuietWriter::close() {
+  flush();
+  if (m_writer != nullptr) m_writer->close();
+}

@@ -1,0 +1,125 @@
+#include "log4vrk/appenders/LOGRollingFileAppender.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+#include "log4vrk/appenders/LOGCountingQuietWriter.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/platform/VRKFmDir.h"
+#include "log4vrk/platform/VRKFmFile.h"
+
+namespace {
+
+// Of setFile() and of setFileOptions().
+constexpr LOGFailureTexts OPEN_FAILURES = {"LOGRollingFileAppender::setFile -- some i18nstring exception occurred",
+                                           "LOGRollingFileAppender::setFile -- some VRKThrowable exception occurred",
+                                           "LOGRollingFileAppender::setFile -- generic exception happened"};
+
+bool isBackup(const I18NString& name) { return VRKFmDir::exists(name, VRKFmDir::REGULAR_FILE); }
+
+void renameOrReport(const I18NString& from, const I18NString& to) {
+  if (VRKFmDir::renameFile(from, to)) return;
+  LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not rename [" + from + "] to [" + to + "]");
+}
+
+// The number that `digits` spells as backupName() does, or 0 when it is none or not below `limit`.
+long indexBelow(long limit, std::u16string_view digits) {
+  if (digits.empty() || digits[0] == u'0') return 0;
+  long index = 0;
+  for (char16_t c : digits) {
+    if (c < u'0' || c > u'9' || index > (std::numeric_limits<long>::max() - 9) / 10) return 0;
+    index = 10 * index + (c - u'0');
+  }
+  return index < limit ? index : 0;
+}
+
+}  // namespace
+
+LOGRollingFileAppender::LOGRollingFileAppender() { instance("LOGRollingFileAppender"); }
+
+// Opens the file itself: in the base's constructor it would get the base's writer, which does not count.
+LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NString& fileName, int append)
+    : LOGRollingFileAppender() {
+  setLayout(layout);
+  LOGRollingFileAppender::setFile(fileName, append, 0, DEFAULT_BUFFER_SIZE);
+}
+
+LOGRollingFileAppender::~LOGRollingFileAppender() = default;
+
+const LOGFailureTexts& LOGRollingFileAppender::setFileFailures() const { return OPEN_FAILURES; }
+
+void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) {
+  logContain(OPEN_FAILURES, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
+    const Identity identity = {"LOGRollingFileAppender", "LOGRollingFileAppender::setFile -- "};
+    const bool opened = openFile(name, append, bufferedIO, bufferSize, identity);
+    if (opened && append != 0 && m_counter != nullptr) m_counter->setCountToSizeOf(m_file.get());
+  });
+}
+
+void LOGRollingFileAppender::setQWForFiles() {
+  m_counter = nullptr;
+  m_qw.reset();
+  m_qw.reset(m_counter = vrkNew<LOGCountingQuietWriter>(VRK_HERE, nullptr, m_file.get()));
+}
+
+void LOGRollingFileAppender::resetWriter() {
+  m_counter = nullptr;
+  LOGFileAppender::resetWriter();
+}
+
+void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
+  LOGFileAppender::subappend(event);
+  if (m_fileName.isEmpty() || m_counter == nullptr) return;
+  if (m_counter->getCount() >= m_maximumFileSize) rollOver();
+}
+
+void LOGRollingFileAppender::rollOver() {
+  VRK_ASSERT(m_qw);
+  const Change change(*this);
+  const long oldest = m_maxBackupIndex;
+  LOGLogLog::debug(I18NString("LOGRollingFileAppender::rollOver count ") +
+                   (m_counter != nullptr ? m_counter->getCount() : 0));
+  LOGLogLog::debug(I18NString("LOGRollingFileAppender::rollOver maxBackupIndex ") + oldest);
+  if (oldest >= 1) {
+    shiftBackups(oldest);
+    closeFile();
+    renameOrReport(m_fileName, backupName(1));
+  }
+  setFileOptions(m_fileName, 0, getBufferedIO(), getBufferSize());
+}
+
+void LOGRollingFileAppender::shiftBackups(long oldest) {
+  const I18NString oldestName = backupName(oldest);
+  if (isBackup(oldestName) && !VRKFmDir::removeFile(oldestName)) {
+    LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not remove the file: " + oldestName);
+  }
+  for (long index : backupsBelow(oldest)) renameOrReport(backupName(index), backupName(index + 1));
+}
+
+// In descending order. The directory is read because trying every index would take for ever where `oldest` is large.
+std::vector<long> LOGRollingFileAppender::backupsBelow(long oldest) const {
+  I18NString directory, file;
+  VRKFmDir::splitPath(m_fileName, directory, file);
+  const I18NString prefix = file + ".";
+  std::vector<long> indices;
+  const std::vector<I18NString> names = VRKFmDir::list(directory);
+  for (const I18NString& name : names) {
+    if (!name.startsWith(prefix)) continue;
+    const long index = indexBelow(oldest, name.view().substr(prefix.length()));
+    if (index > 0 && isBackup(backupName(index))) indices.push_back(index);
+  }
+  if (names.empty()) {
+    // The directory may be written to but not read: the backups up to the first gap have to do.
+    for (long index = 1; index < oldest && isBackup(backupName(index)); ++index) indices.push_back(index);
+  }
+  std::sort(indices.begin(), indices.end(), std::greater<>());
+  return indices;
+}
+
+I18NString LOGRollingFileAppender::backupName(long index) const {
+  I18NString name = m_fileName;
+  name += '.';
+  name += index;
+  return name;
+}

@@ -1,0 +1,3 @@
+#include "log4vrk/net/LOGWriter.h"
+
+LOGWriter::~LOGWriter() = default;
