@@ -1,0 +1,22 @@
+#include "log4vrk/config/LOG4VRKConfigurator.h"
+
+#include "log4vrk/config/LOGDOMConfigurator.h"
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGManager.h"
+
+LOG4VRKConfigurator::LOG4VRKConfigurator() = default;
+LOG4VRKConfigurator::~LOG4VRKConfigurator() = default;
+
+int LOG4VRKConfigurator::initialize(const I18NString& fileName) { return LOGDOMConfigurator::configure(fileName); }
+
+void LOG4VRKConfigurator::shutdown() {
+  if (LOGDeferral::active()) {
+    LOGLogLog::error("LOGHierarchy::shutdown -- called from inside a log call, ignored");
+    return;
+  }
+  // Asks without making a repository only to shut it down.
+  if (LOGManager::hasSelector()) LOGLogger::shutdown();
+  LOGLogLog::shutdown();
+}

@@ -1,0 +1,251 @@
+// The configurator's work on appenders and what belongs to them.
+
+#include <algorithm>
+
+#include "log4vrk/appenders/LOGAppenderBundle.h"
+#include "log4vrk/appenders/LOGConsoleAppender.h"
+#include "log4vrk/appenders/LOGDenyAllFilter.h"
+#include "log4vrk/appenders/LOGErrorHandler.h"
+#include "log4vrk/appenders/LOGFileAppender.h"
+#include "log4vrk/appenders/LOGLevelMatchFilter.h"
+#include "log4vrk/appenders/LOGLevelRangeFilter.h"
+#include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
+#include "log4vrk/appenders/LOGRollingFileAppender.h"
+#include "log4vrk/appenders/LOGStringMatchFilter.h"
+#include "log4vrk/config/LOGDOMChildren.h"
+#include "log4vrk/config/LOGDOMConfigurator.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGLoggerRepository.h"
+#include "log4vrk/layouts/LOGHTMLLayout.h"
+#include "log4vrk/layouts/LOGPatternLayout.h"
+#include "log4vrk/layouts/LOGTTCCLayout.h"
+#include "log4vrk/layouts/LOGXMLLayout.h"
+
+namespace {
+
+template <typename Base>
+using Maker = std::unique_ptr<Base> (*)();
+
+template <typename Base, typename Class>
+std::unique_ptr<Base> make() {
+  return std::unique_ptr<Base>(vrkNew<Class>(VRK_HERE));
+}
+
+template <typename Base>
+struct ClassEntry {
+  const char* name;
+  Maker<Base> maker;
+};
+
+constexpr ClassEntry<LOGAppenderSkeleton> APPENDERS[] = {
+    {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
+    {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
+    {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
+};
+
+// Any other class of layout gives a plain one, which is also what LOGSimpleLayout stands for.
+constexpr ClassEntry<LOGLayout> LAYOUTS[] = {
+    {"LOGTTCCLayout", &make<LOGLayout, LOGTTCCLayout>},
+    {"LOGPatternLayout", &make<LOGLayout, LOGPatternLayout>},
+    {"LOGXMLLayout", &make<LOGLayout, LOGXMLLayout>},
+    {"LOGHTMLLayout", &make<LOGLayout, LOGHTMLLayout>},
+};
+
+// Any other class of filter denies everything.
+constexpr ClassEntry<LOGFilter> FILTERS[] = {
+    {"LOGLevelRangeFilter", &make<LOGFilter, LOGLevelRangeFilter>},
+    {"LOGLevelMatchFilter", &make<LOGFilter, LOGLevelMatchFilter>},
+    {"LOGStringMatchFilter", &make<LOGFilter, LOGStringMatchFilter>},
+};
+
+template <typename Base, std::size_t N>
+Maker<Base> makerOf(const ClassEntry<Base> (&classes)[N], const I18NString& name, Maker<Base> otherwise) {
+  for (const ClassEntry<Base>& entry : classes) {
+    if (name == entry.name) return entry.maker;
+  }
+  return otherwise;
+}
+
+// Documents name appenders without the prefix; a name written with it gets it a second time, and is unknown. Meant so.
+I18NString appenderClass(const I18NString& name) {
+  if (name == "LogLocalUDPAppender") return "LOGLocalUDPAppender";
+  if (name == "LogTCPSocketAppender") return "LOGTCPSocketAppender";
+  return "LOG" + name;
+}
+
+constexpr LOGFailureTexts LAYOUT_FAILURES{"Could not create the LOGLayout. Reported error follows.",
+                                          "Could not create the LOGLayout. Reported error follows.",
+                                          " LOGDOMConfigurator::parseLayout --- An unknown exception has occurred."};
+
+}  // namespace
+
+// A name that is being parsed, so that a reference to it from inside is not followed.
+class LOGDOMConfigurator::Parsing {
+ public:
+  Parsing(std::vector<I18NString>& names, const I18NString& name) : m_names(names) { m_names.push_back(name); }
+  ~Parsing() { m_names.pop_back(); }
+  Parsing(const Parsing&) = delete;
+  Parsing& operator=(const Parsing&) = delete;
+
+ private:
+  std::vector<I18NString>& m_names;
+};
+
+LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByReference(const VRKIDOM_Element& reference) {
+  return findAppenderByName(reference.getAttribute(REF_ATTR), reference);
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& name, const VRKIDOM_Element& reference) {
+  auto* const known = static_cast<LOGAppenderSkeleton*>(m_appenderBag.get(name));
+  if (known != nullptr && !known->isStale()) {
+    LOGLogLog::debug("LOGDOMConfigurator::findAppenderByName : The appender " + name +
+                     " already exists in appender bag, return it.");
+    return known;
+  }
+  LOGLogLog::debug("LOGDOMConfigurator::findAppenderByName : The appender " + name +
+                   " doesn't exist in appender bag or is already stale, parse from dom.");
+  const bool leadsToItself = std::find(m_beingParsed.begin(), m_beingParsed.end(), name) != m_beingParsed.end();
+  const VRKIDOM_NodeList elements = reference.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
+  for (long i = 0; !leadsToItself && i < elements.getLength(); ++i) {
+    const VRKIDOM_Element element(elements.item(i));
+    if (element.getAttribute(LOG4VRK_NAME_ATTR) != name) continue;
+    const Parsing parsing(m_beingParsed, name);
+    const std::shared_ptr<LOGAppenderBundle> bundle = parseAppender(element);
+    if (!bundle) return nullptr;
+    LOGLogLog::debug("LOGDOMConfigurator::findAppenderByName : Put appender " + name + " into the appender bag.");
+    putIntoBag(name, bundle);
+    return bundle->appender();
+  }
+  LOGLogLog::error("LOGDOMConfigurator::findAppenderByName : No appender named [" + name + "] could be found.");
+  return nullptr;
+}
+
+std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::parseAppender(const VRKIDOM_Element& element) {
+  return logContainAll({"LOGDOMConfigurator::parseAppender -- some i18nstring error occurred",
+                        "LOGDOMConfigurator::parseAppender -- unable to lock mutex",
+                        "LOGDOMConfigurator::parseAppender -- An unknown exception has occured."},
+                       nullptr, [&] {
+                         const VRKThreadGuard guard(m_critSection);
+                         return makeAppender(element);
+                       });
+}
+
+std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::makeAppender(const VRKIDOM_Element& element) {
+  const I18NString className = appenderClass(subst(element.getAttribute(CLASS_ATTR)));
+  LOGLogLog::debug("Class name: [" + className + "]");
+  const Maker<LOGAppenderSkeleton> maker = makerOf<LOGAppenderSkeleton>(APPENDERS, className, nullptr);
+  if (maker == nullptr) {
+    LOGLogLog::warn("Could not find the appropriate class for Appenders");
+    return nullptr;
+  }
+  std::shared_ptr<LOGAppenderBundle> bundle = LOGAppenderBundle::make(maker());
+  bundle->appender()->setName(element.getAttribute(LOG4VRK_NAME_ATTR));
+  for (const VRKIDOM_Element& child : logChildElements(element)) parseAppenderChild(child, *bundle);
+  bundle->appender()->activateOptions();
+  return bundle;
+}
+
+void LOGDOMConfigurator::parseAppenderChild(const VRKIDOM_Element& child, LOGAppenderBundle& bundle) {
+  const I18NString tag = child.getTagName();
+  if (tag == PARAM_TAG) {
+    setParameter(child, *bundle.appender());
+  } else if (tag == LAYOUT_TAG) {
+    parseLayout(child, bundle);
+  } else if (tag == FILTER_TAG) {
+    parseFilters(child, bundle);
+  } else if (tag == ERROR_HANDLER_TAG) {
+    parseErrorHandler(child, bundle);
+  } else if (tag == APPENDER_REF_TAG) {
+    parseNestedAppender(child, bundle.appender());
+  }
+}
+
+void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* /*appender*/) {
+  LOGLogLog::error("Requesting attachment of appender named [" + reference.getAttribute(REF_ATTR) +
+                   "] which does not implement LOGAppenderAttachable.");
+}
+
+void LOGDOMConfigurator::parseLayout(const VRKIDOM_Element& element, LOGAppenderBundle& bundle) {
+  const I18NString className = "LOG" + subst(element.getAttribute(CLASS_ATTR));
+  LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
+  logContainAll(LAYOUT_FAILURES, 0, [&] {
+    std::unique_ptr<LOGLayout> layout = makerOf<LOGLayout>(LAYOUTS, className, &make<LOGLayout, LOGLayout>)();
+    setParameters(element, *layout);
+    bundle.appender()->setLayout(layout.get());
+    bundle.own(std::move(layout));
+    return 1;
+  });
+}
+
+void LOGDOMConfigurator::parseFilters(const VRKIDOM_Element& element, LOGAppenderBundle& bundle) {
+  LOGAppenderSkeleton* const appender = bundle.appender();
+  VRK_ASSERT(appender);
+  const I18NString className = "LOG" + subst(element.getAttribute(CLASS_ATTR));
+  LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
+  logContainAll(LAYOUT_FAILURES, 0, [&] {
+    std::unique_ptr<LOGFilter> filter = makerOf<LOGFilter>(FILTERS, className, &make<LOGFilter, LOGDenyAllFilter>)();
+    setParameters(element, *filter);
+    LOGFilter* const added = filter.get();
+    bundle.own(std::move(filter));
+    appender->addFilter(added);
+    return 1;
+  });
+}
+
+// The class name gets no prefix here, unlike those of appenders, layouts and filters.
+void LOGDOMConfigurator::parseErrorHandler(const VRKIDOM_Element& element, LOGAppenderBundle& bundle) {
+  const I18NString className = subst(element.getAttribute(CLASS_ATTR));
+  LOGAppenderSkeleton* const appender = bundle.appender();
+  VRK_ASSERT(appender);
+  std::shared_ptr<LOGErrorHandler> handler;
+  if (className == "LOGOnlyOnceErrorHandler") {
+    handler.reset(vrkNew<LOGOnlyOnceErrorHandler>(VRK_HERE));
+  } else {
+    LOGLogLog::warn("Creating generic error handler");
+    handler.reset(vrkNew<LOGErrorHandler>(VRK_HERE));
+  }
+  bundle.own(handler);
+  appender->setErrorHandler(handler.get());
+  for (const VRKIDOM_Element& child : logChildElements(element)) {
+    const I18NString tag = child.getTagName();
+    if (tag == PARAM_TAG) {
+      setParameter(child, *handler);
+    } else if (tag == APPENDER_REF_TAG) {
+      LOGAppenderSkeleton* const backup = findAppenderByReference(child);
+      handler->setBackupAppender(backup);
+      if (std::shared_ptr<LOGAppenderBundle> kept = bundleOf(backup)) bundle.own(std::move(kept));
+    } else if (tag == LOGGER_REF) {
+      handler->setLogger(m_repository->getLogger(child.getAttribute(REF_ATTR)));
+    } else if (tag == ROOT_REF) {
+      handler->setLogger(m_repository->getRootLogger());
+    }
+  }
+}
+
+std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::bundleOf(const LOGAppenderSkeleton* appender) const {
+  for (const std::shared_ptr<LOGAppenderBundle>& bundle : m_bundles) {
+    if (bundle->appender() == appender) return bundle;
+  }
+  return nullptr;
+}
+
+void LOGDOMConfigurator::putIntoBag(const I18NString& name, std::shared_ptr<LOGAppenderBundle> bundle) {
+  m_appenderBag.remove(name);
+  m_appenderBag.put(vrkNew<LOGLoggerKey>(VRK_HERE, name), bundle->appender());
+  m_bundles.push_back(std::move(bundle));
+}
+
+// What is stale will never be handed out again. It stays for one more run, because a program may have got it from a
+// logger.
+void LOGDOMConfigurator::retireStaleAppenders() {
+  const auto stale =
+      std::stable_partition(m_bundles.begin(), m_bundles.end(),
+                            [](const std::shared_ptr<LOGAppenderBundle>& b) { return !b->appender()->isStale(); });
+  for (auto bundle = stale; bundle != m_bundles.end(); ++bundle) {
+    const I18NString& name = (*bundle)->appender()->getName();
+    if (m_appenderBag.get(name) == (*bundle)->appender()) m_appenderBag.remove(name);
+    m_retired.push_back(std::move(*bundle));
+  }
+  m_bundles.erase(stale, m_bundles.end());
+}

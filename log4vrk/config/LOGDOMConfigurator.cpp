@@ -1,0 +1,360 @@
+#include "log4vrk/config/LOGDOMConfigurator.h"
+
+#include "log4vrk/appenders/LOGAppenderBundle.h"
+#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/config/LOGDOMChildren.h"
+#include "log4vrk/config/LOGFactoryLibraries.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGHierarchy.h"
+#include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGLoggerRepository.h"
+#include "log4vrk/core/LOGManager.h"
+#include "log4vrk/layouts/LOGRendererMap.h"
+#include "log4vrk/platform/I18NLocale.h"
+#include "log4vrk/platform/VRKFork.h"
+#include "log4vrk/platform/VRKMutex.h"
+
+const I18NString& LOGConfigurator::m_INHERITED = vrkImmortal<I18NString>("inherited");
+
+const I18NString& LOGDOMConfigurator::CONFIGURATION_TAG = vrkImmortal<I18NString>("log4j:configuration");
+const I18NString& LOGDOMConfigurator::OLD_CONFIGURATION_TAG = vrkImmortal<I18NString>("configuration");
+const I18NString& LOGDOMConfigurator::RENDERER_TAG = vrkImmortal<I18NString>("renderer");
+const I18NString& LOGDOMConfigurator::APPENDER_TAG = vrkImmortal<I18NString>("appender");
+const I18NString& LOGDOMConfigurator::APPENDER_REF_TAG = vrkImmortal<I18NString>("appender-ref");
+const I18NString& LOGDOMConfigurator::PARAM_TAG = vrkImmortal<I18NString>("param");
+const I18NString& LOGDOMConfigurator::LAYOUT_TAG = vrkImmortal<I18NString>("layout");
+const I18NString& LOGDOMConfigurator::CATEGORY = vrkImmortal<I18NString>("category");
+const I18NString& LOGDOMConfigurator::LOGGER = vrkImmortal<I18NString>("logger");
+const I18NString& LOGDOMConfigurator::LOGGER_REF = vrkImmortal<I18NString>("logger-ref");
+const I18NString& LOGDOMConfigurator::CATEGORY_FACTORY_TAG = vrkImmortal<I18NString>("categoryFactory");
+const I18NString& LOGDOMConfigurator::LOG4VRK_NAME_ATTR = vrkImmortal<I18NString>("name");
+const I18NString& LOGDOMConfigurator::CLASS_ATTR = vrkImmortal<I18NString>("class");
+const I18NString& LOGDOMConfigurator::VALUE_ATTR = vrkImmortal<I18NString>("value");
+const I18NString& LOGDOMConfigurator::ROOT_TAG = vrkImmortal<I18NString>("root");
+const I18NString& LOGDOMConfigurator::ROOT_REF = vrkImmortal<I18NString>("root-ref");
+const I18NString& LOGDOMConfigurator::LEVEL_TAG = vrkImmortal<I18NString>("level");
+const I18NString& LOGDOMConfigurator::PRIORITY_TAG = vrkImmortal<I18NString>("priority");
+const I18NString& LOGDOMConfigurator::FILTER_TAG = vrkImmortal<I18NString>("filter");
+const I18NString& LOGDOMConfigurator::ERROR_HANDLER_TAG = vrkImmortal<I18NString>("errorHandler");
+const I18NString& LOGDOMConfigurator::REF_ATTR = vrkImmortal<I18NString>("ref");
+const I18NString& LOGDOMConfigurator::ADDITIVITY_ATTR = vrkImmortal<I18NString>("additivity");
+const I18NString& LOGDOMConfigurator::THRESHOLD_ATTR = vrkImmortal<I18NString>("threshold");
+const I18NString& LOGDOMConfigurator::CONFIG_DEBUG_ATTR = vrkImmortal<I18NString>("configDebug");
+const I18NString& LOGDOMConfigurator::INTERNAL_DEBUG_ATTR = vrkImmortal<I18NString>("debug");
+const I18NString& LOGDOMConfigurator::RENDERING_CLASS_ATTR = vrkImmortal<I18NString>("renderingClass");
+const I18NString& LOGDOMConfigurator::RENDERED_CLASS_ATTR = vrkImmortal<I18NString>("renderedClass");
+const I18NString& LOGDOMConfigurator::EMPTY_STR = vrkImmortal<I18NString>();
+const I18NString& LOGDOMConfigurator::ONE_STRING_PARAM = vrkImmortal<I18NString>();
+const I18NString& LOGDOMConfigurator::dbfKey = vrkImmortal<I18NString>("LOGDocumentBuilderFactory");
+
+LOGConfigurator::~LOGConfigurator() = default;
+
+namespace {
+
+VRKMutex g_instanceMutex;
+std::shared_ptr<LOGDOMConfigurator>& g_instance VRK_GUARDED_BY(g_instanceMutex) =
+    vrkImmortal<std::shared_ptr<LOGDOMConfigurator>>();
+
+// Held for a whole run. Taken before everything else.
+VRKThreadCriticalSection& configurationLock() {
+  static VRKThreadCriticalSection& lock = vrkImmortal<VRKThreadCriticalSection>();
+  return lock;
+}
+
+void lockConfiguration() VRK_NO_THREAD_SAFETY_ANALYSIS { configurationLock().lock(); }
+void unlockConfiguration() VRK_NO_THREAD_SAFETY_ANALYSIS { configurationLock().unlock(); }
+
+// After the gate's handlers, so that it prepares before them: a run that is going on has to end before the gate can be
+// closed.
+[[maybe_unused]] const bool g_forksWatched =
+    (LOGGate::watchForks(), vrkAtFork(&lockConfiguration, &unlockConfiguration, &unlockConfiguration), true);
+
+std::shared_ptr<LOGDOMConfigurator> instance() {
+  auto made = std::make_shared<LOGDOMConfigurator>();
+  const LOGLeafGuard guard(g_instanceMutex);
+  if (!g_instance) g_instance = std::move(made);
+  return g_instance;
+}
+
+constexpr LOGFailureTexts CONFIGURE_FAILURES{"LOGDOMConfigurator::doConfigure -- some i18nstring exception occurred",
+                                             "LOGDOMConfigurator::doConfigure -- some VRKThrowable exception occurred",
+                                             "LOGDOMConfigurator::doConfigure -- An unknown exception has occurred."};
+
+bool isGiven(const I18NString& attribute) { return !attribute.isEmpty() && attribute != "null"; }
+
+}  // namespace
+
+void logShutdownConfigurator() { LOGDOMConfigurator::shutdown(); }
+
+// One configuration run: log calls put off, no other run at the same time, and the appenders of the run before let go.
+class LOGDOMConfigurator::Run {
+ public:
+  Run(LOGDOMConfigurator& configurator, LOGLoggerRepository* repository)
+      : m_guard(configurationLock()), m_configurator(configurator) {
+    configurator.m_repository = repository;
+    configurator.m_retired.clear();
+  }
+  ~Run() {
+    m_configurator.retireStaleAppenders();
+    m_configurator.m_repository = nullptr;
+  }
+
+ private:
+  LOGDeferral m_deferral;  // first: what was put off is delivered when the run is over
+  VRKThreadGuard m_guard;
+  LOGDOMConfigurator& m_configurator;
+};
+
+LOGDOMConfigurator::LOGDOMConfigurator() { VRKIDOM_DOMImplementation::initialize(); }
+
+LOGDOMConfigurator::~LOGDOMConfigurator() { VRKIDOM_DOMImplementation::terminate(); }
+
+void LOGDOMConfigurator::initialize() { static_cast<void>(instance()); }
+
+void LOGDOMConfigurator::shutdown() {
+  std::shared_ptr<LOGDOMConfigurator> last;  // freed after the lock: its appenders may have to be closed
+  const LOGLeafGuard guard(g_instanceMutex);
+  last.swap(g_instance);
+}
+
+int LOGDOMConfigurator::configure(const I18NString& fileName) {
+  return instance()->doConfigure(fileName, LOGManager::getLoggerRepository());
+}
+
+int LOGDOMConfigurator::configure(VRKIDOM_Element root) {
+  return instance()->doConfigure(root, LOGManager::getLoggerRepository());
+}
+
+void LOGDOMConfigurator::configureAndWatch(const I18NString& fileName) { configureAndWatch(fileName, 0); }
+
+void LOGDOMConfigurator::configureAndWatch(const I18NString&, long) {}
+
+int LOGDOMConfigurator::doConfigure(const I18NString& fileName, LOGLoggerRepository* repository) {
+  return logContainAll(CONFIGURE_FAILURES, 0, [&] { return doConfigure(fileName.toBytes().get(), repository); });
+}
+
+int LOGDOMConfigurator::doConfigure(const char* fileName, LOGLoggerRepository* repository) {
+  return configureOnce(repository, [&] {
+    VRKIDOM_Document document;
+    try {
+      VRKIDOM_Parser parser;
+      parser.setLoadExternalDTD(0);
+      document = parser.parse(fileName);
+    } catch (VRKThrowable& error) {
+      LOGLogLog::error("Could not parse the document", error);
+      return 0;
+    }
+    return parse(document.getDocumentElement());
+  });
+}
+
+int LOGDOMConfigurator::doConfigure(VRKIDOM_Element root, LOGLoggerRepository* repository) {
+  return configureOnce(repository, [&] { return parse(root); });
+}
+
+template <typename Operation>
+int LOGDOMConfigurator::configureOnce(LOGLoggerRepository* repository, Operation operation) {
+  if (LOGDeferral::active()) {
+    LOGLogLog::error("LOGDOMConfigurator::doConfigure -- called from inside a log call, ignored");
+    return 0;
+  }
+  return logContainAll(CONFIGURE_FAILURES, 0, [&] {
+    const Run run(*this, repository);
+    return operation();
+  });
+}
+
+I18NString LOGDOMConfigurator::subst(const I18NString& className) {
+  const std::size_t dot = className.findLast(".");
+  if (dot == I18NString::npos || dot + 1 == className.length()) return className;
+  return className.substring(dot + 1);
+}
+
+int LOGDOMConfigurator::parse(const VRKIDOM_Element& root) {
+  const I18NString tag = root.getTagName();
+  if (tag == OLD_CONFIGURATION_TAG) {
+    LOGLogLog::warn("The <" + OLD_CONFIGURATION_TAG + "> element has been deprecated.");
+    LOGLogLog::warn("Use the <" + CONFIGURATION_TAG + "> element instead.");
+  } else if (tag != CONFIGURATION_TAG) {
+    LOGLogLog::error("DOM element is - not a <" + CONFIGURATION_TAG + "> element.");
+    return 0;
+  }
+  // From here on the others see the tree as it was, until it is as it shall be.
+  const LOGGate::Closure atRest;
+  parseAttributes(root);
+  const std::vector<VRKIDOM_Element> children = logChildElements(root);
+  for (const VRKIDOM_Element& child : children) {
+    if (child.getTagName() == CATEGORY_FACTORY_TAG) parseCategoryFactory(child);
+  }
+  for (const VRKIDOM_Element& child : children) {
+    const I18NString name = child.getTagName();
+    if (name == LOGGER || name == CATEGORY) {
+      parseLogger(child);
+    } else if (name == ROOT_TAG) {
+      parseRoot(child);
+    } else if (name == RENDERER_TAG) {
+      parseRenderer(child);
+    }
+  }
+  return 1;
+}
+
+void LOGDOMConfigurator::parseAttributes(const VRKIDOM_Element& root) {
+  const I18NString debug = root.getAttribute(INTERNAL_DEBUG_ATTR);
+  LOGLogLog::debug(INTERNAL_DEBUG_ATTR + " attributes= \"" + debug + "\"");
+  if (isGiven(debug)) {
+    // Whatever it says, "false" included: meant so.
+    LOGLogLog::setInternalDebugging(1);
+  } else {
+    LOGLogLog::debug("Ignoring " + INTERNAL_DEBUG_ATTR + " attribute.");
+  }
+  if (isGiven(root.getAttribute(CONFIG_DEBUG_ATTR))) {
+    LOGLogLog::warn("The \"" + CONFIG_DEBUG_ATTR + "\" attribute is deprecated.");
+    LOGLogLog::warn("Use the \"" + INTERNAL_DEBUG_ATTR + "\" attribute instead.");
+    LOGLogLog::setInternalDebugging(1);
+  }
+  const I18NString threshold = root.getAttribute(THRESHOLD_ATTR);
+  LOGLogLog::debug("Threshold =\"" + threshold + "\"");
+  if (isGiven(threshold)) {
+    VRK_ASSERT(m_repository);
+    m_repository->setThreshold(threshold);
+  }
+}
+
+void LOGDOMConfigurator::parseCategoryFactory(const VRKIDOM_Element& element) {
+  const I18NString className = subst(element.getAttribute(CLASS_ATTR));
+  if (className.isEmpty()) {
+    LOGLogLog::error("Category Factory tag " + CLASS_ATTR + " attribute not found.");
+    LOGLogLog::debug("No Category Factory configured.");
+    return;
+  }
+  LOGLogLog::debug("Desired category factory: [" + className + "]");
+  LOGFactoryLibraries::use(className);
+}
+
+void LOGDOMConfigurator::parseRenderer(const VRKIDOM_Element& element) {
+  logContainAll({"LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
+                 "LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
+                 "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"},
+                0, [&] {
+                  const VRKThreadGuard guard(m_critSection);
+                  LOGRendererMap::addRenderer(dynamic_cast<LOGHierarchy*>(m_repository),
+                                              subst(element.getAttribute(RENDERING_CLASS_ATTR)),
+                                              subst(element.getAttribute(RENDERED_CLASS_ATTR)));
+                  return 1;
+                });
+}
+
+void LOGDOMConfigurator::parseLogger(const VRKIDOM_Element& element) {
+  logContainAll({"LOGDOMConfigurator::parseLogger -- unable to lock mutex",
+                 "LOGDOMConfigurator::parseLogger -- unable to lock mutex",
+                 "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred"},
+                0, [&] {
+                  const VRKThreadGuard guard(m_critSection);
+                  LOGLogger* const logger = findLogger(element);
+                  if (logger == nullptr) return 0;
+                  const I18NString additivity = element.getAttribute(ADDITIVITY_ATTR);
+                  LOGLogLog::debug("Setting [" + logger->getName() + "] additivity to [" +
+                                   (additivity.isEmpty() ? I18NString("true") : additivity) + "].");
+                  logger->setAdditivity(vrkEqualIgnoringAsciiCase(additivity, "false") ? 0 : 1);
+                  parseChildrenOfLoggerElement(element, logger, false);
+                  return 1;
+                });
+}
+
+LOGLogger* LOGDOMConfigurator::findLogger(const VRKIDOM_Element& element) {
+  const I18NString name = element.getAttribute(LOG4VRK_NAME_ATTR);
+  const I18NString className = subst(element.getAttribute(CLASS_ATTR));
+  if (className.isEmpty()) {
+    LOGLogLog::debug("Retrieving an instance of LOGLogger: " + name);
+    return m_repository->getLogger(name);
+  }
+  LOGLogLog::debug("Desired logger sub-class: [" + className + "]");
+  LOGLoggerFactory* const factory = LOGFactoryLibraries::current();
+  if (factory == nullptr) {
+    LOGLogLog::error("Logger Factory missing from config document; please add and restart");
+    return nullptr;
+  }
+  // From the repository of the program, whichever is being configured: factories know no other.
+  LOGLogger* const logger = LOGManager::getLogger(name, factory);
+  if (logger == nullptr) LOGLogLog::error("Could not retrieve logger [" + name + "]. Reported error follows.");
+  return logger;
+}
+
+void LOGDOMConfigurator::parseRoot(const VRKIDOM_Element& element) {
+  logContainAll(
+      {"LOGDOMConfigurator::parseRoot -- unable to lock mutex", "LOGDOMConfigurator::parseRoot -- unable to lock mutex",
+       "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred"},
+      0, [&] {
+        VRK_ASSERT(m_repository);
+        const VRKThreadGuard guard(m_critSection);
+        parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true);
+        return 1;
+      });
+}
+
+void LOGDOMConfigurator::parseChildrenOfLoggerElement(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot) {
+  VRK_ASSERT(logger);
+  LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : remove all appenders from logger " +
+                   logger->getName());
+  {
+    const VRKThreadGuard guard(m_critSection);
+    logger->removeAllAppenders(&m_appenderBag);
+  }
+  for (const VRKIDOM_Element& child : logChildElements(element)) {
+    const I18NString tag = child.getTagName();
+    if (tag == APPENDER_REF_TAG) {
+      parseAppenderRef(child, logger);
+    } else if (tag == LEVEL_TAG || tag == PRIORITY_TAG) {
+      parseLevel(child, logger, isRoot);
+    } else if (tag == PARAM_TAG) {
+      setParameter(child, *logger);
+    }
+  }
+}
+
+void LOGDOMConfigurator::parseAppenderRef(const VRKIDOM_Element& element, LOGLogger* logger) {
+  const I18NString reference = element.getAttribute(REF_ATTR);
+  LOGAppenderSkeleton* const appender = findAppenderByReference(element);
+  if (appender == nullptr) {
+    LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Appender named [" + reference +
+                     "] not found.");
+    return;
+  }
+  LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Adding appender named [" + reference +
+                   "] to logger [" + logger->getName() + "].");
+  logger->addAppender(appender);
+}
+
+void LOGDOMConfigurator::parseLevel(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot) {
+  logContainAll({"LOGDOMConfigurator::parseLevel --- An unknown exception has occurred.",
+                 "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred.",
+                 "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred."},
+                0, [&] {
+                  const I18NString name = isRoot ? ROOT_TAG : logger->getName();
+                  const I18NString value = element.getAttribute(VALUE_ATTR);
+                  LOGLogLog::debug("Level value for " + name + " is  [" + value + "].");
+                  if (value == m_INHERITED) {
+                    if (isRoot) {
+                      LOGLogLog::error("Root level cannot be inherited. Ignoring directive.");
+                    } else {
+                      logger->setLevel(nullptr);
+                    }
+                    return 0;
+                  }
+                  const I18NString className = subst(element.getAttribute(CLASS_ATTR));
+                  if (!className.isEmpty()) LOGLogLog::debug("Desired LOGLevel sub-class: [" + className + "]");
+                  try {
+                    logger->setLevel(LOGLevel::toLevel(value));
+                  } catch (VRKThrowable& error) {
+                    if (className.isEmpty()) throw;
+                    LOGLogLog::error("Could not create level [" + value + "] Reported error follows. ", error);
+                    return 0;
+                  }
+                  const LOGLevel* const logLevel = logger->getLevel();
+                  VRK_ASSERT(logLevel);
+                  LOGLogLog::debug(name + " level set to " + logLevel->toString());
+                  return 1;
+                });
+}

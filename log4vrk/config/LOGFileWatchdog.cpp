@@ -1,0 +1,67 @@
+#include "log4vrk/config/LOGFileWatchdog.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/platform/VRKTime.h"
+
+namespace {
+
+constexpr std::size_t STACK_SIZE = 4096000;
+
+// Of all watchdogs.
+std::atomic<long> g_delay{LOGFileWatchdog::m_DEFAULT_DELAY};
+std::atomic<std::int64_t> g_lastModified{0};
+std::atomic<int> g_interrupted{0};
+
+constexpr LOGFailureTexts CHECK_FAILURES{"LOGFileWatchdog::checkAndConfigure -- some i18nstring exception occurred",
+                                         "LOGFileWatchdog::checkAndConfigure -- some VRKThrowable exception occurred",
+                                         "LOGFileWatchdog::checkAndConfigure -- some generic error occurred"};
+
+}  // namespace
+
+LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName) : LOGFileWatchdog(fileName, LookLater()) {
+  std::int64_t modified = 0;
+  logContainAll(CHECK_FAILURES, false, [&] { return examine(modified); });
+}
+
+LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName, LookLater)
+    : VRKThread(STACK_SIZE), m_fileName(fileName), m_stop(std::make_shared<VRKStopSignal>()) {
+  g_delay = m_DEFAULT_DELAY;
+  g_lastModified = 0;
+  g_interrupted = 0;
+}
+
+LOGFileWatchdog::~LOGFileWatchdog() { stop(); }
+
+void LOGFileWatchdog::stop() {
+  m_stop->stop();
+  join();
+}
+
+void LOGFileWatchdog::setDelay(long milliseconds) { g_delay = milliseconds; }
+
+long LOGFileWatchdog::getDelay() { return g_delay; }
+
+bool LOGFileWatchdog::examine(std::int64_t& modified) {
+  if (VRKTime::fileModified(m_fileName, modified)) return true;
+  g_interrupted = 1;
+  LOGLogLog::warn("Was not allowed to read check file existance, file:[" + m_fileName + "].");
+  return false;
+}
+
+void LOGFileWatchdog::checkAndConfigure() {
+  logContainAll(CHECK_FAILURES, 0, [&] {
+    std::int64_t modified = 0;
+    if (!examine(modified) || modified <= g_lastModified) return 0;
+    g_lastModified = modified;
+    doOnChange();
+    return 1;
+  });
+}
+
+void LOGFileWatchdog::run() {
+  const std::shared_ptr<VRKStopSignal> stop = m_stop;
+  while (g_interrupted == 0 && !stop->wait(std::max(g_delay.load(), 1L) * 1000LL)) checkAndConfigure();
+}
