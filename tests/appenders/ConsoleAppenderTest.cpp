@@ -1,0 +1,114 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "log4vrk/appenders/LOGConsoleAppender.h"
+#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/appenders/AppenderFixture.h"
+
+namespace {
+
+using ConsoleAppenderTest = AppenderFixture;
+
+/// Catches what goes to a descriptor, in a pipe.
+class Captured {
+ public:
+  explicit Captured(int descriptor) : m_descriptor(descriptor), m_saved(::dup(descriptor)) {
+    EXPECT_EQ(::pipe2(m_pipe, O_NONBLOCK), 0);
+    ::dup2(m_pipe[1], descriptor);
+  }
+  ~Captured() {
+    ::dup2(m_saved, m_descriptor);
+    for (int descriptor : {m_saved, m_pipe[0], m_pipe[1]}) ::close(descriptor);
+  }
+
+  /// What has come since the last call.
+  std::string text() const {
+    char buffer[4096];
+    return std::string(buffer,
+                       static_cast<std::size_t>(std::max<ssize_t>(::read(m_pipe[0], buffer, sizeof buffer), 0)));
+  }
+
+ private:
+  int m_descriptor, m_saved, m_pipe[2];
+};
+
+struct FailingLayout : LOGLayout {
+  I18NString& format(LOGLoggingEvent*) override {
+    if (foreign) throw 7;
+    throw VRKThrowable("no text", VRK_HERE);
+  }
+  bool foreign = false;
+};
+
+const std::string WARNINGS =
+    "log4vrk:WARN LOGConsoleAppender::targetWarn -- possible values are out and err\n"
+    "log4vrk:WARN LOGConsoleAppender::targetWarn -- using out (default)\n";
+
+}  // namespace
+
+TEST_F(ConsoleAppenderTest, WritesEachEventAtOnceToTheStreamOfItsTarget) {
+  for (const char* target : {"out", "Out", "err", "ERR"}) {
+    const Captured out(1), err(2);
+    const bool toOut = target[0] == 'o' || target[0] == 'O';
+    LOGConsoleAppender appender(&m_layout, target);
+    EXPECT_EQ(appender.getTarget(), I18NString(target));
+    TestEvent early("lost");
+    appender.doAppend(&early);
+    EXPECT_EQ(m_log.lines().back() + "\n", CLOSED) << "the first activation takes the stream";
+    for (const char* text : {"one", "two"}) {
+      log(appender, text);
+      EXPECT_EQ((toOut ? out : err).text(), std::string(text) + "\n");
+      EXPECT_EQ((toOut ? err : out).text(), "");
+    }
+  }
+}
+
+TEST_F(ConsoleAppenderTest, AnUnknownTargetChangesNothing) {
+  const Captured out(1);
+  LOGConsoleAppender appender(&m_layout, "console");
+  log(appender, "one");
+  appender.setTarget("");
+  log(appender, "two");
+  EXPECT_EQ(out.text(), "one\ntwo\n");
+  EXPECT_EQ(m_log.text(), WARNINGS + WARNINGS);
+}
+
+TEST_F(ConsoleAppenderTest, ClosingLeavesTheDescriptorOpenAndLastsUntilTheNextTarget) {
+  const Captured out(1);
+  {
+    LOGConsoleAppender appender(&m_layout);
+    VRKFault::arm(VRKFault::FILE_ATTACH);
+    log(appender, "lost", "one");
+    EXPECT_EQ(m_log.text(), CLOSED) << "a stream that cannot be had is tried again";
+    appender.close();
+    log(appender, "lost");
+    EXPECT_EQ(m_log.text(), std::string(CLOSED) + CLOSED);
+    appender.setTarget("out");
+    log(appender, "two");
+  }
+  EXPECT_EQ(::write(1, "three\n", 6), 6);
+  EXPECT_EQ(out.text(), "one\ntwo\nthree\n");
+}
+
+TEST_F(ConsoleAppenderTest, ReportsWhyAnEventWasLost) {
+  const Captured out(1);
+  FailingLayout layout;
+  LOGConsoleAppender appender;
+  log(appender, "no layout, no report");
+  TestEvent event("lost");
+  const LOGGuard guard(appender);
+  EXPECT_THROW(appender.subappend(&event), VRKAssertError);
+  appender.setLayout(&layout);
+  appender.subappend(&event);
+  layout.foreign = true;
+  EXPECT_THROW(appender.subappend(&event), int);
+  const std::string start = "log4vrk:ERROR LOGAppenderSkeleton::subAppend -- ";
+  EXPECT_EQ(m_log.lines().at(0), "log4vrk:ERROR LOGConsoleAppender::subappend -- NULL layout");
+  EXPECT_EQ(m_log.lines().at(1).find(start + "VRKThrowable: no text"), 0u);
+  EXPECT_EQ(m_log.lines().at(2), start);
+  appender.setLayout(&m_layout);
+  VRKFault::arm(VRKFault::FILE_FLUSH);
+  log(appender, "written");
+  EXPECT_EQ(m_log.count("LOGQuietWriter::stWrite -- VRKThrowable exception occurred"), 1) << "each event is flushed";
+  EXPECT_EQ(out.text(), "written\n");
+}

@@ -1,0 +1,151 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+#include <map>
+
+#include "log4vrk/appenders/LOGConsoleAppender.h"
+#include "log4vrk/appenders/LOGRollingFileAppender.h"
+#include "log4vrk/platform/VRKConfigurationFactory.h"
+#include "tests/appenders/AppenderFixture.h"
+
+namespace {
+
+using FileAppenderTest = AppenderFixture;
+
+struct FailingAppender : LOGFileAppender {
+  void setQWForFiles() override { throw 7; }
+};
+
+long openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
+
+}  // namespace
+
+TEST_F(FileAppenderTest, KeepsWhatTheFileHoldsOnlyWhenAppendIsOne) {
+  for (int append : {1, 0, 2}) {
+    m_dir.write("log", "old\n");
+    LOGFileAppender appender(&m_layout, path("log"), append);
+    log(appender, "new");
+    EXPECT_EQ(m_dir.read("log"), append == 1 ? "old\nnew\n" : "new\n") << append;
+  }
+}
+
+TEST_F(FileAppenderTest, NeverMakesADirectoryAndOpensTheFileOnceThereIsOne) {
+  LOGFileAppender file;
+  LOGRollingFileAppender rolling;
+  for (LOGFileAppender* appender : {&file, static_cast<LOGFileAppender*>(&rolling)}) {
+    const InternalLog internal;
+    const std::string name = appender->instanceOf().toUtf8(), folder = m_dir.file(name);
+    appender->setLayout(&m_layout);
+    appender->setFile(path(name + "/log"));
+    log(*appender, "lost", "lost");
+    EXPECT_EQ(internal.count("log4vrk: " + name + "::setFile -- "), 2);
+    EXPECT_EQ(internal.count(" -- " + folder + " directory does not exist"), 2);
+    EXPECT_EQ(internal.lines().size(), 4u) << "and each event finds the appender closed";
+    std::filesystem::create_directory(folder);
+    log(*appender, "written");
+    EXPECT_EQ(m_dir.read(name + "/log"), "written\n");
+  }
+}
+
+TEST_F(FileAppenderTest, SaysNothingOfAMissingLayoutANameOrAFileThatCannotBeOpened) {
+  LOGFileAppender noLayout(nullptr, path("log")), unnamed, directory(&m_layout, path("."));
+  log(noLayout, "unseen");
+  EXPECT_EQ(m_dir.read("log") + m_log.text(), "");
+  log(unnamed, "lost");
+  log(directory, "lost");
+  EXPECT_EQ(m_log.text(), std::string(CLOSED) + CLOSED);
+}
+
+TEST_F(FileAppenderTest, TakesAnotherFileOnlyAfterItWasClosed) {
+  const long descriptors = openDescriptors();
+  {
+    VRKConfigurationFactory::getInstance().setBaseDirectory(m_dir.path().c_str());
+    LOGFileAppender appender(&m_layout, "first");
+    VRKConfigurationFactory::getInstance().setBaseDirectory("");
+    appender.setFile(path("second"), 1, 0, 8192);
+    EXPECT_EQ(appender.getFile(), path("first"));
+    log(appender, "1");
+    appender.close();
+    appender.close();
+    log(appender, "lost");
+    EXPECT_EQ(m_log.text(), CLOSED);
+    appender.setFile(path("second"));
+    log(appender, "2");
+    EXPECT_EQ(m_dir.read("first") + m_dir.read("second"), "1\n2\n");
+    EXPECT_EQ(openDescriptors(), descriptors + 1);
+  }
+  EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST_F(FileAppenderTest, FlushesOnOpeningAndThenOnlyWhenTold) {
+  VRKFault::arm(VRKFault::FILE_FLUSH);
+  LOGFileAppender appender(&m_layout, path("log"));
+  EXPECT_TRUE(metFault(VRKFault::FILE_FLUSH));
+  for (int immediate : {0, 1}) {
+    appender.setImmediateFlush(immediate);
+    VRKFault::arm(VRKFault::FILE_FLUSH);
+    log(appender, "x");
+    EXPECT_EQ(metFault(VRKFault::FILE_FLUSH), immediate == 1);
+  }
+  appender.setBufferedIO(1);
+  EXPECT_EQ(appender.getImmediateFlush(), 0);
+}
+
+TEST_F(FileAppenderTest, AFailureIsReportedAndLosesOneEventAtMost) {
+  for (int skip : {0, 1}) {  // the file object, the writer
+    const std::string name = "log" + std::to_string(skip);
+    VRKFault::arm(VRKFault::ALLOCATION, 1, skip);
+    LOGFileAppender appender(&m_layout, path(name));
+    VRKFault::arm(VRKFault::FILE_WRITE);
+    log(appender, "lost", "written");
+    EXPECT_EQ(m_dir.read(name), "written\n");
+  }
+  EXPECT_EQ(m_log.count("LOGFileAppender::setFile -- some VRKThrowable exception occurred VRKOutOfMemoryError"), 2);
+  EXPECT_EQ(m_log.count("LOGQuietWriter::write -- VRKThrowable exception occurred"), 2);
+  VRKFault::arm(VRKFault::TEXT_CONVERSION);
+  LOGRollingFileAppender rolling(&m_layout, path("rolling"));
+  EXPECT_EQ(m_log.count("LOGRollingFileAppender::setFile -- some i18nstring exception occurred I18NRuntimeError"), 1);
+  FailingAppender failing;
+  EXPECT_THROW(failing.setFile(path("failing"), 1, 0, 0), int);
+  EXPECT_EQ(m_log.lines().at(5), "log4vrk:ERROR LOGFileAppender::setFile -- generic exception happened");
+  EXPECT_EQ(m_log.lines().at(6), "log4vrk:ERROR LOGFileAppender::setFileOptions -- generic exception happened");
+}
+
+TEST_F(FileAppenderTest, ALockThatFailsIsReportedByEachOperationInItsOwnWords) {
+  LOGFileAppender file, open(&m_layout, path("log"));
+  LOGRollingFileAppender rolling;
+  LOGConsoleAppender console;
+  const std::pair<std::function<void()>, std::string> CASES[] = {
+      {[&] { file.setFile("x", 1, 0, 0); }, "LOGFileAppender::setFileOptions -- some VRKThrowable exception occurred"},
+      {[&] { rolling.setFile("x", 1, 0, 0); },
+       "LOGRollingFileAppender::setFile -- some VRKThrowable exception occurred"},
+      {[&] { console.setTarget("out"); }, "LOGConsoleAppender::setTarget -- some VRKThrowable exception occurred"},
+      {[&] { console.activateOptions(); },
+       "LOGConsoleAppender::activateOptions -- some VRKThrowable exception occurred"},
+      {[&] { open.close(); }, "LOGWriterAppender::close -- unable to lock mutex"},
+      {[&] { open.setWriter(nullptr); }, "LOGWriterAppender::setWriter -- unable to lock mutex"},
+      {[&] { open.setErrorHandler(nullptr); }, "LOGWriterAppender::setErrorHandler -- unable to lock mutex"},
+  };
+  for (const auto& [operation, line] : CASES) {
+    const InternalLog internal;
+    VRKFault::arm(VRKFault::LOCK);
+    operation();
+    EXPECT_EQ(internal.text().find("log4vrk:ERROR " + line + " VRKSystemError: "), 0u) << internal.text();
+  }
+}
+
+TEST_F(FileAppenderTest, TwoProcessesShareAFileWithoutMixingTheirLines) {
+  const pid_t child = ::fork();
+  LOGFileAppender appender(&m_layout, path("log"));
+  for (int i = 0; i < 300; ++i) log(appender, std::string(3000, child == 0 ? 'c' : 'p'));
+  if (child == 0) ::_exit(0);
+  ::waitpid(child, nullptr, 0);
+  std::istringstream in(m_dir.read("log"));
+  std::map<std::string, int> lines;
+  for (std::string line; std::getline(in, line);) ++lines[line];
+  EXPECT_EQ(lines, (std::map<std::string, int>{{std::string(3000, 'c'), 300}, {std::string(3000, 'p'), 300}}));
+}

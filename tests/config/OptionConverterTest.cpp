@@ -1,0 +1,40 @@
+#include <gtest/gtest.h>
+
+#include "log4vrk/config/LOGOptionConverter.h"
+#include "log4vrk/core/LOGLevel.h"
+#include "tests/support/InternalLog.h"
+
+TEST(OptionConverterTest, KnowsTwoWordsInAnyCaseAndGivesTheDefaultForAllElse) {
+  for (int fallback : {0, 1, 7}) {
+    for (const char* word : {"TRUE", "tRuE"}) EXPECT_EQ(LOGOptionConverter::toBoolean(word, fallback), 1) << word;
+    for (const char* word : {"false", "False"}) EXPECT_EQ(LOGOptionConverter::toBoolean(word, fallback), 0) << word;
+    for (const char* word : {"", "yes", "1", " true", "false ", "truex", "\u0131"}) {
+      EXPECT_EQ(LOGOptionConverter::toBoolean(word, fallback), fallback) << word;
+    }
+  }
+}
+
+TEST(OptionConverterTest, ReadsALevelWithOrWithoutItsClass) {
+  LOGLevel* const fallback = LOGLevel::FATAL_OBJ;
+  const struct {
+    const char* value;
+    LOGLevel* expected;
+    const char* logged = nullptr;  // class and level between them
+  } CASES[] = {
+      {"", fallback},
+      {"warn", LOGLevel::WARN_OBJ},
+      {" warn", fallback},
+      {"null", nullptr},
+      {"NuLL#other", nullptr},
+      {"WARN#LOGLevel", LOGLevel::WARN_OBJ, "class=[LOGLevel]:pri=[WARN]"},
+      {"loud#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[loud]"},
+      {"WARN#loglevel", nullptr, "class=[loglevel]:pri=[WARN]"},
+      {"#", nullptr, "class=[]:pri=[]"},
+      {"a#b#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[a#b]"},
+  };
+  for (const auto& c : CASES) {
+    const InternalLog log;
+    EXPECT_EQ(LOGOptionConverter::toLevel(c.value, fallback), c.expected) << c.value;
+    EXPECT_EQ(log.text(), c.logged ? std::string("log4vrk: toLevel:") + c.logged + "\n" : "") << c.value;
+  }
+}

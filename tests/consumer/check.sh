@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Installs the build, moves the installed tree, and builds and runs this folder's program against it: through the CMake
+# package, then through pkg-config.
+#
+# Usage: check.sh <build directory> <C++ compiler>
+
+set -euo pipefail
+build=$1 compiler=$2
+here=$(dirname "$(readlink -f "$0")")
+work=$build/tests/consumer
+prefix=$work/moved
+
+rm -rf "$work"
+mkdir -p "$work"
+cmake --install "$build" --prefix "$work/installed" >"$work/install.log"
+mv "$work/installed" "$prefix"
+
+# Runs $1, which must log one line to the console and the same line to consumer.log.
+run_and_check() {
+  cd "$(dirname "$1")"
+  cp "$here/log.xml" .
+  "$1" >console.log
+  local line='^[0-9]+ \[[^]]+\] INFO consumer - hello from outside the tree$'
+  for output in consumer.log console.log; do
+    if [ "$(grep -cE "$line" "$output")" != 1 ] || [ "$(wc -l <"$output")" != 1 ]; then
+      echo "$PWD/$output should hold one line that matches $line, but holds:"
+      cat "$output"
+      exit 1
+    fi
+  done
+}
+
+cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$work/cmake"
+run_and_check "$work/cmake/consumer"
+
+pc_dir=$(dirname "$(find "$prefix" -name log4vrk.pc)")
+export PKG_CONFIG_PATH=$pc_dir
+mkdir "$work/pkg-config"
+# shellcheck disable=SC2046  # the flags are meant to be split
+"$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" $(pkg-config --cflags --libs log4vrk)
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir log4vrk) run_and_check "$work/pkg-config/consumer"

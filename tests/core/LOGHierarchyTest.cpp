@@ -1,0 +1,298 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "log4vrk/core/LOGHierarchy.h"
+#include "log4vrk/layouts/LOGDefaultRenderer.h"
+#include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/support/Doubles.h"
+#include "tests/support/InternalLog.h"
+#include "tests/support/Process.h"
+
+namespace {
+
+using vrktest::HookFactory;
+using vrktest::HookListener;
+using vrktest::RecordingAppender;
+using vrktest::statusInChild;
+using vrktest::Texts;
+using vrktest::Tree;
+
+class ProgramsLogger : public LOGLogger {
+ public:
+  explicit ProgramsLogger(const I18NString& name) : LOGLogger(name) { instance("ProgramsLogger"); }
+};
+
+/// The text of the assertion that `operation` raises.
+template <typename Operation>
+std::string assertionOf(Operation operation) {
+  try {
+    operation();
+  } catch (const VRKAssertError& error) {
+    return error.getText().toUtf8();
+  }
+  return "none";
+}
+
+std::size_t countOfLoggers(LOGHierarchy& tree) {
+  return std::unique_ptr<VRKList<LOGLogger*>>(tree.getCurrentLoggers())->size();
+}
+
+}  // namespace
+
+TEST(LOGHierarchy, LinksEachLoggerToItsNearestAncestor) {
+  using Names = std::vector<const char*>;
+  const struct {
+    Names made;
+    std::vector<std::pair<const char*, const char*>> parents;
+  } CASES[] = {
+      {{"a.b.c", "a"}, {{"a.b.c", "a"}, {"a", "root"}}},
+      {{"a.b.c", "a.b", "a"}, {{"a.b.c", "a.b"}, {"a.b", "a"}, {"a", "root"}}},
+      {{"a.b", "a.bc", "a.bc.d"}, {{"a.bc", "root"}, {"a.bc.d", "a.bc"}}},
+      {{"a..b", ".c", "a", "A"}, {{"a..b", "a"}, {".c", "root"}, {"A", "root"}}},
+      // A plain prefix decides, and the root's own name counts.
+      {{"r.x", "root.z", "root.z.w", "r", "root", ""}, {{"r.x", "root"}, {"root.z", "root"}, {"root.z.w", "root.z"}}},
+  };
+  for (const auto& c : CASES) {
+    Tree tree;
+    for (const char* name : c.made) tree.getLogger(name);
+    for (const auto& [name, parent] : c.parents) {
+      LOGLogger* const expected = std::string(parent) == "root" ? tree.getRootLogger() : tree.exists(parent);
+      EXPECT_EQ(tree.exists(name)->getParent(), expected) << name;
+    }
+  }
+  Texts names = {"q", "q.w", "q.w.e", "qw", "qw.e", "q.we", "q.w.e.t.y", "x.y.z", "x", "x.y.z.q.w"};
+  std::mt19937 random(7);
+  for (int round = 0; round < 200; ++round) {
+    std::shuffle(names.begin(), names.end(), random);
+    Tree tree;
+    for (const std::string& name : names) tree.getLogger(name.c_str());
+    for (std::string name : names) {
+      const LOGLogger* const logger = tree.exists(name.c_str());
+      LOGLogger* expected = nullptr;
+      while (expected == nullptr && name.find('.') != name.npos)
+        expected = tree.exists((name.erase(name.rfind('.'))).c_str());
+      ASSERT_EQ(logger->getParent(), expected != nullptr ? expected : tree.getRootLogger())
+          << logger->getName().toUtf8();
+    }
+  }
+}
+
+TEST(LOGHierarchy, ReportsNewLoggersAndTheLinksThatItChanges) {
+  const InternalLog log;
+  Tree tree;
+  for (const char* name : {"a.b", "a.c", "a", "a"}) tree.getLogger(name);
+  EXPECT_EQ(log.text(),
+            "log4vrk: Creating new instance of LOGLogger: a.b\nlog4vrk: Creating new instance of LOGLogger: a.c\n"
+            "log4vrk: Creating new instance of LOGLogger: a\n"
+            "log4vrk: Add logger [root] as parent of [a].\nlog4vrk: Add logger [a] as parent of [a.b].\n"
+            "log4vrk: Add logger [root] as parent of [a].\nlog4vrk: Add logger [a] as parent of [a.c].\n");
+}
+
+TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
+  const vrktest::Deadline deadline(30);
+  Tree tree;
+  int asked = 0;
+  HookFactory factory([&](const I18NString& name) {
+    ++asked;
+    tree.getLogger("a");  // a factory may get loggers itself
+    return new ProgramsLogger(name);
+  });
+  LOGLogger* const below = tree.getLogger("a.b.c");
+  EXPECT_TRUE(tree.exists("a") == nullptr && tree.exists("a.b") == nullptr && countOfLoggers(tree) == 1);
+  LOGLogger* const logger = tree.getLogger("a.b", &factory);
+  EXPECT_TRUE(tree.getLogger("a.b", &factory) == logger && tree.getLogger("a.b", nullptr) == logger &&
+              tree.exists("a.b") == logger);
+  EXPECT_TRUE(asked == 1 && logger->getRepository() == &tree && logger->instanceOf() == "ProgramsLogger");
+  EXPECT_TRUE(below->getParent() == logger && tree.getLogger("a.b.d")->getParent() == logger);
+  for (int i = 0; i < 500; ++i) tree.getLogger(I18NString("many.") + i);
+  EXPECT_TRUE(tree.getLogger("a.b") == logger && countOfLoggers(tree) == 504);
+  HookFactory none([](const I18NString&) { return nullptr; });
+  EXPECT_EQ(assertionOf([&] { tree.getLogger("new", nullptr); }), "VRK_ASSERT(factory);");
+  EXPECT_EQ(assertionOf([&] { tree.getLogger("new", &none); }), "VRK_ASSERT(logger);");
+}
+
+// A program's logger class may log through a new logger, which may lose against one that was made meanwhile.
+TEST(LOGHierarchy, AFactoryMayLogThroughTheLoggerThatItMakes) {
+  RecordingAppender appender;
+  Tree tree;
+  tree.getRootLogger()->addAppender(&appender);
+  LOGLogger* first = nullptr;
+  HookFactory factory([&](const I18NString& name) {
+    auto* const made = new ProgramsLogger(name);
+    made->setLevel(LOGLevel::DEBUG_OBJ);
+    made->info("made");
+    first = tree.getLogger(name);
+    return made;
+  });
+  LOGLogger* const got = tree.getLogger("a", &factory);
+  got->info("got");
+  EXPECT_EQ(got, first);
+  EXPECT_EQ(appender.texts.back(), "got");
+}
+
+TEST(LOGHierarchy, GivesAllThreadsTheSameLoggers) {
+  Tree tree;
+  std::atomic<int> waiting{4};
+  std::vector<std::vector<LOGLogger*>> got(4);
+  std::vector<std::thread> threads;
+  for (auto& mine : got) {
+    threads.emplace_back([&] {
+      --waiting;
+      while (waiting > 0) std::this_thread::yield();
+      for (int i = 0; i < 300; ++i) {
+        mine.push_back(tree.getLogger(I18NString("s.") + (i % 50) + "." + i));
+        mine.push_back(tree.getLogger(I18NString("s.") + (i % 50)));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const auto& mine : got) EXPECT_EQ(mine, got[0]);
+  for (std::size_t i = 0; i < got[0].size(); i += 2) EXPECT_EQ(got[0][i]->getParent(), got[0][i + 1]);
+}
+
+TEST(LOGHierarchy, ItsThresholdGoesBeforeEveryLevel) {
+  const InternalLog log;
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a");
+  logger->setLevel(LOGLevel::ALL_OBJ);
+  const struct {
+    const char* text;
+    LOGLevel* threshold;
+    bool infoPasses;
+  } CASES[] = {{"WARN", LOGLevel::WARN_OBJ, false}, {"nonsense", LOGLevel::WARN_OBJ, false},
+               {"", LOGLevel::WARN_OBJ, false},     {"info", LOGLevel::INFO_OBJ, true},
+               {"Off", LOGLevel::OFF_OBJ, false},   {"all", LOGLevel::ALL_OBJ, true}};
+  EXPECT_EQ(tree.getThreshold(), LOGLevel::ALL_OBJ);
+  for (const auto& c : CASES) {
+    tree.setThreshold(c.text);
+    tree.setThreshold(static_cast<LOGLevel*>(nullptr));
+    EXPECT_EQ(tree.getThreshold(), c.threshold) << c.text;
+    EXPECT_TRUE(tree.isDisabled(20000) != c.infoPasses && logger->isInfoEnabled() == c.infoPasses) << c.text;
+  }
+  EXPECT_TRUE(log.count("Could not convert [") == 2 &&
+              log.count("log4vrk:WARN Could not convert [nonsense to Level.") == 1);
+}
+
+TEST(LOGHierarchy, WarnsOnceOfAnEventThatFoundNoAppender) {
+  const InternalLog log;
+  RecordingAppender appender;
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a.b");
+  tree.getRootLogger()->addAppender(&appender);
+  appender.finalize();
+  logger->info("an attached appender counts, although it is closed");
+  tree.getRootLogger()->removeAppender(&appender);
+  for (LOGLogger* each : {logger, logger, tree.getLogger("other")}) each->info("nobody hears");
+  EXPECT_EQ(log.count("log4vrk:WARN No appenders could be found for logger (a.b)."), 1);
+  EXPECT_EQ(log.count("No appenders"), 1);
+  EXPECT_EQ(assertionOf([&] { tree.emitNoAppenderWarning(nullptr); }), "VRK_ASSERT(logger);");
+}
+
+TEST(LOGHierarchy, ListenersHearOfEveryAdditionOnceAndInOrder) {
+  const InternalLog log;
+  RecordingAppender appender("x");
+  Texts heard;
+  const auto note = [&](const char* who) {
+    return [&heard, who](LOGLogger* logger, LOGAppenderSkeleton* added) {
+      heard.push_back(who + logger->getName().toUtf8() + added->getName().toUtf8());
+    };
+  };
+  HookListener one(note("1")), two(note("2")), angry([](auto*, auto*) { throw VRKThrowable("angry", VRK_HERE); });
+  Tree tree;
+  for (HookListener* listener : {&one, &two, &one}) tree.addHierarchyEventListener(listener);
+  LOGLogger* const logger = tree.getLogger("a");
+  logger->addAppender(&appender);
+  logger->addAppender(&appender);
+  logger->removeAppender(&appender);
+  EXPECT_EQ(heard, (Texts{"1ax", "2ax", "1ax", "2ax"}));
+  tree.addHierarchyEventListener(&angry);
+  EXPECT_THROW(logger->addAppender(&appender), VRKThrowable);
+  EXPECT_TRUE(logger->isAttached(&appender));
+  EXPECT_EQ(log.count("log4vrk:ERROR LOGLogger::addAppender -- unable to lock mutex VRKThrowable: angry"), 1);
+  EXPECT_EQ(assertionOf([&] { tree.addHierarchyEventListener(nullptr); }), "VRK_ASSERT(listener);");
+}
+
+// In a child, because it closes the internal log for good.
+TEST(LOGHierarchy, AResetBringsBackTheFirstStateWithEveryAppenderClosed) {
+  const auto reset = [] {
+    const InternalLog log;
+    RecordingAppender root("root"), angry("angry"), last("last");
+    LOGDefaultRenderer renderer;
+    Tree tree;
+    LOGLogger* const logger = tree.getLogger("a");
+    tree.getRootLogger()->addAppender(&root);
+    for (RecordingAppender* each : {&angry, &last}) logger->addAppender(each);
+    tree.setThreshold(LOGLevel::ERROR_OBJ);
+    tree.setRenderer("Rendered", &renderer);
+    for (LOGLogger* each : {tree.getRootLogger(), logger}) {
+      each->setLevel(LOGLevel::OFF_OBJ);
+      each->setAdditivity(0);
+    }
+    root.onClose = [&] {
+      EXPECT_TRUE(*tree.getRootLogger()->getLevel() == *LOGLevel::DEBUG_OBJ &&
+                  tree.getThreshold() == LOGLevel::ALL_OBJ);
+      EXPECT_TRUE(last.closings == 0 && *logger->getLevel() == *LOGLevel::OFF_OBJ);
+    };
+    angry.onClose = [&] {
+      EXPECT_EQ(root.closings, 1);
+      LOGLogLog::debug("the internal log is still open");
+      throw 7;
+    };
+    tree.resetConfiguration();
+    LOGLogLog::debug("it is closed");
+    EXPECT_EQ(last.closings, 1) << "although the one before has raised";
+    EXPECT_EQ(log.count("log4vrk:ERROR LOGLogger::closeNestedAppenders -- unable to lock mutex"), 1);
+    EXPECT_EQ(log.count("log4vrk:ERROR LOGHierarchy::shutdown -- unknown error"), 1);
+    EXPECT_TRUE(log.contains("still open") && !log.contains("it is closed"));
+    EXPECT_TRUE(logger->getLevel() == nullptr && logger->getAdditivity() == 1 && logger->getAppender("last") == &last);
+    EXPECT_EQ(tree.getRootLogger()->getAdditivity(), 0);
+    EXPECT_EQ(tree.getRendererMap().getFromListRenderers("Rendered"), LOGRendererMap::getDefaultRenderer());
+    root.onClose = angry.onClose = nullptr;
+  };
+  EXPECT_EQ(statusInChild(reset), 0);
+}
+
+TEST(LOGHierarchy, WithoutARootItAssertsAndEndsInPeace) {
+  EXPECT_EQ(statusInChild([] {
+              LOGHierarchy tree(nullptr);
+              tree.getLogger("a.b");
+              EXPECT_EQ(assertionOf([&] { tree.resetConfiguration(); }), "VRK_ASSERT(m_root);");
+              tree.shutdown();
+            }),
+            0);
+}
+
+TEST(LOGHierarchy, WhatCannotBeLockedIsReportedAndRaised) {
+  const InternalLog log;
+  Tree tree;
+  VRKFault::arm(VRKFault::LOCK);
+  EXPECT_THROW(tree.getLogger("a"), VRKSystemError);
+  VRKFault::disarm();
+  EXPECT_EQ(log.count("log4vrk:ERROR LOGHierarchy::getLogger -- unable to lock mutex VRKSystemError"), 1);
+}
+
+TEST(LOGHierarchy, ALoggerForWhichMemoryWasShortIsLinkedAllTheSame) {
+  const InternalLog log;
+  for (int skipped = 0; skipped < 8; ++skipped) {
+    Tree tree;
+    LOGLogger* logger = nullptr;
+    VRKFault::arm(VRKFault::ALLOCATION, 1, skipped);
+    try {
+      logger = tree.getLogger("a.b.c");
+    } catch (const VRKOutOfMemoryError&) {
+    }
+    VRKFault::disarm();
+    if (logger == nullptr) logger = tree.getLogger("a.b.c");
+    EXPECT_EQ(logger->getParent(), tree.getRootLogger()) << skipped;
+  }
+  EXPECT_TRUE(log.contains("log4vrk:ERROR LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable"));
+}

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+namespace {
+
+constexpr long LOWEST = std::numeric_limits<std::int32_t>::min();
+constexpr long HIGHEST = std::numeric_limits<std::int32_t>::max();
+
+const struct {
+  LOGLevel* level;
+  long rank;
+  const char *name, *otherCase;
+  int syslog;
+} LEVELS[] = {{LOGLevel::ALL_OBJ, LOWEST, "ALL", "all", 7},      {LOGLevel::DEBUG_OBJ, 10000, "DEBUG", "Debug", 7},
+              {LOGLevel::INFO_OBJ, 20000, "INFO", "info", 6},    {LOGLevel::WARN_OBJ, 30000, "WARN", "wArN", 4},
+              {LOGLevel::ERROR_OBJ, 40000, "ERROR", "eRROR", 3}, {LOGLevel::FATAL_OBJ, 50000, "FATAL", "fatal", 0},
+              {LOGLevel::OFF_OBJ, HIGHEST, "OFF", "oFF", 0}};
+
+}  // namespace
+
+TEST(LOGLevel, TheSevenAreFoundByRankAndByNameAndOrderedByRank) {
+  for (const auto& l : LEVELS) {
+    EXPECT_TRUE(l.level->toInt() == l.rank && l.level->toString() == l.name &&
+                l.level->getSyslogEquivalent() == l.syslog);
+    EXPECT_EQ(LOGLevel::toLevel(l.rank), l.level);
+    EXPECT_TRUE(LOGLevel::toLevel(l.name) == l.level && LOGLevel::toLevel(l.otherCase, nullptr) == l.level) << l.name;
+    for (const auto& other : LEVELS) EXPECT_EQ(l.level->isGreaterOrEqual(other.level), l.rank >= other.rank);
+  }
+  try {
+    LOGLevel::INFO_OBJ->isGreaterOrEqual(nullptr);
+    FAIL();
+  } catch (const VRKAssertError& error) {
+    EXPECT_TRUE(error.getText() == "VRK_ASSERT(otherLevel);" && error.getSource() == "LOGLevel");
+  }
+}
+
+TEST(LOGLevel, WhatNamesNoneGivesTheDefault) {
+  for (const char* text : {"", " warn", "warn ", "trace", "war", "warnn", "\xC4\xB0nfo", "\xC4\xB1nfo", "30000"}) {
+    EXPECT_TRUE(LOGLevel::toLevel(text, nullptr) == nullptr && LOGLevel::toLevel(text) == LOGLevel::DEBUG_OBJ) << text;
+  }
+  for (const long rank : {0L, 30001L, LOWEST + 1, HIGHEST - 1, (1L << 32) + 10000}) {
+    EXPECT_EQ(LOGLevel::toLevel(rank, LOGLevel::OFF_OBJ), LOGLevel::OFF_OBJ) << rank;
+    EXPECT_EQ(LOGLevel::toLevel(rank), LOGLevel::DEBUG_OBJ) << rank;
+  }
+}
+
+TEST(LOGLevel, EqualityIsRankAndSyslogPriorityWithoutTheName) {
+  std::string name = "first";
+  const LOGLevel level(20000, name.c_str(), 6), nameless;
+  name = "other";
+  EXPECT_EQ(level.toString(), "first");
+  EXPECT_TRUE(level == *LOGLevel::INFO_OBJ && level != LOGLevel(20000, "first", 5) &&
+              level != LOGLevel(20001, "first", 6));
+  EXPECT_TRUE(nameless.toInt() == 50000 && nameless.getSyslogEquivalent() == 50000 && nameless.toString().isEmpty());
+}

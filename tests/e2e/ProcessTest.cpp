@@ -1,0 +1,121 @@
+// What belongs to whole processes: crashes, several of them on one file, and what is left after many configurations.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "log4vrk/log4vrk.h"
+#include "tests/support/Logs.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+const std::string PROGRAMS = LOG4VRK_TEST_PROGRAM_DIR;
+
+std::string fileDocument(const vrktest::TempDir& dir) {
+  return dir.write("log.xml",
+                   "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
+                       dir.file("all.log") +
+                       "'/><layout class='SimpleLayout'/></appender>"
+                       "<root><level value='INFO'/><appender-ref ref='file'/></root></log4j:configuration>");
+}
+
+pid_t start(const std::vector<std::string>& command) {
+  const pid_t child = ::fork();
+  if (child != 0) return child;
+  std::vector<char*> arguments;
+  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  arguments.push_back(nullptr);
+  ::execv(arguments[0], arguments.data());
+  ::_exit(127);
+}
+
+TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
+  const vrktest::TempDir dir;
+  const std::string document = fileDocument(dir);
+  std::mt19937 random(20261121);
+  for (int kill = 0; kill < 100; ++kill) {
+    dir.write("all.log", "");
+    const std::string counter = dir.write("counter", std::string(sizeof(long), '\0'));
+    const pid_t child = start({PROGRAMS + "/crash_probe", document, counter});
+    const auto returned = [&] {
+      long value = 0;
+      std::ifstream(counter, std::ios::binary).read(reinterpret_cast<char*>(&value), sizeof value);
+      return value;
+    };
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (returned() == 0 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the program ended by itself";
+    const long count = returned();
+    ASSERT_GT(count, 0);
+    const std::vector<std::string> lines = vrktest::linesOf(dir.file("all.log"));
+    ASSERT_GE(static_cast<long>(lines.size()), count);
+    vrktest::expectEachOnceInOrder(lines, 1, static_cast<long>(lines.size()));
+  }
+}
+
+TEST(Processes, WriteWholeLinesIntoOneFile) {
+  constexpr int PROCESSES = 4;
+  constexpr long EACH = 5000;
+  const vrktest::TempDir dir;
+  const std::string document = fileDocument(dir);
+  std::vector<pid_t> children;
+  for (int p = 0; p < PROCESSES; ++p) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      LOG4VRKConfigurator::initialize(document.c_str());
+      LOGLogger* const logger = LOGManager::getLogger("process");
+      for (long n = 1; n <= EACH; ++n) LOG4VRK_INFO(logger, p << " " << n << " end");
+      LOG4VRKConfigurator::shutdown();
+      ::_exit(0);
+    }
+    children.push_back(child);
+  }
+  for (const pid_t child : children) {
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    ASSERT_EQ(0, status);
+  }
+  vrktest::expectEachOnceInOrder(vrktest::linesOf(dir.file("all.log")), PROCESSES, EACH);
+}
+
+// Every kind of object that a document can make. The sanitizer build sees what is not freed at the end.
+TEST(Cycles, LeaveNothingBehind) {
+  const vrktest::TempDir dir;
+  std::string appenders, references;
+  for (const char* kind : {"FileAppender", "RollingFileAppender", "ConsoleAppender"}) {
+    appenders +=
+        "<appender name='" + std::string(kind) + "' class='" + kind + "'><param name='File' value='" + dir.file(kind) +
+        "'/><param name='MaximumFileSize' value='100'/><layout class='TTCCLayout'><param name='DateFormat' value='%H'/>"
+        "<param name='TimeZone' value='Asia/Tokyo'/></layout><layout class='SimpleLayout'/>"
+        "<filter class='LevelRangeFilter'><param name='LevelMin' value='WARN'/></filter><filter "
+        "class='StringMatchFilter'/>"
+        "<errorHandler class='LOGOnlyOnceErrorHandler'/><errorHandler class='Generic'><appender-ref "
+        "ref='FileAppender'/>"
+        "<logger-ref ref='cycle'/><root-ref/></errorHandler></appender>";
+    references += "<appender-ref ref='" + std::string(kind) + "'/>";
+  }
+  const std::string document =
+      dir.write("log.xml", "<log4j:configuration>" + appenders + "<logger name='cycle.a'>" + references +
+                               "</logger><root>" + references + "</root></log4j:configuration>");
+  const std::string out = dir.file("out");
+  ASSERT_EQ(0, std::system((PROGRAMS + "/cycle_probe " + document + " 1000 >" + out).c_str()));
+  long early[2], late[2];
+  std::ifstream(out) >> early[0] >> early[1] >> late[0] >> late[1];
+  EXPECT_EQ(early[0], late[0]) << "open descriptors";
+  EXPECT_LE(late[1], early[1] + 4096) << "bytes in use";
+}
+
+}  // namespace

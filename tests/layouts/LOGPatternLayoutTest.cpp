@@ -1,0 +1,204 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGManager.h"
+#include "log4vrk/core/LOGNDC.h"
+#include "log4vrk/layouts/LOGPatternLayout.h"
+#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/support/InternalLog.h"
+
+namespace {
+
+LOGLoggingEvent eventOf(LOGObject* message, LOGLevel* level = LOGLevel::INFO_OBJ) {
+  LOGLoggingEvent event("LOGLogger", LOGManager::getLogger("com.acme.shop.Orders"), level, message);
+  event.setThreadName("main");
+  event.setTimeStamp(1785587696, 789000000);  // 2026-08-01 12:34:56 UTC
+  return event;
+}
+
+std::string formatted(LOGLayout& layout, const I18NString& text) {
+  LOGObject message(text);
+  LOGLoggingEvent event = eventOf(&message);
+  return layout.format(&event).toUtf8();
+}
+
+std::string formatted(const char* pattern, const I18NString& text = "order 17") {
+  LOGPatternLayout layout(pattern);
+  EXPECT_EQ(layout.getConversionPattern(), I18NString(pattern));
+  return formatted(layout, text);
+}
+
+// A message whose text cannot be had, or not without consequences.
+template <typename Text>
+class ActiveMessage : public LOGObject {
+ public:
+  explicit ActiveMessage(Text text) : m_text(text) {}
+  LOGObject* clone() const override { return new ActiveMessage(*this); }
+  const I18NString& toString() const override {
+    m_text();
+    return LOGObject::toString();
+  }
+
+ private:
+  Text m_text;
+};
+
+template <typename Text>
+std::string formattedActive(LOGLayout& layout, Text text) {
+  ActiveMessage<Text> message(text);
+  LOGLoggingEvent event = eventOf(&message);
+  return layout.format(&event).toUtf8();
+}
+
+}  // namespace
+
+TEST(PatternLayoutTest, WritesTheItemsOfThePattern) {
+  const struct {
+    const char* pattern;
+    const char* expected;
+  } CASES[] = {
+      {"%m%n", "order 17\n"},
+      {"[%t] %p %c %x - %m", "[main] INFO com.acme.shop.Orders client 7 session 9 - order 17"},
+      {"%c{1}|%c{2}|%c{4}|%c{5}|%c{}",
+       "Orders|shop.Orders|com.acme.shop.Orders|com.acme.shop.Orders|com.acme.shop.Orders"},
+      {"%c{18446744073709551617}", "com.acme.shop.Orders"},
+      {"%d{}{UTC} %d{absolute}{+05:45} %d{NULL}|", "2026-08-01 12:34:56,789 18:19:56,789 |"},
+      {"%d{%H:%M:%S.%Q}{Europe/Berlin} %d{DATE}{UTC}", "14:34:56.789 01 Aug 2026 12:34:56,789"},
+      {"%C %F %L %M %l", "? ? ? ? ?.?(?:?)"},
+      {"{%m{x}} 100%% %%m", "{order 17{x}} 100% %m"},
+      {"\u0436 %m \u65e5\U0001F600", "\u0436 order 17 \u65e5\U0001F600"},
+      {"", ""},
+      // Widths.
+      {"[%6p][%-6p][%2p][%3%]", "[  INFO][INFO  ][INFO][  %]"},
+      {"[%.2p][%.9p][%.0p][%.4000000000m]", "[FO][INFO][][order 17]"},
+      {"[%5.2p][%-5.2p][%-9.17c{2}]", "[   FO][FO   ][shop.Orders]"},
+  };
+  LOGNDC::push("client 7");
+  LOGNDC::push("session 9");
+  for (const auto& test : CASES) EXPECT_EQ(formatted(test.pattern), test.expected) << test.pattern;
+  LOGNDC::remove();
+  EXPECT_EQ(formatted("%d"), formatted("%d{%Y-%m-%d %H:%M:%S,%Q}")) << "local time";
+  EXPECT_EQ(formatted("%-18446744073709551617p|"), "INFO" + std::string(996, ' ') + "|");
+}
+
+TEST(PatternLayoutTest, BeginsWithTheMillisecondsSinceTheStartByDefault) {
+  LOGPatternLayout layout;
+  EXPECT_EQ(layout.getConversionPattern(), I18NString("%r [%t] %p %c %x - %m%n"));
+  LOGObject message("connected");
+  LOGLoggingEvent event = eventOf(&message);
+  event.setTimeStamp(LOGLoggingEvent::getStartTime() + 2, LOGLoggingEvent::getStartTimeNanos());
+  EXPECT_EQ(layout.format(&event), I18NString("2000 [main] INFO com.acme.shop.Orders  - connected\n"));
+  event.setTimeStamp(LOGLoggingEvent::getStartTime() + 3, LOGLoggingEvent::getStartTimeNanos());
+  EXPECT_EQ(layout.format(&event).substring(0, 5), I18NString("3000 "));
+}
+
+TEST(PatternLayoutTest, NeverSplitsACharacter) {
+  const struct {
+    const char* pattern;
+    const char16_t* message;
+    const char* expected;
+  } CASES[] = {
+      {"[%.2m]", u"\u65e5\u672c\u8a9e", "[\u672c\u8a9e]"},
+      {"[%6m]", u"\u0436\u0443\u043a", "[   \u0436\u0443\u043a]"},
+      {"[%.2m]", u"a\U0001F600", "[\U0001F600]"},
+      {"[%.1m]", u"a\U0001F600", "[]"},
+      {"[%3.3m]", u"\U0001F600\U0001F601", "[ \U0001F601]"},
+      {"[%.2m]", u"\U0001F600ab", "[ab]"},
+      // What is no character is counted as one, and replaced on the way out.
+      {"[%.1m]", u"\xD83Dx", "[x]"},
+      {"[%-3.1m]", u"x\xDE00", "[\uFFFD  ]"},
+      {"[%.1m]", u"\xDE00\xD83D", "[\uFFFD]"},
+      {"[%m]", u"\xD83D", "[\uFFFD]"},
+  };
+  for (const auto& test : CASES) {
+    EXPECT_EQ(formatted(test.pattern, test.message), test.expected) << test.pattern << " of " << test.expected;
+  }
+}
+
+TEST(PatternLayoutTest, WritesWhatItDoesNotUnderstandAsItStandsAndReportsItOnce) {
+  const struct {
+    const char* pattern;
+    const char* expected;
+    const char* item;
+    int position;
+  } CASES[] = {
+      {"%m%", "order 17%", "%", 3},
+      {"%m %-", "order 17 %-", "%-", 4},
+      {"%5.", "%5.", "%5.", 1},
+      {"%-5.%m", "%-5.order 17", "%-5.", 1},
+      {"%5.x%m", "%5.xorder 17", "%5.", 1},
+      {"%m %-05.3Z%m", "order 17 %-05.3Zorder 17", "%-05.3Z", 4},
+      {"\u65e5\U0001F600 %\U0001F600%n", "\u65e5\U0001F600 %\U0001F600\n", "%\U0001F600", 4},
+      {"%d{%%%m", "%d{%order 17", "%d{", 1},
+      {"%d{DATE}{UTC %m", "%d{DATE}{UTC order 17", "%d{DATE}{", 1},
+      {"%c{1", "%c{1", "%c{", 1},
+      {"%m %c{-1}", "order 17 %c{-1}", "%c{-1}", 4},
+  };
+  eventOf(nullptr);  // makes the logger, which is noted in the internal log
+  for (const auto& test : CASES) {
+    const InternalLog log;
+    LOGPatternLayout layout(test.pattern);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(formatted(layout, "order 17"), test.expected) << test.pattern;
+    EXPECT_EQ(log.text(), std::string("log4vrk:ERROR LOGPatternLayout::setConversionPattern -- [") + test.item +
+                              "] at character " + std::to_string(test.position) +
+                              " of the pattern is not understood and is written as it stands.\n");
+  }
+  const InternalLog log;
+  formatted("%Y %m %Y %d{ISO8601}{Nowhere}");
+  EXPECT_EQ(log.count("[%Y] at character"), 2);
+  EXPECT_EQ(log.count("unknown time zone [Nowhere]"), 1);
+}
+
+TEST(PatternLayoutTest, DoesWithoutEventMessageOrLevel) {
+  LOGPatternLayout layout("[%p] %m%n");
+  EXPECT_EQ(layout.ignoresThrowable(), 1);
+  EXPECT_EQ(layout.instanceOf(), I18NString("LOGPatternLayout"));
+  LOGLoggingEvent event = eventOf(nullptr, nullptr);
+  EXPECT_EQ(layout.format(&event), I18NString("[] \n"));
+  const InternalLog log;
+  EXPECT_EQ(layout.format(nullptr), I18NString(""));
+  EXPECT_EQ(log.text(), "log4vrk:ERROR LOGPatternLayout::format --- Event is NULL.\n");
+}
+
+TEST(PatternLayoutTest, GoesOnWithoutAMessageThatCannotBeRendered) {
+  LOGPatternLayout layout("%p %m|%n");
+  const InternalLog log;
+  EXPECT_EQ(formattedActive(layout, [] { throw I18NRuntimeError("bad text", VRK_HERE); }), "INFO |\n");
+  EXPECT_EQ(formattedActive(layout, [] { throw VRKThrowable("bad message", VRK_HERE); }), "INFO |\n");
+  EXPECT_THROW(formattedActive(layout, [] { throw std::runtime_error("bad program"); }), std::runtime_error);
+  EXPECT_EQ(log.count("LOGPatternLayout::format -- some i18nstring exception occurred"), 1);
+  EXPECT_EQ(log.count("LOGPatternLayout::format -- some VRKThrowable exception occurred"), 1);
+  EXPECT_EQ(log.count("LOGPatternLayout::format -- some generic error occurred"), 1);
+  EXPECT_EQ(formatted(layout, "fine"), "INFO fine|\n");
+}
+
+TEST(PatternLayoutTest, LetsAMessageUseTheLayoutThatWritesIt) {
+  LOGPatternLayout layout("%p %m");
+  EXPECT_EQ(formattedActive(layout,
+                            [&] {
+                              EXPECT_EQ(formatted(layout, "inside"), "INFO inside");
+                              layout.setConversionPattern("%d{%Y}{UTC} %c{1} [%m]%n");
+                            }),
+            "2026 Orders []\n");
+}
+
+TEST(PatternLayoutTest, TakesAnotherPatternWhileOthersLog) {
+  const std::string texts[] = {"2026 INFO order 17\n", "Orders order 17\n"};
+  LOGPatternLayout layout("%c{1} %m%n");
+  const auto log = [&] {
+    for (int n = 0; n < 500; ++n) {
+      const LOGGuard guard(layout);
+      const std::string text = formatted(layout, "order 17");
+      EXPECT_TRUE(text == texts[0] || text == texts[1]) << text;
+    }
+  };
+  std::thread threads[] = {std::thread(log), std::thread(log)};
+  for (int n = 0; n < 500; ++n) layout.setConversionPattern(n % 2 == 0 ? "%d{%Y}{UTC} %p %m%n" : "%c{1} %m%n");
+  for (std::thread& thread : threads) thread.join();
+}

@@ -1,0 +1,212 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "log4vrk/platform/VRKIDOM.h"
+#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/support/TempDir.h"
+
+using vrktest::TempDir;
+
+namespace {
+
+VRKIDOM_Document parseText(const TempDir& directory, const std::string& text, int loadExternalDTD = 0) {
+  VRKIDOM_Parser parser;
+  parser.setLoadExternalDTD(loadExternalDTD);
+  return parser.parse(directory.write("log.xml", text).c_str());
+}
+
+// The text of the error, or "parsed".
+std::string failureOf(const std::string& path) {
+  try {
+    VRKIDOM_Parser().parse(path.c_str());
+  } catch (const VRKThrowable& error) {
+    return error.getText().toUtf8();
+  }
+  return "parsed";
+}
+
+std::string allText(const VRKIDOM_Node& node) {
+  std::string text = node.getNodeName().toUtf8() + "=" + node.getNodeValue().toUtf8();
+  const VRKIDOM_NodeList children = node.getChildNodes();
+  for (long i = 0; i < children.getLength(); ++i) text += "\n" + allText(children.item(i));
+  return text;
+}
+
+// `kind` is "" for general and "%" for parameter entities. The last stands for a thousand million copies of the first.
+std::string laughs(const std::string& kind, const std::string& reference, const std::string& first) {
+  std::string text = "<!DOCTYPE a [<!ENTITY " + kind + " z0 \"" + first + "\">";
+  for (int i = 1; i <= 9; ++i) {
+    text += "<!ENTITY " + kind + " z" + std::to_string(i) + " \"";
+    for (int copy = 0; copy < 10; ++copy) text += reference + "z" + std::to_string(i - 1) + ";";
+    text += "\">";
+  }
+  return text;
+}
+
+std::string repeated(const std::string& text, int times) {
+  std::string result;
+  for (int i = 0; i < times; ++i) result += text;
+  return result;
+}
+
+}  // namespace
+
+TEST(VRKIDOM, HandlesOutliveTheParserAndTheirDocument) {
+  const TempDir directory;
+  VRKIDOM_Node second;
+  {
+    VRKIDOM_DOMImplementation::initialize();
+    const VRKIDOM_Document document =
+        parseText(directory,
+                  "<log4j:configuration debug='true'>\n <a n='1'/><b><a n='2'\n  m=''/></b>\n"
+                  "<a n='3'/></log4j:configuration>");
+    const VRKIDOM_Element root = document.getDocumentElement();
+    EXPECT_EQ(root.getTagName(), "log4j:configuration");
+    EXPECT_EQ(root.getAttribute("debug"), "true");
+    EXPECT_EQ(root.getChildNodes().getLength(), 5);
+    EXPECT_TRUE(VRKIDOM_Element(root.getChildNodes().item(0)).isNull()) << "white space is no element";
+    second = document.getElementsByTagName("a").item(1);
+    VRKIDOM_DOMImplementation::terminate();
+  }
+  EXPECT_EQ(second.getNodeType(), VRKIDOM_Node::ELEMENT_NODE);
+  EXPECT_EQ(second.getLineNumber(), 3);
+  EXPECT_EQ(second.getAttributes().getNamedItem("n").getNodeValue(), "2");
+  EXPECT_FALSE(second.getAttributes().getNamedItem("m").isNull());
+  EXPECT_TRUE(second.getAttributes().getNamedItem("none").isNull());
+  EXPECT_EQ(VRKIDOM_Element(second).getAttribute("none"), "");
+  const VRKIDOM_NodeList all = second.getOwnerDocument().getElementsByTagName("a");
+  EXPECT_EQ(all.getLength(), 3);
+  EXPECT_EQ(VRKIDOM_Element(all.item(2)).getAttribute("n"), "3");
+  EXPECT_TRUE(all.item(3).isNull() && all.item(-1).isNull());
+}
+
+TEST(VRKIDOM, NullHandlesAnswerEverything) {
+  VRKIDOM_Document none;
+  VRKIDOM_Element element = none.createElement("a");
+  element.setAttribute("a", "b");
+  element.appendChild(element);
+  EXPECT_TRUE(element.isNull() && none.getDocumentElement().isNull() && element.getOwnerDocument().isNull());
+  EXPECT_TRUE(element.getAttributes().getNamedItem("a").isNull() && element.getChildNodes().item(0).isNull());
+  EXPECT_EQ(element.getNodeType() + none.getElementsByTagName("a").getLength() + element.getLineNumber(), 0);
+  EXPECT_EQ(element.getTagName() + element.getNodeValue() + element.getAttribute("a"), "");
+}
+
+TEST(VRKIDOM, BuildsDocuments) {
+  VRKIDOM_Document document = VRKIDOM_DOMImplementation::getImplementation().createDocument();
+  EXPECT_TRUE(document.getDocumentElement().isNull());
+  VRKIDOM_Element root = document.createElement("root");
+  root.setAttribute("name", u"\u00e9\U0001F600");
+  document.appendChild(root);
+  EXPECT_EQ(document.getDocumentElement().getAttribute("name"), u"\u00e9\U0001F600");
+  EXPECT_THROW(document.createElement("not a name"), VRKThrowable);
+  EXPECT_THROW(document.appendChild(document.createElement("second")), VRKThrowable);
+}
+
+TEST(VRKIDOM, ReadsTextInEveryEncoding) {
+  const TempDir directory;
+  const struct {
+    const char* text;
+    const char16_t* value;
+  } cases[] = {{"<a v='&#233;\xC3\xA9\xF0\x9F\x98\x80'/>", u"\u00e9\u00e9\U0001F600"},
+               {"<?xml version='1.0' encoding='ISO-8859-1'?><a v='\xE9'/>", u"\u00e9"},
+               {"<!DOCTYPE a [<!ENTITY d '/var/log'>]><a v='&d;/x&amp;&lt;'/>", u"/var/log/x&<"}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(parseText(directory, each.text).getDocumentElement().getAttribute("v"), each.value) << each.text;
+  }
+  EXPECT_EQ(failureOf(directory.write("m\xC3\xA4rz %41#?.xml", "<a/>")), "parsed") << "a name is never decoded";
+}
+
+TEST(VRKIDOM, TellsWhereAndWhyADocumentFails) {
+  const TempDir directory;
+  ASSERT_EQ(::mkfifo(directory.file("pipe").c_str(), 0600), 0);
+  for (const std::string document : {"missing.xml: No such file", ".: not a regular", "pipe: not a regular"}) {
+    EXPECT_EQ(failureOf(directory.file(document.substr(0, document.find(':')))).rfind(directory.file(document), 0), 0u);
+  }
+  const struct {
+    std::string text, begin;
+  } cases[] = {{"", ": the file is empty"},
+               {"\n\n", ":3:1: "},
+               {"<a>\n  <b>\n  </c>\n</a>", ":3:5: "},
+               {"<a><b/>", ":1:8: "},
+               {"<a>\n<b x='1' x='2'/></a>", ":2:"},
+               {"<a>&none;</a>", ":1:10: "},
+               {"<a>\xFF</a>", ":1:"},
+               {"<a>" + std::string(17 << 20, ' ') + "</a>", ": larger"}};
+  for (const auto& each : cases) {
+    const std::string path = directory.write("log.xml", each.text);
+    const std::string text = failureOf(path);
+    EXPECT_EQ(text.rfind(path + each.begin, 0), 0u) << text;
+  }
+  const std::string url = "file://" + directory.write("good.xml", "<a/>");
+  EXPECT_EQ(failureOf(url).rfind(url + ": No such file", 0), 0u) << "a name is no URL";
+  EXPECT_THROW(VRKIDOM_Parser().parse(nullptr), VRKThrowable);
+}
+
+TEST(VRKIDOM, ReadsNothingOutsideTheDocument) {
+  const TempDir directory;
+  const std::string secret = directory.write("secret.txt", "MARKER");
+  const std::string dtd = directory.write("log.dtd", "<!ENTITY fromDTD 'MARKER'><!ATTLIST a v CDATA 'MARKER'>");
+  const std::string declarations = directory.write("log.ent", "<!ENTITY inner 'MARKER'>");
+  const std::string text = "<!DOCTYPE a SYSTEM '" + dtd + "' [<!ENTITY e SYSTEM '" + secret +
+                           "'><!ENTITY % p SYSTEM '" + declarations +
+                           "'> %p;]><a w='x'>&e;&inner;&fromDTD;<xi:include parse='text' href='" + secret +
+                           "' xmlns:xi='http://www.w3.org/2001/XInclude'/></a>";
+  for (int load : {0, 1}) {
+    const VRKIDOM_Element root = parseText(directory, text, load).getDocumentElement();
+    EXPECT_EQ(allText(root), "a=\nxi:include=") << "load " << load;
+    EXPECT_EQ(root.getAttribute("v"), "");
+    EXPECT_EQ(root.getAttribute("w"), "x");
+  }
+}
+
+// Each of these would take gigabytes, or hours, if it were let.
+TEST(VRKIDOM, RefusesDocumentsThatMultiplyThemselves) {
+  const TempDir directory;
+  const std::string large(100000, 'x');
+  const std::vector<std::string> documents = {
+      laughs("", "&", "lol") + "]><a>&z9;</a>",
+      laughs("", "&", "lol") + "]><a v='&z9;'/>",
+      laughs("", "&", "lol") + "<!ATTLIST a v CDATA '&z9;'>]><a/>",
+      laughs("%", "&#37;", "") + "%z9;]><a/>",
+      "<!DOCTYPE a [<!ENTITY z '" + large + "'>]><a>" + repeated("&z;", 9000) + "</a>",
+      "<!DOCTYPE a [<!ATTLIST b v CDATA '" + large + "'>]><a>" + repeated("<b/>", 9000) + "</a>",
+  };
+  for (const std::string& document : documents) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::string text = failureOf(directory.write("log.xml", document));
+    EXPECT_TRUE(text.find("512 MB") != std::string::npos || text.find("entity expansions") != std::string::npos)
+        << text;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+  }
+}
+
+TEST(VRKIDOM, RefusesBottomlessDocuments) {
+  const TempDir directory;
+  const std::string path = directory.file("log.xml");
+  for (int depth : {256, 257, 100000}) {
+    directory.write("log.xml", repeated("<a>\n<b/>", depth - 1) + "<a>" + repeated("</a>", depth));
+    EXPECT_EQ(failureOf(path), depth == 256 ? "parsed" : path + ":257:5: elements are nested more than 256 deep");
+  }
+}
+
+TEST(VRKIDOM, ParsesInSeveralThreadsAtOnce) {
+  const TempDir directory;
+  const std::string good = directory.write("good.xml", "<!DOCTYPE a [<!ENTITY e 'x'>]><a v='&e;'><b/></a>");
+  const std::string bad = directory.write("bad.xml", "<a><b></a>");
+  std::vector<std::thread> threads;
+  threads.reserve(4);
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 50; ++round) {
+        EXPECT_EQ(VRKIDOM_Parser().parse(good.c_str()).getDocumentElement().getAttribute("v"), "x");
+        EXPECT_NE(failureOf(bad), "parsed");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}

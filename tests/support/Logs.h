@@ -1,0 +1,52 @@
+// Reading back what was logged.
+
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace vrktest {
+
+inline std::vector<std::string> linesOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+/// The lines of a file and its numbered backups, oldest first.
+inline std::vector<std::string> linesWithBackups(const std::string& path) {
+  std::vector<std::string> lines;
+  int oldest = 0;
+  while (std::ifstream(path + "." + std::to_string(oldest + 1))) ++oldest;
+  for (int i = oldest; i >= 0; --i) {
+    const std::vector<std::string> more = linesOf(i == 0 ? path : path + "." + std::to_string(i));
+    lines.insert(lines.end(), more.begin(), more.end());
+  }
+  return lines;
+}
+
+/// Lines of the form "<writer> <number> end": each writer's numbers are 1 to `each`, once and in order, and every line
+/// is whole.
+inline void expectEachOnceInOrder(const std::vector<std::string>& lines, int writers, long each) {
+  std::map<int, long> last;
+  for (const std::string& line : lines) {
+    std::istringstream fields(line);
+    int writer = -1;
+    long number = -1;
+    std::string end;
+    fields >> writer >> number >> end;
+    ASSERT_EQ("end", end) << "torn line: " << line;
+    ASSERT_EQ(last[writer] + 1, number) << "writer " << writer;
+    last[writer] = number;
+  }
+  ASSERT_EQ(static_cast<std::size_t>(writers), last.size());
+  for (const auto& [writer, number] : last) EXPECT_EQ(each, number) << "writer " << writer;
+}
+
+}  // namespace vrktest
