@@ -62,8 +62,13 @@ VRKThreadCriticalSection& configurationLock() {
   return lock;
 }
 
-void lockConfiguration() VRK_NO_THREAD_SAFETY_ANALYSIS { configurationLock().lock(); }
-void unlockConfiguration() VRK_NO_THREAD_SAFETY_ANALYSIS { configurationLock().unlock(); }
+// A run that is going on may be waiting for a log call to end, so a fork from inside one must not wait for the run.
+void lockConfiguration() VRK_NO_THREAD_SAFETY_ANALYSIS {
+  if (!LOGDeferral::active()) configurationLock().lock();
+}
+void unlockConfiguration() VRK_NO_THREAD_SAFETY_ANALYSIS {
+  if (!LOGDeferral::active()) configurationLock().unlock();
+}
 
 // After the gate's handlers, so that it prepares before them: a run that is going on has to end before the gate can be
 // closed.
@@ -123,7 +128,7 @@ int LOGDOMConfigurator::configure(const I18NString& fileName) {
 }
 
 int LOGDOMConfigurator::configure(VRKIDOM_Element root) {
-  return instance()->doConfigure(root, LOGManager::getLoggerRepository());
+  return instance()->doConfigure(std::move(root), LOGManager::getLoggerRepository());
 }
 
 void LOGDOMConfigurator::configureAndWatch(const I18NString& fileName) { configureAndWatch(fileName, 0); }

@@ -36,7 +36,7 @@ void rest(long microseconds) {
 
 void release(void* value) {
   auto* const state = static_cast<LOGThreadState*>(value);
-  state->context.reset();
+  state->forget();
   t_state = nullptr;
   state->used.store(false, std::memory_order_release);
 }
@@ -117,10 +117,8 @@ void afterForkInChild() {
   LOGThreadState& self = LOGThreadState::current();
   for (LOGThreadState* state = g_threads.load(); state != nullptr; state = state->next) {
     if (state == &self) continue;
+    state->forget();
     state->inside = false;
-    state->passes = state->calls = 0;
-    state->deferred.clear();
-    state->context.reset();
     state->used = false;
   }
   if (!forksFromInside()) open();
@@ -137,6 +135,14 @@ LOGThreadState& LOGThreadState::current() {
     exit.set(t_state);
   }
   return *t_state;
+}
+
+void LOGThreadState::forget() {
+  passes = calls = renders = 0;
+  delivering = false;
+  taken = 0;
+  deferred.clear();
+  context.reset();
 }
 
 LOGGate::Pass::Pass() : m_thread(LOGThreadState::current()) {

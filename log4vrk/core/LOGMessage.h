@@ -52,6 +52,7 @@ class LOGMessage {
 
 /// Logs `expression`, a sequence such as `"order " << id << " accepted"`, through `logger`. It is evaluated only when
 /// the level is enabled.
+// NOLINTBEGIN(bugprone-macro-parentheses): in parentheses a sequence with << would mean something else
 #define LOG4VRK_LOG(logger, level, expression)                              \
   do {                                                                      \
     LOGLogger* const log4vrkLogger = (logger);                              \
@@ -62,6 +63,7 @@ class LOGMessage {
       log4vrkLogger->forcedLog(LOGLogger::m_FQCN, (level), &log4vrkObject); \
     }                                                                       \
   } while (false)
+// NOLINTEND(bugprone-macro-parentheses)
 
 #define LOG4VRK_DEBUG(logger, expression) LOG4VRK_LOG(logger, LOGLevel::DEBUG_OBJ, expression)
 #define LOG4VRK_INFO(logger, expression) LOG4VRK_LOG(logger, LOGLevel::INFO_OBJ, expression)

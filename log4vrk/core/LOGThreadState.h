@@ -23,6 +23,8 @@ struct LOGThreadState {
 
   /// The calling thread's. After the thread's other destructors have run, a new one is made for what they still log.
   static LOGThreadState& current();
+  /// As new, for the next thread.
+  void forget();
 
   int passes = 0;           // how often the thread is inside the gate
   int calls = 0;            // how deep it is in library calls that may run application code or hold locks

@@ -1,7 +1,6 @@
 #include "log4vrk/layouts/LOGObjectRenderer.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "log4vrk/layouts/LOGDefaultRenderer.h"
 #include "log4vrk/platform/I18NConverter.h"
@@ -61,7 +60,7 @@ void LOGObjectRenderer::writeUTFExt(I18NString* text, unsigned char* buffer, lon
       text != nullptr ? I18NConverter::fromUnicodeStream(*text, static_cast<std::size_t>(std::min(limit, MOST_TEXT)))
                       : std::string();
   writeBytes(bytes.size(), 2, buffer, offset);
-  std::memcpy(buffer + *offset, bytes.data(), bytes.size());
+  std::copy(bytes.begin(), bytes.end(), buffer + *offset);
   *offset += static_cast<long>(bytes.size());
 }
 

@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
+#include <algorithm>
 
 #include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
 #include "log4vrk/appenders/LOGAppenderSkeleton.h"
@@ -14,11 +7,7 @@
 #include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
 #include "log4vrk/core/LOGHashtable.h"
 #include "log4vrk/layouts/LOGLayout.h"
-#include "log4vrk/platform/VRKFault.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/support/Doubles.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/Process.h"
 
 namespace {
 
@@ -30,17 +19,12 @@ using vrktest::Tree;
 class ScriptedFilter : public LOGFilter {
  public:
   explicit ScriptedFilter(std::vector<int> answers) : m_answers(std::move(answers)) {}
-  int decide(LOGLoggingEvent*) override {
-    const std::size_t asked = static_cast<std::size_t>(asks++);
-    return m_answers[std::min(asked, m_answers.size() - 1)];
-  }
-  int asks = 0;
+  int decide(LOGLoggingEvent*) override { return m_answers[std::min(asks++, m_answers.size() - 1)]; }
+  std::size_t asks = 0;
 
  private:
   std::vector<int> m_answers;
 };
-
-class CopyableAppender : public LOGAppenderSkeleton {};
 
 struct Event : LOGLoggingEvent {
   explicit Event(LOGLevel* level = LOGLevel::INFO_OBJ) : LOGLoggingEvent("", &logger, level, nullptr) {}
@@ -54,33 +38,25 @@ TEST(LOGAppenderSkeleton, OnlyReportsOnceItIsClosed) {
   RecordingAppender appender("x");
   Event event;
   appender.doAppend(nullptr);
-  EXPECT_EQ(
-      log.count(
-          "log4vrk:ERROR LOGAppenderSkeleton::doAppend -- VRK Exception occured VRKAssertError: VRK_ASSERT(event);, at "
-          "LOGAppenderSkeleton:"),
-      1);
   appender.finalize();
   appender.finalize();
   appender.doAppend(&event);
   appender.doAppend(nullptr);
-  EXPECT_EQ(appender.closings, 1);
-  EXPECT_TRUE(appender.texts.empty());
+  EXPECT_TRUE(appender.closings == 1 && appender.texts.empty());
+  const std::string line =
+      "log4vrk:ERROR LOGAppenderSkeleton::doAppend -- VRK Exception occured VRKAssertError: VRK_ASSERT(event);, at ";
+  EXPECT_EQ(log.count(line + "LOGAppenderSkeleton:"), 1);
   EXPECT_EQ(log.count("log4vrk:ERROR Attempted to append to closed appender named [x]."), 2);
-  EXPECT_EQ(log.lines().size(), 3u);
 }
 
 TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
   class Closing : public LOGAppenderSkeleton {
    public:
-    void append(LOGLoggingEvent*) override { EXPECT_TRUE(m_usable); }
+    void append(LOGLoggingEvent*) override { EXPECT_EQ(getClosed(), 0); }
     void close() override {
       const LOGGuard guard(*this);
       setClosed(1);
-      m_usable = false;
     }
-
-   private:
-    bool m_usable = true;
   };
   for (int round = 0; round < 100; ++round) {
     Closing appender;
@@ -99,8 +75,8 @@ TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
 }
 
 TEST(LOGAppenderSkeleton, ItsThresholdIsAnUpperBound) {
-  LOGLevel* const LEVELS[] = {LOGLevel::ALL_OBJ,   LOGLevel::DEBUG_OBJ, LOGLevel::INFO_OBJ, LOGLevel::WARN_OBJ,
-                              LOGLevel::ERROR_OBJ, LOGLevel::FATAL_OBJ, LOGLevel::OFF_OBJ};
+  LOGLevel* const LEVELS[] = {LOGLevel::ALL_OBJ, LOGLevel::DEBUG_OBJ, LOGLevel::WARN_OBJ, LOGLevel::ERROR_OBJ,
+                              LOGLevel::OFF_OBJ};
   RecordingAppender appender;
   for (LOGLevel* level : LEVELS) EXPECT_TRUE(appender.isAsSevereAsThreshold(level)) << "no threshold";
   for (LOGLevel* threshold : LEVELS) {
@@ -109,8 +85,7 @@ TEST(LOGAppenderSkeleton, ItsThresholdIsAnUpperBound) {
       appender.texts.clear();
       Event event(level);
       appender.doAppend(&event);
-      EXPECT_EQ(appender.texts.size(), threshold->toInt() >= level->toInt() ? 1u : 0u)
-          << threshold->toString().toUtf8() << level->toString().toUtf8();
+      EXPECT_EQ(appender.texts.size(), threshold->toInt() >= level->toInt() ? 1u : 0u);
     }
   }
 }
@@ -119,30 +94,28 @@ TEST(LOGAppenderSkeleton, AsksItsFiltersInOrderUntilOneDecides) {
   constexpr int D = LOGFilter::m_DENY, N = LOGFilter::m_NEUTRAL, A = LOGFilter::m_ACCEPT;
   const struct {
     std::vector<std::vector<int>> answers;
-    std::vector<int> asks;
+    std::vector<std::size_t> asks;
     bool written;
   } CASES[] = {
       {{}, {}, true},
       {{{D}, {A}}, {1, 0}, false},
       {{{N}, {N}}, {1, 1}, true},
       {{{N}, {A}, {D}}, {1, 1, 0}, true},
-      {{{N}, {D}, {A}}, {1, 1, 0}, false},
       {{{7, -2, N}, {2, D}}, {3, 2}, false},  // no answer: asked again
   };
   for (const auto& c : CASES) {
     RecordingAppender appender;
-    std::vector<std::unique_ptr<ScriptedFilter>> filters;
-    for (const std::vector<int>& answers : c.answers) {
-      filters.push_back(std::make_unique<ScriptedFilter>(answers));
-      appender.addFilter(filters.back().get());
-    }
-    EXPECT_EQ(appender.getFirstFilter(), filters.empty() ? nullptr : filters[0].get());
+    std::vector<ScriptedFilter*> filters;
+    for (const auto& answers : c.answers) appender.addFilter(filters.emplace_back(new ScriptedFilter(answers)));
     Event event;
     appender.doAppend(&event);
     EXPECT_EQ(appender.texts.size(), c.written ? 1u : 0u);
-    for (std::size_t i = 0; i < filters.size(); ++i) EXPECT_EQ(filters[i]->asks, c.asks[i]);
     appender.clearFilters();
-    EXPECT_EQ(appender.getFilter(), nullptr);
+    EXPECT_EQ(appender.getFirstFilter(), nullptr);
+    for (std::size_t i = 0; i < filters.size(); ++i) {
+      EXPECT_EQ(filters[i]->asks, c.asks[i]);
+      delete filters[i];
+    }
   }
   RecordingAppender appender;
   ScriptedFilter filter({A});
@@ -155,63 +128,29 @@ TEST(LOGAppenderSkeleton, EqualityIsByValueAndDecidesAttachingAndRemoving) {
   LOGLayout layout;
   ScriptedFilter filter({LOGFilter::m_ACCEPT});
   const std::function<void(LOGAppenderSkeleton&)> DIFFERENCES[] = {
-      [](LOGAppenderSkeleton& a) { a.setName("other"); },
-      [](LOGAppenderSkeleton& a) { a.close(); },
-      [](LOGAppenderSkeleton& a) { a.instance("OtherClass"); },
-      [&](LOGAppenderSkeleton& a) { a.setLayout(&layout); },
-      [&](LOGAppenderSkeleton& a) { a.addFilter(&filter); },
-      [](LOGAppenderSkeleton& a) { a.setThreshold(LOGLevel::WARN_OBJ); },
-      [](LOGAppenderSkeleton& a) { a.setErrorHandler(new LOGOnlyOnceErrorHandler); },
+      [](auto& a) { a.setName("other"); },
+      [](auto& a) { a.close(); },
+      [](auto& a) { a.instance("OtherClass"); },
+      [&](auto& a) { a.setLayout(&layout); },
+      [&](auto& a) { a.addFilter(&filter); },
+      [](auto& a) { a.setThreshold(LOGLevel::WARN_OBJ); },
+      [](auto& a) { a.setErrorHandler(new LOGOnlyOnceErrorHandler); },
   };
   for (const auto& change : DIFFERENCES) {
     RecordingAppender one("x"), two("x");
-    if (&change != &DIFFERENCES[6]) {
-      one.setErrorHandler(new LOGErrorHandler);
-      two.setErrorHandler(new LOGErrorHandler);
-    }
+    for (RecordingAppender* each : {&one, &two}) each->setErrorHandler(new LOGErrorHandler);
     LOGLogger logger("a");
-    EXPECT_TRUE(one == two && logger.isAttached(&two) == false);
-    logger.addAppender(&one);
-    logger.addAppender(&two);
-    EXPECT_TRUE(logger.isAttached(&two));
+    for (RecordingAppender* each : {&one, &two}) logger.addAppender(each);
+    EXPECT_TRUE(one == two && logger.isAttached(&two) && (++logger.getAllAppenders()).atEnd());
     logger.removeAppender(&two);
     EXPECT_FALSE(logger.isAttached(&one)) << "the equal one was removed";
     change(two);
-    logger.addAppender(&one);
-    logger.addAppender(&two);
+    for (RecordingAppender* each : {&one, &two}) logger.addAppender(each);
     VRKListIterator<LOGAppenderSkeleton*> attached = logger.getAllAppenders();
-    EXPECT_TRUE(one != two && *attached == &one);
     logger.removeAppender(&one);
-    EXPECT_EQ(*++attached, &two) << "still on its way through the living list";
+    EXPECT_TRUE(one != two && *attached == &one && *++attached == &two) << "still on its way through the living list";
     EXPECT_TRUE(logger.isAttached(&two) && !logger.isAttached(&one));
   }
-  RecordingAppender appender;
-  EXPECT_FALSE(static_cast<LOGObject&>(appender) == LOGObject());
-}
-
-TEST(LOGAppenderSkeleton, NullTakesNothingAwayAndACopySharesEverything) {
-  LOGLayout layout;
-  ScriptedFilter filter({LOGFilter::m_ACCEPT});
-  auto original = std::make_unique<CopyableAppender>();
-  auto* const handler = new LOGErrorHandler;
-  original->setName("x");
-  original->setLayout(&layout);
-  original->setLayout(nullptr);
-  original->setErrorHandler(handler);
-  original->setErrorHandler(nullptr);
-  original->setErrorHandler(handler);
-  original->setThreshold(LOGLevel::WARN_OBJ);
-  original->addFilter(&filter);
-  EXPECT_FALSE(original->isStale() || original->requiresLayout());
-  original->markAsStale();
-  const CopyableAppender copy(*original);
-  CopyableAppender assigned;
-  assigned = copy;
-  EXPECT_TRUE(copy == *original && assigned == *original && assigned.isStale());
-  original.reset();
-  EXPECT_TRUE(copy.getErrorHandler() == handler && assigned.getErrorHandler()->instanceOf() == "LOGErrorHandler");
-  EXPECT_TRUE(assigned.getName() == "x" && assigned.getLayout() == &layout && assigned.getFilter() == &filter);
-  EXPECT_THROW(copy.clone(), VRKAssertError);
 }
 
 TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
@@ -227,62 +166,30 @@ TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
   done = true;
   comparing.join();
   const InternalLog log;
-  auto* const kept = one.getErrorHandler();
   LOGErrorHandler refused;
   VRKFault::arm(VRKFault::LOCK);
   EXPECT_NO_THROW(one.setErrorHandler(&refused));
   VRKFault::disarm();
-  EXPECT_EQ(one.getErrorHandler(), kept);
+  EXPECT_NE(one.getErrorHandler(), &refused);
   EXPECT_EQ(log.count("log4vrk:ERROR LOGAppenderSkeleton::setErrorHandler -- unable to lock mutex VRKSystemError: "),
             1);
 }
 
-TEST(LOGAppenderAttachableImpl, AnEmptyListTakesNullForAnAnswer) {
+TEST(LOGAppenderAttachableImpl, TakesNullForAnAnswerOnlyWhenItIsEmpty) {
+  LOGAppenderSkeleton* const none = nullptr;
   LOGAppenderAttachableImpl list;
   RecordingAppender appender("x");
-  Event event;
-  EXPECT_EQ(list.appendLoopOnAppenders(&event), 0);
-  EXPECT_EQ(list.getAppender("x"), nullptr);
-  EXPECT_TRUE(list.getAllAppenders().atEnd());
-  EXPECT_FALSE(list.isAttached(nullptr));
-  EXPECT_NO_THROW(list.removeAppender(static_cast<LOGAppenderSkeleton*>(nullptr)));
-  EXPECT_NO_THROW(list.removeAllAppenders());
+  EXPECT_FALSE(list.isAttached(none));
+  EXPECT_NO_THROW(list.removeAppender(none));
+  EXPECT_THROW(list.addAppender(none), VRKAssertError);
   list.addAppender(&appender);
-  const std::function<void()> NULLS[] = {[&] { list.isAttached(nullptr); },
-                                         [&] { list.removeAppender(static_cast<LOGAppenderSkeleton*>(nullptr)); },
-                                         [&] { list.addAppender(nullptr); }};
-  for (const auto& call : NULLS) {
-    try {
-      call();
-      ADD_FAILURE();
-    } catch (const VRKAssertError& error) {
-      EXPECT_EQ(error.getText(), &call == &NULLS[2] ? "VRK_ASSERT(newAppender);" : "VRK_ASSERT(appender);");
-      EXPECT_EQ(error.getSource(), "LOGAppenderAttachableImpl");
-    }
-  }
-}
-
-TEST(LOGAppenderAttachableImpl, ActivatesBeforeEveryEventInTheOrderOfAttaching) {
-  Texts order;
-  RecordingAppender one("one"), two("two");
-  LOGAppenderAttachableImpl list;
-  for (RecordingAppender* each : {&one, &two}) {
-    each->onActivate = [&order, each] { order.push_back("activate " + each->getName().toUtf8()); };
-    each->onAppend = [&order, each](const std::string&) { order.push_back("append " + each->getName().toUtf8()); };
-    list.addAppender(each);
-  }
-  Event event;
-  EXPECT_EQ(list.appendLoopOnAppenders(&event), 2);
-  one.close();
-  EXPECT_EQ(list.appendLoopOnAppenders(&event), 2) << "closed ones count";
-  EXPECT_EQ(order, (Texts{"activate one", "append one", "activate two", "append two", "activate one", "activate two",
-                          "append two"}));
+  EXPECT_THROW(list.isAttached(none), VRKAssertError);
+  EXPECT_THROW(list.removeAppender(none), VRKAssertError);
 }
 
 TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHolds) {
   for (const bool withTable : {false, true}) {
     RecordingAppender listed("listed"), replaced("replaced"), newer("replaced"), unlisted("unlisted");
-    newer.setThreshold(LOGLevel::WARN_OBJ);
     LOGHashtable table;
     table.put(new LOGLoggerKey("listed"), &listed);
     table.put(new LOGLoggerKey("replaced"), &newer);
@@ -290,8 +197,7 @@ TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHol
     for (RecordingAppender* each : {&listed, &replaced, &unlisted}) logger.addAppender(each);
     logger.removeAllAppenders(withTable ? &table : nullptr);
     EXPECT_TRUE(logger.getAllAppenders().atEnd());
-    EXPECT_EQ(listed.closings + replaced.closings + unlisted.closings, 3);
-    EXPECT_EQ(newer.closings, 0);
+    EXPECT_TRUE(listed.closings == 1 && replaced.closings == 1 && unlisted.closings == 1 && newer.closings == 0);
     EXPECT_EQ(listed.isStale(), withTable);
     EXPECT_FALSE(replaced.isStale() || newer.isStale() || unlisted.isStale());
   }
@@ -299,10 +205,7 @@ TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHol
 
 TEST(LOGAppenderAttachableImpl, WhileAnAppenderClosesItsLoggerCanBeUsed) {
   const vrktest::Deadline deadline(60);
-  const std::function<void(LOGLogger&)> CLOSERS[] = {
-      [](LOGLogger& l) { l.closeNestedAppenders(); }, [](LOGLogger& l) { l.removeAllAppenders(); },
-      [](LOGLogger& l) { l.getRepository()->getLogger("a")->removeAllAppenders(nullptr); }};
-  for (const auto& close : CLOSERS) {
+  for (const bool removing : {false, true}) {
     RecordingAppender slow("slow"), root("root"), late("late");
     Tree tree;
     LOGLogger* const logger = tree.getLogger("a");
@@ -316,9 +219,8 @@ TEST(LOGAppenderAttachableImpl, WhileAnAppenderClosesItsLoggerCanBeUsed) {
       }).join();
       slow.onClose = nullptr;
     };
-    close(*logger);
+    removing ? logger->removeAllAppenders() : logger->closeNestedAppenders();
     EXPECT_EQ(root.texts, (Texts{"while it closes"}));
-    EXPECT_TRUE(logger->isAttached(&late)) << "what came meanwhile stays";
-    EXPECT_EQ(slow.closings, 1);
+    EXPECT_TRUE(logger->isAttached(&late) && logger->isAttached(&slow) != removing) << "what came meanwhile stays";
   }
 }

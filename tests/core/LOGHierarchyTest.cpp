@@ -1,21 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <atomic>
-#include <memory>
 #include <random>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/layouts/LOGDefaultRenderer.h"
-#include "log4vrk/platform/VRKFault.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/support/Doubles.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/Process.h"
 
 namespace {
 
@@ -269,15 +257,6 @@ TEST(LOGHierarchy, WithoutARootItAssertsAndEndsInPeace) {
               tree.shutdown();
             }),
             0);
-}
-
-TEST(LOGHierarchy, WhatCannotBeLockedIsReportedAndRaised) {
-  const InternalLog log;
-  Tree tree;
-  VRKFault::arm(VRKFault::LOCK);
-  EXPECT_THROW(tree.getLogger("a"), VRKSystemError);
-  VRKFault::disarm();
-  EXPECT_EQ(log.count("log4vrk:ERROR LOGHierarchy::getLogger -- unable to lock mutex VRKSystemError"), 1);
 }
 
 TEST(LOGHierarchy, ALoggerForWhichMemoryWasShortIsLinkedAllTheSame) {

@@ -1,22 +1,9 @@
-#include <gtest/gtest.h>
 #include <pthread.h>
-
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGMessage.h"
-#include "log4vrk/platform/VRKFault.h"
 #include "log4vrk/platform/VRKThread.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/support/Doubles.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/Process.h"
 
 namespace {
 
@@ -24,19 +11,6 @@ using vrktest::HookMessage;
 using vrktest::RecordingAppender;
 using vrktest::Texts;
 using vrktest::Tree;
-
-/// A message that cannot be copied into an event.
-class UncloneableMessage : public LOGObject {
- public:
-  explicit UncloneableMessage(std::function<void()> raise) : m_raise(std::move(raise)) {}
-  LOGObject* clone() const override {
-    m_raise();
-    return nullptr;
-  }
-
- private:
-  std::function<void()> m_raise;
-};
 
 const struct {
   LOGLevel* level;
@@ -54,13 +28,11 @@ TEST(LOGLogger, EveryWayToLogGoesByTheEffectiveLevel) {
   RecordingAppender appender;
   Tree tree;
   tree.getRootLogger()->addAppender(&appender);
-  LOGLogger* const parent = tree.getLogger("a");
   LOGLogger* const logger = tree.getLogger("a.b");
   LOGObject message("object");
   for (const bool own : {false, true}) {
-    for (LOGLevel* effective :
-         {LOGLevel::ALL_OBJ, LOGLevel::DEBUG_OBJ, LOGLevel::WARN_OBJ, LOGLevel::FATAL_OBJ, LOGLevel::OFF_OBJ}) {
-      parent->setLevel(own ? LOGLevel::INFO_OBJ : effective);
+    for (LOGLevel* effective : {LOGLevel::ALL_OBJ, LOGLevel::WARN_OBJ, LOGLevel::FATAL_OBJ, LOGLevel::OFF_OBJ}) {
+      tree.getLogger("a")->setLevel(own ? LOGLevel::INFO_OBJ : effective);
       logger->setLevel(own ? effective : nullptr);
       EXPECT_TRUE(*logger->getChainedLevel() == *effective);
       for (const auto& shortcut : SHORTCUTS) {
@@ -69,14 +41,12 @@ TEST(LOGLogger, EveryWayToLogGoesByTheEffectiveLevel) {
         (logger->*shortcut.text)("text");
         logger->log(shortcut.level, &message);
         logger->log(shortcut.level, "text");
-        logger->l7dlog(shortcut.level, "key");
         logger->l7dlog(shortcut.level, "key", &message);
         const bool enabled = shortcut.level->toInt() >= effective->toInt();
         EXPECT_EQ(logger->isEnabledFor(shortcut.level), enabled);
-        EXPECT_EQ(appender.texts, enabled ? (Texts{"object", "text", "object", "text", "key", "key"}) : Texts());
+        EXPECT_EQ(appender.texts, enabled ? (Texts{"object", "text", "object", "text", "key"}) : Texts());
       }
       EXPECT_EQ(logger->isDebugEnabled(), effective->toInt() <= 10000);
-      EXPECT_EQ(logger->isInfoEnabled(), effective->toInt() <= 20000);
     }
   }
   appender.texts.clear();
@@ -90,8 +60,8 @@ TEST(LOGLogger, EveryWayToLogGoesByTheEffectiveLevel) {
 TEST(LOGLogger, MacrosEvaluateTheirTextOnlyWhenItIsWanted) {
   RecordingAppender appender;
   Tree tree;
-  tree.getRootLogger()->addAppender(&appender);
   LOGLogger* const logger = tree.getLogger("a");
+  logger->addAppender(&appender);
   logger->setLevel(LOGLevel::WARN_OBJ);
   int evaluated = 0;
   const auto next = [&] { return ++evaluated; };
@@ -103,40 +73,37 @@ TEST(LOGLogger, MacrosEvaluateTheirTextOnlyWhenItIsWanted) {
     LOG4VRK_FATAL(logger, "f" << next());
   else
     LOG4VRK_FATAL(logger, "a macro is one statement");
-  EXPECT_EQ(appender.texts, (Texts{"w1", "e2", "f3"}));
-
-  appender.texts.clear();
-  LOG4VRK_FATAL(logger, std::string("s") << std::string_view("v") << I18NString("\xC3\xBC") << 'c' << u'\u20AC' << true
-                                         << -1L << 2u << static_cast<unsigned char>(200) << 1.5 << LOGObject("o")
-                                         << *LOGLevel::INFO_OBJ->toString().toBytes().get());
-  EXPECT_EQ(appender.texts, (Texts{"sv\xC3\xBC"
-                                   "c\xE2\x82\xACtrue-122001.5oI"}));
+  const unsigned char byte = 200;
+  LOG4VRK_FATAL(logger, std::string("s") << I18NString("\xC3\xBC") << 'c' << u'\u20AC' << true << -1L << byte << 1.5
+                                         << LOGObject("o"));
+  EXPECT_EQ(appender.texts, (Texts{"w1", "e2", "f3",
+                                   "s\xC3\xBC"
+                                   "c\xE2\x82\xACtrue-12001.5o"}));
 }
 
 TEST(LOGLogger, EventsGoUpToTheFirstLoggerThatIsNotAdditive) {
   RecordingAppender root("root"), parent("parent"), child("child");
   Texts order;
   for (RecordingAppender* each : {&root, &parent, &child}) {
+    each->onActivate = [&order] { order.push_back("activate"); };
     each->onAppend = [&order, each](const std::string&) { order.push_back(each->getName().toUtf8()); };
   }
   Tree tree;
   tree.getRootLogger()->addAppender(&root);
   tree.getLogger("a")->addAppender(&parent);
-  LOGLogger* const logger = tree.getLogger("a.b.c");
-  logger->addAppender(&child);
+  tree.getLogger("a.b.c")->addAppender(&child);
   const struct {
     int childAdditive, parentAdditive;
     Texts expected;
-  } CASES[] = {{1, 1, {"child", "parent", "root"}},
-               {1, 0, {"child", "parent"}},
-               {0, 1, {"child"}},
-               {7, 1, {"child", "parent", "root"}}};
+  } CASES[] = {{1, 1, {"activate", "child", "activate", "parent", "activate", "root"}},
+               {7, 0, {"activate", "child", "activate", "parent"}},
+               {0, 1, {"activate", "child"}}};
   for (const auto& c : CASES) {
     order.clear();
-    logger->setAdditivity(c.childAdditive);
+    tree.getLogger("a.b.c")->setAdditivity(c.childAdditive);
     tree.getLogger("a")->setAdditivity(c.parentAdditive);
-    logger->info("event");
-    EXPECT_EQ(order, c.expected) << c.childAdditive << c.parentAdditive;
+    tree.getLogger("a.b.c")->info("event");
+    EXPECT_EQ(order, c.expected);
   }
 }
 
@@ -146,12 +113,11 @@ TEST(LOGLogger, WithoutARepositoryOnlyTheShortcutsLog) {
   logger.addAppender(&appender);
   logger.setLevel(LOGLevel::INFO_OBJ);
   for (const auto& shortcut : SHORTCUTS) (logger.*shortcut.text)("text");
-  EXPECT_EQ(appender.texts, (Texts{"(null)", "(null)", "(null)", "(null)"})) << "no repository, nothing to render with";
   logger.log(LOGLevel::FATAL_OBJ, "text");
   logger.log(nullptr, "text");
   logger.l7dlog(nullptr, "key");
   EXPECT_FALSE(logger.isEnabledFor(nullptr) || logger.isEnabledFor(LOGLevel::FATAL_OBJ));
-  EXPECT_EQ(appender.texts.size(), 4u);
+  EXPECT_EQ(appender.texts, (Texts{"(null)", "(null)", "(null)", "(null)"})) << "no repository, nothing to render with";
 }
 
 TEST(LOGLogger, LetsNothingButItsAssertionsOut) {
@@ -159,34 +125,35 @@ TEST(LOGLogger, LetsNothingButItsAssertionsOut) {
   Tree tree;
   LOGLogger* const logger = tree.getLogger("a");
   logger->addAppender(&appender);
-  LOGObject message;
-  const std::function<void()> NULL_LEVELS[] = {
-      [&] { logger->log(nullptr, &message); }, [&] { logger->log(nullptr, "text"); },
-      [&] { logger->l7dlog(nullptr, "key"); }, [&] { logger->isEnabledFor(nullptr); }};
+  const std::function<void()> NULL_LEVELS[] = {[&] { logger->log(nullptr, "text"); },
+                                               [&] { logger->l7dlog(nullptr, "key"); },
+                                               [&] { logger->isEnabledFor(nullptr); }};
   for (const auto& call : NULL_LEVELS) {
     try {
       call();
       ADD_FAILURE();
     } catch (const VRKAssertError& error) {
-      EXPECT_EQ(error.getText(), "VRK_ASSERT(level);");
-      EXPECT_EQ(error.getSource(), "LOGLogger");
+      EXPECT_TRUE(error.getText() == "VRK_ASSERT(level);" && error.getSource() == "LOGLogger");
     }
   }
-  UncloneableMessage ours([] { throw VRKThrowable("ours", "Test.cpp", 1); }),
-      standard([] { throw std::runtime_error("standard"); }), other([] { throw 7; });
   const InternalLog log;
-  for (UncloneableMessage* each : {&ours, &standard, &other}) EXPECT_NO_THROW(logger->info(each));
+  HookMessage ours(
+      "", [] {}, [] { throw VRKThrowable("ours", "Test.cpp", 1); });
+  HookMessage standard(
+      "", [] {}, [] { throw std::runtime_error("standard"); });
+  HookMessage other(
+      "", [] {}, [] { throw 7; });
+  for (HookMessage* each : {&ours, &standard, &other}) EXPECT_NO_THROW(logger->info(each));
   EXPECT_EQ(log.count("log4vrk:ERROR VRKThrowable: ours, at Test:1, VRK_RETHROW LOGLoggingEvent:"), 1);
   EXPECT_EQ(log.count("log4vrk:ERROR VRKStdExceptionError: standard, at LOGLoggingEvent:"), 1);
   EXPECT_TRUE(appender.texts.empty());
-
   tree.getRootLogger()->setLevel(nullptr);
   EXPECT_THROW(logger->info("nobody on the way up has a level"), VRKAssertError);
 }
 
 TEST(LOGLogger, WhatAnAppenderRaisesIsReportedAndDecidesWhoElseGetsTheEvent) {
-  constexpr bool OTHERS_GET_IT = true;
   const std::string UNKNOWN = "log4vrk:ERROR LOGLogger::callAppenders -- unable to lock mutex";
+  const std::string APPEND = "log4vrk:ERROR LOGAppenderSkeleton::doAppend -- ";
   const auto text = [] { throw I18NRuntimeError("bad text", "Test.cpp", 1); };
   const auto ours = [] { throw VRKThrowable("ours", "Test.cpp", 2); };
   const auto other = [] { throw std::runtime_error("standard"); };
@@ -195,18 +162,11 @@ TEST(LOGLogger, WhatAnAppenderRaisesIsReportedAndDecidesWhoElseGetsTheEvent) {
     Texts lines;
     bool othersGetIt;
   } CASES[] = {
-      {text,
-       {},
-       {"log4vrk:ERROR LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString I18NRuntimeError: bad text, at "
-        "Test:1"},
-       OTHERS_GET_IT},
-      {ours,
-       {},
-       {"log4vrk:ERROR LOGAppenderSkeleton::doAppend -- VRK Exception occured VRKThrowable: ours, at Test:2"},
-       OTHERS_GET_IT},
-      {other, {}, {"log4vrk:ERROR LOGAppenderSkeleton::doAppend -- An Exception occured", UNKNOWN}, !OTHERS_GET_IT},
-      {{}, ours, {UNKNOWN + " VRKThrowable: ours, at Test:2"}, !OTHERS_GET_IT},
-      {{}, other, {UNKNOWN}, !OTHERS_GET_IT},
+      {text, {}, {APPEND + "RunTime Error in I18NString I18NRuntimeError: bad text, at Test:1"}, true},
+      {ours, {}, {APPEND + "VRK Exception occured VRKThrowable: ours, at Test:2"}, true},
+      {other, {}, {APPEND + "An Exception occured", UNKNOWN}, false},
+      {{}, ours, {UNKNOWN + " VRKThrowable: ours, at Test:2"}, false},
+      {{}, other, {UNKNOWN}, false},
   };
   for (const auto& c : CASES) {
     RecordingAppender angry("angry"), neighbour("neighbour"), root;
@@ -214,109 +174,83 @@ TEST(LOGLogger, WhatAnAppenderRaisesIsReportedAndDecidesWhoElseGetsTheEvent) {
     angry.onActivate = c.activate;
     Tree tree;
     LOGLogger* const logger = tree.getLogger("a");
-    logger->addAppender(&angry);
-    logger->addAppender(&neighbour);
+    for (RecordingAppender* each : {&angry, &neighbour}) logger->addAppender(each);
     tree.getRootLogger()->addAppender(&root);
     const InternalLog log;
     EXPECT_NO_THROW(logger->info("event"));
     EXPECT_EQ(log.lines(), c.lines);
     EXPECT_EQ(neighbour.texts.size() + root.texts.size(), c.othersGetIt ? 2u : 0u);
-    LOGLoggingEvent event("LOGLogger", logger, LOGLevel::INFO_OBJ, nullptr);
-    if (!c.othersGetIt) {
-      EXPECT_ANY_THROW(logger->callAppenders(&event)) << "raised again to whoever calls it directly";
-    }
     angry.onAppend = nullptr;
     angry.onActivate = nullptr;
-    logger->info("the lock is free");
+    std::thread([&] { logger->info("the lock is free"); }).join();
     EXPECT_EQ(root.texts.back(), "the lock is free");
   }
 }
 
-TEST(LOGLogger, ALockThatCannotBeTakenIsReportedUnderTheOperationsNameAndRaised) {
+TEST(LOGLogger, WhatCannotBeLockedIsReportedUnderTheOperationsNameAndRaised) {
   RecordingAppender appender("x");
-  LOGLogger logger("a");
+  Tree tree;
+  LOGLogger& logger = *tree.getLogger("a");
   LOGLoggingEvent event("LOGLogger", &logger, LOGLevel::INFO_OBJ, nullptr);
   const struct {
-    const char* operation;
+    std::string operation;
     std::function<void()> call;
-  } CASES[] = {{"addAppender", [&] { logger.addAppender(&appender); }},
-               {"callAppenders", [&] { logger.callAppenders(&event); }},
-               {"closeNestedAppenders", [&] { logger.closeNestedAppenders(); }},
-               {"getAllAppenders", [&] { logger.getAllAppenders(); }},
-               {"getAppender", [&] { logger.getAppender("x"); }},
-               {"isAttached", [&] { logger.isAttached(&appender); }},
-               {"removeAllAppenders", [&] { logger.removeAllAppenders(); }},
-               {"removeAppender", [&] { logger.removeAppender(&appender); }},
-               {"removeAppender", [&] { logger.removeAppender("x"); }},
-               {"setLevel", [&] { logger.setLevel(LOGLevel::INFO_OBJ); }}};
+  } CASES[] = {{"LOGHierarchy::getLogger", [&] { tree.getLogger("new"); }},
+               {"LOGLogger::addAppender", [&] { logger.addAppender(&appender); }},
+               {"LOGLogger::callAppenders", [&] { logger.callAppenders(&event); }},
+               {"LOGLogger::closeNestedAppenders", [&] { logger.closeNestedAppenders(); }},
+               {"LOGLogger::getAllAppenders", [&] { logger.getAllAppenders(); }},
+               {"LOGLogger::getAppender", [&] { logger.getAppender("x"); }},
+               {"LOGLogger::isAttached", [&] { logger.isAttached(&appender); }},
+               {"LOGLogger::removeAllAppenders", [&] { logger.removeAllAppenders(); }},
+               {"LOGLogger::removeAppender", [&] { logger.removeAppender(&appender); }},
+               {"LOGLogger::removeAppender", [&] { logger.removeAppender("x"); }},
+               {"LOGLogger::setLevel", [&] { logger.setLevel(LOGLevel::INFO_OBJ); }}};
   for (const auto& c : CASES) {
     const InternalLog log;
     VRKFault::arm(VRKFault::LOCK);
     EXPECT_THROW(c.call(), VRKSystemError) << c.operation;
-    VRKFault::disarm();
-    ASSERT_EQ(log.lines().size(), 1u) << c.operation;
-    EXPECT_EQ(
-        log.count(std::string("log4vrk:ERROR LOGLogger::") + c.operation + " -- unable to lock mutex VRKSystemError: "),
-        1);
+    EXPECT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.count("log4vrk:ERROR " + c.operation + " -- unable to lock mutex VRKSystemError: "), 1);
   }
-  const InternalLog log;
-  EXPECT_THROW(logger.addAppender(nullptr), VRKAssertError);
-  EXPECT_EQ(log.count("LOGLogger::addAppender -- unable to lock mutex VRKAssertError: VRK_ASSERT(newAppender);"), 1);
   VRKFault::arm(VRKFault::LOCK);
   EXPECT_NO_THROW(logger.forcedLog("fqn", LOGLevel::INFO_OBJ, nullptr));
   VRKFault::disarm();
+  EXPECT_THROW(logger.addAppender(nullptr), VRKAssertError);
 }
 
 TEST(LOGLogger, LevelsThatItHasHadStayValidWhileOthersReadThem) {
-  Tree tree;
-  LOGLogger* const logger = tree.getLogger("a");
+  LOGLogger logger("a");
   LOGLevel custom(12345, "CUSTOM", 5);
-  logger->setLevel(&custom);
-  LOGLevel* const first = logger->getLevel();
-  EXPECT_NE(first, &custom);
+  logger.setLevel(&custom);
+  const LOGLevel* const first = logger.getLevel();
   custom = LOGLevel(1, "CHANGED", 1);
   std::atomic<bool> done{false};
   std::thread reader([&] {
     while (!done) {
-      LOGLevel* const level = logger->getLevel();
+      const LOGLevel* const level = logger.getLevel();
       EXPECT_TRUE(level == nullptr || (level->toString() != "CHANGED" && level->toInt() >= 10000));
-      logger->isInfoEnabled();
     }
   });
-  for (int i = 0; i < 2000; ++i) {
-    logger->setLevel(i % 4 == 0 ? nullptr : LOGLevel::toLevel((i % 4) * 10000L));
-  }
+  for (int i = 0; i < 2000; ++i) logger.setLevel(i % 4 == 0 ? nullptr : LOGLevel::toLevel(i % 4 * 10000L));
   done = true;
   reader.join();
   LOGLevel again(12345, "CUSTOM", 5), renamed(12345, "RENAMED", 5);
-  logger->setLevel(&again);
-  EXPECT_EQ(logger->getLevel(), first) << "one for each value";
-  logger->setLevel(&renamed);
-  EXPECT_EQ(logger->getLevel()->toString(), "RENAMED");
-  EXPECT_EQ(first->toString(), "CUSTOM");
+  logger.setLevel(&again);
+  EXPECT_EQ(logger.getLevel(), first) << "one for each value";
+  logger.setLevel(&renamed);
+  EXPECT_TRUE(logger.getLevel()->toString() == "RENAMED" && first->toString() == "CUSTOM");
 }
 
 TEST(LOGLogger, ARootCanBeCopiedAndNoOtherLogger) {
   RecordingAppender appender("x");
   LOGRootLogger root(nullptr);
-  EXPECT_TRUE(*root.getLevel() == *LOGLevel::DEBUG_OBJ && root.getName() == "root");
-  root.setLevel(LOGLevel::ERROR_OBJ);
-  root.setAdditivity(0);
   root.addAppender(&appender);
   const std::unique_ptr<LOGObject> object(root.clone());
-  auto* const copy = dynamic_cast<LOGRootLogger*>(object.get());
-  ASSERT_NE(copy, nullptr);
-  EXPECT_TRUE(copy->getAppender("x") == &appender && copy->getAdditivity() == 0 &&
-              *copy->getLevel() == *LOGLevel::ERROR_OBJ);
-  EXPECT_NE(copy->getLevel(), root.getLevel());
-  EXPECT_TRUE(*copy == root && *copy != LOGLogger("other"));
-  try {
-    LOGLogger("a").clone();
-    FAIL();
-  } catch (const VRKAssertError& error) {
-    EXPECT_EQ(error.getText(), "VRK_ASSERT_NAMED(FALSE, \"Not allowed to clone LOGLogger object.\");");
-    EXPECT_EQ(error.getSource(), "LOGLogger");
-  }
+  auto& copy = dynamic_cast<LOGRootLogger&>(*object);
+  EXPECT_TRUE(*copy.getLevel() == *LOGLevel::DEBUG_OBJ && copy.getLevel() != root.getLevel());
+  EXPECT_TRUE(copy.getName() == "root" && copy.getAppender("x") == &appender);
+  EXPECT_THROW(LOGLogger("a").clone(), VRKAssertError);
 }
 
 TEST(LOGLogger, AnAppenderMayBeDeletedAsSoonAsItIsRemoved) {
@@ -334,48 +268,37 @@ TEST(LOGLogger, AnAppenderMayBeDeletedAsSoonAsItIsRemoved) {
     });
   }
   for (int i = 0; i < 500; ++i) {
-    const std::unique_ptr<RecordingAppender> passing(new RecordingAppender("passing"));
+    RecordingAppender passing("passing");
     LOGLogger* const where = i % 2 == 0 ? logger : tree.getRootLogger();
-    where->addAppender(passing.get());
+    where->addAppender(&passing);
     const std::size_t before = sent;
     vrktest::eventually([&] { return sent > before; });
-    if (i % 3 == 0) {
-      where->removeAppender("passing");
-    } else {
-      where->removeAppender(passing.get());
-    }
+    i % 3 == 0 ? where->removeAppender("passing") : where->removeAppender(&passing);
   }
   done = true;
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(steady.texts.size(), sent);
 }
 
-// Also an appender that goes while it is called; its neighbours miss nothing.
-TEST(LOGLogger, AnAppenderMayRemoveItself) {
+TEST(LOGLogger, AnAppenderMayRemoveItselfAndItsNeighboursMissNothing) {
   for (const bool whileActivating : {false, true}) {
     RecordingAppender before("before"), leaving("leaving"), after("after"), last("last");
     LOGLogger logger("a");
     logger.setLevel(LOGLevel::ALL_OBJ);
     const auto leave = [&] { logger.removeAppender("leaving"); };
-    if (whileActivating) {
-      leaving.onActivate = leave;
-    } else {
-      leaving.onAppend = [&](const std::string&) { leave(); };
-    }
+    if (whileActivating) leaving.onActivate = leave;
+    leaving.onAppend = [&](const std::string&) { leave(); };
     for (RecordingAppender* each : {&before, &leaving, &after, &last}) logger.addAppender(each);
-    logger.info("first");
-    logger.info("second");
-    EXPECT_EQ(before.texts.size(), 2u);
-    EXPECT_LE(leaving.texts.size(), 1u);
-    EXPECT_EQ(after.texts.size(), 2u) << whileActivating;
-    EXPECT_EQ(last.texts.size(), 2u);
+    for (const char* text : {"first", "second"}) logger.info(text);
+    for (const RecordingAppender* each : {&before, &after, &last})
+      EXPECT_EQ(each->texts.size(), 2u) << each->getName().toUtf8();
     EXPECT_FALSE(logger.isAttached(&leaving));
   }
 }
 
 TEST(LOGLogger, ACancelledThreadLeavesNoLockBehind) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the sanitizers that come with this one take the reference to a forced unwind for a null one";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers do not follow a forced unwind; the release build does";
 #endif
   const vrktest::Deadline deadline(30);
   std::atomic<pthread_t> inside{};

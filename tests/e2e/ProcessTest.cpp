@@ -1,11 +1,11 @@
 // What belongs to whole processes: crashes, several of them on one file, and what is left after many configurations.
 
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <fstream>
 #include <random>
 #include <string>

@@ -1,11 +1,15 @@
-// Stand-ins for what a program brings along: appenders, messages, listeners and the like.
+// What the tests of loggers share: stand-ins for what a program brings along, and the usual includes.
 
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,6 +19,10 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGRootLogger.h"
+#include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/support/InternalLog.h"
+#include "tests/support/Process.h"
 
 namespace vrktest {
 

@@ -2,16 +2,13 @@
 
 #pragma once
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace vrktest {
 
@@ -52,21 +49,6 @@ inline int statusInChild(const std::function<void()>& body, unsigned seconds = 3
     ::alarm(seconds);
     body();
     ::_exit(result.total_part_count() == before ? 0 : 1);
-  }
-  return statusOf(child);
-}
-
-/// Runs a program to its end. What it prints joins the test's own output.
-inline int statusOfProgram(std::vector<std::string> command, const std::string& workingDirectory,
-                           unsigned seconds = 30) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    std::vector<char*> arguments;
-    for (std::string& argument : command) arguments.push_back(argument.data());
-    arguments.push_back(nullptr);
-    ::alarm(seconds);
-    if (::chdir(workingDirectory.c_str()) == 0) ::execv(arguments[0], arguments.data());
-    ::_exit(127);
   }
   return statusOf(child);
 }

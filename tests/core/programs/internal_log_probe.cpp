@@ -1,4 +1,4 @@
-// Uses the internal log, whose settings are read once in a process.
+// Uses the internal log, whose settings are read once in a process. The last line on the standard output is its two flags.
 //
 //   internal_log_probe levels | flags | shutdown | shutdown-first | fault | threads
 
@@ -17,29 +17,22 @@ int main(int argc, char** argv) {
     VRKThrowable error("cause", "Place.cpp", 7);
     LOGLogLog::debug("debug");
     LOGLogLog::warn("Gr\xC3\xBC\xC3\x9F");
-    LOGLogLog::error(I18NString("error"));
-    LOGLogLog::error("narrow");
-    LOGLogLog::error("");
+    for (const char* text : {"error", ""}) LOGLogLog::error(text);
     LOGLogLog::warn("");
     LOGLogLog::debug("debug", error);
     LOGLogLog::warn("ends in a blank ", error);
-    LOGLogLog::error(I18NString("error"), error);
-    LOGLogLog::error("narrow", error);
+    LOGLogLog::error("error", error);
     LOGLogLog::error(error);
   } else if (what == "flags") {
     LOGLogLog::setQuietMode(1);
     LOGLogLog::init();
-    std::cout << LOGLogLog::getInternalDebugging() << LOGLogLog::getQuietMode();
+  } else if (what == "shutdown") {
     LOGLogLog::setQuietMode(1);
     LOGLogLog::setInternalDebugging(0);
-    LOGLogLog::debug("written whatever the flags say");
-    std::cout << LOGLogLog::getInternalDebugging() << LOGLogLog::getQuietMode() << std::endl;
-  } else if (what == "shutdown") {
     LOGLogLog::debug("before");
     LOGLogLog::shutdown();
     LOGLogLog::debug("after");
     LOGLogLog::init();
-    LOGLogLog::shutdown();
     LOGLogLog::error("after");
   } else if (what == "shutdown-first") {
     LOGLogLog::shutdown();
@@ -60,4 +53,5 @@ int main(int argc, char** argv) {
   } else {
     return 2;
   }
+  std::cout << LOGLogLog::getInternalDebugging() << LOGLogLog::getQuietMode();
 }
