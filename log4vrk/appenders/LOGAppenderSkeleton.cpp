@@ -85,14 +85,25 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
               "LOGAppenderSkeleton::doAppend -- An Exception occured"},
              [&] {
                VRK_ASSERT(event);
-               const LOGGuard guard(*this);
-               // It may have been closed by the thread that had the lock.
-               if (getClosed() == 1) {
-                 reportClosed();
-               } else if (isAsSevereAsThreshold(event->getLevel()) && isAccepted(event)) {
-                 append(event);
+               {
+                 const LOGGuard guard(*this);
+                 if (!admits(event)) return;
+                 if (m_appending == UNDER_LOCK) {
+                   append(event);
+                   return;
+                 }
                }
+               append(event);
              });
+}
+
+bool LOGAppenderSkeleton::admits(LOGLoggingEvent* event) const {
+  // It may have been closed by the thread that had the lock.
+  if (getClosed() == 1) {
+    reportClosed();
+    return false;
+  }
+  return isAsSevereAsThreshold(event->getLevel()) && isAccepted(event);
 }
 
 bool LOGAppenderSkeleton::isAccepted(LOGLoggingEvent* event) const {

@@ -67,12 +67,17 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   bool operator!=(const LOGObject& other) const override;
 
  protected:
+  /// Whether append() runs with the appender's lock held, which is what an appender wants that does not wait in it.
+  enum Appending { UNDER_LOCK, WITHOUT_LOCK };
+  explicit LOGAppenderSkeleton(Appending appending) : LOGAppenderSkeleton() { m_appending = appending; }
+
   /// A copy shares filters, layout and error handler.
   LOGAppenderSkeleton(const LOGAppenderSkeleton& other);
   LOGAppenderSkeleton& operator=(const LOGAppenderSkeleton& other);
 
   /// Compared with 1 exactly.
   int getClosed() const { return m_closed.load(std::memory_order_acquire); }
+  void reportClosed() const;
   void setClosed(int closed) { m_closed.store(closed, std::memory_order_release); }
 
   /// Replaces the handler without freeing the one before, which goes back to the program that made it.
@@ -88,11 +93,12 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   void storeErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);
   /// Keeps the handler alive while it is compared, though another thread may replace it.
   std::shared_ptr<LOGErrorHandler> errorHandlerShare() const;
+  bool admits(LOGLoggingEvent* event) const;
   bool isAccepted(LOGLoggingEvent* event) const;
-  void reportClosed() const;
   void copyFrom(const LOGAppenderSkeleton& other);
 
   // Constant while the appender is attached.
+  Appending m_appending = UNDER_LOCK;
   I18NString m_name;
   std::weak_ptr<LOGAppenderBundle> m_bundle;
 

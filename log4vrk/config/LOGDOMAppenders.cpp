@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "log4vrk/appenders/LOGAppenderBundle.h"
+#include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGDenyAllFilter.h"
 #include "log4vrk/appenders/LOGErrorHandler.h"
@@ -39,6 +40,7 @@ struct ClassEntry {
 };
 
 constexpr ClassEntry<LOGAppenderSkeleton> APPENDERS[] = {
+    {"LOGAsyncAppender", &make<LOGAppenderSkeleton, LOGAsyncAppender>},
     {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
     {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
     {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
@@ -161,7 +163,15 @@ void LOGDOMConfigurator::parseAppenderChild(const VRKIDOM_Element& child, LOGApp
   }
 }
 
-void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* /*appender*/) {
+void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* appender) {
+  if (appender->instanceOf() == "LOGAsyncAppender") {
+    LOGLogLog::debug("Attaching appender named [" + reference.getAttribute(REF_ATTR) + "] to appender named [" +
+                     appender->getName() + "].");
+    if (LOGAppenderSkeleton* const nested = findAppenderByReference(reference)) {
+      static_cast<LOGAsyncAppender*>(appender)->addAppender(nested);
+    }
+    return;
+  }
   LOGLogLog::error("Requesting attachment of appender named [" + reference.getAttribute(REF_ATTR) +
                    "] which does not implement LOGAppenderAttachable.");
 }

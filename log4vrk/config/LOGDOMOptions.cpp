@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
@@ -52,6 +53,10 @@ const Option OPTIONS[] = {
      [](LOGObject& t, const I18NString& v) { as<LOGLevelMatchFilter>(t).setLevelToMatch(v); }},
     {"LOGStringMatchFilter", "StringToMatch", EXACT,
      [](LOGObject& t, const I18NString& v) { as<LOGStringMatchFilter>(t).setStringToMatch(v); }},
+    {"LOGAsyncAppender", "BufferSize", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGAsyncAppender>(t).setBufferSize(static_cast<int>(asInteger(v))); }},
+    {"LOGAsyncAppender", "LocationInfo", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGAsyncAppender>(t).setLocationInfo(asBoolean(v)); }},
     {"LOGFileAppender", "Append", EXACT, &setAppend},
     {"LOGFileAppender", "File", EXACT, &setFile},
     {"LOGRollingFileAppender", "Append", EXACT, &setAppend},

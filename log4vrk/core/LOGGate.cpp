@@ -20,6 +20,7 @@ constexpr long REST_BETWEEN_ATTEMPTS = 1000;
 
 std::atomic<LOGThreadState*> g_threads{nullptr};
 std::atomic<LOGThreadState*> g_closer{nullptr};
+std::atomic<bool> g_dispatchersOut{false};  // while the process forks
 VRKMutex g_closing;  // held for as long as the gate is closed; nothing else is locked by those who wait for it
 int g_closures = 0;  // the closer's
 
@@ -53,31 +54,58 @@ LOGThreadState* takeOver() {
   return made;
 }
 
-bool othersAreOut(const LOGThreadState& self) {
+using Flag = std::atomic<bool> LOGThreadState::*;
+
+bool othersAreOut(const LOGThreadState& self, Flag flag) {
   for (LOGThreadState* state = g_threads.load(); state != nullptr; state = state->next) {
-    if (state != &self && state->inside.load()) return false;
+    if (state != &self && (state->*flag).load()) return false;
   }
   return true;
 }
 
-bool waitForOthers(const LOGThreadState& self) {
+bool waitForOthers(const LOGThreadState& self, Flag flag) {
   for (long waited = 0; waited < LONGEST_ATTEMPT_TO_CLOSE; waited += LOOK_AGAIN) {
-    if (othersAreOut(self)) return true;
+    if (othersAreOut(self, flag)) return true;
     rest(LOOK_AGAIN);
   }
   return false;
 }
 
+// Shuts the others out with `shut` and lets them in again with `letIn`, until none of them is inside or the time is over: somebody
+// inside may be waiting for somebody outside.
+template <typename Shut, typename LetIn>
+void closeFor(const LOGThreadState& self, Flag flag, Shut shut, LetIn letIn) {
+  for (long waited = 0; waited < LONGEST_WAIT_TO_CLOSE; waited += LONGEST_ATTEMPT_TO_CLOSE) {
+    shut();
+    if (waitForOthers(self, flag)) return;
+    letIn();
+    rest(REST_BETWEEN_ATTEMPTS);
+  }
+  shut();
+}
+
+// True when the thread need not wait outside.
+bool mayEnter(const LOGThreadState& self) {
+  if (self.dispatcher && !self.delivering) return !g_dispatchersOut.load();
+  const LOGThreadState* const closer = g_closer.load();
+  return closer == nullptr || closer == &self;
+}
+
+std::atomic<bool>& flagOf(LOGThreadState& self) {
+  return self.dispatcher && !self.delivering ? self.serving : self.inside;
+}
+
 void enter(LOGThreadState& self) {
-  self.inside.store(true);
-  for (long waited = 0; waited < LONGEST_WAIT_OUTSIDE; waited += LOOK_AGAIN) {
-    LOGThreadState* const closer = g_closer.load();
-    if (closer == nullptr || closer == &self) return;
-    self.inside.store(false, std::memory_order_release);
+  std::atomic<bool>& flag = flagOf(self);
+  flag.store(true);
+  for (long waited = 0; waited < LONGEST_WAIT_OUTSIDE && !mayEnter(self); waited += LOOK_AGAIN) {
+    flag.store(false, std::memory_order_release);
     rest(LOOK_AGAIN);
-    self.inside.store(true);
+    flag.store(true);
   }
 }
+
+void leave(LOGThreadState& self) { flagOf(self).store(false, std::memory_order_release); }
 
 void close(LOGThreadState& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
   if (g_closer.load() == &self) {
@@ -86,14 +114,8 @@ void close(LOGThreadState& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
   }
   g_closing.lock();
   g_closures = 1;
-  for (long waited = 0; waited < LONGEST_WAIT_TO_CLOSE; waited += LONGEST_ATTEMPT_TO_CLOSE) {
-    g_closer.store(&self);
-    if (waitForOthers(self)) return;
-    // Somebody inside may be waiting for somebody outside.
-    g_closer.store(nullptr);
-    rest(REST_BETWEEN_ATTEMPTS);
-  }
-  g_closer.store(&self);
+  closeFor(
+      self, &LOGThreadState::inside, [&] { g_closer.store(&self); }, [] { g_closer.store(nullptr); });
 }
 
 void open() VRK_NO_THREAD_SAFETY_ANALYSIS {
@@ -106,11 +128,17 @@ void open() VRK_NO_THREAD_SAFETY_ANALYSIS {
 bool forksFromInside() { return LOGThreadState::current().passes > 0; }
 
 void beforeFork() {
-  if (!forksFromInside()) close(LOGThreadState::current());
+  if (forksFromInside()) return;
+  const LOGThreadState& self = LOGThreadState::current();
+  close(LOGThreadState::current());
+  closeFor(
+      self, &LOGThreadState::serving, [] { g_dispatchersOut = true; }, [] { g_dispatchersOut = false; });
 }
 
 void afterForkInParent() {
-  if (!forksFromInside()) open();
+  if (forksFromInside()) return;
+  g_dispatchersOut = false;
+  open();
 }
 
 void afterForkInChild() {
@@ -118,10 +146,10 @@ void afterForkInChild() {
   for (LOGThreadState* state = g_threads.load(); state != nullptr; state = state->next) {
     if (state == &self) continue;
     state->forget();
-    state->inside = false;
+    state->inside = state->serving = false;
     state->used = false;
   }
-  if (!forksFromInside()) open();
+  afterForkInParent();
 }
 
 [[maybe_unused]] const bool g_watched = (LOGGate::watchForks(), true);
@@ -139,7 +167,7 @@ LOGThreadState& LOGThreadState::current() {
 
 void LOGThreadState::forget() {
   passes = calls = renders = 0;
-  delivering = false;
+  delivering = dispatcher = false;
   taken = 0;
   deferred.clear();
   context.reset();
@@ -150,7 +178,22 @@ LOGGate::Pass::Pass() : m_thread(LOGThreadState::current()) {
 }
 
 LOGGate::Pass::~Pass() {
-  if (--m_thread.passes == 0) m_thread.inside.store(false, std::memory_order_release);
+  if (--m_thread.passes == 0) leave(m_thread);
+}
+
+LOGGate::TryPass::TryPass() : m_thread(LOGThreadState::current()) {
+  std::atomic<bool>& flag = flagOf(m_thread);
+  flag.store(true);
+  m_inside = mayEnter(m_thread);
+  if (m_inside) {
+    ++m_thread.passes;
+  } else {
+    flag.store(false, std::memory_order_release);
+  }
+}
+
+LOGGate::TryPass::~TryPass() {
+  if (m_inside && --m_thread.passes == 0) leave(m_thread);
 }
 
 LOGGate::Closure::Closure() { close(LOGThreadState::current()); }

@@ -9,6 +9,9 @@ struct LOGThreadState;
 /// Whoever holds a lock of a library object is inside the gate. Going in and out costs one store to a flag of the
 /// thread's own each way; no cache line is shared between threads.
 ///
+/// Dispatcher threads have a gate of their own, which only a fork closes: those whom a closure waits for may wait for a dispatcher
+/// to make space in its queue.
+///
 /// A Closure waits until nobody else is inside and keeps the others out for its life. It is how a configuration run
 /// changes the loggers in one step, as seen by those who log, and how a fork is sure that no other thread holds a lock.
 /// Waiting is bounded on both sides: when threads wait for each other through locks of the program, a configuration
@@ -26,6 +29,21 @@ class LOGGate {
 
    private:
     LOGThreadState& m_thread;
+  };
+
+  /// Tries to be inside without waiting, as a dispatcher thread has to.
+  class TryPass {
+   public:
+    TryPass();
+    ~TryPass();
+    TryPass(const TryPass&) = delete;
+    TryPass& operator=(const TryPass&) = delete;
+
+    bool isInside() const { return m_inside; }
+
+   private:
+    LOGThreadState& m_thread;
+    bool m_inside;
   };
 
   /// The gate closed for the life of a scope; the thread itself passes freely. May nest on one thread. Not to be made

@@ -16,14 +16,16 @@ constexpr std::size_t MOST_DEFERRED = 1000;
 LOGDeferral::LOGDeferral() : m_thread(LOGThreadState::current()) { ++m_thread.calls; }
 
 LOGDeferral::~LOGDeferral() {
-  if (--m_thread.calls == 0 && !m_thread.deferred.empty() && !m_thread.delivering) deliverAll(m_thread);
+  if (--m_thread.calls == 0 && !m_thread.deferred.empty() && !m_thread.delivering && !m_thread.dispatcher) {
+    deliverAll(m_thread);
+  }
 }
 
 void LOGDeferral::deliverAll(LOGThreadState& thread) {
   const VRKNoCancellation finished;
   thread.delivering = true;
   while (!thread.deferred.empty()) {
-    const LOGThreadState::Deferred next = std::move(thread.deferred.front());
+    const LOGDeferredEvent next = std::move(thread.deferred.front());
     thread.deferred.pop_front();
     next.logger->deliver(next.event.get());
   }
@@ -41,9 +43,35 @@ void LOGDeferral::defer(LOGLogger* logger, const LOGLoggingEvent& event) {
   }
   if (thread.taken > MOST_DEFERRED) return;
   try {
-    thread.deferred.push_back({logger, std::make_unique<LOGLoggingEvent>(event)});
+    thread.deferred.push_back({logger, std::make_unique<LOGLoggingEvent>(event), logger});
     ++thread.taken;
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);
   }
+}
+
+LOGDeferral::DispatcherThread::DispatcherThread() { LOGThreadState::current().dispatcher = true; }
+
+LOGDeferral::DispatcherThread::~DispatcherThread() {
+  LOGThreadState& thread = LOGThreadState::current();
+  if (!thread.deferred.empty()) LOGLogLog::error("A dispatcher ended before its own log calls could be delivered.");
+  thread.forget();
+}
+
+bool LOGDeferral::deliverPutOff() {
+  LOGThreadState& thread = LOGThreadState::current();
+  thread.delivering = true;
+  while (!thread.deferred.empty()) {
+    const LOGGate::TryPass pass;
+    if (!pass.isInside() || !thread.deferred.front().logger->deliverOn(thread.deferred.front())) break;
+    thread.deferred.pop_front();
+  }
+  thread.delivering = false;
+  thread.taken = thread.deferred.size();
+  return thread.deferred.empty();
+}
+
+bool LOGDeferral::mustNotWait() {
+  const LOGThreadState& thread = LOGThreadState::current();
+  return thread.dispatcher && thread.delivering;
 }

@@ -27,6 +27,20 @@ class LOG4VRK_EXPORT LOGDeferral {
   /// Keeps a copy of the event for `logger`.
   static void defer(LOGLogger* logger, const LOGLoggingEvent& event);
 
+  /// For its life the thread is one that serves a queue. What it puts off is delivered by deliverPutOff() alone.
+  class DispatcherThread {
+   public:
+    DispatcherThread();
+    ~DispatcherThread();
+    DispatcherThread(const DispatcherThread&) = delete;
+    DispatcherThread& operator=(const DispatcherThread&) = delete;
+  };
+  /// Delivers what a dispatcher thread has put off, as far as that goes without waiting for anybody. An event that meets a
+  /// logger in use keeps its place. True when nothing is left.
+  static bool deliverPutOff();
+  /// True while a dispatcher thread delivers what it has put off.
+  static bool mustNotWait();
+
  private:
   static void deliverAll(LOGThreadState& thread);
 
@@ -65,4 +79,23 @@ class LOG4VRK_EXPORT VRK_SCOPED_CAPABILITY LOGGuard {
  private:
   LOGCallScope m_scope;  // first: it ends after the lock is free
   VRKThreadGuard m_guard;
+};
+
+/// The same without waiting: it holds the lock only when no other thread does.
+class LOGTryGuard {
+ public:
+  explicit LOGTryGuard(const LOGMutex& owner) VRK_NO_THREAD_SAFETY_ANALYSIS : m_section(owner.criticalSection()),
+                                                                              m_holds(m_section.tryLock()) {}
+  ~LOGTryGuard() VRK_NO_THREAD_SAFETY_ANALYSIS {
+    if (m_holds) m_section.unlock();
+  }
+  LOGTryGuard(const LOGTryGuard&) = delete;
+  LOGTryGuard& operator=(const LOGTryGuard&) = delete;
+
+  bool holds() const { return m_holds; }
+
+ private:
+  LOGCallScope m_scope;  // first: it ends after the lock is free
+  VRKThreadCriticalSection& m_section;
+  const bool m_holds;
 };

@@ -7,6 +7,7 @@
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGManager.h"
+#include "log4vrk/core/LOGThreadState.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
@@ -147,6 +148,30 @@ int LOGLogger::walk(LOGLoggingEvent* event) {
     }
     return writes;
   });
+}
+
+bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  const LOGTryGuard guard(*this);
+  if (guard.holds()) writes += m_aai.appendLoopOnAppenders(event);
+  return guard.holds();
+}
+
+bool LOGLogger::deliverOn(LOGDeferredEvent& putOff) {
+  try {
+    return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
+      while (putOff.logger != nullptr) {
+        if (!putOff.logger->tryAppend(putOff.event.get(), putOff.writes)) return false;
+        putOff.logger = putOff.logger->getAdditivity() == 0 ? nullptr : putOff.logger->getParent();
+      }
+      LOGLoggerRepository* const repository = putOff.origin->getRepository();
+      if (putOff.writes == 0 && repository != nullptr) repository->emitNoAppenderWarning(putOff.origin);
+      return true;
+    });
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    return true;  // reported; the event has had its chance
+  }
 }
 
 LOGLevel* LOGLogger::keptLevel(const LOGLevel& level) {

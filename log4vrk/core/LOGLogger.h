@@ -16,6 +16,7 @@ class LOGHashtable;
 class LOGLoggerFactory;
 class LOGLoggerRepository;
 class LOGLoggingEvent;
+struct LOGDeferredEvent;
 
 /// A logger belongs to a tree of dotted names: "shop.orders" is below "shop", and all are below the root. It has a
 /// level of its own or inherits that of the nearest ancestor that has one. An event goes to the logger's appenders and
@@ -123,6 +124,10 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// callAppenders() for those who have nobody to raise an error to.
   void deliver(LOGLoggingEvent* event);
   int walk(LOGLoggingEvent* event);
+  /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
+  static bool deliverOn(LOGDeferredEvent& putOff);
+  /// False when another thread has the lock.
+  bool tryAppend(LOGLoggingEvent* event, int& writes);
   LOGAppenderAttachableImpl::Snapshot attachedAppenders();
   LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
 

@@ -11,16 +11,19 @@ class LOGLogger;
 class LOGLoggingEvent;
 class LOGStack;
 
+/// An event on its way to the root that has been put off.
+struct LOGDeferredEvent {
+  LOGLogger* logger;  // whose appenders get it next
+  std::unique_ptr<LOGLoggingEvent> event;
+  LOGLogger* origin;
+  int writes = 0;
+};
+
 /// One for each thread that has come into the library, never freed: a later thread takes over what an ended one leaves.
 /// For the library's own use.
 ///
 /// Thread safety: the first group belongs to the thread, the second to everybody.
 struct LOGThreadState {
-  struct Deferred {
-    LOGLogger* logger;
-    std::unique_ptr<LOGLoggingEvent> event;
-  };
-
   /// The calling thread's. After the thread's other destructors have run, a new one is made for what they still log.
   static LOGThreadState& current();
   /// As new, for the next thread.
@@ -29,13 +32,15 @@ struct LOGThreadState {
   int passes = 0;           // how often the thread is inside the gate
   int calls = 0;            // how deep it is in library calls that may run application code or hold locks
   bool delivering = false;  // deferred events are on their way
+  bool dispatcher = false;  // it serves a queue, and must not wait for those who put into it
   std::size_t taken = 0;    // events deferred since the outermost call began
-  std::deque<Deferred> deferred;
+  std::deque<LOGDeferredEvent> deferred;
   int renders = 0;                    // how deep it is in renderers
   std::shared_ptr<LOGStack> context;  // the nested context
   unsigned contextGeneration = 0;
 
   std::atomic<bool> inside{false};
+  std::atomic<bool> serving{false};  // inside as a dispatcher
   std::atomic<bool> used{true};
   LOGThreadState* next = nullptr;  // constant once published
 };

@@ -34,10 +34,15 @@ class AllSignalsBlocked {
 
 thread_local long t_threadId = 0;
 
-// The child of a fork is another thread than the one it was copied from.
-void forgetThreadId() { t_threadId = 0; }
+std::atomic<unsigned> g_forks{0};  // how many forks lie between the first process and this one
 
-[[maybe_unused]] const bool g_forkHandled = (vrkAtFork(nullptr, nullptr, &forgetThreadId), true);
+// The child of a fork is another thread than the one it was copied from, and the only one.
+void beginInChild() {
+  t_threadId = 0;
+  ++g_forks;
+}
+
+[[maybe_unused]] const bool g_forkHandled = (vrkAtFork(nullptr, nullptr, &beginInChild), true);
 
 }  // namespace
 
@@ -68,11 +73,13 @@ struct VRKThread::State {
   std::mutex mutex;  // held over start and join, so that a thread is joined once
   bool started = false;
   pthread_t thread{};
+  const unsigned forks = g_forks;  // in another process the thread does not exist, and the mutex may be held for ever
 };
 
 VRKThread::VRKThread(std::size_t stackSize) : m_state(std::make_shared<State>(stackSize)) {}
 
 VRKThread::~VRKThread() {
+  if (m_state->forks != g_forks) return;
   const std::lock_guard<std::mutex> guard(m_state->mutex);
   if (m_state->started) pthread_detach(m_state->thread);
 }
@@ -101,6 +108,7 @@ void VRKThread::start() {
 
 void VRKThread::join() {
   const std::shared_ptr<State> state = m_state;
+  if (state->forks != g_forks) return;
   if (state->alive && state->threadId == currentThreadId()) return;
   const std::lock_guard<std::mutex> guard(state->mutex);
   if (!state->started) return;
@@ -108,7 +116,9 @@ void VRKThread::join() {
   state->started = false;
 }
 
-bool VRKThread::isAlive() const { return m_state->alive; }
+bool VRKThread::isAlive() const { return m_state->alive && m_state->forks == g_forks; }
+
+unsigned VRKThread::forks() { return g_forks; }
 
 void VRKThread::sleep(long microseconds) {
   if (VRKFault::hit(VRKFault::SLEEP)) throw VRKSystemError(EINTR, "sleep", VRK_HERE);

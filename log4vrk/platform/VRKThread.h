@@ -11,6 +11,7 @@
 /// threads. Nothing that run() raises gets out: the thread ends.
 ///
 /// Thread safety: start() and join() from any thread; sleep() and currentThreadId() anywhere.
+/// After a fork the child has none of the parent's threads: there such an object counts as never started, for good.
 /// Ownership: a derived class joins in its destructor, before what run() uses is gone. An object whose thread is still
 /// running when the base is destroyed leaves the thread to itself.
 class LOG4VRK_EXPORT VRKThread {
@@ -33,6 +34,8 @@ class LOG4VRK_EXPORT VRKThread {
   static void sleep(long microseconds);
   /// The number that the system's tools show for the calling thread.
   static long currentThreadId();
+  /// How many forks lie between this process and the one that loaded the library: threads do not live through a fork.
+  static unsigned forks();
 
  private:
   struct State;

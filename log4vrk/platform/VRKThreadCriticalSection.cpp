@@ -20,6 +20,16 @@ void VRKThreadCriticalSection::lock() {
   ++m_depth;
 }
 
+bool VRKThreadCriticalSection::tryLock() {
+  const void* const self = &t_self;
+  if (m_owner.load(std::memory_order_relaxed) != self) {
+    if (!m_mutex.try_lock()) return false;
+    m_owner.store(self, std::memory_order_relaxed);
+  }
+  ++m_depth;
+  return true;
+}
+
 void VRKThreadCriticalSection::unlock() {
   if (--m_depth != 0) return;
   m_owner.store(nullptr, std::memory_order_relaxed);

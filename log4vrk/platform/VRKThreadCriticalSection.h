@@ -22,6 +22,8 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
 
   /// Raises VRKSystemError when the lock cannot be taken.
   void lock() VRK_ACQUIRE();
+  /// False when another thread holds it.
+  bool tryLock() VRK_TRY_ACQUIRE(true);
   void unlock() VRK_RELEASE();
 
  private:

@@ -1,0 +1,96 @@
+// The appender that lets another thread do the writing.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "log4vrk/appenders/LOGAppenderAttachable.h"
+#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
+#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKMutex.h"
+
+class LOGBoundedFIFO;
+class LOGDispatcher;
+
+/// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A logging
+/// thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped: close() delivers
+/// everything queued. A process that ends without close() (LOG4VRKConfigurator::shutdown() does it) loses what is queued.
+///
+/// Layouts behind the queue print the dispatcher's thread name and context, unless location info is on: then the caller's
+/// are fixed before the copy.
+///
+/// Thread safety: any thread. A logging thread that waits for space holds no lock of the appender.
+/// Ownership: attached appenders stay whoever's they are; closing the asynchronous appender closes none of them.
+/// Forks: a child starts with an empty queue and a dispatcher of its own; what was queued is the parent's.
+class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAppenderAttachable {
+ public:
+  static const I18NString& BUFFER_SIZE_OPTION;    // "BufferSize"
+  static const I18NString& LOCATION_INFO_OPTION;  // "LocationInfo"
+  static constexpr int DEFAULT_BUFFER_SIZE = 128;
+
+  LOGAsyncAppender();
+  LOGAsyncAppender(const LOGAsyncAppender&) = delete;
+  LOGAsyncAppender& operator=(const LOGAsyncAppender&) = delete;
+  ~LOGAsyncAppender() override;
+
+  /// Starts the dispatcher. Raises VRKAssertError once the appender has been closed: it is not opened again.
+  void activateOptions() override;
+  void append(LOGLoggingEvent* event) override;
+  bool requiresLayout() override { return false; }
+  /// Delivers everything that is queued and ends the dispatcher. Called by an attached appender it does not wait for that.
+  void close() override;
+
+  // The attached appenders. The appender itself, and one from which it can be reached, are not added.
+  void addAppender(LOGAppenderSkeleton* newAppender) override;
+  VRKListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
+  LOGAppenderSkeleton* getAppender(const I18NString& name) override;
+  bool isAttached(LOGAppenderSkeleton* appender) override;
+  /// Closes them first.
+  void removeAllAppenders() override;
+  void removeAppender(LOGAppenderSkeleton* appender) override;
+  void removeAppender(const I18NString& name) override;
+
+  /// In events, 128 at first. With 0 every event is reported and dropped. Shrink it while the queue is short: see
+  /// LOGBoundedFIFO.
+  void setBufferSize(int size);
+  int getBufferSize();
+  /// Not 0: location, thread name and nested context are taken on the logging thread.
+  void setLocationInfo(int on) { m_locationInfo = on; }
+  int getLocationInfo() const { return m_locationInfo; }
+  LOGAppenderAttachableImpl* getAAI() const { return m_aai.get(); }
+
+  // What the dispatcher shares.
+  const std::shared_ptr<LOGAppenderAttachableImpl>& container() const { return m_aai; }
+  const std::shared_ptr<std::atomic<int>>& appending() const { return m_appending; }
+
+ private:
+  std::shared_ptr<LOGBoundedFIFO> queue();
+  void enqueue(LOGLoggingEvent* event);
+  bool putCopy(LOGBoundedFIFO& queue, const LOGLoggingEvent& event, bool evenIfFull);
+  void start() VRK_REQUIRES(m_critSection);
+  std::unique_ptr<LOGDispatcher> takeDispatcher();
+  void finish(std::unique_ptr<LOGDispatcher> dispatcher);
+  bool reaches(const LOGAppenderSkeleton* target);
+  LOGAppenderAttachableImpl::Snapshot attached();
+  template <typename Operation>
+  auto withContainer(const char* throwableText, const char* unknownText, Operation operation)
+      -> decltype(operation(std::declval<LOGAppenderAttachableImpl&>()));
+
+  // Constant after construction.
+  const std::shared_ptr<LOGAppenderAttachableImpl> m_aai;
+  const std::shared_ptr<std::atomic<int>> m_appending;  // log calls that are putting an event into the queue
+
+  std::atomic<int> m_locationInfo{0};
+  std::atomic<int> m_interrupted{0};
+  std::atomic<bool> m_closing{false};
+  std::atomic<unsigned> m_forks;  // of the process whose dispatcher this is
+
+  // For log calls: stays as long as one of them is counted as appending.
+  std::atomic<LOGBoundedFIFO*> m_bf{nullptr};
+
+  std::shared_ptr<LOGBoundedFIFO> m_queue VRK_GUARDED_BY(m_critSection);
+  std::unique_ptr<LOGDispatcher> m_dispatcher VRK_GUARDED_BY(m_critSection);
+  VRKMutex m_putting;  // one putting side at a time
+};

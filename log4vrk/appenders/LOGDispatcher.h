@@ -1,0 +1,47 @@
+// The thread that delivers what an asynchronous appender has queued.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKThread.h"
+
+class LOGAppenderAttachableImpl;
+class LOGAsyncAppender;
+class LOGBoundedFIFO;
+
+/// Takes events from a queue and hands each to the appenders of a container. It looks again and again; nobody wakes it. What an
+/// appender raises is written to the internal log, and the thread goes on.
+///
+/// Log calls made by what it calls are put off and delivered between events, without ever waiting for a logger or for space in
+/// a queue: whoever holds the logger may be waiting for this thread.
+///
+/// Thread safety: any thread; close() from any but its own.
+/// Ownership: it deletes the events. Queue and container are shared with the appender, and live as long as the thread.
+class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
+ public:
+  /// Of an appender of which nobody else makes a dispatcher. A null appender raises VRKAssertError.
+  LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppender* container);
+  ~LOGDispatcher() override;
+
+  void run() override;
+  /// Has the thread deliver everything that is queued, and waits until it has ended.
+  void close();
+  /// The same without waiting; the object deletes itself. For the dispatcher's own thread.
+  void closeItself();
+  /// True on the dispatcher's own thread.
+  bool isItself() const { return m_threadId == VRKThread::currentThreadId(); }
+
+ private:
+  /// False when the queue is empty.
+  bool deliverNext();
+
+  const std::shared_ptr<LOGBoundedFIFO> m_bf;
+  const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
+  const std::shared_ptr<std::atomic<int>> m_appending;  // log calls that are putting an event into the queue
+  std::atomic<long> m_threadId{0};
+  std::atomic<int> m_interrupted{0};
+  std::atomic<bool> m_deletesItself{false};
+};

@@ -1,0 +1,154 @@
+#include "log4vrk/appenders/LOGAsyncAppender.h"
+#include "log4vrk/appenders/LOGBoundedFIFO.h"
+#include "log4vrk/core/LOGMessage.h"
+#include "log4vrk/core/LOGNDC.h"
+#include "log4vrk/platform/VRKThread.h"
+#include "tests/support/Doubles.h"
+#include "tests/support/Logs.h"
+
+namespace {
+
+using vrktest::RecordingAppender;
+using vrktest::Texts;
+
+class AsyncAppenderTest : public testing::Test {
+ protected:
+  AsyncAppenderTest() {
+    appender.setName("async");
+    appender.addAppender(&sink);
+    logger->addAppender(&appender);
+  }
+  ~AsyncAppenderTest() override {
+    appender.close();
+    logger->removeAppender(&appender);
+  }
+
+  const vrktest::Deadline deadline{100};
+  vrktest::Tree tree;
+  LOGLogger* const logger = tree.getLogger("a");
+  RecordingAppender sink{"sink"};
+  LOGAsyncAppender appender;
+};
+
+TEST(LOGBoundedFIFO, IsFullAtExactlyItsSizeAndKeepsTheOrder) {
+  const InternalLog log;
+  LOGLoggingEvent events[600];
+  LOGBoundedFIFO queue(2);
+  EXPECT_EQ(nullptr, queue.get());
+  EXPECT_TRUE(queue.put(&events[0]) && queue.wasEmpty() && queue.put(&events[1]) && queue.isFull());
+  EXPECT_FALSE(queue.put(&events[2]));
+  EXPECT_EQ(1, log.count("log4vrk:ERROR LOGBoundedFIFO:put --- The list of LOGEventLogger is full."));
+  queue.resize(1);
+  EXPECT_FALSE(queue.isFull());
+  EXPECT_TRUE(queue.put(&events[2])) << "after shrinking it grows until it has been drained";
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(&events[i], queue.get());
+  queue.resize(4);
+  for (int i = 0; i < 4; ++i) queue.put(&events[i]);
+  EXPECT_EQ(&events[0], queue.get());
+  EXPECT_TRUE(queue.wasFull());
+  LOGBoundedFIFO never(-1), always(0);
+  EXPECT_EQ(2, log.count("LOGBoundedFIFO::LOGBoundedFIFO --- The maxSize argument is not a positive integer."));
+  EXPECT_FALSE(always.put(&events[0]));
+  for (LOGLoggingEvent& event : events) EXPECT_TRUE(never.put(&event));
+  for (LOGLoggingEvent& event : events) EXPECT_EQ(&event, never.get());
+}
+
+TEST_F(AsyncAppenderTest, DeliversEverythingInOrderBeforeItIsClosed) {
+  const InternalLog log;
+  for (int i = 0; i < 1000; ++i) LOG4VRK_INFO(logger, i);
+  appender.close();
+  ASSERT_EQ(1000u, sink.texts.size());
+  for (int i = 0; i < 1000; ++i) EXPECT_EQ(std::to_string(i), sink.texts[static_cast<std::size_t>(i)]);
+  EXPECT_EQ(0, sink.closings) << "its appenders stay open";
+  logger->info("late");
+  EXPECT_TRUE(log.contains("VRKAssertError: VRK_ASSERT(m_dispatcher);"));
+  EXPECT_THROW(appender.getBufferSize(), VRKAssertError);
+  EXPECT_EQ(1000u, sink.texts.size());
+}
+
+TEST_F(AsyncAppenderTest, WaitsForSpaceAndDropsOnlyWhereThereWillBeNone) {
+  const InternalLog log;
+  appender.setBufferSize(1);
+  EXPECT_EQ(1, appender.getBufferSize());
+  std::atomic<bool> stuck{true};
+  std::atomic<int> delivered{0};
+  sink.onAppend = [&](const std::string&) {
+    vrktest::eventually([&] { return !stuck; });
+    ++delivered;
+  };
+  std::thread thread([&] {
+    for (int i = 0; i < 20; ++i) LOG4VRK_INFO(logger, i);
+  });
+  EXPECT_TRUE(vrktest::eventually([&] { return log.count("log4vrk: Waiting for free space in buffer, ") > 1; }));
+  VRKFault::arm(VRKFault::SLEEP, 2);
+  EXPECT_TRUE(vrktest::eventually([&] { return log.contains("log4vrk:WARN AsyncAppender interrupted") || !stuck; }));
+  VRKFault::disarm();
+  stuck = false;
+  thread.join();
+  EXPECT_TRUE(vrktest::eventually([&] { return log.contains("log4vrk: Notifying AsyncAppender about freed space."); }));
+  EXPECT_TRUE(vrktest::eventually([&] { return delivered == 20; }));
+  appender.setBufferSize(0);
+  logger->info("dropped");
+  EXPECT_TRUE(log.contains("LOGBoundedFIFO:put --- The list of LOGEventLogger is full."));
+  appender.close();
+  EXPECT_EQ(20u, sink.texts.size());
+}
+
+TEST_F(AsyncAppenderTest, WithLocationInfoTheCallersThreadAndContextGoAlong) {
+  std::string thread, context;
+  struct Reader : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent* event) override {
+      thread = event->getThreadName().toUtf8();
+      context = event->getNDC().toUtf8();
+    }
+    std::string thread, context;
+  } reader;
+  appender.addAppender(&reader);
+  appender.setLocationInfo(1);
+  LOGNDC::push("request 17");
+  logger->info("event");
+  LOGNDC::remove();
+  appender.close();
+  EXPECT_EQ(std::to_string(VRKThread::currentThreadId()), reader.thread);
+  EXPECT_EQ("request 17", reader.context);
+}
+
+TEST_F(AsyncAppenderTest, GoesOnAfterAppendersThatRaiseAndAfterThoseThatLog) {
+  const InternalLog log;
+  std::atomic<int> events{0};
+  sink.onAppend = [&](const std::string& text) {
+    if (text.rfind("inner", 0) == 0) return;
+    logger->info(("inner " + text).c_str());
+    if (++events == 2) throw std::runtime_error("foreign");
+    if (events == 3) throw VRKThrowable("own", VRK_HERE);
+  };
+  sink.onActivate = [&] {
+    if (events == 4) throw VRKThrowable("from activation", VRK_HERE);
+  };
+  for (int i = 0; i < 5; ++i) LOG4VRK_INFO(logger, i);
+  EXPECT_TRUE(vrktest::eventually([&] { return log.contains("log4vrk:ERROR VRKThrowable: from activation"); }));
+  EXPECT_TRUE(log.contains("LOGAppenderSkeleton::doAppend -- An Exception occured"));
+  appender.close();
+  EXPECT_EQ(4, events);
+}
+
+TEST_F(AsyncAppenderTest, MayBeClosedFromInsideADeliveryAndIsNeverPartOfARing) {
+  LOGAsyncAppender other;
+  other.addAppender(&appender);
+  appender.addAppender(&appender);
+  appender.addAppender(&other);
+  EXPECT_FALSE(appender.isAttached(&other) || appender.isAttached(&appender));
+  std::atomic<bool> allQueued{false};
+  std::atomic<int> delivered{0};
+  sink.onAppend = [&](const std::string& text) {
+    if (text == "close" && vrktest::eventually([&] { return allQueued.load(); })) appender.close();
+    ++delivered;
+  };
+  for (const char* text : {"one", "close", "two"}) logger->info(text);
+  allQueued = true;
+  EXPECT_TRUE(vrktest::eventually([&] { return delivered == 3; }));
+  // The thread ends by itself and lets go of what it shares with the appender.
+  EXPECT_TRUE(vrktest::eventually([&] { return appender.container().use_count() == 1; }));
+}
+
+}  // namespace

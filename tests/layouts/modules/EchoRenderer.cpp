@@ -1,0 +1,17 @@
+// Renders an object as its text in brackets, and knows how many of its renderers live.
+
+#include <atomic>
+
+#include "log4vrk/layouts/LOGObjectRenderer.h"
+
+static std::atomic<int> g_living{0};
+
+class EchoRenderer : public LOGObjectRenderer {
+ public:
+  EchoRenderer() { ++g_living; }
+  ~EchoRenderer() override { --g_living; }
+  I18NString* doRender(LOGObject* object) override { return new I18NString("[" + object->toString() + "]"); }
+};
+
+extern "C" LOG4VRK_EXPORT LOGObjectRenderer* getRenderer() { return new EchoRenderer; }
+extern "C" LOG4VRK_EXPORT int livingRenderers() { return g_living; }

@@ -1,0 +1,3 @@
+#include "log4vrk/layouts/LOGObjectRenderer.h"
+
+extern "C" LOG4VRK_EXPORT LOGObjectRenderer* getRenderer() { return nullptr; }
