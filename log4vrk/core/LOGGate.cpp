@@ -166,10 +166,11 @@ LOGThreadState& LOGThreadState::current() {
 }
 
 void LOGThreadState::forget() {
-  passes = calls = renders = 0;
+  passes = calls = 0;
   delivering = dispatcher = false;
   taken = 0;
   deferred.clear();
+  renderers.clear();
   context.reset();
 }
 

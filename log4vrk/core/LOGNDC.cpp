@@ -60,19 +60,15 @@ LOGStack* currentStack() {
   return thread.context.get();
 }
 
-LOGStack& currentStackMade() {
-  if (currentStack() == nullptr) setStack(std::shared_ptr<LOGStack>(vrkNew<LOGStack>(VRK_HERE)));
-  return *currentStack();
-}
-
 const LOGDiagnosticContext& asContext(const LOGObject& entry) {
   return static_cast<const LOGDiagnosticContext&>(entry);
 }
 
+// Null without a context.
 std::shared_ptr<LOGObject> top() {
+  std::shared_ptr<LOGObject> peekObj;
   const LOGStack* const stack = currentStack();
-  if (stack == nullptr || stack->isEmpty()) return nullptr;
-  std::shared_ptr<LOGObject> peekObj = stack->peekShared();
+  if (stack == nullptr || !stack->peekShared(peekObj)) return nullptr;
   VRK_ASSERT(peekObj);
   return peekObj;
 }
@@ -87,14 +83,15 @@ void LOGNDC::push(const I18NString& message) {
   vrkTranslateErrors(VRK_HERE, [&] {
     const std::shared_ptr<LOGObject> below = top();
     const I18NString fullMessage = below ? asContext(*below).getFullMessage() + " " + message : message;
-    currentStackMade().push(std::make_shared<LOGDiagnosticContext>(message, fullMessage));
+    if (currentStack() == nullptr) setStack(std::shared_ptr<LOGStack>(vrkNew<LOGStack>(VRK_HERE)));
+    LOGThreadState::current().context->push(std::make_shared<LOGDiagnosticContext>(message, fullMessage));
   });
 }
 
 I18NString LOGNDC::pop() {
+  std::shared_ptr<LOGObject> popObj;
   LOGStack* const stack = currentStack();
-  if (stack == nullptr || stack->isEmpty()) return I18NString();
-  const std::shared_ptr<LOGObject> popObj = stack->popShared();
+  if (stack == nullptr || !stack->popShared(popObj)) return I18NString();
   VRK_ASSERT(popObj);
   return asContext(*popObj).getMessage();
 }

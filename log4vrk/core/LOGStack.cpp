@@ -32,27 +32,32 @@ void LOGStack::push(std::shared_ptr<LOGObject> object) {
   m_objects.push_front(std::move(object));
 }
 
-std::shared_ptr<LOGObject> LOGStack::popShared() {
+bool LOGStack::popShared(std::shared_ptr<LOGObject>& top) {
   const VRKThreadGuard guard(m_critSection);
-  if (m_objects.empty()) return nullptr;
-  std::shared_ptr<LOGObject> top = std::move(m_objects.front());
+  if (!peekShared(top)) return false;
   m_objects.pop_front();
-  return top;
+  return true;
+}
+
+bool LOGStack::peekShared(std::shared_ptr<LOGObject>& top) const {
+  const VRKThreadGuard guard(m_critSection);
+  if (m_objects.empty()) return false;
+  top = m_objects.front();
+  return true;
 }
 
 LOGObject* LOGStack::pop() {
   const VRKThreadGuard guard(m_critSection);
-  const std::shared_ptr<LOGObject> top = popShared();
-  if (top.use_count() > 0) m_givenOut.push_back(top);
+  std::shared_ptr<LOGObject> top;
+  if (popShared(top) && top.use_count() > 0) m_givenOut.push_back(top);
   return top.get();
 }
 
-std::shared_ptr<LOGObject> LOGStack::peekShared() const {
-  const VRKThreadGuard guard(m_critSection);
-  return m_objects.empty() ? nullptr : m_objects.front();
+LOGObject* LOGStack::peek() const {
+  std::shared_ptr<LOGObject> top;
+  peekShared(top);
+  return top.get();
 }
-
-LOGObject* LOGStack::peek() const { return peekShared().get(); }
 
 int LOGStack::size() const {
   const VRKThreadGuard guard(m_critSection);

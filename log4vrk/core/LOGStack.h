@@ -34,9 +34,9 @@ class LOG4VRK_EXPORT LOGStack : public LOGMutex, public LOGObject {
   LOGStack* clone() const override;
 
   void push(std::shared_ptr<LOGObject> object);
-  /// As pop(), with the stack's share in the object, so that the last one frees it.
-  std::shared_ptr<LOGObject> popShared();
-  std::shared_ptr<LOGObject> peekShared() const;
+  /// As pop() and peek(), with a share in the object, so that the last one frees it. False when the stack is empty.
+  bool popShared(std::shared_ptr<LOGObject>& top);
+  bool peekShared(std::shared_ptr<LOGObject>& top) const;
 
  private:
   VRKList<std::shared_ptr<LOGObject>> m_objects VRK_GUARDED_BY(m_critSection);

@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <vector>
 
 class LOGLogger;
 class LOGLoggingEvent;
+class LOGObjectRenderer;
 class LOGStack;
 
 /// An event on its way to the root that has been put off.
@@ -35,8 +37,8 @@ struct LOGThreadState {
   bool dispatcher = false;  // it serves a queue, and must not wait for those who put into it
   std::size_t taken = 0;    // events deferred since the outermost call began
   std::deque<LOGDeferredEvent> deferred;
-  int renders = 0;                    // how deep it is in renderers
-  std::shared_ptr<LOGStack> context;  // the nested context
+  std::vector<const LOGObjectRenderer*> renderers;  // by which it is rendering, the innermost last
+  std::shared_ptr<LOGStack> context;                // the nested context
   unsigned contextGeneration = 0;
 
   std::atomic<bool> inside{false};

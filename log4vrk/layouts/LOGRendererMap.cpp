@@ -53,10 +53,16 @@ Library* findLibrary(const I18NString& className) VRK_REQUIRES(g_mutex) {
   return nullptr;
 }
 
-Function functionOf(const I18NString& className) {
+// A library that is being asked for a renderer; it is not unloaded meanwhile.
+struct Lookup {
+  Function getRenderer = nullptr;
+  std::shared_ptr<void> users;
+};
+
+Lookup lookUp(const I18NString& className) {
   const LOGLeafGuard guard(g_mutex);
   const Library* const library = findLibrary(className);
-  return library != nullptr ? library->getRenderer : nullptr;
+  return library != nullptr ? Lookup{library->getRenderer, library->users} : Lookup();
 }
 
 // The map's share in a renderer of a library; for a renderer of the program's, a share that frees nothing.
@@ -65,6 +71,9 @@ Renderer shareOf(LOGObjectRenderer* renderer) VRK_REQUIRES(g_mutex) {
     for (const Renderer& made : library.made) {
       if (made.get() == renderer) return made;
     }
+  }
+  for (const auto& [className, entry] : g_state.table) {
+    if (entry.get() == renderer) return entry;
   }
   return Renderer(Renderer(), renderer);
 }
@@ -93,13 +102,21 @@ LOGObjectRenderer* keep(const I18NString& className, LOGObjectRenderer* renderer
   return renderer;
 }
 
+// Notes by which renderer the thread is rendering.
 class Rendering {
  public:
-  Rendering() { ++LOGThreadState::current().renders; }
-  ~Rendering() { --LOGThreadState::current().renders; }
+  explicit Rendering(const LOGObjectRenderer* renderer) { LOGThreadState::current().renderers.push_back(renderer); }
+  ~Rendering() { LOGThreadState::current().renderers.pop_back(); }
   Rendering(const Rendering&) = delete;
   Rendering& operator=(const Rendering&) = delete;
 };
+
+bool rendersByItself(const Library& library) {
+  const auto& mine = LOGThreadState::current().renderers;
+  return std::any_of(library.made.begin(), library.made.end(), [&](const Renderer& made) {
+    return std::find(mine.begin(), mine.end(), made.get()) != mine.end();
+  });
+}
 
 // True when no renderer of the library lives any more.
 bool waitUntilUnused(const Library& library) {
@@ -122,8 +139,9 @@ LOGObjectRenderer* LOGRendererMap::searchInterface(const I18NString&) { return g
 I18NString* LOGRendererMap::findAndRender(LOGObject* object) {
   if (object == nullptr) return nullptr;
   const Renderer renderer = find(object->instanceOf());
-  const Rendering rendering;
-  return (renderer ? renderer.get() : getDefaultRenderer())->doRender(object);
+  if (!renderer) return getDefaultRenderer()->doRender(object);
+  const Rendering rendering(renderer.get());
+  return renderer->doRender(object);
 }
 
 LOGObjectRenderer* LOGRendererMap::getFromListRenderers(const I18NString& className) {
@@ -140,9 +158,10 @@ void LOGRendererMap::put(const I18NString& className, LOGObjectRenderer* rendere
   Renderer replaced;  // may be freed here, after the lock
   const LOGLeafGuard guard(g_mutex);
   Renderer& entry = g_state.table[className];
+  if (entry.get() == renderer) return;
   replaced = std::move(entry);
   entry = shareOf(renderer);
-  if (replaced && replaced != entry) dropReplaced(replaced);
+  if (replaced) dropReplaced(replaced);
   g_empty.store(false, std::memory_order_release);
 }
 
@@ -159,24 +178,30 @@ int LOGRendererMap::loadLib(const I18NString& className) {
   return VRKDynamicLibrary::open(path) != nullptr ? 1 : 0;
 }
 
-int LOGRendererMap::isLibraryLoaded(const I18NString& className) { return functionOf(className) != nullptr ? 1 : 0; }
+int LOGRendererMap::isLibraryLoaded(const I18NString& className) {
+  return lookUp(className).getRenderer != nullptr ? 1 : 0;
+}
 
 LOGObjectRenderer* LOGRendererMap::getRendererFromFunction(const I18NString& className) {
-  const Function getRenderer = functionOf(className);
-  return getRenderer != nullptr ? keep(className, getRenderer()) : nullptr;
+  const Lookup lookup = lookUp(className);
+  return lookup.getRenderer != nullptr ? keep(className, lookup.getRenderer()) : nullptr;
 }
 
 LOGObjectRenderer* LOGRendererMap::get(const I18NString& className) {
   if (isLibraryLoaded(className) != 0) return getRendererFromFunction(className);
   I18NString path;
   getLibName(className, path);
+  // Opened twice, so that the library outlives this lookup whatever clear() does to the map meanwhile.
   void* const handle = VRKDynamicLibrary::open(path);
   void* const function = VRKDynamicLibrary::symbol(handle, "getRenderer");
   if (function == nullptr) return nullptr;
   LOGObjectRenderer* const renderer = reinterpret_cast<Function>(function)();
   if (renderer == nullptr) return nullptr;
+  void* const mine = VRKDynamicLibrary::open(path);
   putFunction(className, function, handle);
-  return keep(className, renderer);
+  LOGObjectRenderer* const kept = keep(className, renderer);
+  if (mine != nullptr) VRKDynamicLibrary::close(mine);
+  return kept;
 }
 
 LOGObjectRenderer* LOGRendererMap::get(LOGObject* object) {
@@ -220,11 +245,11 @@ void LOGRendererMap::clear() {
   }
   taken.table.clear();
   if (taken.libraries.empty()) LOGLogLog::debug("LOGRendererMap::clear -- the lib list is empty.");
-  const bool renders = LOGThreadState::current().renders > 0;
   while (!taken.libraries.empty()) {
     Library& library = taken.libraries.front();
-    if (!renders) library.made.clear();
-    if (renders || !waitUntilUnused(library)) {
+    const bool inUse = rendersByItself(library);
+    if (!inUse) library.made.clear();
+    if (inUse || !waitUntilUnused(library)) {
       const LOGLeafGuard guard(g_mutex);
       g_state.keptOpen.splice(g_state.keptOpen.end(), taken.libraries, taken.libraries.begin());
       continue;

@@ -1,5 +1,6 @@
 // Forking while other threads are inside the library.
 
+#include <list>
 #include <map>
 #include <sstream>
 
@@ -188,14 +189,14 @@ TEST_F(Fork, FromInsideALogCallDoesNotWaitForAConfigurationThatWaitsForIt) {
         dir.write("log.xml", "<log4j:configuration><logger name='forking'/></log4j:configuration>");
     LOGLogger* const forking = LOGManager::getLogger("forking");
     int forks = 0;
-    std::vector<RecordingAppender> appenders(20);  // each run closes and removes the one that it finds
+    std::list<RecordingAppender> appenders;  // each run closes and removes the one that it finds
     const Busy busy({[&] { EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 1); }});
-    for (RecordingAppender& each : appenders) {
-      each.onAppend = [&](const std::string&) { forks += statusInChild([] {}) == 0; };
-      forking->addAppender(&each);
+    while (forks < 10) {
+      RecordingAppender& next = appenders.emplace_back();
+      next.onAppend = [&](const std::string&) { forks += statusInChild([] {}) == 0; };
+      forking->addAppender(&next);
       forking->info("event");
     }
-    EXPECT_GT(forks, 0);
   };
   EXPECT_EQ(statusInChild(forkWhileConfiguring, 40), 0);
 }

@@ -14,9 +14,9 @@ constexpr int MANY = 200000;
 constexpr int MANY = 10000000;
 #endif
 
-void pushAndPop(int times) {
+void pushAndPop(int times, const I18NString& text = "a text that is too long for a string's own buffer") {
   for (int i = 0; i < times; ++i) {
-    LOGNDC::push("a text that is too long for a string's own buffer");
+    LOGNDC::push(text);
     LOGNDC::pop();
   }
 }
@@ -123,13 +123,12 @@ TEST(NDCTest, IsHandedOnAsACopyThatSharesTheEntriesOrAsAStackOfBoth) {
   for (int i = 0; i < 2; ++i) LOGNDC::inherit(shared);
   const auto change = [&] {
     LOGNDC::inherit(shared);
-    LOGNDC::push("b");
-    LOGNDC::pop();
+    pushAndPop(1000, "x");
   };
   std::thread(change).join();
   EXPECT_EQ(LOGNDC::pop(), "a");
   const Meanwhile changing(change);
-  EXPECT_NO_THROW(for (int i = 0; i < 100000; ++i) LOGNDC::get());
+  EXPECT_NO_THROW(for (int i = 0; i < 500000; ++i) LOGNDC::get());
   LOGNDC::remove();
 }
 

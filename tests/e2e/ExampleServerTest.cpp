@@ -27,19 +27,17 @@ TEST(ExampleServerTest, LogsWhatItsDocumentSays) {
   const std::string step = " order [0-9]{4} \\([0-9]+ x [a-z]+ for [A-Z][a-z]+\\)$";
   const std::pair<const char*, std::string> PATTERNS[] = {
       {"log/audit.log", "^order=[0-9]{4} customer=[A-Z][a-z]+ article=[a-z]+ quantity=[0-9]+$"},
+      {"log/grinders.log", "grinder"},
       {"log/problems.log", "^" + time + "\\[[^]]+\\] (WARN|ERROR) shop\\."},
       {"console.txt", "^[0-9:]{8},[0-9]{3} \\[[^]]+\\] (INFO|WARN|ERROR) shop"},
       {"log/orders.log*", "^" + time + "(DEBUG \\[[^]]+\\] ( {8} orders.intake - read|worker [123] orders.worker - " +
                               "(working on|done with))" + step + "|WARN  \\[[^]]+\\] {10}orders.intake - line 18 is)"},
   };
   for (const auto& [files, pattern] : PATTERNS) {
-    EXPECT_NE(inDirectory("cat " + std::string(files) + " | grep -vE '" + pattern + "'"), 0) << files;
+    EXPECT_EQ(inDirectory("cat " + std::string(files) + " | LC_ALL=C grep -qE '" + pattern + "'"), 0) << files;
+    EXPECT_NE(inDirectory("cat " + std::string(files) + " | LC_ALL=C grep -vE '" + pattern + "'"), 0) << files;
   }
-  const std::size_t sold = linesOf(dir.file("log/audit.log")).size();
-  EXPECT_GT(sold, 20u);
   EXPECT_TRUE(std::filesystem::exists(dir.file("log/orders.log.1")));
-  EXPECT_EQ(linesWithBackups(dir.file("log/orders.log")).size(), 60 + 59 + sold);
-
   const long problems = static_cast<long>(linesOf(dir.file("log/problems.log")).size());
   EXPECT_GT(problems, 1);
   EXPECT_EQ(inDirectory("test $(grep -c '<td title=\"Level\">' log/problems.html) = " + std::to_string(problems)), 0);
