@@ -93,13 +93,14 @@ void LOGAppenderAttachableImpl::forget(const Snapshot& appenders, LOGHashtable* 
 }
 
 int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
+  // What is called here may remove and add appenders, itself included: nobody shall be passed over for that, freed in the
+  // middle of a call, or called for ever.
   std::size_t next = 0;
-  while (next < m_attached.size()) {
-    LOGAppenderSkeleton* const appender = m_attached[next].appender;
-    appender->activateOptions();
-    appender->doAppend(event);
-    // An appender may have removed itself, and nobody shall be passed over for that.
-    if (next < m_attached.size() && m_attached[next].appender == appender) ++next;
+  for (std::size_t calls = m_attached.size(); calls > 0 && next < m_attached.size(); --calls) {
+    const Attached called = m_attached[next];
+    called.appender->activateOptions();
+    called.appender->doAppend(event);
+    if (next < m_attached.size() && m_attached[next].appender == called.appender) ++next;
   }
   return static_cast<int>(m_attached.size());
 }

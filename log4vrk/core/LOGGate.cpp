@@ -145,9 +145,8 @@ void afterForkInChild() {
   LOGThreadState& self = LOGThreadState::current();
   for (LOGThreadState* state = g_threads.load(); state != nullptr; state = state->next) {
     if (state == &self) continue;
-    state->forget();
+    // Left as it is, and never taken over: the fork may have caught its thread, which is gone, in the middle of a change.
     state->inside = state->serving = false;
-    state->used = false;
   }
   afterForkInParent();
 }

@@ -1,9 +1,13 @@
 #include <pthread.h>
 
+#include "log4vrk/config/LOG4VRKConfigurator.h"
+#include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGManager.h"
 #include "log4vrk/core/LOGMessage.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "tests/support/Doubles.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 
@@ -294,6 +298,35 @@ TEST(LOGLogger, AnAppenderMayRemoveItselfAndItsNeighboursMissNothing) {
       EXPECT_EQ(each->texts.size(), 2u) << each->getName().toUtf8();
     EXPECT_FALSE(logger.isAttached(&leaving));
   }
+}
+
+TEST(LOGLogger, AppendersMayMoveToTheEndOfTheList) {
+  const vrktest::Deadline deadline(30);
+  RecordingAppender one("one"), two("two");
+  LOGLogger logger("a");
+  logger.setLevel(LOGLevel::ALL_OBJ);
+  for (RecordingAppender* each : {&one, &two}) {
+    each->onAppend = [&logger, each](const std::string&) {
+      logger.removeAppender(each);
+      logger.addAppender(each);
+    };
+    logger.addAppender(each);
+  }
+  logger.info("event");
+  EXPECT_TRUE(one.texts.size() == 1 && two.texts.size() == 1);
+}
+
+TEST(LOGLogger, AConfiguredAppenderMayBeRemovedByTheMessageThatItWrites) {
+  const vrktest::TempDir dir;
+  const std::string document = dir.write(
+      "log.xml", "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
+                     dir.file("a.log") + "'/><layout class='SimpleLayout'/></appender>" +
+                     "<root><appender-ref ref='file'/></root></log4j:configuration>");
+  LOG4VRKConfigurator::initialize(document.c_str());
+  LOGDOMConfigurator::shutdown();  // the root has the last share
+  HookMessage message("removed", [] { LOGManager::getRootLogger()->removeAppender("file"); });
+  LOGManager::getRootLogger()->info(&message);
+  EXPECT_EQ(dir.read("a.log"), "removed\n");
 }
 
 TEST(LOGLogger, ACancelledThreadLeavesNoLockBehind) {
