@@ -112,14 +112,7 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   }
   tree.getRootLogger()->removeAppender(&file);
   std::map<int, long> last;
-  for (const std::string& line : vrktest::linesOf(dir.file("all.log"))) {
-    std::istringstream fields(line);
-    int writer = -1;
-    long number = -1;
-    std::string end;
-    fields >> writer >> number >> end;
-    ASSERT_TRUE(end == "end" && number == ++last[writer]) << line;
-  }
+  ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(vrktest::linesOf(dir.file("all.log")), last));
   EXPECT_EQ(last, written);
 }
 

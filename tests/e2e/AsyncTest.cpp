@@ -141,14 +141,7 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
   forking.join();
   LOG4VRKConfigurator::shutdown();
   std::map<int, long> last;
-  for (const std::string& line : vrktest::linesWithBackups(dir.file("all.log"))) {
-    std::istringstream fields(line);
-    int writer = -1;
-    long number = -1;
-    std::string end;
-    fields >> writer >> number >> end;
-    ASSERT_TRUE(end == "end" && number == ++last[writer]) << line;
-  }
+  ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(vrktest::linesWithBackups(dir.file("all.log")), last));
   for (int t = 0; t < 4; ++t) EXPECT_EQ(counts[t], last[t]);
   for (int child = 0; child < 1000; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
 }

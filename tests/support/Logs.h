@@ -31,10 +31,9 @@ inline std::vector<std::string> linesWithBackups(const std::string& path) {
   return lines;
 }
 
-/// Lines of the form "<writer> <number> end": each writer's numbers are 1 to `each`, once and in order, and every line
-/// is whole.
-inline void expectEachOnceInOrder(const std::vector<std::string>& lines, int writers, long each) {
-  std::map<int, long> last;
+/// The last number of each writer, from lines of the form "<writer> <number> end". Every line is whole, and the numbers of each
+/// writer go up from 1, once and in order.
+inline void lastNumbers(const std::vector<std::string>& lines, std::map<int, long>& last) {
   for (const std::string& line : lines) {
     std::istringstream fields(line);
     int writer = -1;
@@ -45,6 +44,12 @@ inline void expectEachOnceInOrder(const std::vector<std::string>& lines, int wri
     ASSERT_EQ(last[writer] + 1, number) << "writer " << writer;
     last[writer] = number;
   }
+}
+
+/// The same, where each of so many writers has written the numbers up to `each`.
+inline void expectEachOnceInOrder(const std::vector<std::string>& lines, int writers, long each) {
+  std::map<int, long> last;
+  ASSERT_NO_FATAL_FAILURE(lastNumbers(lines, last));
   ASSERT_EQ(static_cast<std::size_t>(writers), last.size());
   for (const auto& [writer, number] : last) EXPECT_EQ(each, number) << "writer " << writer;
 }
