@@ -1,8 +1,6 @@
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
-#include <map>
 
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
@@ -136,16 +134,4 @@ TEST_F(FileAppenderTest, ALockThatFailsIsReportedByEachOperationInItsOwnWords) {
     operation();
     EXPECT_EQ(internal.text().find("log4vrk:ERROR " + line + " VRKSystemError: "), 0u) << internal.text();
   }
-}
-
-TEST_F(FileAppenderTest, TwoProcessesShareAFileWithoutMixingTheirLines) {
-  const pid_t child = ::fork();
-  LOGFileAppender appender(&m_layout, path("log"));
-  for (int i = 0; i < 300; ++i) log(appender, std::string(3000, child == 0 ? 'c' : 'p'));
-  if (child == 0) ::_exit(0);
-  ::waitpid(child, nullptr, 0);
-  std::istringstream in(m_dir.read("log"));
-  std::map<std::string, int> lines;
-  for (std::string line; std::getline(in, line);) ++lines[line];
-  EXPECT_EQ(lines, (std::map<std::string, int>{{std::string(3000, 'c'), 300}, {std::string(3000, 'p'), 300}}));
 }
