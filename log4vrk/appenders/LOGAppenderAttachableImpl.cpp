@@ -11,6 +11,12 @@ LOGAppender::~LOGAppender() = default;
 LOGAppenderAttachable::~LOGAppenderAttachable() = default;
 
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() = default;
+LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
+    : LOGAppenderAttachable(other),
+      LOGMutex(other),
+      m_appenders(other.m_appenders),
+      m_attached(other.m_attached),
+      m_any(other.mayHaveAppenders()) {}
 LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
@@ -20,6 +26,7 @@ void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
   }
   m_attached.push_back({newAppender, newAppender->m_bundle.lock()});
   m_appenders.push_back(newAppender);
+  m_any.store(true, std::memory_order_release);
 }
 
 VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
@@ -57,9 +64,12 @@ void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
     m_appenders.erase(element);
     break;
   }
-  m_attached.erase(
-      std::remove_if(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return a.appender == appender; }),
-      m_attached.end());
+  const auto found =
+      std::find_if(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return a.appender == appender; });
+  if (found == m_attached.end()) return;
+  if (m_loops > 0) m_removed.push_back(*found);
+  m_attached.erase(found);
+  m_any.store(!m_attached.empty(), std::memory_order_release);
 }
 
 void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
@@ -92,15 +102,35 @@ void LOGAppenderAttachableImpl::forget(const Snapshot& appenders, LOGHashtable* 
   }
 }
 
+namespace {
+
+// Counts the loops that are under way, and lets go of what was removed meanwhile when the last of them ends.
+class Loop {
+ public:
+  Loop(int& loops, LOGAppenderAttachableImpl::Snapshot& removed) : m_loops(loops), m_removed(removed) { ++m_loops; }
+  ~Loop() {
+    if (--m_loops == 0 && !m_removed.empty()) LOGAppenderAttachableImpl::Snapshot().swap(m_removed);
+  }
+  Loop(const Loop&) = delete;
+  Loop& operator=(const Loop&) = delete;
+
+ private:
+  int& m_loops;
+  LOGAppenderAttachableImpl::Snapshot& m_removed;
+};
+
+}  // namespace
+
 int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
+  const Loop loop(m_loops, m_removed);
   // What is called here may remove and add appenders, itself included: nobody shall be passed over for that, freed in the
   // middle of a call, or called for ever.
   std::size_t next = 0;
   for (std::size_t calls = m_attached.size(); calls > 0 && next < m_attached.size(); --calls) {
-    const Attached called = m_attached[next];
-    called.appender->activateOptions();
-    called.appender->doAppend(event);
-    if (next < m_attached.size() && m_attached[next].appender == called.appender) ++next;
+    LOGAppenderSkeleton* const called = m_attached[next].appender;
+    called->activateOptions();
+    called->doAppend(event);
+    if (next < m_attached.size() && m_attached[next].appender == called) ++next;
   }
   return static_cast<int>(m_attached.size());
 }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -26,7 +27,7 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   using Snapshot = std::vector<Attached>;
 
   LOGAppenderAttachableImpl();
-  LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl&) = default;
+  LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other);
   LOGAppenderAttachableImpl& operator=(const LOGAppenderAttachableImpl&) = delete;
   ~LOGAppenderAttachableImpl() override;
 
@@ -43,6 +44,8 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void removeAllAppenders(LOGHashtable* table);
   /// Has each appender activate its options and then append the event. Returns how many there are.
   int appendLoopOnAppenders(LOGLoggingEvent* event);
+  /// The one thing to ask without the lock. False is the answer as of some moment during the call.
+  bool mayHaveAppenders() const { return m_any.load(std::memory_order_acquire); }
 
   // The steps of removeAllAppenders for a user who must not hold a lock while appenders close.
   Snapshot snapshot() const { return m_attached; }
@@ -55,5 +58,8 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void unlink(LOGAppenderSkeleton* appender);
 
   VRKList<LOGAppenderSkeleton*> m_appenders;
-  Snapshot m_attached;  // the same appenders in the same order
+  Snapshot m_attached;       // the same appenders in the same order
+  Snapshot m_removed;        // while a loop may be in the middle of one of them
+  int m_loops = 0;
+  std::atomic<bool> m_any{false};
 };

@@ -80,7 +80,7 @@ void LOGConsoleAppender::targetWarn(const I18NString&) {
 void LOGConsoleAppender::setQWForFiles() {
   m_qw.reset();
   VRK_ASSERT(m_outFile);
-  m_qw.reset(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_outFile.get()));
+  setOwnWriter(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_outFile.get()));
 }
 
 int LOGConsoleAppender::checkEntryConditions() { return getClosed() != 1 && getLayout() != nullptr ? 1 : 0; }
@@ -95,7 +95,11 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
   logContain("LOGAppenderSkeleton::subAppend -- ", [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
     VRK_ASSERT(m_qw);
     const LOGGuard guard(*layout);
-    m_qw->stWrite(m_outFile.get(), layout->format(event));
+    if (hasOwnWriter()) {
+      m_qw->stWriteUtf8(m_outFile.get(), layout->formatUtf8(event));
+    } else {
+      m_qw->stWrite(m_outFile.get(), layout->format(event));
+    }
   });
 }
 

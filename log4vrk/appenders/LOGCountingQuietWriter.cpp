@@ -9,15 +9,26 @@
 
 LOGCountingQuietWriter::~LOGCountingQuietWriter() = default;
 
+namespace {
+
+constexpr LOGFailureTexts FAILURES = {"LOGCountingQuietWriter::write -- I18nstring exception occurred",
+                                      "LOGCountingQuietWriter::write -- VRKThrowable exception occurred",
+                                      "LOGCountingQuietWriter::write -- Unknown error occurred"};
+
+}  // namespace
+
 void LOGCountingQuietWriter::write(VRKFmFile* outStream, const I18NString& text) {
-  constexpr LOGFailureTexts FAILURES = {"LOGCountingQuietWriter::write -- I18nstring exception occurred",
-                                        "LOGCountingQuietWriter::write -- VRKThrowable exception occurred",
-                                        "LOGCountingQuietWriter::write -- Unknown error occurred"};
   logContain(FAILURES, [&] {
     if (text.isEmpty()) return;
     VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
     const VRKThreadRWGuard guard(*this, VRKThreadRWGuard::WRITE);
     m_count += writeAtEnd(outStream, text);
+  });
+}
+
+void LOGCountingQuietWriter::writeUtf8(VRKFmFile* outStream, std::string_view text) {
+  logContain(FAILURES, [&] {
+    if (!text.empty()) m_count.store(m_count.load(std::memory_order_relaxed) + writeAtEnd(outStream, text));
   });
 }
 

@@ -17,6 +17,7 @@ class LOG4VRK_EXPORT LOGCountingQuietWriter : public LOGQuietWriter {
 
   using LOGQuietWriter::write;
   void write(VRKFmFile* outStream, const I18NString& text) override;
+  void writeUtf8(VRKFmFile* outStream, std::string_view text) override;
 
   /// The largest long when that is too narrow for the count.
   long getCount() const;

@@ -9,6 +9,16 @@
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
+namespace {
+
+// Runs after the program's own destructors, which may still log.
+__attribute__((destructor)) void writeBuffersAtExit() {
+  const LOGGate::FullClosure alone;
+  VRKFmFile::writeBuffers();
+}
+
+}  // namespace
+
 LOGFileAppender::LOGFileAppender() {
   instance("LOGFileAppender");
   setClosed(1);
@@ -81,6 +91,7 @@ bool LOGFileAppender::openFile(const I18NString& name, int append, int bufferedI
   const bool opened = m_file->open(m_fileName, append == 1 ? VRKFmFile::EXISTING : VRKFmFile::TRUNCATE) ||
                       m_file->open(m_fileName, VRKFmFile::CREATE_EXCLUSIVE);
   if (!opened) return false;
+  m_file->setBuffer(bufferedIO == 1 && bufferSize > 0 ? static_cast<std::size_t>(bufferSize) : 0);
   setQWForFiles();
   VRK_ASSERT(m_qw);
   writeHeader();
@@ -98,7 +109,7 @@ bool LOGFileAppender::hasDirectory(const Identity& identity) const {
 
 void LOGFileAppender::setQWForFiles() {
   m_qw.reset();
-  m_qw.reset(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_file.get()));
+  setOwnWriter(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_file.get()));
 }
 
 int LOGFileAppender::checkEntryConditions() { return getClosed() != 1 && m_qw ? 1 : 0; }
@@ -109,13 +120,22 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (LOGLayout* const layout = getLayout()) {
     // Written from the layout's own buffer: a copy would cost every event, and help only appenders that share a layout.
     const LOGGuard guard(*layout);
-    m_qw->write(m_file.get(), layout->format(event));
+    if (hasOwnWriter()) {
+      m_qw->writeUtf8(m_file.get(), layout->formatUtf8(event));
+    } else {
+      m_qw->write(m_file.get(), layout->format(event));
+    }
   }
   if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
 }
 
 void LOGFileAppender::closeFile() {
-  if (m_file) m_file->close();
+  if (m_file && m_file->isOpen()) {
+    if (m_file->flush() == 0) {
+      LOGLogLog::error("LOGFileAppender::closeFile -- what was buffered could not be written to " + m_fileName);
+    }
+    m_file->close();
+  }
   if (m_changing) return;
   setOpen(0);
   setClosed(1);

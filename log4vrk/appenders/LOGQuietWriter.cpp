@@ -14,11 +14,16 @@ LOGQuietWriter::LOGQuietWriter(LOGWriter* writer, LOGErrorHandler* errorHandler)
 
 LOGQuietWriter::~LOGQuietWriter() = default;
 
+namespace {
+
+constexpr LOGFailureTexts WRITE_FAILURES = {"LOGQuietWriter::write -- I18nstring exception occurred",
+                                            "LOGQuietWriter::write -- VRKThrowable exception occurred",
+                                            "LOGQuietWriter::write -- Unknown error occurred"};
+
+}  // namespace
+
 void LOGQuietWriter::write(VRKFmFile* outStream, const I18NString& text) {
-  constexpr LOGFailureTexts FAILURES = {"LOGQuietWriter::write -- I18nstring exception occurred",
-                                        "LOGQuietWriter::write -- VRKThrowable exception occurred",
-                                        "LOGQuietWriter::write -- Unknown error occurred"};
-  logContain(FAILURES, [&] {
+  logContain(WRITE_FAILURES, [&] {
     if (text.isEmpty()) return;
     VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
     const VRKThreadRWGuard guard(*this, VRKThreadRWGuard::WRITE);
@@ -26,26 +31,38 @@ void LOGQuietWriter::write(VRKFmFile* outStream, const I18NString& text) {
   });
 }
 
-void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) {
+void LOGQuietWriter::writeUtf8(VRKFmFile* outStream, std::string_view text) {
+  logContain(WRITE_FAILURES, [&] {
+    if (!text.empty()) writeAtEnd(outStream, text);
+  });
+}
+
+void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) { writeAndFlush(outStream, text); }
+void LOGQuietWriter::stWriteUtf8(VRKFmFile* outStream, std::string_view text) { writeAndFlush(outStream, text); }
+
+template <typename Text>
+void LOGQuietWriter::writeAndFlush(VRKFmFile* outStream, const Text& text) {
   constexpr LOGFailureTexts FAILURES = {"LOGQuietWriter::stWrite -- I18nstring exception occurred",
                                         "LOGQuietWriter::stWrite -- VRKThrowable exception occurred",
                                         "LOGQuietWriter::stWrite -- Unknown error occurred"};
   logContain(FAILURES, [&] {
-    if (text.isEmpty()) return;
+    if (text == Text()) return;
     VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
     writeAtEnd(outStream, text);
     if (outStream->flush() == 0) throwFileError(outStream);
   });
 }
 
-long LOGQuietWriter::writeAtEnd(VRKFmFile* file, const I18NString& text) {
+template <typename Text>
+long LOGQuietWriter::writeAtEnd(VRKFmFile* file, const Text& text) {
   if (file->seekFromEnd(0) == -1) throwFileError(file);
-  long length = 0;
-  const char* const bytes = text.c_str(&length);
-  if (bytes[length - 1] == '\0') --length;
-  if (file->write(bytes, length) == -1) throwFileError(file);
+  const long length = file->write(text);
+  if (length == -1) throwFileError(file);
   return length;
 }
+
+template long LOGQuietWriter::writeAtEnd(VRKFmFile*, const I18NString&);
+template long LOGQuietWriter::writeAtEnd(VRKFmFile*, const std::string_view&);
 
 void LOGQuietWriter::throwFileError(VRKFmFile* file) {
   VRK_ASSERT_AS(file != nullptr, "VRK_ASSERT(file != NULL);", __LINE__);

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <string_view>
+
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKFileLockRW.h"
@@ -24,6 +26,9 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
   virtual void write(VRKFmFile* outStream, const I18NString& text);
   /// The same without taking the lock, followed by a flush.
   virtual void stWrite(VRKFmFile* outStream, const I18NString& text);
+  // The same of a text in UTF-8, without a lock: for whoever has made the writer and gives it to nobody.
+  virtual void writeUtf8(VRKFmFile* outStream, std::string_view text);
+  void stWriteUtf8(VRKFmFile* outStream, std::string_view text);
   // These raise VRKAssertError for a null file.
   void flush(VRKFmFile* outStream);
   void close(VRKFmFile* outStream);
@@ -40,12 +45,17 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
   [[noreturn]] void throwFileError(VRKFmFile* file);
 
  protected:
-  /// Returns the number of bytes written. Raises what throwFileError() raises.
-  long writeAtEnd(VRKFmFile* file, const I18NString& text);
+  /// `text` is an I18NString, or a std::string_view in UTF-8. Returns the number of bytes written. Raises what
+  /// throwFileError() raises.
+  template <typename Text>
+  long writeAtEnd(VRKFmFile* file, const Text& text);
 
   LOGErrorHandler* getErrorHandler() const { return m_errorHandler; }
 
  private:
+  template <typename Text>
+  void writeAndFlush(VRKFmFile* file, const Text& text);
+
   LOGErrorHandler* m_errorHandler;
   LOGWriter* m_writer = nullptr;
 };

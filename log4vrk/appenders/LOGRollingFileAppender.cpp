@@ -60,7 +60,7 @@ void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, 
 void LOGRollingFileAppender::setQWForFiles() {
   m_counter = nullptr;
   m_qw.reset();
-  m_qw.reset(m_counter = vrkNew<LOGCountingQuietWriter>(VRK_HERE, nullptr, m_file.get()));
+  setOwnWriter(m_counter = vrkNew<LOGCountingQuietWriter>(VRK_HERE, nullptr, m_file.get()));
 }
 
 void LOGRollingFileAppender::resetWriter() {

@@ -36,8 +36,14 @@ void LOGWriterAppender::setWriter(LOGQuietWriter* writer) {
     if (writer != nullptr && writer == m_qw.get()) return;
     resetWriter();
     m_qw.reset(writer);
+    m_ownWriter = nullptr;
     writeHeader();
   });
+}
+
+void LOGWriterAppender::setOwnWriter(LOGQuietWriter* writer) {
+  m_qw.reset(writer);
+  m_ownWriter = writer;
 }
 
 void LOGWriterAppender::setErrorHandler(LOGErrorHandler* handler) {

@@ -24,8 +24,6 @@ std::atomic<bool> g_dispatchersOut{false};  // while the process forks
 VRKMutex g_closing;  // held for as long as the gate is closed; nothing else is locked by those who wait for it
 int g_closures = 0;  // the closer's
 
-thread_local LOGThreadState* t_state = nullptr;
-
 void rest(long microseconds) {
   const VRKNoCancellation finished;
   try {
@@ -38,7 +36,7 @@ void rest(long microseconds) {
 void release(void* value) {
   auto* const state = static_cast<LOGThreadState*>(value);
   state->forget();
-  t_state = nullptr;
+  LOGThreadState::s_current = nullptr;
   state->used.store(false, std::memory_order_release);
 }
 
@@ -91,21 +89,13 @@ bool mayEnter(const LOGThreadState& self) {
   return closer == nullptr || closer == &self;
 }
 
-std::atomic<bool>& flagOf(LOGThreadState& self) {
-  return self.dispatcher && !self.delivering ? self.serving : self.inside;
-}
-
-void enter(LOGThreadState& self) {
-  std::atomic<bool>& flag = flagOf(self);
-  flag.store(true);
+void waitOutside(LOGThreadState& self, std::atomic<bool>& flag) {
   for (long waited = 0; waited < LONGEST_WAIT_OUTSIDE && !mayEnter(self); waited += LOOK_AGAIN) {
     flag.store(false, std::memory_order_release);
     rest(LOOK_AGAIN);
     flag.store(true);
   }
 }
-
-void leave(LOGThreadState& self) { flagOf(self).store(false, std::memory_order_release); }
 
 void close(LOGThreadState& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
   if (g_closer.load() == &self) {
@@ -124,21 +114,27 @@ void open() VRK_NO_THREAD_SAFETY_ANALYSIS {
   g_closing.unlock();
 }
 
-// A fork from inside a library call has to do without: waiting there for the others would be waiting for oneself.
-bool forksFromInside() { return LOGThreadState::current().passes > 0; }
+// Waiting there for the others would be waiting for oneself.
+bool isInside() { return LOGThreadState::current().passes > 0; }
 
-void beforeFork() {
-  if (forksFromInside()) return;
-  const LOGThreadState& self = LOGThreadState::current();
-  close(LOGThreadState::current());
+void closeToAll() {
+  LOGThreadState& self = LOGThreadState::current();
+  close(self);
   closeFor(
       self, &LOGThreadState::serving, [] { g_dispatchersOut = true; }, [] { g_dispatchersOut = false; });
 }
 
-void afterForkInParent() {
-  if (forksFromInside()) return;
+void openToAll() {
   g_dispatchersOut = false;
   open();
+}
+
+void beforeFork() {
+  if (!isInside()) closeToAll();
+}
+
+void afterForkInParent() {
+  if (!isInside()) openToAll();
 }
 
 void afterForkInChild() {
@@ -155,13 +151,19 @@ void afterForkInChild() {
 
 }  // namespace
 
-LOGThreadState& LOGThreadState::current() {
-  if (t_state == nullptr) {
-    static VRKThreadExit& exit = vrkImmortal<VRKThreadExit>(&release);
-    t_state = takeOver();
-    exit.set(t_state);
-  }
-  return *t_state;
+__thread LOGThreadState* LOGThreadState::s_current = nullptr;
+
+LOGThreadState& LOGThreadState::make() {
+  static VRKThreadExit& exit = vrkImmortal<VRKThreadExit>(&release);
+  s_current = takeOver();
+  exit.set(s_current);
+  return *s_current;
+}
+
+void LOGThreadState::enter() {
+  std::atomic<bool>& mine = flag();
+  mine.store(true);
+  if (!mayEnter(*this)) waitOutside(*this, mine);
 }
 
 void LOGThreadState::forget() {
@@ -173,16 +175,14 @@ void LOGThreadState::forget() {
   context.reset();
 }
 
-LOGGate::Pass::Pass() : m_thread(LOGThreadState::current()) {
-  if (m_thread.passes++ == 0) enter(m_thread);
-}
+LOGGate::Pass::Pass() : Pass(LOGThreadState::current()) {}
 
-LOGGate::Pass::~Pass() {
-  if (--m_thread.passes == 0) leave(m_thread);
-}
+LOGGate::Pass::Pass(LOGThreadState& thread) : m_thread(thread) { m_thread.goIn(); }
+
+LOGGate::Pass::~Pass() { m_thread.goOut(); }
 
 LOGGate::TryPass::TryPass() : m_thread(LOGThreadState::current()) {
-  std::atomic<bool>& flag = flagOf(m_thread);
+  std::atomic<bool>& flag = m_thread.flag();
   flag.store(true);
   m_inside = mayEnter(m_thread);
   if (m_inside) {
@@ -193,12 +193,20 @@ LOGGate::TryPass::TryPass() : m_thread(LOGThreadState::current()) {
 }
 
 LOGGate::TryPass::~TryPass() {
-  if (m_inside && --m_thread.passes == 0) leave(m_thread);
+  if (m_inside) m_thread.goOut();
 }
 
 LOGGate::Closure::Closure() { close(LOGThreadState::current()); }
 
 LOGGate::Closure::~Closure() { open(); }
+
+LOGGate::FullClosure::FullClosure() : m_closed(!isInside()) {
+  if (m_closed) closeToAll();
+}
+
+LOGGate::FullClosure::~FullClosure() {
+  if (m_closed) openToAll();
+}
 
 void LOGGate::watchForks() {
   static const bool registered = (vrkAtFork(&beforeFork, &afterForkInParent, &afterForkInChild), true);

@@ -23,6 +23,7 @@ class LOGGate {
   class LOG4VRK_EXPORT Pass {
    public:
     Pass();
+    explicit Pass(LOGThreadState& thread);
     ~Pass();
     Pass(const Pass&) = delete;
     Pass& operator=(const Pass&) = delete;
@@ -54,6 +55,18 @@ class LOGGate {
     ~Closure();
     Closure(const Closure&) = delete;
     Closure& operator=(const Closure&) = delete;
+  };
+
+  /// The gate closed to everybody else, dispatchers too, for the life of a scope. It does nothing on a thread that is inside.
+  class FullClosure {
+   public:
+    FullClosure();
+    ~FullClosure();
+    FullClosure(const FullClosure&) = delete;
+    FullClosure& operator=(const FullClosure&) = delete;
+
+   private:
+    const bool m_closed;
   };
 
   /// Makes sure that forks are looked after. Called by whoever registers a preparation that has to come before the

@@ -13,7 +13,15 @@ constexpr std::size_t MOST_DEFERRED = 1000;
 
 }  // namespace
 
-LOGDeferral::LOGDeferral() : m_thread(LOGThreadState::current()) { ++m_thread.calls; }
+LOGCallScope::LOGCallScope() : LOGCallScope(LOGThreadState::current()) {}
+
+LOGCallScope::LOGCallScope(LOGThreadState& thread) : m_deferral(thread), m_pass(thread) {}
+
+LOGCallScope::~LOGCallScope() = default;
+
+LOGDeferral::LOGDeferral() : LOGDeferral(LOGThreadState::current()) {}
+
+LOGDeferral::LOGDeferral(LOGThreadState& thread) : m_thread(thread) { ++m_thread.calls; }
 
 LOGDeferral::~LOGDeferral() {
   if (--m_thread.calls == 0 && !m_thread.deferred.empty() && !m_thread.delivering && !m_thread.dispatcher) {

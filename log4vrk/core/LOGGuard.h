@@ -18,6 +18,7 @@ struct LOGThreadState;
 class LOG4VRK_EXPORT LOGDeferral {
  public:
   LOGDeferral();
+  explicit LOGDeferral(LOGThreadState& thread);
   ~LOGDeferral();
   LOGDeferral(const LOGDeferral&) = delete;
   LOGDeferral& operator=(const LOGDeferral&) = delete;
@@ -49,7 +50,15 @@ class LOG4VRK_EXPORT LOGDeferral {
 
 /// A library call that may run application code: log calls put off, inside the gate.
 class LOG4VRK_EXPORT LOGCallScope {
+ public:
+  LOGCallScope();
+  ~LOGCallScope();
+  LOGCallScope(const LOGCallScope&) = delete;
+  LOGCallScope& operator=(const LOGCallScope&) = delete;
+
  private:
+  explicit LOGCallScope(LOGThreadState& thread);
+
   LOGDeferral m_deferral;  // first: it delivers after the gate has been left
   LOGGate::Pass m_pass;
 };

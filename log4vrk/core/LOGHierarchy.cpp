@@ -113,6 +113,7 @@ void LOGHierarchy::setThreshold(LOGLevel* level) {
   const LOGGuard guard(*this);
   m_threshold.store(level, std::memory_order_release);
   m_thresholdRank.store(level->toInt(), std::memory_order_relaxed);
+  LOGLogger::noteLevelChange();
 }
 
 void LOGHierarchy::fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) {

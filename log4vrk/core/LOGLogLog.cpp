@@ -46,7 +46,7 @@ void readSettings() VRK_REQUIRES(g_mutex) {
 void writeLine(const std::string& line) VRK_REQUIRES(g_mutex) {
   if (g_file == nullptr) return;
   g_file->seekFromEnd(0);
-  g_file->write(line.data(), static_cast<long>(line.size()));
+  g_file->write(std::string_view(line));
   g_file->flush();
 }
 

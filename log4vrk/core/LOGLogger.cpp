@@ -1,15 +1,22 @@
 #include "log4vrk/core/LOGLogger.h"
 
+#include <algorithm>
+#include <typeinfo>
+
 #include "log4vrk/appenders/LOGAppenderBundle.h"
 #include "log4vrk/appenders/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGManager.h"
+#include "log4vrk/core/LOGMessage.h"
 #include "log4vrk/core/LOGThreadState.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
+
+std::atomic<std::uint32_t> LOGLogger::m_levelChanges{1};
 
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
@@ -48,48 +55,36 @@ LOGLevel* LOGLogger::getChainedLevel() const {
   return nullptr;
 }
 
-// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
-bool LOGLogger::passes(LOGLevel* level) const {
+bool LOGLogger::findOutIfPasses(LOGLevel* level) const {
+  const std::uint32_t changes = m_levelChanges.load(std::memory_order_acquire);
   LOGLoggerRepository* const repository = getRepository();
   if (repository != nullptr && repository->isDisabled(level->toInt())) return false;
-  return level->isGreaterOrEqual(getChainedLevel());
+  const LOGLevel* const chained = getChainedLevel();
+  const bool passes = level->isGreaterOrEqual(chained);
+  keepLowestEnabled(changes, *chained);
+  return passes;
 }
 
-bool LOGLogger::isEnabledFor(LOGLevel* level) const {
+// Of a repository of another class nobody knows when it changes its mind.
+void LOGLogger::keepLowestEnabled(std::uint32_t changes, const LOGLevel& chained) const {
+  LOGLoggerRepository* const repository = getRepository();
+  if (repository == nullptr || typeid(*repository) != typeid(LOGHierarchy)) return;
+  const int lowest = std::max(chained.toInt(), repository->getThreshold()->toInt());
+  m_lowestEnabled.store(std::uint64_t{static_cast<std::uint32_t>(lowest)} << 32 | changes, std::memory_order_relaxed);
+}
+
+bool LOGLogger::findOutIfEnabledFor(LOGLevel* level) const {
   if (getRepository() == nullptr) return false;
   VRK_ASSERT(level);
-  return passes(level);
+  return findOutIfPasses(level);
 }
-
-void LOGLogger::logShortcut(LOGLevel* level, LOGObject* message) {
-  if (passes(level)) forcedLog(m_FQCN, level, message);
-}
-
-void LOGLogger::logShortcut(LOGLevel* level, const I18NString& text) {
-  if (!passes(level)) return;
-  LOGObject message(text);
-  forcedLog(m_FQCN, level, &message);
-}
-
-void LOGLogger::debug(LOGObject* message) { logShortcut(LOGLevel::DEBUG_OBJ, message); }
-void LOGLogger::info(LOGObject* message) { logShortcut(LOGLevel::INFO_OBJ, message); }
-void LOGLogger::warn(LOGObject* message) { logShortcut(LOGLevel::WARN_OBJ, message); }
-void LOGLogger::error(LOGObject* message) { logShortcut(LOGLevel::ERROR_OBJ, message); }
-void LOGLogger::fatal(LOGObject* message) { logShortcut(LOGLevel::FATAL_OBJ, message); }
-void LOGLogger::debug(const I18NString& text) { logShortcut(LOGLevel::DEBUG_OBJ, text); }
-void LOGLogger::info(const I18NString& text) { logShortcut(LOGLevel::INFO_OBJ, text); }
-void LOGLogger::warn(const I18NString& text) { logShortcut(LOGLevel::WARN_OBJ, text); }
-void LOGLogger::error(const I18NString& text) { logShortcut(LOGLevel::ERROR_OBJ, text); }
-void LOGLogger::fatal(const I18NString& text) { logShortcut(LOGLevel::FATAL_OBJ, text); }
 
 void LOGLogger::log(LOGLevel* level, LOGObject* message) {
   if (isEnabledFor(level)) forcedLog(m_FQCN, level, message);
 }
 
 void LOGLogger::log(LOGLevel* level, const I18NString& text) {
-  if (!isEnabledFor(level)) return;
-  LOGObject message(text);
-  forcedLog(m_FQCN, level, &message);
+  if (isEnabledFor(level)) logText(m_FQCN, level, text);
 }
 
 void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key) {
@@ -103,17 +98,55 @@ void LOGLogger::assertLog(int assertion, const I18NString& text) {
   if (assertion == 0) error(text);
 }
 
-void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
+namespace {
+
+// Runs what makes and delivers an event, and lets nothing out: what an application class raises in its clone() ends here too,
+// for the program's log call is not the place to hear of it.
+template <typename Operation>
+void contained(Operation operation) {
   try {
-    LOGLoggingEvent event(fqn, this, level, message);
-    deliver(&event);
+    operation();
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);
   }
   VRK_RETHROW_FORCED_UNWIND
   catch (...) {
-    // An exception of the message's own clone(): the program's log call is not the place to hear of it.
   }
+}
+
+// A text and nothing else, whose copy is as good as its clone().
+bool isText(const LOGObject* message) {
+  return message != nullptr && typeid(*message) == typeid(LOGObject) && message->instanceOf().isEmpty();
+}
+
+}  // namespace
+
+void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
+  if (isText(message)) {
+    logText(fqn, level, message->toString());
+    return;
+  }
+  contained([&] {
+    LOGLoggingEvent event(fqn, this, level, message);
+    deliver(&event);
+  });
+}
+
+void LOGLogger::forcedLog(LOGLevel* level, const LOGMessage& message) { logText(m_FQCN, level, message); }
+
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString& text) {
+  contained([&] {
+    LOGMessage message;
+    message << text;
+    logText(fqn, level, message);
+  });
+}
+
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message) {
+  contained([&] {
+    LOGLoggingEvent event(fqn, this, level, message.utf8());
+    deliver(&event);
+  });
 }
 
 void LOGLogger::deliver(LOGLoggingEvent* event) {
@@ -142,12 +175,18 @@ int LOGLogger::walk(LOGLoggingEvent* event) {
   return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
     int writes = 0;
     for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-      const LOGGuard guard(*logger);
-      writes += logger->m_aai.appendLoopOnAppenders(event);
+      writes += logger->append(event);
       if (logger->getAdditivity() == 0) break;
     }
     return writes;
   });
+}
+
+// Most loggers have no appender of their own; the lock is for those that have.
+int LOGLogger::append(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  if (!m_aai.mayHaveAppenders()) return 0;
+  const LOGGuard guard(*this);
+  return m_aai.appendLoopOnAppenders(event);
 }
 
 bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) VRK_NO_THREAD_SAFETY_ANALYSIS {
@@ -186,6 +225,7 @@ void LOGLogger::setLevel(LOGLevel* level) {
   logReport("LOGLogger::setLevel -- unable to lock mutex", [&] {
     const LOGGuard guard(*this);
     m_level.store(level != nullptr ? keptLevel(*level) : nullptr, std::memory_order_release);
+    noteLevelChange();
   });
 }
 

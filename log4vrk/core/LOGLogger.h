@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -16,6 +17,7 @@ class LOGHashtable;
 class LOGLoggerFactory;
 class LOGLoggerRepository;
 class LOGLoggingEvent;
+class LOGMessage;
 struct LOGDeferredEvent;
 
 /// A logger belongs to a tree of dotted names: "shop.orders" is below "shop", and all are below the root. It has a
@@ -46,16 +48,16 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   static void shutdown();
 
   // Log a message at the level of the name. Without a repository they go by the level alone.
-  void debug(LOGObject* message);
-  void info(LOGObject* message);
-  void warn(LOGObject* message);
-  void error(LOGObject* message);
-  void fatal(LOGObject* message);
-  void debug(const I18NString& text);
-  void info(const I18NString& text);
-  void warn(const I18NString& text);
-  void error(const I18NString& text);
-  void fatal(const I18NString& text);
+  void debug(LOGObject* message) { logShortcut(LOGLevel::DEBUG_OBJ, message); }
+  void info(LOGObject* message) { logShortcut(LOGLevel::INFO_OBJ, message); }
+  void warn(LOGObject* message) { logShortcut(LOGLevel::WARN_OBJ, message); }
+  void error(LOGObject* message) { logShortcut(LOGLevel::ERROR_OBJ, message); }
+  void fatal(LOGObject* message) { logShortcut(LOGLevel::FATAL_OBJ, message); }
+  void debug(const I18NString& text) { logShortcut(LOGLevel::DEBUG_OBJ, text); }
+  void info(const I18NString& text) { logShortcut(LOGLevel::INFO_OBJ, text); }
+  void warn(const I18NString& text) { logShortcut(LOGLevel::WARN_OBJ, text); }
+  void error(const I18NString& text) { logShortcut(LOGLevel::ERROR_OBJ, text); }
+  void fatal(const I18NString& text) { logShortcut(LOGLevel::FATAL_OBJ, text); }
 
   /// Does nothing without a repository; with one, a null level raises VRKAssertError.
   void log(LOGLevel* level, LOGObject* message);
@@ -68,9 +70,14 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void assertLog(int assertion, const I18NString& text);
   /// Logs without asking whether the level is enabled.
   void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
+  void forcedLog(LOGLevel* level, const LOGMessage& message);
 
   /// False without a repository; with one, a null level raises VRKAssertError.
-  bool isEnabledFor(LOGLevel* level) const;
+  bool isEnabledFor(LOGLevel* level) const {
+    const std::uint64_t known = m_lowestEnabled.load(std::memory_order_relaxed);
+    if (level != nullptr && isUpToDate(known)) return level->toInt() >= rankOf(known);
+    return findOutIfEnabledFor(level);
+  }
   bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_OBJ); }
   bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_OBJ); }
 
@@ -84,12 +91,18 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// The first level on the way up.
   LOGLevel* getChainedLevel() const;
   LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
-  void setParent(LOGLogger* parent) { m_parent.store(parent, std::memory_order_release); }
+  void setParent(LOGLogger* parent) {
+    m_parent.store(parent, std::memory_order_release);
+    noteLevelChange();
+  }
   int getAdditivity() const { return m_additive.load(std::memory_order_relaxed); }
   /// 0 keeps events from the ancestors' appenders.
   void setAdditivity(int additive) { m_additive.store(additive, std::memory_order_relaxed); }
   LOGLoggerRepository* getRepository() const { return m_repository.load(std::memory_order_acquire); }
-  void setRepository(LOGLoggerRepository* repository) { m_repository.store(repository, std::memory_order_release); }
+  void setRepository(LOGLoggerRepository* repository) {
+    m_repository.store(repository, std::memory_order_release);
+    noteLevelChange();
+  }
   const I18NString& getResourceBundleString(const I18NString& /*key*/) const { return m_resourceBundleString; }
 
   void addAppender(LOGAppenderSkeleton* appender) override;
@@ -117,13 +130,37 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
  private:
   friend class LOGDeferral;
+  friend class LOGHierarchy;
 
-  bool passes(LOGLevel* level) const;
-  void logShortcut(LOGLevel* level, LOGObject* message);
-  void logShortcut(LOGLevel* level, const I18NString& text);
+  // What isEnabledFor() has found out is kept in one word: the lowest rank that is enabled, and below it the state of all
+  // levels, parents and thresholds that this was true for.
+  static bool isUpToDate(std::uint64_t known) {
+    return static_cast<std::uint32_t>(known) == m_levelChanges.load(std::memory_order_acquire);
+  }
+  static int rankOf(std::uint64_t known) { return static_cast<std::int32_t>(known >> 32); }
+  /// After every change that can alter what is enabled.
+  static void noteLevelChange() { m_levelChanges.fetch_add(1, std::memory_order_acq_rel); }
+  bool findOutIfEnabledFor(LOGLevel* level) const;
+  void keepLowestEnabled(std::uint32_t changes, const LOGLevel& chained) const;
+
+  /// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
+  bool passes(LOGLevel* level) const {
+    const std::uint64_t known = m_lowestEnabled.load(std::memory_order_relaxed);
+    return isUpToDate(known) ? level->toInt() >= rankOf(known) : findOutIfPasses(level);
+  }
+  bool findOutIfPasses(LOGLevel* level) const;
+  void logShortcut(LOGLevel* level, LOGObject* message) {
+    if (passes(level)) forcedLog(m_FQCN, level, message);
+  }
+  void logShortcut(LOGLevel* level, const I18NString& text) {
+    if (passes(level)) logText(m_FQCN, level, text);
+  }
+  void logText(const I18NString& fqn, LOGLevel* level, const I18NString& text);
+  void logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message);
   /// callAppenders() for those who have nobody to raise an error to.
   void deliver(LOGLoggingEvent* event);
   int walk(LOGLoggingEvent* event);
+  int append(LOGLoggingEvent* event);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
   static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread has the lock.
@@ -135,7 +172,10 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   const I18NString m_name;
   const I18NString m_resourceBundleString;
 
+  static std::atomic<std::uint32_t> m_levelChanges;
+
   // Read by every log call, without the lock.
+  mutable std::atomic<std::uint64_t> m_lowestEnabled{0};
   std::atomic<LOGLevel*> m_level{nullptr};
   std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};

@@ -2,6 +2,8 @@
 
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGNDC.h"
+#include "log4vrk/core/LOGObject.h"
+#include "log4vrk/core/LOGThreadState.h"
 #include "log4vrk/layouts/LOGRendererMap.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
@@ -19,54 +21,70 @@ std::unique_ptr<LOGObject> cloneOf(const LOGObject* message) {
 
 const I18NString& LOGLocationInfo::m_NA = vrkImmortal<I18NString>("?");
 
+const I18NString& LOGLoggingEvent::NONE = vrkImmortal<I18NString>();
+
 LOGSerializable::~LOGSerializable() = default;
 
 LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level,
                                  LOGObject* message)
     : m_level(level), m_logger(logger) {
   vrkTranslateErrors(VRK_HERE, [&] {
-    VRK_ASSERT(m_logger);
-    m_fqnOfLoggerClass = fqnOfLoggerClass;
-    m_loggerName = logger->getName();
-    const VRKTime::Moment now = VRKTime::now();
-    m_timeStamp = now.seconds;
-    m_timeStampNanos = now.nanoseconds;
+    begin(fqnOfLoggerClass);
     m_message = cloneOf(message);
   });
 }
 
-LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
-    : LOGSerializable(other),
-      m_loggerName(other.m_loggerName),
-      m_fqnOfLoggerClass(other.m_fqnOfLoggerClass),
-      m_timeStamp(other.m_timeStamp),
-      m_timeStampNanos(other.m_timeStampNanos),
-      m_level(other.m_level),
-      m_logger(other.m_logger),
-      m_message(cloneOf(other.m_message.get())),
-      m_ndc(other.m_ndc),
-      m_ndcLookupRequired(other.m_ndcLookupRequired),
-      m_renderedMessage(other.m_renderedMessage),
-      m_threadName(other.m_threadName),
-      m_throwableStrRep(other.m_throwableStrRep) {}
+LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level,
+                                 std::string_view utf8)
+    : m_level(level), m_logger(logger), m_isText(true), m_text(utf8) {
+  vrkTranslateErrors(VRK_HERE, [&] { begin(fqnOfLoggerClass); });
+}
+
+void LOGLoggingEvent::begin(const I18NString& fqnOfLoggerClass) {
+  VRK_ASSERT(m_logger);
+  m_fqnOfLoggerClass = &fqnOfLoggerClass;
+  if (m_fqnOfLoggerClass != &LOGLogger::m_FQCN) {
+    own().fqnOfLoggerClass = fqnOfLoggerClass;
+    m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
+  }
+  m_loggerName = &m_logger->getName();
+  const VRKTime::Moment now = VRKTime::now();
+  m_timeStamp = now.seconds;
+  m_timeStampNanos = now.nanoseconds;
+}
+
+LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other) : LOGSerializable(other) { *this = other; }
 
 LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   if (this == &other) return *this;
-  m_message.reset();
   m_location.reset();
+  copyMessage(other);
   m_loggerName = other.m_loggerName;
   m_fqnOfLoggerClass = other.m_fqnOfLoggerClass;
+  m_threadName = other.m_threadName;
+  if (other.m_own) {
+    own() = *other.m_own;
+    if (m_fqnOfLoggerClass == &other.m_own->fqnOfLoggerClass) m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
+  } else if (m_own) {
+    *m_own = Own();
+  }
+  if (m_threadName != &NONE) setThreadName(*m_threadName);
   m_timeStamp = other.m_timeStamp;
   m_timeStampNanos = other.m_timeStampNanos;
   m_level = other.m_level;
   m_logger = other.m_logger;
-  m_message = cloneOf(other.m_message.get());
   m_ndc = other.m_ndc;
   m_ndcLookupRequired = other.m_ndcLookupRequired;
-  m_renderedMessage = other.m_renderedMessage;
-  m_threadName = other.m_threadName;
-  m_throwableStrRep = other.m_throwableStrRep;
   return *this;
+}
+
+void LOGLoggingEvent::copyMessage(const LOGLoggingEvent& other) {
+  m_message.reset();
+  m_ownText.clear();
+  m_ownText.appendChecked(other.m_text);
+  m_text = m_ownText.view();
+  m_isText = other.m_isText;
+  if (!m_isText) m_message = cloneOf(other.m_message.get());
 }
 
 LOGLoggingEvent::~LOGLoggingEvent() = default;
@@ -79,15 +97,61 @@ const I18NString& LOGLoggingEvent::getNDC() {
   return m_ndc;
 }
 
+LOGObject* LOGLoggingEvent::getMessage() const {
+  if (m_isText) {
+    m_message.reset(vrkNew<LOGObject>(VRK_HERE, I18NString(m_text)));
+    m_isText = false;
+  }
+  return m_message.get();
+}
+
+LOGLoggingEvent::Own& LOGLoggingEvent::own() {
+  if (!m_own) m_own = std::make_unique<Own>();
+  return *m_own;
+}
+
+void LOGLoggingEvent::setThreadName(const I18NString& name) {
+  own().threadName = name;
+  m_threadName = &m_own->threadName;
+}
+
 const I18NString& LOGLoggingEvent::getThreadName() {
-  if (m_threadName.isEmpty()) m_threadName += VRKThread::currentThreadId();
-  return m_threadName;
+  if (m_threadName->isEmpty()) {
+    LOGThreadState& thread = LOGThreadState::current();
+    const long id = VRKThread::currentThreadId();
+    if (thread.threadId != id) {
+      thread.threadId = 0;
+      thread.threadName.clear();
+      thread.threadName += id;
+      thread.threadId = id;
+    }
+    m_threadName = &thread.threadName;
+  }
+  return *m_threadName;
 }
 
 I18NString* LOGLoggingEvent::getRenderedMessage() {
-  if (!m_renderedMessage.isEmpty()) return vrkNew<I18NString>(VRK_HERE, m_renderedMessage);
-  if (!m_message || m_logger == nullptr || m_logger->getRepository() == nullptr) return nullptr;
-  return LOGRendererMap::findAndRender(m_message.get());
+  const Rendered rendered = render();
+  if (rendered.isNull()) return nullptr;
+  return rendered.m_utf16 != nullptr ? vrkNew<I18NString>(VRK_HERE, *rendered.m_utf16)
+                                     : vrkNew<I18NString>(VRK_HERE, rendered.m_utf8);
+}
+
+LOGLoggingEvent::Rendered LOGLoggingEvent::render() {
+  Rendered rendered;
+  if (m_own && !m_own->renderedMessage.isEmpty()) {
+    rendered.m_utf16 = &m_own->renderedMessage;
+  } else if (m_logger == nullptr || m_logger->getRepository() == nullptr) {
+    return rendered;
+  } else if (m_isText) {
+    rendered.m_utf8 = m_text;
+    rendered.m_null = false;
+    return rendered;
+  } else {
+    rendered.m_utf16 = LOGRendererMap::findAndRender(m_message.get(), rendered.m_made);
+  }
+  rendered.m_null = rendered.m_utf16 == nullptr;
+  return rendered;
 }
 
 LOGLocationInfo* LOGLoggingEvent::getLocationInformation() {

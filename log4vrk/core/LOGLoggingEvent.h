@@ -4,10 +4,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "log4vrk/core/LOGLocationInfo.h"
 #include "log4vrk/core/LOGSerializable.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGLevel;
@@ -18,7 +20,8 @@ class LOGObject;
 /// somebody first asks, on the thread that asks, and then kept.
 ///
 /// Thread safety: one thread at a time; also the get operations may fill fields.
-/// Ownership: an event owns a clone of the message. Logger and level outlive it. A copy has a clone of its own.
+/// Ownership: an event owns a clone of the message. Logger and level outlive it. A copy has a clone of its own. During a log
+/// call the event of a plain text borrows it from the caller; the message is made when somebody asks for it.
 class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  public:
   LOGLoggingEvent() = default;
@@ -28,8 +31,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLoggingEvent& operator=(const LOGLoggingEvent& other);
   ~LOGLoggingEvent() override;
 
-  const I18NString& getLoggerName() const { return m_loggerName; }
-  const I18NString& getFQNOfLoggerClass() const { return m_fqnOfLoggerClass; }
+  const I18NString& getLoggerName() const { return *m_loggerName; }
+  const I18NString& getFQNOfLoggerClass() const { return *m_fqnOfLoggerClass; }
   /// Whole seconds since the Unix epoch.
   std::int64_t getTimeStamp() const { return m_timeStamp; }
   /// The nanoseconds within that second.
@@ -45,18 +48,40 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// The stored logger name stays as it is.
   void setLogger(LOGLogger* logger) { m_logger = logger; }
   /// The event's own, or null.
-  LOGObject* getMessage() const { return m_message.get(); }
+  LOGObject* getMessage() const;
 
   const I18NString& getNDC();
   const I18NString& getThreadName();
-  void setThreadName(const I18NString& name) { m_threadName = name; }
+  void setThreadName(const I18NString& name);
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.
   I18NString* getRenderedMessage();
-  void setRenderedMessage(const I18NString& text) { m_renderedMessage = text; }
+  /// The same text for those who write it, without a copy of what the event has already. Valid as long as the event does
+  /// not change.
+  class Rendered {
+   public:
+    bool isNull() const { return m_null; }
+    void appendTo(I18NUtf8Buffer& out) const {
+      if (m_utf16 != nullptr) {
+        out.append(*m_utf16);
+      } else {
+        out.appendChecked(m_utf8);
+      }
+    }
+
+   private:
+    friend class LOGLoggingEvent;
+
+    bool m_null = true;
+    std::string_view m_utf8;
+    const I18NString* m_utf16 = nullptr;
+    std::unique_ptr<I18NString> m_made;
+  };
+  Rendered render();
+  void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
   /// Empty unless the program has set it.
-  const I18NString& getThrowableStrRep() const { return m_throwableStrRep; }
-  void setThrowableStrRep(const I18NString& text) { m_throwableStrRep = text; }
+  const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
+  void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
 
   // There is no mapped context, and an event has no stored form of its own.
@@ -70,17 +95,39 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   static std::int32_t getStartTimeNanos();
 
  private:
-  I18NString m_loggerName;
-  I18NString m_fqnOfLoggerClass;
+  friend class LOGLogger;
+
+  static const I18NString& NONE;
+
+  // What few events have.
+  struct Own {
+    I18NString fqnOfLoggerClass;
+    I18NString threadName;
+    I18NString renderedMessage;
+    I18NString throwableStrRep;
+  };
+  Own& own();
+
+  /// Of a message that is nothing but a text, well-formed and lent for the life of the event.
+  LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);
+  void begin(const I18NString& fqnOfLoggerClass);
+  void copyMessage(const LOGLoggingEvent& other);
+
+  // Texts that outlive the event, or are in m_own. The thread's text is lent by the thread that asked first, never to a copy.
+  const I18NString* m_loggerName = &NONE;
+  const I18NString* m_fqnOfLoggerClass = &NONE;
+  const I18NString* m_threadName = &NONE;
   std::int64_t m_timeStamp = 0;
   std::int32_t m_timeStampNanos = 0;
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
-  std::unique_ptr<LOGObject> m_message;
+  // The message is a text, lent or in m_ownText, until somebody asks for the object.
+  mutable bool m_isText = false;
+  std::string_view m_text;
+  I18NUtf8Buffer m_ownText;
+  mutable std::unique_ptr<LOGObject> m_message;
   std::unique_ptr<LOGLocationInfo> m_location;
   I18NString m_ndc;
   bool m_ndcLookupRequired = true;
-  I18NString m_renderedMessage;
-  I18NString m_threadName;
-  I18NString m_throwableStrRep;
+  std::unique_ptr<Own> m_own;
 };

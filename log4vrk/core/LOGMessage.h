@@ -11,43 +11,58 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
+#include "log4vrk/platform/VRKExport.h"
+
+struct LOGThreadState;
 
 /// Puts a text together with <<. Takes texts, characters, numbers, truth values, LOGObjects and whatever has an
-/// operator<< for std::ostream. Narrow text is UTF-8.
+/// operator<< for std::ostream. Narrow text is UTF-8. The thread's last message leaves its memory to the next.
 ///
 /// Thread safety: not thread-safe; one for each message.
-class LOGMessage {
+class LOG4VRK_EXPORT LOGMessage {
  public:
-  const I18NString& text() const { return m_text; }
+  LOGMessage() noexcept;
+  LOGMessage(const LOGMessage&) = delete;
+  LOGMessage& operator=(const LOGMessage&) = delete;
+  ~LOGMessage();
+
+  I18NString text() const { return I18NString(utf8()); }
+  std::string_view utf8() const { return m_text.view(); }
 
   template <typename T>
-  LOGMessage& operator<<(const T& value) {
+  LOGMessage& operator<<(const T& part) {
     if constexpr (std::is_same_v<T, bool>) {
-      m_text += value ? "true" : "false";
+      m_text.append(std::string_view(part ? "true" : "false"));
     } else if constexpr (std::is_same_v<T, char>) {
-      m_text += I18NString(std::string_view(&value, 1));
+      m_text.append(std::string_view(&part, 1));
     } else if constexpr (std::is_same_v<T, char16_t>) {
-      m_text += value;
+      m_text.append(std::u16string_view(&part, 1));
     } else if constexpr (std::is_integral_v<T>) {
-      m_text += static_cast<std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>>(value);
+      m_text.append(static_cast<std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>>(part));
     } else if constexpr (std::is_convertible_v<const T&, const char*>) {
-      m_text += static_cast<const char*>(value);
+      const char* const text = part;
+      if (text != nullptr) m_text.append(std::string_view(text));
     } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
-      m_text += I18NString(std::string_view(value));
+      m_text.append(std::string_view(part));
     } else if constexpr (std::is_convertible_v<const T&, const I18NString&>) {
-      m_text += static_cast<const I18NString&>(value);
+      m_text.append(static_cast<const I18NString&>(part));
     } else if constexpr (std::is_base_of_v<LOGObject, T>) {
-      m_text += value.toString();
+      m_text.append(part.toString());
     } else {
       std::ostringstream stream;
-      stream << value;
-      m_text += stream.str().c_str();
+      stream << part;
+      m_text.append(std::string_view(stream.str()));
     }
     return *this;
   }
 
  private:
-  I18NString m_text;
+  explicit LOGMessage(LOGThreadState& thread) noexcept;
+
+  LOGThreadState& m_thread;
+  I18NUtf8Buffer m_own;  // for a message that is put together while another one is
+  I18NUtf8Buffer& m_text;
 };
 
 /// Logs `expression`, a sequence such as `"order " << id << " accepted"`, through `logger`. It is evaluated only when
@@ -59,8 +74,7 @@ class LOGMessage {
     if (log4vrkLogger->isEnabledFor(level)) {                               \
       LOGMessage log4vrkMessage;                                            \
       log4vrkMessage << expression;                                         \
-      LOGObject log4vrkObject(log4vrkMessage.text());                       \
-      log4vrkLogger->forcedLog(LOGLogger::m_FQCN, (level), &log4vrkObject); \
+      log4vrkLogger->forcedLog((level), log4vrkMessage);                    \
     }                                                                       \
   } while (false)
 // NOLINTEND(bugprone-macro-parentheses)

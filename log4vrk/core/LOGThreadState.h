@@ -8,6 +8,9 @@
 #include <memory>
 #include <vector>
 
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
+
 class LOGLogger;
 class LOGLoggingEvent;
 class LOGObjectRenderer;
@@ -27,7 +30,14 @@ struct LOGDeferredEvent {
 /// Thread safety: the first group belongs to the thread, the second to everybody.
 struct LOGThreadState {
   /// The calling thread's. After the thread's other destructors have run, a new one is made for what they still log.
-  static LOGThreadState& current();
+  static LOGThreadState& current() { return s_current != nullptr ? *s_current : make(); }
+  // Into the gate and out of it. May nest.
+  void goIn() {
+    if (passes++ == 0) enter();
+  }
+  void goOut() {
+    if (--passes == 0) leave();
+  }
   /// As new, for the next thread.
   void forget();
 
@@ -40,9 +50,24 @@ struct LOGThreadState {
   std::vector<const LOGObjectRenderer*> renderers;  // by which it is rendering, the innermost last
   std::shared_ptr<LOGStack> context;                // the nested context
   unsigned contextGeneration = 0;
+  I18NUtf8Buffer messageText;  // of the outermost message that is being put together, and the memory for the next
+  int messages = 0;
+  I18NString threadName;   // the text of threadId
+  long threadId = 0;
 
   std::atomic<bool> inside{false};
   std::atomic<bool> serving{false};  // inside as a dispatcher
   std::atomic<bool> used{true};
   LOGThreadState* next = nullptr;  // constant once published
+
+  // One pointer fits into the room that the thread library keeps for libraries loaded late, and needs no call to find.
+  static __thread LOGThreadState* s_current __attribute__((tls_model("initial-exec")));
+
+ private:
+  static LOGThreadState& make();
+  std::atomic<bool>& flag() { return dispatcher && !delivering ? serving : inside; }
+  void enter();
+  void leave() { flag().store(false, std::memory_order_release); }
+
+  friend class LOGGate;
 };

@@ -37,10 +37,10 @@ std::vector<std::string> splitAtMilliseconds(const std::string& pattern) {
   return parts;
 }
 
-void appendThreeDigits(I18NString& out, int value) {
-  out += static_cast<char>('0' + value / 100);
-  out += static_cast<char>('0' + value / 10 % 10);
-  out += static_cast<char>('0' + value % 10);
+void putThreeDigits(std::string& text, std::size_t position, int value) {
+  text[position] = static_cast<char>('0' + value / 100);
+  text[position + 1] = static_cast<char>('0' + value / 10 % 10);
+  text[position + 2] = static_cast<char>('0' + value % 10);
 }
 
 std::string strftimeText(const std::string& pattern, const std::tm& time) {
@@ -53,35 +53,44 @@ std::string strftimeText(const std::string& pattern, const std::tm& time) {
   return std::string();
 }
 
+// A locale may write dates in bytes that are no UTF-8.
+std::string wellFormed(const std::string& text) { return I18NString(std::string_view(text)).toUtf8(); }
+
 class RelativeFormat : public LOGDateFormat {
  public:
-  void append(I18NString& out, const LOGDate& date) override {
+  using LOGDateFormat::append;
+  void append(I18NUtf8Buffer& out, const LOGDate& date) override {
     const std::int64_t seconds = date.getSeconds() - LOGLoggingEvent::getStartTime();
     const std::int32_t nanoseconds = date.getNanoseconds() - LOGLoggingEvent::getStartTimeNanos();
     // A second is added and taken away, so that the division rounds down.
-    out += static_cast<long long>(seconds * 1000 + (nanoseconds + 1000 * MILLISECOND) / MILLISECOND - 1000);
+    out.append(static_cast<long long>(seconds * 1000 + (nanoseconds + 1000 * MILLISECOND) / MILLISECOND - 1000));
   }
 };
 
 class CalendarFormat : public LOGDateFormat {
  public:
   CalendarFormat(const std::string& pattern, bool named, const LOGTimeZone& zone)
-      : m_parts(splitAtMilliseconds(pattern)), m_named(named), m_zone(zone), m_texts(m_parts.size()) {}
+      : m_parts(splitAtMilliseconds(pattern)), m_named(named), m_zone(zone) {}
 
-  void append(I18NString& out, const LOGDate& date) override {
+  using LOGDateFormat::append;
+  void append(I18NUtf8Buffer& out, const LOGDate& date) override {
     if (!m_filled || date.getSeconds() != m_second) fill(date.getSeconds());
-    out += m_texts.front();
-    for (std::size_t i = 1; i < m_texts.size(); ++i) {
-      appendThreeDigits(out, date.getNanoseconds() / MILLISECOND);
-      out += m_texts[i];
+    for (const std::size_t position : m_milliseconds) {
+      putThreeDigits(m_text, position, date.getNanoseconds() / MILLISECOND);
     }
+    out.appendChecked(m_text);
   }
 
  private:
   void fill(std::int64_t second) {
-    m_filled = false;  // until all texts are those of the second
+    m_filled = false;  // until the whole text is that of the second
     const std::tm time = m_zone.at(second);
-    for (std::size_t i = 0; i < m_parts.size(); ++i) m_texts[i] = I18NString(textOf(m_parts[i], time));
+    m_text = wellFormed(textOf(m_parts.front(), time));
+    m_milliseconds.clear();
+    for (std::size_t i = 1; i < m_parts.size(); ++i) {
+      m_milliseconds.push_back(m_text.size());
+      m_text += "000" + wellFormed(textOf(m_parts[i], time));
+    }
     m_second = second;
     m_filled = true;
   }
@@ -96,15 +105,22 @@ class CalendarFormat : public LOGDateFormat {
   const bool m_named;                      // months in English
   const LOGTimeZone m_zone;
 
-  // The second whose texts are kept.
+  // The second whose text is kept, and where its milliseconds stand.
   bool m_filled = false;
   std::int64_t m_second = 0;
-  std::vector<I18NString> m_texts;
+  std::string m_text;
+  std::vector<std::size_t> m_milliseconds;
 };
 
 }  // namespace
 
 LOGDateFormat::~LOGDateFormat() = default;
+
+void LOGDateFormat::append(I18NString& out, const LOGDate& date) {
+  I18NUtf8Buffer utf8;
+  append(utf8, date);
+  out.append(utf8.view());
+}
 
 std::unique_ptr<LOGDateFormat> LOGDateFormat::create(const I18NString& name, const LOGTimeZone& zone) {
   if (vrkEqualIgnoringCase(name, "NULL")) return nullptr;

@@ -7,6 +7,7 @@
 #include "log4vrk/layouts/LOGDate.h"
 #include "log4vrk/layouts/LOGTimeZone.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
 
 /// Turns moments into text. The text of a second is kept: a busy log does not work out the calendar for each event.
@@ -27,5 +28,6 @@ class LOG4VRK_EXPORT LOGDateFormat {
   virtual ~LOGDateFormat();
 
   /// Appends the date. A pattern, or what stands between two %Q, appends nothing when its text exceeds 128 KiB.
-  virtual void append(I18NString& out, const LOGDate& date) = 0;
+  virtual void append(I18NUtf8Buffer& out, const LOGDate& date) = 0;
+  void append(I18NString& out, const LOGDate& date);
 };

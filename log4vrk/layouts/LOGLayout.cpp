@@ -16,6 +16,13 @@ constexpr std::size_t MOST_KEPT = 32 * 1024;
 
 LOGLayout::LOGLayout() : m_lineSeparator("\n") { instance("LOGLayout"); }
 
+LOGLayout::LOGLayout(const LOGLayout& other)
+    : LOGOptionHandler(other),
+      LOGObject(other),
+      LOGMutex(other),
+      m_result(other.m_result),
+      m_lineSeparator(other.m_lineSeparator) {}
+
 LOGLayout::~LOGLayout() = default;
 
 void LOGLayout::activateOptions() {}
@@ -33,6 +40,13 @@ I18NString& LOGLayout::format(LOGLoggingEvent* event) {
   });
   text += m_lineSeparator;
   return setResult(std::move(text));
+}
+
+std::string_view LOGLayout::formatUtf8(LOGLoggingEvent* event) {
+  const I18NString& text = format(event);
+  I18NUtf8Buffer& utf8 = utf8Result();
+  utf8.append(text);
+  return utf8.view();
 }
 
 I18NString& LOGLayout::getContentType() { return setResult("text/plain"); }
@@ -57,4 +71,10 @@ I18NString& LOGLayout::setResult(I18NString&& text) {
   m_spare = std::exchange(m_result, std::move(text));
   if (m_spare.length() > MOST_KEPT) m_spare = I18NString();
   return m_result;
+}
+
+I18NUtf8Buffer& LOGLayout::utf8Result() {
+  m_utf8.limitMemory(MOST_KEPT);
+  m_utf8.clear();
+  return m_utf8;
 }

@@ -2,10 +2,13 @@
 
 #pragma once
 
+#include <string_view>
+
 #include "log4vrk/appenders/LOGOptionHandler.h"
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGLoggingEvent;
@@ -21,7 +24,7 @@ class LOGLoggingEvent;
 class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, public LOGMutex {
  public:
   LOGLayout();
-  LOGLayout(const LOGLayout&) = default;
+  LOGLayout(const LOGLayout& other);
   LOGLayout& operator=(const LOGLayout&) = delete;
   ~LOGLayout() override;
 
@@ -29,6 +32,8 @@ class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   /// The text for the event, line end included. Null gives the empty text. The library's own errors end in the internal
   /// log, and the line goes on; any other is written there too and raised.
   virtual I18NString& format(LOGLoggingEvent* event);
+  /// The same text in UTF-8, as appenders write it. A layout that builds it so saves the conversion; the others need not care.
+  virtual std::string_view formatUtf8(LOGLoggingEvent* event);
   virtual I18NString& getContentType();
   /// What an output begins and ends with.
   virtual I18NString& getHeader();
@@ -44,10 +49,14 @@ class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   /// Makes `text` the result. A format() that was called while `text` was built has not disturbed it.
   I18NString& setResult(I18NString&& text);
 
+  /// Empty, for formatUtf8() to build in once nothing is called any more that might call it again.
+  I18NUtf8Buffer& utf8Result();
+
   const I18NString& lineSeparator() const { return m_lineSeparator; }
 
  private:
   I18NString m_result;
   I18NString m_lineSeparator;
   I18NString m_spare;
+  I18NUtf8Buffer m_utf8;
 };

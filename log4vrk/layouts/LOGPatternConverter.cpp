@@ -1,9 +1,8 @@
 #include "log4vrk/layouts/LOGPatternConverter.h"
 
-#include <string_view>
+#include <algorithm>
 
 #include "log4vrk/core/LOGLevel.h"
-#include "log4vrk/core/LOGLoggingEvent.h"
 
 namespace {
 
@@ -19,33 +18,37 @@ std::size_t lengthBeforeLast(std::size_t count, std::u16string_view name) {
   return begin;
 }
 
-void appendLocation(I18NString& out, char16_t letter, const LOGLocationInfo& location) {
+void appendLocation(I18NUtf8Buffer& out, char16_t letter, const LOGLocationInfo& location) {
   switch (letter) {
     case u'C':
-      out += location.getClassName();
+      out.append(location.getClassName());
       break;
     case u'F':
-      out += location.getFileName();
+      out.append(location.getFileName());
       break;
     case u'L':
-      out += location.getLineNumber();
+      out.append(location.getLineNumber());
       break;
     case u'M':
-      out += location.getMethodName();
+      out.append(location.getMethodName());
       break;
     case u'l':
-      out += location.getClassName();
-      out += '.';
-      out += location.getMethodName();
-      out += '(';
-      out += location.getFileName();
-      out += ':';
-      out += location.getLineNumber();
-      out += ')';
+      out.append(location.getClassName());
+      out.appendChecked(".");
+      out.append(location.getMethodName());
+      out.appendChecked("(");
+      out.append(location.getFileName());
+      out.appendChecked(":");
+      out.append(location.getLineNumber());
+      out.appendChecked(")");
       break;
     default:
       break;
   }
+}
+
+bool isAscii(std::string_view bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 bool splitsPair(const I18NString& text, std::size_t position) {
@@ -54,44 +57,95 @@ bool splitsPair(const I18NString& text, std::size_t position) {
 
 }  // namespace
 
-void LOGPatternConverter::append(I18NString& out, LOGLoggingEvent& event, const I18NString* message) {
-  const std::size_t start = out.length();
-  switch (letter) {
-    case 0:
-      out += text;
-      break;
-    case u'c':
-      out += event.getLoggerName();
-      if (precision > 0) out.erase(start, lengthBeforeLast(precision, event.getLoggerName().view()));
-      break;
-    case u'd':
-      if (date != nullptr) date->append(out, LOGDate(event.getTimeStamp(), event.getTimeStampNanos()));
-      break;
-    case u'm':
-      if (message != nullptr) out += *message;
-      break;
-    case u'p':
-      if (event.getLevel() != nullptr) out += event.getLevel()->toString();
-      break;
-    case u't':
-      out += event.getThreadName();
-      break;
-    case u'x':
-      out += event.getNDC();
-      break;
-    default:
-      appendLocation(out, letter, *event.getLocationInformation());
+void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event,
+                                 const LOGLoggingEvent::Rendered& message) {
+  if (text.size() <= sizeof shortText) {
+    out.appendChecked(shortText, text.size());
+  } else {
+    out.appendChecked(text);
   }
+  if (letter == 0) return;
+  if (letter == u'p' && event.getLevel() != nullptr) {
+    appendLevel(out, event.getLevel()->toString());
+    return;
+  }
+  const std::size_t start = out.size();
+  appendItem(out, event, message);
   if (minimumWidth > 0 || maximumWidth != I18NString::npos) fit(out, start);
 }
 
-void LOGPatternConverter::fit(I18NString& out, std::size_t start) const {
-  std::size_t length = out.length() - start;
-  if (length > maximumWidth) {
-    std::size_t excess = length - maximumWidth;
-    if (maximumWidth > 0 && splitsPair(out, start + excess)) ++excess;
-    out.erase(start, excess);
-    length -= excess;
+void LOGPatternConverter::setText(std::string&& utf8) {
+  text = std::move(utf8);
+  if (text.size() <= sizeof shortText) std::copy(text.begin(), text.end(), shortText);
+}
+
+void LOGPatternConverter::appendLevel(I18NUtf8Buffer& out, const I18NString& name) {
+  if (m_levelName == &name) {
+    out.appendChecked(m_levelText, m_levelSize);
+    return;
   }
-  if (length < minimumWidth) out.insert(leftAligned ? out.length() : start, minimumWidth - length, u' ');
+  const std::size_t start = out.size();
+  out.append(name);
+  fit(out, start);
+  const std::string_view written = out.view().substr(start);
+  if (written.size() > sizeof m_levelText) return;
+  std::copy(written.begin(), written.end(), m_levelText);
+  m_levelSize = written.size();
+  m_levelName = &name;
+}
+
+inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event,
+                                            const LOGLoggingEvent::Rendered& message) {
+  switch (letter) {
+    case u'c': {
+      const std::u16string_view name = event.getLoggerName().view();
+      out.append(precision > 0 ? name.substr(lengthBeforeLast(precision, name)) : name);
+      break;
+    }
+    case u'd':
+      if (date != nullptr) date->append(out, LOGDate(event.getTimeStamp(), event.getTimeStampNanos()));
+      break;
+    case u'n':
+      out.appendChecked("\n");
+      break;
+    case u'%':
+      out.appendChecked("%");
+      break;
+    case u'm':
+      if (!message.isNull()) message.appendTo(out);
+      break;
+    case u't':
+      out.append(event.getThreadName());
+      break;
+    case u'x':
+      out.append(event.getNDC());
+      break;
+    default:
+      if (letter != u'p') appendLocation(out, letter, *event.getLocationInformation());
+  }
+}
+
+void LOGPatternConverter::fit(I18NUtf8Buffer& out, std::size_t start) const {
+  const std::string_view piece = out.view().substr(start);
+  std::size_t length = piece.size();
+  if (!isAscii(piece)) {
+    length = fitUtf16(out, start);
+  } else if (length > maximumWidth) {
+    out.erase(start, length - maximumWidth);
+    length = maximumWidth;
+  }
+  if (length < minimumWidth) out.insertBlanks(leftAligned ? out.size() : start, minimumWidth - length);
+}
+
+// Cuts a piece of which bytes are not units, and returns its length in units.
+std::size_t LOGPatternConverter::fitUtf16(I18NUtf8Buffer& out, std::size_t start) const {
+  I18NString piece(out.view().substr(start));
+  if (piece.length() > maximumWidth) {
+    std::size_t excess = piece.length() - maximumWidth;
+    if (maximumWidth > 0 && splitsPair(piece, excess)) ++excess;
+    piece.erase(0, excess);
+    out.erase(start, out.size() - start);
+    out.append(piece);
+  }
+  return piece.length();
 }

@@ -4,32 +4,43 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 
+#include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/layouts/LOGDateFormat.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 
-class LOGLoggingEvent;
-
-/// What LOGPatternParser makes of an item such as "%-5p", or of the text between two items. One struct with a switch
-/// and no class for each kind: a line is written by one loop without virtual calls, except for dates.
+/// What LOGPatternParser makes of an item such as "%-5p" and the text in front of it. One struct with a switch and no class for each
+/// kind: a line is written by one loop without virtual calls, except for dates.
 ///
 /// Thread safety: not thread-safe, since dates are kept; a layout uses its converters under its lock.
 struct LOGPatternConverter {
   /// The largest minimum width.
   static constexpr std::size_t MOST_PADDED = 1000;
 
-  /// Appends the piece. `message` is the rendered message, or null.
-  void append(I18NString& out, LOGLoggingEvent& event, const I18NString* message);
+  void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);
 
-  char16_t letter = 0;  // of the item; 0 for text
+  char16_t letter = 0;  // of the item; 0 when there is none, only the text
   bool leftAligned = false;
   // In UTF-16 units.
   std::size_t minimumWidth = 0;
   std::size_t maximumWidth = I18NString::npos;
   std::size_t precision = 0;            // how many components of the logger's name; 0 is all
-  I18NString text;                      // letter 0
+  std::string text;                     // in front of the item; in UTF-8
+  char shortText[8] = {};               // the same when it fits
   std::unique_ptr<LOGDateFormat> date;  // letter d; null is no date
 
+  void setText(std::string&& utf8);
+
  private:
-  void fit(I18NString& out, std::size_t start) const;
+  void appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);
+  void appendLevel(I18NUtf8Buffer& out, const I18NString& name);
+  void fit(I18NUtf8Buffer& out, std::size_t start) const;
+  std::size_t fitUtf16(I18NUtf8Buffer& out, std::size_t start) const;
+
+  // The level that was written last, as it was written: names of levels are never freed.
+  const I18NString* m_levelName = nullptr;
+  char m_levelText[8] = {};
+  std::size_t m_levelSize = 0;
 };

@@ -1,7 +1,7 @@
 #include "log4vrk/layouts/LOGPatternLayout.h"
 
 #include <algorithm>
-#include <memory>
+#include <typeinfo>
 #include <utility>
 
 #include "log4vrk/core/LOGContainment.h"
@@ -35,22 +35,36 @@ I18NString LOGPatternLayout::getConversionPattern() {
   return m_pattern;
 }
 
-I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
+I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
+  I18NString text = takeSpare();
+  text.append(build(event));
+  return setResult(std::move(text));
+}
+
+std::string_view LOGPatternLayout::formatUtf8(LOGLoggingEvent* event) {
+  if (typeid(*this) != typeid(LOGPatternLayout)) return LOGLayout::formatUtf8(event);  // it may have a format() of its own
+  return build(event);
+}
+
+std::string_view LOGPatternLayout::build(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
   if (event == nullptr) {
     LOGLogLog::error("LOGPatternLayout::format --- Event is NULL.");
-    return setResult(takeSpare());
+    return {};
   }
   constexpr LOGFailureTexts FAILURES = {"LOGPatternLayout::format -- some i18nstring exception occurred",
                                         "LOGPatternLayout::format -- some VRKThrowable exception occurred",
                                         "LOGPatternLayout::format -- some generic error occurred"};
   // First, because it may run application code, and that may even set another pattern.
-  std::unique_ptr<const I18NString> message;
-  if (m_hasMessage) logContain(FAILURES, [&] { message.reset(event->getRenderedMessage()); });
-  I18NString text = takeSpare();
-  for (LOGPatternConverter& converter : m_converters) {
-    logContain(FAILURES, [&] { converter.append(text, *event, message.get()); });
-  }
-  return setResult(std::move(text));
+  LOGLoggingEvent::Rendered message;
+  if (m_hasMessage) logContain(FAILURES, [&] { message = event->render(); });
+  I18NUtf8Buffer& text = utf8Result();
+  std::size_t next = 0;
+  do {  // again behind an item that failed
+    logContain(FAILURES, [&] {
+      while (next < m_converters.size()) m_converters[next++].append(text, *event, message);
+    });
+  } while (next < m_converters.size());
+  return text.view();
 }
 
 int LOGPatternLayout::ignoresThrowable() { return 1; }

@@ -40,9 +40,12 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   /// rendered, cost the item that they befall and one line in the internal log; any other error is written there too
   /// and raised.
   I18NString& format(LOGLoggingEvent* event) override;
+  std::string_view formatUtf8(LOGLoggingEvent* event) override;
   int ignoresThrowable() override;
 
  private:
+  std::string_view build(LOGLoggingEvent* event);
+
   I18NString m_pattern VRK_GUARDED_BY(m_critSection);
   std::vector<LOGPatternConverter> m_converters VRK_GUARDED_BY(m_critSection);
   bool m_hasMessage VRK_GUARDED_BY(m_critSection) = false;

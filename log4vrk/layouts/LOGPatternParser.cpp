@@ -8,7 +8,7 @@
 namespace {
 
 constexpr std::u16string_view DIGITS = u"0123456789";
-constexpr std::u16string_view PLAIN_LETTERS = u"CFLMlmptx";
+constexpr std::u16string_view PLAIN_LETTERS = u"%CFLMlmnptx";
 
 // Too many for any text, and ten times as many still fit into 32 bits.
 constexpr std::size_t LARGEST_NUMBER = 400000000;
@@ -40,6 +40,7 @@ std::vector<LOGPatternConverter> LOGPatternParser::parse() {
     m_next = percent;
     if (take(u'%')) parseItem();
   }
+  if (!m_text.empty()) addConverter(LOGPatternConverter());
   return std::move(m_converters);
 }
 
@@ -47,7 +48,7 @@ void LOGPatternParser::parseItem() {
   const std::size_t start = m_next - 1;
   LOGPatternConverter item;
   if (readWidths(item) && readLetter(item)) {
-    m_converters.push_back(std::move(item));
+    addConverter(std::move(item));
     return;
   }
   report(start);
@@ -67,11 +68,6 @@ bool LOGPatternParser::readLetter(LOGPatternConverter& item) {
   if (m_next == m_pattern.size()) return false;
   item.letter = m_pattern[m_next++];
   switch (item.letter) {
-    case u'%':
-    case u'n':
-      item.text += item.letter == u'n' ? '\n' : '%';
-      item.letter = 0;
-      return true;
     case u'c':
       return readPrecision(item);
     case u'd':
@@ -124,10 +120,12 @@ bool LOGPatternParser::takeBraces(std::u16string_view& content) {
   return true;
 }
 
-void LOGPatternParser::addText(std::u16string_view text) {
-  if (text.empty()) return;
-  m_converters.emplace_back();
-  m_converters.back().text = I18NString(text);
+void LOGPatternParser::addText(std::u16string_view text) { m_text += I18NString(text).toUtf8(); }
+
+void LOGPatternParser::addConverter(LOGPatternConverter converter) {
+  converter.setText(std::move(m_text));
+  m_text.clear();
+  m_converters.push_back(std::move(converter));
 }
 
 void LOGPatternParser::report(std::size_t start) const {

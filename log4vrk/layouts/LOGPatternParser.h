@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -36,10 +37,13 @@ class LOGPatternParser {
   /// What is in the braces that stand here; empty without braces. False when they are not closed.
   bool takeBraces(std::u16string_view& content);
 
+  /// Goes in front of the next item.
   void addText(std::u16string_view text);
+  void addConverter(LOGPatternConverter converter);
   void report(std::size_t start) const;
 
   const std::u16string_view m_pattern;
   std::size_t m_next = 0;
+  std::string m_text;
   std::vector<LOGPatternConverter> m_converters;
 };

@@ -138,10 +138,18 @@ LOGObjectRenderer* LOGRendererMap::searchInterface(const I18NString&) { return g
 
 I18NString* LOGRendererMap::findAndRender(LOGObject* object) {
   if (object == nullptr) return nullptr;
+  std::unique_ptr<I18NString> made;
+  const I18NString* const text = findAndRender(object, made);
+  return made || text == nullptr ? made.release() : vrkNew<I18NString>(VRK_HERE, *text);
+}
+
+const I18NString* LOGRendererMap::findAndRender(LOGObject* object, std::unique_ptr<I18NString>& made) {
+  if (object == nullptr) return nullptr;
   const Renderer renderer = find(object->instanceOf());
-  if (!renderer) return getDefaultRenderer()->doRender(object);
+  if (!renderer) return &object->toString();
   const Rendering rendering(renderer.get());
-  return renderer->doRender(object);
+  made.reset(renderer->doRender(object));
+  return made.get();
 }
 
 LOGObjectRenderer* LOGRendererMap::getFromListRenderers(const I18NString& className) {

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <memory>
+
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
@@ -26,6 +28,8 @@ class LOG4VRK_EXPORT LOGRendererMap {
   static LOGObjectRenderer* get(LOGObject* object);
   /// The text of the object by its renderer, else its toString(); new and owned by the caller. Null for null.
   static I18NString* findAndRender(LOGObject* object);
+  /// The same text, lent by the object where it is its toString(); otherwise new, and left in `made`.
+  static const I18NString* findAndRender(LOGObject* object, std::unique_ptr<I18NString>& made);
   /// The renderer that was put for the class, or the default one.
   static LOGObjectRenderer* getFromListRenderers(const I18NString& className);
   static LOGObjectRenderer* getFromListRenderers(LOGObject* object);

@@ -7,36 +7,15 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
+#include "log4vrk/platform/I18NAscii.h"
 #include "log4vrk/platform/VRKThreadExit.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
 
 constexpr char16_t REPLACEMENT = 0xFFFD;
-
-// How many bytes at the start are ASCII, looked at eight at a time.
-std::size_t asciiRun(std::string_view bytes) {
-  std::size_t i = 0;
-  for (; i + 8 <= bytes.size(); i += 8) {
-    std::uint64_t block;
-    std::memcpy(&block, bytes.data() + i, 8);
-    if (block & 0x8080808080808080u) break;
-  }
-  while (i < bytes.size() && static_cast<unsigned char>(bytes[i]) < 0x80) ++i;
-  return i;
-}
-
-std::size_t asciiRun(std::u16string_view units) {
-  std::size_t i = 0;
-  for (; i + 4 <= units.size(); i += 4) {
-    std::uint64_t block;
-    std::memcpy(&block, units.data() + i, 8);
-    if (block & 0xFF80FF80FF80FF80u) break;
-  }
-  while (i < units.size() && units[i] < 0x80) ++i;
-  return i;
-}
 
 // ICU counts in 32 bits, and a UTF-16 unit gives up to three bytes.
 constexpr std::size_t MOST_UNITS = 0x28000000;
@@ -47,12 +26,7 @@ void checkLength(std::size_t length) {
   }
 }
 
-void appendWidened(std::u16string& out, std::string_view utf8) {
-  const std::size_t ascii = asciiRun(utf8);
-  out.append(utf8.begin(), utf8.begin() + static_cast<std::ptrdiff_t>(ascii));
-  utf8.remove_prefix(ascii);
-  if (utf8.empty()) return;
-
+void appendByIcu(std::u16string& out, std::string_view utf8) {
   checkLength(utf8.size());
   const std::size_t start = out.size();
   out.resize(start + utf8.size());
@@ -64,16 +38,19 @@ void appendWidened(std::u16string& out, std::string_view utf8) {
   out.resize(start + static_cast<std::size_t>(length));
 }
 
-void appendNarrowed(std::string& out, std::u16string_view units) {
-  checkLength(units.size());
-  const std::size_t ascii = asciiRun(units);
-  std::size_t start = out.size();
-  out.resize(start + ascii);
-  for (std::size_t i = 0; i < ascii; ++i) out[start + i] = static_cast<char>(units[i]);
-  units.remove_prefix(ascii);
-  if (units.empty()) return;
+// In pieces that are widened on the stack: room made in the text itself would be filled with zeros first.
+void appendWidened(std::u16string& out, std::string_view utf8) {
+  char16_t piece[128];
+  while (!utf8.empty()) {
+    const std::size_t count = std::min(utf8.size(), std::size(piece));
+    if (!i18nWidenAscii(utf8.data(), count, piece)) return appendByIcu(out, utf8);
+    out.append(piece, count);
+    utf8.remove_prefix(count);
+  }
+}
 
-  start = out.size();
+void appendByIcu(std::string& out, std::u16string_view units) {
+  const std::size_t start = out.size();
   out.resize(start + 3 * units.size());
   std::int32_t length = 0;
   UErrorCode status = U_ZERO_ERROR;
@@ -83,13 +60,24 @@ void appendNarrowed(std::string& out, std::u16string_view units) {
   out.resize(start + static_cast<std::size_t>(length));
 }
 
+void appendNarrowed(std::string& out, std::u16string_view units) {
+  checkLength(units.size());
+  const std::size_t start = out.size();
+  out.resize(start + units.size());
+  if (i18nNarrowAscii(units.data(), units.size(), &out[start])) return;
+  out.resize(start);
+  appendByIcu(out, units);
+}
+
 std::string_view viewOf(const char* bytes) { return bytes == nullptr ? std::string_view() : std::string_view(bytes); }
 
 template <typename Integer>
 void appendDecimal(std::u16string& out, Integer value) {
   char digits[24];
-  const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  out.append(static_cast<const char*>(digits), end);
+  char16_t units[sizeof digits];
+  const auto count = static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits);
+  i18nWidenAscii(digits, count, units);
+  out.append(units, count);
 }
 
 // The bytes that c_str() lends.
@@ -167,23 +155,8 @@ void I18NString::erase(std::size_t position, std::size_t count) {
   m_text.erase(std::min(position, m_text.size()), count);
 }
 
-I18NString& I18NString::operator+=(const I18NString& text) {
-  m_text += text.m_text;
-  return *this;
-}
-
-I18NString& I18NString::operator+=(const char* utf8) {
-  appendWidened(m_text, viewOf(utf8));
-  return *this;
-}
-
-I18NString& I18NString::operator+=(char ascii) {
-  m_text += static_cast<char16_t>(static_cast<unsigned char>(ascii));
-  return *this;
-}
-
-I18NString& I18NString::operator+=(char16_t unit) {
-  m_text += unit;
+I18NString& I18NString::append(std::string_view utf8) {
+  appendWidened(m_text, utf8);
   return *this;
 }
 

@@ -56,10 +56,18 @@ class LOG4VRK_EXPORT I18NString {
   /// Takes out up to `count` units from `position`.
   void erase(std::size_t position, std::size_t count);
 
-  I18NString& operator+=(const I18NString& text);
-  I18NString& operator+=(const char* utf8);
-  I18NString& operator+=(char ascii);
-  I18NString& operator+=(char16_t unit);
+  I18NString& append(std::string_view utf8);
+  I18NString& append(std::u16string_view utf16) {
+    m_text.append(utf16);
+    return *this;
+  }
+  I18NString& operator+=(const I18NString& text) { return append(text.view()); }
+  I18NString& operator+=(const char* utf8) { return append(utf8 == nullptr ? std::string_view() : utf8); }
+  I18NString& operator+=(char ascii) { return *this += static_cast<char16_t>(static_cast<unsigned char>(ascii)); }
+  I18NString& operator+=(char16_t unit) {
+    m_text += unit;
+    return *this;
+  }
   // Decimal, without leading zeros.
   I18NString& operator+=(int value) { return *this += static_cast<long long>(value); }
   I18NString& operator+=(unsigned value) { return *this += static_cast<unsigned long long>(value); }

@@ -5,9 +5,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <string_view>
+#include <vector>
 
 #include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/VRKThread.h"
+#include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
 
@@ -35,13 +42,49 @@ bool injected(VRKFault::Point point) {
   return true;
 }
 
+constexpr std::size_t MOST_HELD_BACK = 64 * 1024;
+
+// From here on nothing is collected any more.
+std::atomic<bool> g_exiting{false};
+
 // A descriptor that somebody made non-blocking, such as a shared terminal, may be full for a moment.
 bool waitUntilWritable(int descriptor) {
   pollfd waiting{descriptor, POLLOUT, 0};
   return ::poll(&waiting, 1, -1) > 0 || errno == EINTR;
 }
 
+// The files that have a buffer.
+struct Buffered {
+  VRKMutex mutex;
+  std::vector<VRKFmFile*> files VRK_GUARDED_BY(mutex);
+};
+
+Buffered& buffered() {
+  static Buffered& all = vrkImmortal<Buffered>();
+  return all;
+}
+
 }  // namespace
+
+void VRKFmFile::setBuffer(std::size_t size) {
+  writeOut();
+  if ((m_bufferSize > 0) != (size > 0)) {
+    const VRKMutexGuard guard(buffered().mutex);
+    auto& files = buffered().files;
+    if (size > 0) {
+      files.push_back(this);
+    } else {
+      files.erase(std::remove(files.begin(), files.end(), this), files.end());
+    }
+  }
+  m_bufferSize = size;
+}
+
+void VRKFmFile::writeBuffers() {
+  g_exiting = true;
+  const VRKMutexGuard guard(buffered().mutex);
+  for (VRKFmFile* file : buffered().files) file->writeOut();
+}
 
 VRKFmFile::~VRKFmFile() { close(); }
 
@@ -77,26 +120,65 @@ long VRKFmFile::seekFromEnd(long offset) {
   return 0;
 }
 
-long VRKFmFile::write(const char* bytes, long count) {
-  if (injected(VRKFault::FILE_WRITE)) return fails(-1);
-  long done = 0;
-  while (done < count) {
-    const ssize_t written = ::write(m_descriptor, bytes + done, static_cast<std::size_t>(count - done));
+long VRKFmFile::write(const I18NString& text) {
+  I18NUtf8Buffer utf8;
+  utf8.append(text);
+  return write(utf8.view());
+}
+
+long VRKFmFile::write(std::string_view bytes) {
+  const std::size_t limit = std::max(g_exiting ? 0 : m_bufferSize, m_holding ? MOST_HELD_BACK : 0);
+  if (limit == 0 && m_collected.size() == 0) {
+    if (!writeAll(bytes)) return -1;
+  } else {
+    dropThoseOfTheParent();
+    m_collected.appendChecked(bytes);
+    if (m_collected.size() >= limit && !writeOut()) return -1;
+  }
+  return static_cast<long>(bytes.size());
+}
+
+bool VRKFmFile::writeAll(std::string_view bytes) {
+  if (injected(VRKFault::FILE_WRITE)) return failed();
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
     if (written >= 0) {
-      done += static_cast<long>(written);
+      bytes.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno == EAGAIN ? !waitUntilWritable(m_descriptor) : errno != EINTR) {
-      return fails(-1);
+      return failed();
     }
   }
-  return count;
+  return true;
+}
+
+// Whatever comes of it, the bytes are gone afterwards.
+bool VRKFmFile::writeOut() {
+  if (m_collected.size() == 0) return true;
+  dropThoseOfTheParent();
+  const bool written = writeAll(m_collected.view());
+  m_collected.clear();
+  return written;
+}
+
+void VRKFmFile::dropThoseOfTheParent() {
+  if (m_forks == VRKThread::forks()) return;
+  m_forks = VRKThread::forks();
+  m_collected.clear();
 }
 
 int VRKFmFile::flush() {
   if (injected(VRKFault::FILE_FLUSH)) return static_cast<int>(fails(0));
+  if (!writeOut()) return 0;
   return m_descriptor >= 0 ? 1 : 0;
 }
 
+int VRKFmFile::release() {
+  m_holding = false;
+  return m_bufferSize > 0 || writeOut() ? 1 : 0;
+}
+
 void VRKFmFile::close() {
+  setBuffer(0);
   if (m_owned && m_descriptor >= 0) ::close(m_descriptor);
   m_descriptor = -1;
   m_owned = false;

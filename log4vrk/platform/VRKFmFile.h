@@ -2,14 +2,18 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
 
 /// A file that is written at its end, or read word by word. What write() accepted is in the kernel when it returns, so
-/// it outlives a crash of the process. Failures are returned, not raised; getLastError() tells why.
+/// it outlives a crash of the process, unless the owner has asked for a buffer or holds back. Failures are returned, not raised;
+/// getLastError() tells why.
 ///
 /// Thread safety: not thread-safe; the caller holds the lock of whoever owns the file.
 class LOG4VRK_EXPORT VRKFmFile {
@@ -34,10 +38,22 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// Moves `offset` bytes from the end. Succeeds without effect where there is nothing to do: on files opened for
   /// appending, and on terminals and pipes. -1 on failure.
   long seekFromEnd(long offset);
-  /// The number of bytes written, all of them, or -1.
-  long write(const char* bytes, long count);
-  /// 0 on failure. Nothing is held back in this process, and the disk is not waited for.
+  /// The number of bytes written, all of them, or -1: then they are lost, and with them what had been collected.
+  long write(std::string_view bytes);
+  /// The same of a text, in UTF-8.
+  long write(const I18NString& text);
+  /// Writes what the buffer holds; the disk is not waited for. 0 on failure.
   int flush();
+
+  /// Collects whole writes until there are `size` bytes or more; then, and with flush(), close() and the process's exit(), they go
+  /// to the system. 0, as it is at first, collects nothing. A forked child drops what is its parent's.
+  void setBuffer(std::size_t size);
+  /// Collects as with a buffer of 64 KiB until the next release(), which has to come soon.
+  void holdBack() { m_holding = true; }
+  /// 0 on failure.
+  int release();
+  /// Writes the buffers of all files, while nobody else uses them; from then on nothing is buffered.
+  static void writeBuffers();
   /// May be repeated.
   void close();
 
@@ -53,10 +69,18 @@ class LOG4VRK_EXPORT VRKFmFile {
  private:
   bool adopt(int descriptor, const I18NString& name);
   long fails(long result);
+  bool failed() { return fails(0) != 0; }
+  bool writeAll(std::string_view bytes);
+  bool writeOut();
+  void dropThoseOfTheParent();
 
   int m_descriptor = -1;
   bool m_owned = false;
   bool m_seeks = false;  // whether moving to the end takes a system call
   int m_lastError = 0;
   I18NString m_name;
+  bool m_holding = false;
+  std::size_t m_bufferSize = 0;
+  I18NUtf8Buffer m_collected;  // in the buffer, or held back
+  unsigned m_forks = 0;     // in which process
 };

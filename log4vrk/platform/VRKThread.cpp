@@ -32,7 +32,7 @@ class AllSignalsBlocked {
   sigset_t m_before;
 };
 
-thread_local long t_threadId = 0;
+__thread long t_threadId __attribute__((tls_model("initial-exec"))) = 0;
 
 std::atomic<unsigned> g_forks{0};  // how many forks lie between the first process and this one
 
