@@ -45,13 +45,13 @@ int main(int argc, char** argv) {
     return nanoseconds([](long i) { VLOG(1) << "request " << bench::number(i) << " from " << bench::HOST << " ok"; });
   });
 #endif
-  comparison.add("ours, macro", [&] {
+  comparison.add("ours (macro)", [&] {
     return nanoseconds(
         [&](long i) { LOG4VRK_DEBUG(logger, "request " << bench::number(i) << " from " << bench::HOST << " ok"); });
   });
-  comparison.add("ours, debug(x)", [&] { return nanoseconds([&](long) { logger->debug(&message); }); });
+  comparison.add("ours (debug)", [&] { return nanoseconds([&](long) { logger->debug(&message); }); });
 
-  comparison.gate("a", "ours, macro", "null", bench::Comparison::AT_MOST, 2, 1.2);
-  comparison.gate("a", "ours, debug(x)", "call", bench::Comparison::AT_MOST, 1.3, 1.1);
+  comparison.gate("a", "ours (macro)", "null", bench::Comparison::AT_MOST, 2, 1.2);
+  comparison.gate("a", "ours (debug)", "call", bench::Comparison::AT_MOST, 1.3, 1.1);
   comparison.run();
 }

@@ -38,7 +38,7 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, M
   });
 #endif
   for (const int bufferedIO : {0, 1}) {
-    comparison.add(bufferedIO == 1 ? "ours, buffered" : "ours", [&folder, bufferedIO, measure] {
+    comparison.add(bufferedIO == 1 ? "ours (buffered)" : "ours", [&folder, bufferedIO, measure] {
       bench::OurAsyncLog log(folder.newFile(), bufferedIO);
       return measure(log, [&](long i) { log.log(i); });
     });
@@ -73,7 +73,7 @@ void latency(const bench::Settings& settings, bench::Folder& folder) {
 
 void sustained(const bench::Settings& settings, bench::Folder& folder, int threads) {
   const long events = settings.count(400'000) / threads;
-  const std::string item = threads == 1 ? "d1" : "d1, " + std::to_string(threads) + " thr";
+  const std::string item = threads == 1 ? "d1" : "d1x" + std::to_string(threads);
   Comparison comparison(settings, {{item, "events/s"}});
   addContenders(comparison, folder, threads, [events, threads](auto& log, auto call) {
     return std::vector<double>{static_cast<double>(threads * events) /
