@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace bench {
 
@@ -151,6 +152,14 @@ Folder::~Folder() {
 std::string Folder::newFile() {
   for (const auto& entry : std::filesystem::directory_iterator(m_path)) std::filesystem::remove_all(entry.path());
   return m_path + "/log" + std::to_string(++m_files);
+}
+
+void Folder::expectLines(long count) const {
+  std::ifstream file(m_path + "/log" + std::to_string(m_files), std::ios::binary);
+  const long found = std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n');
+  if (found == count) return;
+  std::fprintf(stderr, "%ld events were logged and %ld written\n", count, found);
+  std::exit(1);
 }
 
 double median(std::vector<double> values) { return quantile(std::move(values), 0.5); }

@@ -31,7 +31,11 @@ void oneThread(const bench::Settings& settings, bench::Folder& folder) {
 #ifdef LOG4VRK_PEER_BOOST
   comparison.add("Boost.Log", [&] { return nanoseconds(bench::BoostLog(folder.newFile())); });
 #endif
-  comparison.add("ours", [&] { return nanoseconds(bench::OurLog(folder.newFile())); });
+  comparison.add("ours", [&] {
+    const double result = nanoseconds(bench::OurLog(folder.newFile()));
+    folder.expectLines(events);
+    return result;
+  });
   comparison.gate("b", "ours", "write", Comparison::AT_MOST, 1.55, 1.35);
   comparison.gate("b", "ours", "spdlog", Comparison::AT_MOST, 0.65);
   comparison.run();
@@ -57,7 +61,11 @@ void fourThreads(const bench::Settings& settings, bench::Folder& folder) {
 #ifdef LOG4VRK_PEER_GLOG
   comparison.add("glog", [&] { return perSecond(bench::GlogLog(folder.newFile())); });
 #endif
-  comparison.add("ours", [&] { return perSecond(bench::OurLog(folder.newFile())); });
+  comparison.add("ours", [&] {
+    const double result = perSecond(bench::OurLog(folder.newFile()));
+    folder.expectLines(4 * events);
+    return result;
+  });
   comparison.gate("b4", "ours", "mutex", Comparison::AT_LEAST, 0.80, 0.90);
   comparison.gate("b4", "ours", "spdlog", Comparison::AT_LEAST, 1.5);
   comparison.run();

@@ -24,7 +24,11 @@ void oneThread(const bench::Settings& settings, bench::Folder& folder) {
 #ifdef LOG4VRK_PEER_SPDLOG
   comparison.add("spdlog", [&] { return nanoseconds(bench::SpdlogLog(folder.newFile(), false)); });
 #endif
-  comparison.add("ours", [&] { return nanoseconds(bench::OurLog(folder.newFile(), 1)); });
+  comparison.add("ours", [&] {
+    const double result = nanoseconds(bench::OurLog(folder.newFile(), 1));
+    folder.expectLines(events);
+    return result;
+  });
   comparison.gate("c", "ours", "bufst", Comparison::AT_MOST, 5.5, 4);
   comparison.gate("c", "ours", "spdlog", Comparison::AT_MOST, 0.40);
   comparison.run();
@@ -47,7 +51,11 @@ void fourThreads(const bench::Settings& settings, bench::Folder& folder) {
 #ifdef LOG4VRK_PEER_SPDLOG
   comparison.add("spdlog", [&] { return perSecond(bench::SpdlogLog(folder.newFile(), false)); });
 #endif
-  comparison.add("ours", [&] { return perSecond(bench::OurLog(folder.newFile(), 1)); });
+  comparison.add("ours", [&] {
+    const double result = perSecond(bench::OurLog(folder.newFile(), 1));
+    folder.expectLines(4 * events);
+    return result;
+  });
   comparison.gate("c4", "ours", "buf", Comparison::AT_LEAST, 0.28, 0.40);
   comparison.gate("c4", "ours", "spdlog", Comparison::AT_LEAST, 2);
   comparison.run();

@@ -19,17 +19,19 @@ namespace {
 using bench::Comparison;
 
 // Adds floor, peer and ours. `measure(log, call)` makes calls with call(i), from several threads when `threads` says so, and
-// may end with log.close().
+// ends with log.close(), by when `events` are on disk.
 template <typename Measure>
-void addContenders(Comparison& comparison, bench::Folder& folder, int threads, Measure measure) {
-  comparison.add("spsc", [&folder, threads, measure] {
+void addContenders(Comparison& comparison, bench::Folder& folder, int threads, long events, Measure measure) {
+  comparison.add("spsc", [&folder, threads, events, measure] {
     bench::RingFloor log(folder.newFile(), threads, bench::QUEUE_SIZE);
     std::atomic<int> numbered{0};
-    return measure(log, [&](long i) {
+    const std::vector<double> result = measure(log, [&](long i) {
       thread_local int thread = -1;
       if (i == 0) thread = numbered++;
       log.log(i, thread);
     });
+    folder.expectLines(events);
+    return result;
   });
 #ifdef LOG4VRK_PEER_SPDLOG
   comparison.add("spdlog", [&folder, measure] {
@@ -38,9 +40,11 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, M
   });
 #endif
   for (const int bufferedIO : {0, 1}) {
-    comparison.add(bufferedIO == 1 ? "ours (buffered)" : "ours", [&folder, bufferedIO, measure] {
+    comparison.add(bufferedIO == 1 ? "ours (buffered)" : "ours", [&folder, bufferedIO, events, measure] {
       bench::OurAsyncLog log(folder.newFile(), bufferedIO);
-      return measure(log, [&](long i) { log.log(i); });
+      const std::vector<double> result = measure(log, [&](long i) { log.log(i); });
+      folder.expectLines(events);
+      return result;
     });
   }
 }
@@ -48,7 +52,7 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, M
 void latency(const bench::Settings& settings, bench::Folder& folder) {
   const long events = settings.count(100'000);
   Comparison comparison(settings, {{"d p50", "ns/call"}, {"d p99", "ns/call"}, {"d p99.9", "ns/call"}});
-  addContenders(comparison, folder, 1, [events](auto& log, auto call) {
+  addContenders(comparison, folder, 1, events, [events](auto& log, auto call) {
     const double nanoseconds = bench::nanosecondsPerTick();
     const auto interval = static_cast<unsigned long long>(10'000 / nanoseconds);
     std::vector<double> calls;
@@ -75,7 +79,7 @@ void sustained(const bench::Settings& settings, bench::Folder& folder, int threa
   const long events = settings.count(400'000) / threads;
   const std::string item = threads == 1 ? "d1" : "d1x" + std::to_string(threads);
   Comparison comparison(settings, {{item, "events/s"}});
-  addContenders(comparison, folder, threads, [events, threads](auto& log, auto call) {
+  addContenders(comparison, folder, threads, threads * events, [events, threads](auto& log, auto call) {
     return std::vector<double>{static_cast<double>(threads * events) /
                                bench::seconds(threads, events, call, [&] { log.close(); })};
   });
@@ -97,7 +101,7 @@ double processorSeconds() {
 void bursts(const bench::Settings& settings, bench::Folder& folder) {
   const long count = settings.count(125);
   Comparison comparison(settings, {{"d2", "% of a core"}});
-  addContenders(comparison, folder, 1, [count](auto& log, auto call) {
+  addContenders(comparison, folder, 1, count * 1000, [count](auto& log, auto call) {
     const double processorBefore = processorSeconds();
     const auto begin = std::chrono::steady_clock::now();
     for (long burst = 0; burst < count; ++burst) {
