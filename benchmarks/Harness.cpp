@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -166,7 +167,7 @@ double median(std::vector<double> values) { return quantile(std::move(values), 0
 
 double quantile(std::vector<double> values, double share) {
   if (values.empty()) return 0;
-  const auto at = values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+  const auto at = values.begin() + std::lround(share * static_cast<double>(values.size() - 1));
   std::nth_element(values.begin(), at, values.end());
   return *at;
 }

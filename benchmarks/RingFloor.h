@@ -2,14 +2,13 @@
 
 #pragma once
 
-#include <time.h>
-
 #include <array>
 #include <atomic>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <string>
 #include <string_view>

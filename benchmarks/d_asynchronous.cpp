@@ -25,7 +25,7 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, l
   comparison.add("spsc", [&folder, threads, events, measure] {
     bench::RingFloor log(folder.newFile(), threads, bench::QUEUE_SIZE);
     std::atomic<int> numbered{0};
-    const std::vector<double> result = measure(log, [&](long i) {
+    std::vector<double> result = measure(log, [&](long i) {
       thread_local int thread = -1;
       if (i == 0) thread = numbered++;
       log.log(i, thread);
@@ -42,7 +42,7 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, l
   for (const int bufferedIO : {0, 1}) {
     comparison.add(bufferedIO == 1 ? "ours (buffered)" : "ours", [&folder, bufferedIO, events, measure] {
       bench::OurAsyncLog log(folder.newFile(), bufferedIO);
-      const std::vector<double> result = measure(log, [&](long i) { log.log(i); });
+      std::vector<double> result = measure(log, [&](long i) { log.log(i); });
       folder.expectLines(events);
       return result;
     });
