@@ -1,0 +1,22 @@
+#include "benchmarks/Footprint.h"
+#include "benchmarks/Ours.h"
+
+int main(int argc, char** argv) {
+  const auto logAll = [](const std::string& path, int threads, long events) {
+    bench::OurAsyncLog log(path);
+    bench::seconds(
+        threads, events, [&](long i) { log.log(i); }, [&] { log.close(); });
+  };
+  // A program, or, when there is a document beside the file, by that.
+  const auto setUp = [](const std::string& path) {
+    const std::string document = path + ".xml";
+    if (!std::ifstream(document)) {
+      const bench::OurLog log(path);
+      log.log(0);
+      return;
+    }
+    LOG4VRKConfigurator::initialize(document.c_str());
+    LOG4VRK_INFO(LOGManager::getLogger(bench::LOGGER), "request " << 123456 << " from " << bench::HOST << " ok");
+  };
+  return bench::footprint(argc, argv, logAll, setUp);
+}
