@@ -1,10 +1,4 @@
-#include "log4vrk/appenders/LOGAsyncAppender.h"
-#include "log4vrk/appenders/LOGBoundedFIFO.h"
-#include "log4vrk/core/LOGMessage.h"
-#include "log4vrk/core/LOGNDC.h"
-#include "log4vrk/platform/VRKThread.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

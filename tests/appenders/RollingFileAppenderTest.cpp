@@ -1,10 +1,3 @@
-#include <unistd.h>
-
-#include <limits>
-#include <map>
-#include <thread>
-
-#include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

@@ -1,10 +1,6 @@
 // The libraries that a document names. A factory stays for later documents, so that the order of these runs matters.
 
-#include <gtest/gtest.h>
-
-#include "log4vrk/log4vrk.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 TEST(FactoryLibrariesTest, MakeTheLoggersOfADocument) {
   VRKConfigurationFactory::getInstance().addLibraryDirectory(LOG4VRK_TEST_PROGRAM_DIR);

@@ -1,13 +1,4 @@
-#include <algorithm>
-
-#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/appenders/LOGErrorHandler.h"
-#include "log4vrk/appenders/LOGFilter.h"
-#include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
-#include "log4vrk/core/LOGHashtable.h"
-#include "log4vrk/layouts/LOGLayout.h"
-#include "tests/support/Doubles.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

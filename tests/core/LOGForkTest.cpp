@@ -1,20 +1,6 @@
 // Forking while other threads are inside the library.
 
-#include <list>
-#include <map>
-#include <sstream>
-
-#include "log4vrk/appenders/LOGFileAppender.h"
-#include "log4vrk/config/LOG4VRKConfigurator.h"
-#include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGMessage.h"
-#include "log4vrk/layouts/LOGDefaultRenderer.h"
-#include "log4vrk/layouts/LOGLayout.h"
-#include "log4vrk/layouts/LOGRendererMap.h"
-#include "log4vrk/platform/VRKConfigurationFactory.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

@@ -1,9 +1,4 @@
-#include <filesystem>
-
-#include "log4vrk/core/LOGLogLog.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

@@ -1,8 +1,6 @@
 #include <ctime>
 
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/platform/VRKThread.h"
-#include "tests/support/Doubles.h"
+#include "tests/support/Tests.h"
 
 using vrktest::textOf;
 using vrktest::Tree;

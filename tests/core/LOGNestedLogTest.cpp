@@ -1,10 +1,6 @@
 // Log calls that application code makes while the library calls it.
 
-#include "log4vrk/appenders/LOGFilter.h"
-#include "log4vrk/config/LOG4VRKConfigurator.h"
-#include "log4vrk/core/LOGManager.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

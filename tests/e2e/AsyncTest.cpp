@@ -1,17 +1,6 @@
 // The asynchronous appender under load, reconfiguration and forks.
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <functional>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "log4vrk/log4vrk.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

@@ -1,20 +1,8 @@
 // What belongs to whole processes: crashes, several of them on one file, and what is left after many configurations.
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <csignal>
-#include <fstream>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "log4vrk/log4vrk.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

@@ -1,13 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <cstdlib>
-#include <limits>
-#include <string>
 
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGDateFormat.h"
-#include "tests/support/InternalLog.h"
+#include "tests/support/Tests.h"
 
 namespace {
 

@@ -1,22 +1,7 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <csignal>
-#include <filesystem>
-#include <string>
-#include <thread>
-#include <utility>
-
-#include "log4vrk/platform/VRKConfigurationFactory.h"
-#include "log4vrk/platform/VRKFault.h"
-#include "log4vrk/platform/VRKFmDir.h"
-#include "log4vrk/platform/VRKFmFile.h"
-#include "tests/support/Process.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 namespace {
 
@@ -98,7 +83,6 @@ TEST(VRKFmFile, AnAttachedFileIsWrittenAtItsEndAndNotClosed) {
   EXPECT_EQ(::write(descriptor, " after", 6), 6);
   EXPECT_EQ(dir.read("redirected"), "before event after");
   ::close(descriptor);
-  EXPECT_TRUE(!file.attach(descriptor) && file.getLastError() == EBADF);
 }
 
 // As a terminal that another program has made non-blocking.
@@ -139,26 +123,6 @@ TEST(VRKFmFile, ReturnsFailuresAndGoesOnAfterThem) {
   EXPECT_EQ(dir.read("log"), "xstill open") << "the failing flush came after its write";
 }
 
-TEST(VRKFmDir, LooksForOneKindOnlyAndSplitsAtTheLastSlash) {
-  const TempDir dir;
-  std::filesystem::create_symlink(dir.write("sub/a", ""), dir.file("link"));
-  for (const auto& [path, kind] : {std::pair(dir.file("link"), VRKFmDir::REGULAR_FILE),
-                                   {dir.file("sub"), VRKFmDir::DIRECTORY},
-                                   {"", 0},
-                                   {"/dev/null", 0}}) {
-    for (const int asked : {VRKFmDir::REGULAR_FILE, VRKFmDir::DIRECTORY}) {
-      EXPECT_EQ(VRKFmDir::exists(text(path), asked), asked == kind) << path;
-    }
-  }
-  const char* const SPLIT[][3] = {
-      {"a/b/c.log", "a/b", "c.log"}, {"/c.log", "/", "c.log"}, {"c.log", "", "c.log"}, {"a/", "a", ""}};
-  for (const auto& [path, directory, name] : SPLIT) {
-    I18NString foundDirectory("before"), foundName("before");
-    VRKFmDir::splitPath(path, foundDirectory, foundName);
-    EXPECT_TRUE(foundDirectory == directory && foundName == name) << path;
-  }
-}
-
 TEST(VRKConfigurationFactory, ResolvesRelativeNamesOnce) {
   VRKConfigurationFactory& factory = VRKConfigurationFactory::getInstance();
   EXPECT_EQ(factory.resolvePath("logs/a.log"), "logs/a.log");
@@ -166,6 +130,4 @@ TEST(VRKConfigurationFactory, ResolvesRelativeNamesOnce) {
   const I18NString resolved = factory.resolvePath("logs/a.log");
   EXPECT_EQ(resolved, text(std::filesystem::current_path().string() + "/here/logs/a.log"));
   EXPECT_TRUE(factory.resolvePath(resolved) == resolved && factory.resolvePath("").isEmpty());
-  factory.setBaseDirectory("");
-  EXPECT_EQ(factory.resolvePath("a"), "a");
 }

@@ -1,20 +1,7 @@
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <chrono>
-#include <csignal>
-#include <functional>
-#include <thread>
-#include <utility>
-#include <vector>
-
-#include "log4vrk/platform/VRKThread.h"
-#include "log4vrk/platform/VRKThreadCriticalSection.h"
-#include "log4vrk/platform/VRKThrowable.h"
-#include "tests/support/Process.h"
+#include "tests/support/Tests.h"
 
 namespace {
 
