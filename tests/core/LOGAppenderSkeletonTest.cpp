@@ -51,17 +51,11 @@ TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
   };
   for (int round = 0; round < 100; ++round) {
     Closing appender;
-    std::atomic<int> ready{0};
-    const auto write = [&] {
+    vrktest::onThreads(3, [&](int t) {
+      if (t == 0) return appender.close();
       Event event;
-      ++ready;
       for (int i = 0; i < 20; ++i) appender.doAppend(&event);
-    };
-    std::thread one(write), two(write);
-    while (ready < 2) std::this_thread::yield();
-    appender.close();
-    one.join();
-    two.join();
+    });
   }
 }
 
@@ -149,13 +143,10 @@ TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
   two.setErrorHandler(new LOGErrorHandler);
   LOGLogger logger("a");
   logger.addAppender(&one);
-  std::atomic<bool> done{false};
-  std::thread comparing([&] {
-    while (!done) logger.isAttached(&two);
-  });
-  for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
-  done = true;
-  comparing.join();
+  {
+    const vrktest::Meanwhile comparing({[&] { logger.isAttached(&two); }});
+    for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
+  }
   const InternalLog log;
   LOGErrorHandler refused;
   VRKFault::arm(VRKFault::LOCK);

@@ -4,33 +4,10 @@
 
 namespace {
 
+using vrktest::Meanwhile;
 using vrktest::RecordingAppender;
 using vrktest::statusInChild;
 using vrktest::Texts;
-
-/// Threads that do the same again and again until the scope ends.
-class Busy {
- public:
-  explicit Busy(const std::vector<std::function<void()>>& bodies) : m_starting(bodies.size()) {
-    for (const auto& body : bodies) {
-      m_threads.emplace_back([this, body] {
-        body();
-        --m_starting;
-        while (!m_done) body();
-      });
-    }
-    while (m_starting > 0) std::this_thread::yield();
-  }
-  ~Busy() {
-    m_done = true;
-    for (std::thread& thread : m_threads) thread.join();
-  }
-
- private:
-  std::atomic<std::size_t> m_starting;
-  std::atomic<bool> m_done{false};
-  std::vector<std::thread> m_threads;
-};
 
 /// A logger whose appender logs twice for each "outer".
 struct Fork : testing::Test {
@@ -72,17 +49,18 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   long* const counts[] = {&written[0], &written[1], &written[2], &written[3]};
   const auto write = [&](LOGLogger* to, int writer) { LOG4VRK_INFO(to, writer << " " << ++*counts[writer] << " end"); };
   {
-    const Busy busy({[&] { write(logger, 0); },
-                     [&] {
-                       vrktest::HookMessage outer(I18NString("1 ") + ++*counts[1] + " end", [&] { write(logger, 1); });
-                       logger->info(&outer);
-                     },
-                     [&] { write(tree.getLogger(I18NString("new.") + *counts[2] % 1000 + ".logger"), 2); },
-                     [&] {
-                       logger->addAppender(&passing);
-                       write(logger, 3);
-                       logger->removeAppender(&passing);
-                     }});
+    const Meanwhile busy({[&] { write(logger, 0); },
+                          [&] {
+                            vrktest::HookMessage outer(I18NString("1 ") + ++*counts[1] + " end",
+                                                       [&] { write(logger, 1); });
+                            logger->info(&outer);
+                          },
+                          [&] { write(tree.getLogger(I18NString("new.") + *counts[2] % 1000 + ".logger"), 2); },
+                          [&] {
+                            logger->addAppender(&passing);
+                            write(logger, 3);
+                            logger->removeAppender(&passing);
+                          }});
     for (int child = 101; child <= 300; ++child) {
       const auto logToo = [&] {
         RecordingAppender own("own");
@@ -118,7 +96,7 @@ TEST_F(Fork, ChildrenFindNoLockHeld) {
          delete LOGRendererMap::findAndRender(&object);
        }}};
   for (const auto& [what, body] : CASES) {
-    const Busy busy({body, body});
+    const Meanwhile busy({body, body});
     int status = 0;
     for (int fork = 0; fork < 100 && status == 0; ++fork) status = statusInChild(body, 5);
     EXPECT_EQ(status, 0) << what;
@@ -131,7 +109,7 @@ TEST_F(Fork, FromInsideALogCallTheChildGoesOnLikeItsParent) {
     child = ::fork();
     if (child == 0) ::alarm(20);
   };
-  const Busy busy({[&] { tree.getLogger("a.b.c"); }, [] { LOGLogLog::debug("line"); }});
+  const Meanwhile busy({[&] { tree.getLogger("a.b.c"); }, [] { LOGLogLog::debug("line"); }});
   for (int fork = 0; fork < 50; ++fork) {
     appender.texts.clear();
     logger->info("outer");
@@ -146,7 +124,7 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
 #ifdef __SANITIZE_THREAD__
   GTEST_SKIP() << "the sanitizer has no new threads after a fork of several";
 #endif
-  const Busy busy({[&] { logger->info("outer"); }, [&] { logger->info("outer"); }});
+  const Meanwhile busy({[&] { logger->info("outer"); }, [&] { logger->info("outer"); }});
   const auto startThreads = [&] {
     std::atomic<int> finished{0};
     std::vector<std::thread> threads;
@@ -175,7 +153,7 @@ TEST_F(Fork, FromInsideALogCallDoesNotWaitForAConfigurationThatWaitsForIt) {
     LOGLogger* const forking = LOGManager::getLogger("forking");
     int forks = 0;
     std::list<RecordingAppender> appenders;  // each run closes and removes the one that it finds
-    const Busy busy({[&] { EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 1); }});
+    const Meanwhile busy({[&] { EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 1); }});
     while (forks < 10) {
       RecordingAppender& next = appenders.emplace_back();
       next.onAppend = [&](const std::string&) { forks += statusInChild([] {}) == 0; };

@@ -98,20 +98,13 @@ TEST(LOGHierarchy, AFactoryMayLogThroughTheLoggerThatItMakes) {
 
 TEST(LOGHierarchy, GivesAllThreadsTheSameLoggers) {
   Tree tree;
-  std::atomic<int> waiting{4};
   std::vector<std::vector<LOGLogger*>> got(4);
-  std::vector<std::thread> threads;
-  for (auto& mine : got) {
-    threads.emplace_back([&] {
-      --waiting;
-      while (waiting > 0) std::this_thread::yield();
-      for (int i = 0; i < 300; ++i) {
-        mine.push_back(tree.getLogger(I18NString("s.") + (i % 50) + "." + i));
-        mine.push_back(tree.getLogger(I18NString("s.") + (i % 50)));
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  vrktest::onThreads(4, [&](int t) {
+    for (int i = 0; i < 300; ++i) {
+      got[static_cast<std::size_t>(t)].push_back(tree.getLogger(I18NString("s.") + (i % 50) + "." + i));
+      got[static_cast<std::size_t>(t)].push_back(tree.getLogger(I18NString("s.") + (i % 50)));
+    }
+  });
   for (const auto& mine : got) EXPECT_EQ(mine, got[0]);
   for (std::size_t i = 0; i < got[0].size(); i += 2) EXPECT_EQ(got[0][i]->getParent(), got[0][i + 1]);
 }

@@ -11,25 +11,6 @@ void pushAndPop(int times, const I18NString& text) {
   }
 }
 
-// Runs `body` again and again on another thread for as long as it lives.
-class Meanwhile {
- public:
-  explicit Meanwhile(const std::function<void()>& body)
-      : m_thread([this, body] {
-          for (; !m_done; m_begun = true) body();
-        }) {
-    EXPECT_TRUE(eventually([&] { return m_begun.load(); }));
-  }
-  ~Meanwhile() {
-    m_done = true;
-    m_thread.join();
-  }
-
- private:
-  std::atomic<bool> m_begun{false}, m_done{false};
-  std::thread m_thread;
-};
-
 }  // namespace
 
 TEST(NDCTest, IsAStackOfTextsThatOnlyPopAndRemoveShorten) {
@@ -72,7 +53,7 @@ TEST(NDCTest, IsDroppedForAllThreadsByLazyRemoveAndByTheEndOfAnObject) {
     other.join();
     EXPECT_EQ(LOGNDC::get(), "");
   }
-  const Meanwhile dropping(LOGNDC::lazyRemove);
+  const vrktest::Meanwhile dropping({LOGNDC::lazyRemove});
   pushAndPop(100000, "a text that is too long for a string's own buffer");
 }
 
@@ -97,7 +78,7 @@ TEST(NDCTest, IsHandedOnAsACopyThatSharesTheEntriesOrAsAStackOfBoth) {
   };
   std::thread(change).join();
   EXPECT_EQ(LOGNDC::pop(), "a");
-  const Meanwhile changing(change);
+  const vrktest::Meanwhile changing({change});
   EXPECT_NO_THROW(for (int i = 0; i < 500000; ++i) LOGNDC::get());
   LOGNDC::remove();
 }

@@ -24,12 +24,6 @@ std::string asyncDocument(const vrktest::TempDir& dir) {
   </log4j:configuration>)");
 }
 
-void onThreads(int threads, const std::function<void(int)>& body) {
-  std::vector<std::thread> running;
-  for (int t = 0; t < threads; ++t) running.emplace_back([&body, t] { body(t); });
-  for (std::thread& thread : running) thread.join();
-}
-
 TEST(Async, EveryEventArrivesOnceAndInOrder) {
   const vrktest::TempDir dir;
   const std::string document = asyncDocument(dir);
@@ -38,7 +32,7 @@ TEST(Async, EveryEventArrivesOnceAndInOrder) {
   std::thread configuring([&] {
     for (int runs = 0; !done && runs < 20; ++runs) LOG4VRKConfigurator::initialize(document.c_str());
   });
-  onThreads(8, [](int t) {
+  vrktest::onThreads(8, [](int t) {
     LOGLogger* const logger = LOGManager::getLogger("load.a");
     for (long n = 1; n <= EACH; ++n) LOG4VRK_INFO(logger, t << " " << n << " end");
   });
@@ -86,7 +80,7 @@ TEST(Async, OutlivesWhateverMeets) {
       while (delivered < 20 && !done) std::this_thread::yield();
       if (round % 4 == 3) async.close();
     });
-    onThreads(8, [&](int t) {
+    vrktest::onThreads(8, [&](int t) {
       for (int n = 0; n < 8; ++n) LOG4VRK_INFO(t % 2 == 0 ? logger : other, t << " " << n);
     });
     done = true;
@@ -124,7 +118,7 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
     }
     done = true;
   });
-  onThreads(4, [&](int t) {
+  vrktest::onThreads(4, [&](int t) {
     while (!done && counts[t] < 5000) LOG4VRK_INFO(logger, t << " " << ++counts[t] << " end");
   });
   forking.join();

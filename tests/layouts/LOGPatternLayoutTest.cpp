@@ -125,14 +125,13 @@ TEST(PatternLayoutTest, LetsAMessageUseTheLayoutThatWritesIt) {
 TEST(PatternLayoutTest, TakesAnotherPatternWhileOthersLog) {
   const std::string texts[] = {"2026 INFO order 17\n", "Orders order 17\n"};
   LOGPatternLayout layout("%c{1} %m%n");
-  const auto log = [&] {
+  const Meanwhile changing({[&] { layout.setConversionPattern("%d{%Y}{UTC} %p %m%n"); },
+                            [&] { layout.setConversionPattern("%c{1} %m%n"); }});
+  onThreads(2, [&](int) {
     for (int n = 0; n < 500; ++n) {
       const LOGGuard guard(layout);
       const std::string text = vrktest::formatted(layout, "order 17");
       EXPECT_TRUE(text == texts[0] || text == texts[1]) << text;
     }
-  };
-  std::thread threads[] = {std::thread(log), std::thread(log)};
-  for (int n = 0; n < 500; ++n) layout.setConversionPattern(n % 2 == 0 ? "%d{%Y}{UTC} %p %m%n" : "%c{1} %m%n");
-  for (std::thread& thread : threads) thread.join();
+  });
 }

@@ -162,13 +162,8 @@ TEST_F(RendererMapTest, FreesRenderersThatAreReplacedAndUnloadsWhenTheRenderOnAn
 }
 
 TEST_F(RendererMapTest, MayBeClearedWhileAnotherThreadLooksUp) {
-  std::atomic<bool> done{false};
-  std::thread clearing([&] {
-    while (!done) LOGRendererMap::clear();
-  });
+  const Meanwhile clearing({LOGRendererMap::clear});
   for (int i = 0; i < 10000; ++i) LOGRendererMap::get("EchoRenderer");
-  done = true;
-  clearing.join();
 }
 
 // The last one here, because a library stays open.

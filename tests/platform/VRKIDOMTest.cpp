@@ -186,15 +186,10 @@ TEST(VRKIDOM, ParsesInSeveralThreadsAtOnce) {
   const TempDir directory;
   const std::string good = directory.write("good.xml", "<!DOCTYPE a [<!ENTITY e 'x'>]><a v='&e;'><b/></a>");
   const std::string bad = directory.write("bad.xml", "<a><b></a>");
-  std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] {
-      for (int round = 0; round < 50; ++round) {
-        EXPECT_EQ(VRKIDOM_Parser().parse(good.c_str()).getDocumentElement().getAttribute("v"), "x");
-        EXPECT_NE(failureOf(bad), "parsed");
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  vrktest::onThreads(4, [&](int) {
+    for (int round = 0; round < 50; ++round) {
+      EXPECT_EQ(VRKIDOM_Parser().parse(good.c_str()).getDocumentElement().getAttribute("v"), "x");
+      EXPECT_NE(failureOf(bad), "parsed");
+    }
+  });
 }

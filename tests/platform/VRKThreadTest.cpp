@@ -24,19 +24,15 @@ TEST(VRKThreadCriticalSection, ExcludesOthersUntilItsOwnerHasLetGoAsOftenAsItToo
   EXPECT_THROW(const VRKThreadGuard none(section), VRKSystemError);
   VRKFault::disarm();
   long counter = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    // It cannot know that the lock may be taken twice.
-    threads.emplace_back([&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-      for (int i = 0; i < 10000; ++i) {
-        const VRKThreadGuard outer(section);
-        const long before = counter;
-        { const VRKThreadGuard inner(section); }
-        counter = before + 1;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  // It cannot know that the lock may be taken twice.
+  vrktest::onThreads(4, [&](int) VRK_NO_THREAD_SAFETY_ANALYSIS {
+    for (int i = 0; i < 10000; ++i) {
+      const VRKThreadGuard outer(section);
+      const long before = counter;
+      { const VRKThreadGuard inner(section); }
+      counter = before + 1;
+    }
+  });
   EXPECT_EQ(counter, 40000);
   const VRKThreadGuard held(section);
   VRKThreadCriticalSection copy(section);

@@ -34,3 +34,4 @@
 #include "tests/support/Logs.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Threads.h"
