@@ -1,5 +1,7 @@
 #include "tests/appenders/AppenderFixture.h"
 
+using namespace vrktest;
+
 namespace {
 
 using Files = std::map<std::string, std::string>;  // what follows "log" in the name, and the content
@@ -127,7 +129,7 @@ TEST_F(RollingFileAppenderTest, LosesNoEventOfThreadsThatMeetARollOver) {
   WatchedAppender appender(&m_layout, path("log"));
   appender.setMaximumFileSize(600);
   appender.setMaxBackupIndex(10000);
-  vrktest::onThreads(2, [&](int) {
+  onThreads(2, [&](int) {
     for (int i = 0; i < 400; ++i) log(appender, LINE59);
   });
   std::size_t bytes = 0;

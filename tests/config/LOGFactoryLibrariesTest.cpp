@@ -2,6 +2,8 @@
 
 #include "tests/support/Tests.h"
 
+using namespace vrktest;
+
 TEST(FactoryLibrariesTest, MakeTheLoggersOfADocument) {
   VRKConfigurationFactory::getInstance().addLibraryDirectory(LOG4VRK_TEST_PROGRAM_DIR);
   const std::string factory = "<categoryFactory class='org.example.CountingFactory'/>";
@@ -23,7 +25,7 @@ TEST(FactoryLibrariesTest, MakeTheLoggersOfADocument) {
        "log4vrk:ERROR Could not instantiate renderer [Missing].\n",
        "Counted1"},
   };
-  const vrktest::TempDir dir;
+  const TempDir dir;
   for (const auto& run : RUNS) {
     SCOPED_TRACE(run.name);
     const InternalLog log;

@@ -3,8 +3,7 @@
 
 #include "tests/support/Tests.h"
 
-using vrktest::eventually;
-using vrktest::TempDir;
+using namespace vrktest;
 
 namespace {
 

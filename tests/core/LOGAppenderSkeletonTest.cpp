@@ -1,10 +1,8 @@
 #include "tests/support/Tests.h"
 
-namespace {
+using namespace vrktest;
 
-using vrktest::RecordingAppender;
-using vrktest::Texts;
-using vrktest::Tree;
+namespace {
 
 /// Gives its answers one after the other, the last one for ever.
 class ScriptedFilter : public LOGFilter {
@@ -51,7 +49,7 @@ TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
   };
   for (int round = 0; round < 100; ++round) {
     Closing appender;
-    vrktest::onThreads(3, [&](int t) {
+    onThreads(3, [&](int t) {
       if (t == 0) return appender.close();
       Event event;
       for (int i = 0; i < 20; ++i) appender.doAppend(&event);
@@ -144,7 +142,7 @@ TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
   LOGLogger logger("a");
   logger.addAppender(&one);
   {
-    const vrktest::Meanwhile comparing({[&] { logger.isAttached(&two); }});
+    const Meanwhile comparing({[&] { logger.isAttached(&two); }});
     for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
   }
   const InternalLog log;
@@ -162,7 +160,7 @@ TEST(LOGAppenderAttachableImpl, TakesNullForAnAnswerOnlyWhenItIsEmpty) {
   LOGAppenderAttachableImpl list;
   RecordingAppender appender("x");
   EXPECT_FALSE(list.isAttached(none));
-  EXPECT_NO_THROW(list.removeAppender(none));
+  list.removeAppender(none);
   EXPECT_THROW(list.addAppender(none), VRKAssertError);
   list.addAppender(&appender);
   EXPECT_THROW(list.isAttached(none), VRKAssertError);
@@ -186,7 +184,7 @@ TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHol
 }
 
 TEST(LOGAppenderAttachableImpl, WhileAnAppenderClosesItsLoggerCanBeUsed) {
-  const vrktest::Deadline deadline(60);
+  const Deadline deadline(60);
   for (const bool removing : {false, true}) {
     RecordingAppender slow("slow"), root("root"), late("late");
     Tree tree;

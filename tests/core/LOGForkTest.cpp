@@ -2,12 +2,9 @@
 
 #include "tests/support/Tests.h"
 
-namespace {
+using namespace vrktest;
 
-using vrktest::Meanwhile;
-using vrktest::RecordingAppender;
-using vrktest::statusInChild;
-using vrktest::Texts;
+namespace {
 
 /// A logger whose appender logs twice for each "outer".
 struct Fork : testing::Test {
@@ -28,10 +25,10 @@ struct Fork : testing::Test {
   }
 
   const Texts ALL{"outer", "inner 1", "inner 2"};
-  const vrktest::Deadline deadline{110};
+  const Deadline deadline{110};
   RecordingAppender appender;
   std::function<void()> onOuter;
-  vrktest::Tree tree;
+  Tree tree;
   LOGLogger* const logger = tree.getLogger("a");
 };
 
@@ -39,7 +36,7 @@ struct Fork : testing::Test {
 
 // Each line is "<writer> <number> end", and no writer's number is missing, torn or there twice.
 TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   LOGLayout layout;
   LOGFileAppender file(&layout, dir.file("all.log").c_str());
   RecordingAppender passing("passing");
@@ -51,8 +48,7 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   {
     const Meanwhile busy({[&] { write(logger, 0); },
                           [&] {
-                            vrktest::HookMessage outer(I18NString("1 ") + ++*counts[1] + " end",
-                                                       [&] { write(logger, 1); });
+                            HookMessage outer(I18NString("1 ") + ++*counts[1] + " end", [&] { write(logger, 1); });
                             logger->info(&outer);
                           },
                           [&] { write(tree.getLogger(I18NString("new.") + *counts[2] % 1000 + ".logger"), 2); },
@@ -76,7 +72,7 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   }
   tree.getRootLogger()->removeAppender(&file);
   std::map<int, long> last;
-  ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(vrktest::linesOf(dir.file("all.log")), last));
+  ASSERT_NO_FATAL_FAILURE(lastNumbers(linesOf(dir.file("all.log")), last));
   EXPECT_EQ(last, written);
 }
 
@@ -114,7 +110,7 @@ TEST_F(Fork, FromInsideALogCallTheChildGoesOnLikeItsParent) {
     appender.texts.clear();
     logger->info("outer");
     if (child == 0) ::_exit(appender.texts == ALL ? 0 : 1);
-    ASSERT_EQ(vrktest::statusOf(child), 0);
+    ASSERT_EQ(statusOf(child), 0);
     ASSERT_EQ(appender.texts, ALL);
   }
 }
@@ -133,9 +129,9 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
       threads.emplace_back([&] {
         logger->info("outer");
         ++finished;
-        vrktest::eventually([&] { return finished > 3; });
+        eventually([&] { return finished > 3; });
       });
-      EXPECT_TRUE(vrktest::eventually([&] { return finished == t; }));
+      EXPECT_TRUE(eventually([&] { return finished == t; }));
       EXPECT_EQ(appender.texts, ALL);
     }
     ++finished;
@@ -147,7 +143,7 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
 // As an appender does that starts a program for each event, while the configuration is read anew.
 TEST_F(Fork, FromInsideALogCallDoesNotWaitForAConfigurationThatWaitsForIt) {
   const auto forkWhileConfiguring = [] {
-    const vrktest::TempDir dir;
+    const TempDir dir;
     const std::string document =
         dir.write("log.xml", "<log4j:configuration><logger name='forking'/></log4j:configuration>");
     LOGLogger* const forking = LOGManager::getLogger("forking");

@@ -1,14 +1,8 @@
 #include "tests/support/Tests.h"
 
-namespace {
+using namespace vrktest;
 
-using vrktest::assertionOf;
-using vrktest::HookFactory;
-using vrktest::HookListener;
-using vrktest::RecordingAppender;
-using vrktest::statusInChild;
-using vrktest::Texts;
-using vrktest::Tree;
+namespace {
 
 class ProgramsLogger : public LOGLogger {
  public:
@@ -55,7 +49,7 @@ TEST(LOGHierarchy, ReportsNewLoggersAndTheLinksThatItChanges) {
 }
 
 TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   Tree tree;
   int asked = 0;
   HookFactory factory([&](const I18NString& name) {
@@ -99,7 +93,7 @@ TEST(LOGHierarchy, AFactoryMayLogThroughTheLoggerThatItMakes) {
 TEST(LOGHierarchy, GivesAllThreadsTheSameLoggers) {
   Tree tree;
   std::vector<std::vector<LOGLogger*>> got(4);
-  vrktest::onThreads(4, [&](int t) {
+  onThreads(4, [&](int t) {
     for (int i = 0; i < 300; ++i) {
       got[static_cast<std::size_t>(t)].push_back(tree.getLogger(I18NString("s.") + (i % 50) + "." + i));
       got[static_cast<std::size_t>(t)].push_back(tree.getLogger(I18NString("s.") + (i % 50)));

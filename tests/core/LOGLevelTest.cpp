@@ -1,5 +1,7 @@
 #include "tests/support/Tests.h"
 
+using namespace vrktest;
+
 namespace {
 
 constexpr long LOWEST = std::numeric_limits<std::int32_t>::min();
@@ -25,8 +27,7 @@ TEST(LOGLevel, TheSevenAreFoundByRankAndByNameAndOrderedByRank) {
     EXPECT_TRUE(LOGLevel::toLevel(l.name) == l.level && LOGLevel::toLevel(l.otherCase, nullptr) == l.level) << l.name;
     for (const auto& other : LEVELS) EXPECT_EQ(l.level->isGreaterOrEqual(other.level), l.rank >= other.rank);
   }
-  EXPECT_EQ(vrktest::assertionOf([] { LOGLevel::INFO_OBJ->isGreaterOrEqual(nullptr); }),
-            "LOGLevel: VRK_ASSERT(otherLevel);");
+  EXPECT_EQ(assertionOf([] { LOGLevel::INFO_OBJ->isGreaterOrEqual(nullptr); }), "LOGLevel: VRK_ASSERT(otherLevel);");
 }
 
 TEST(LOGLevel, WhatNamesNoneGivesTheDefault) {

@@ -2,12 +2,9 @@
 
 #include "tests/support/Tests.h"
 
-namespace {
+using namespace vrktest;
 
-using vrktest::HookMessage;
-using vrktest::RecordingAppender;
-using vrktest::Texts;
-using vrktest::Tree;
+namespace {
 
 const struct {
   LOGLevel* level;
@@ -89,18 +86,15 @@ TEST(LOGLogger, EventsGoUpToTheFirstLoggerThatIsNotAdditive) {
   tree.getRootLogger()->addAppender(&root);
   tree.getLogger("a")->addAppender(&parent);
   tree.getLogger("a.b.c")->addAppender(&child);
-  const struct {
-    int childAdditive, parentAdditive;
-    Texts expected;
-  } CASES[] = {{1, 1, {"activate", "child", "activate", "parent", "activate", "root"}},
-               {7, 0, {"activate", "child", "activate", "parent"}},
-               {0, 1, {"activate", "child"}}};
-  for (const auto& c : CASES) {
+  const std::tuple<int, int, Texts> CASES[] = {{1, 1, {"activate", "child", "activate", "parent", "activate", "root"}},
+                                               {7, 0, {"activate", "child", "activate", "parent"}},
+                                               {0, 1, {"activate", "child"}}};
+  for (const auto& [childAdditive, parentAdditive, expected] : CASES) {
     order.clear();
-    tree.getLogger("a.b.c")->setAdditivity(c.childAdditive);
-    tree.getLogger("a")->setAdditivity(c.parentAdditive);
+    tree.getLogger("a.b.c")->setAdditivity(childAdditive);
+    tree.getLogger("a")->setAdditivity(parentAdditive);
     tree.getLogger("a.b.c")->info("event");
-    EXPECT_EQ(order, c.expected);
+    EXPECT_EQ(order, expected);
   }
 }
 
@@ -125,7 +119,7 @@ TEST(LOGLogger, LetsNothingButItsAssertionsOut) {
   const std::function<void()> NULL_LEVELS[] = {[&] { logger->log(nullptr, "text"); },
                                                [&] { logger->l7dlog(nullptr, "key"); },
                                                [&] { logger->isEnabledFor(nullptr); }};
-  for (const auto& call : NULL_LEVELS) EXPECT_EQ(vrktest::assertionOf(call), "LOGLogger: VRK_ASSERT(level);");
+  for (const auto& call : NULL_LEVELS) EXPECT_EQ(assertionOf(call), "LOGLogger: VRK_ASSERT(level);");
   const InternalLog log;
   HookMessage ours(
       "", [] {}, [] { throw VRKThrowable("ours", "Test.cpp", 1); });
@@ -182,26 +176,24 @@ TEST(LOGLogger, WhatCannotBeLockedIsReportedUnderTheOperationsNameAndRaised) {
   Tree tree;
   LOGLogger& logger = *tree.getLogger("a");
   LOGLoggingEvent event("LOGLogger", &logger, LOGLevel::INFO_OBJ, nullptr);
-  const struct {
-    std::string operation;
-    std::function<void()> call;
-  } CASES[] = {{"LOGHierarchy::getLogger", [&] { tree.getLogger("new"); }},
-               {"LOGLogger::addAppender", [&] { logger.addAppender(&appender); }},
-               {"LOGLogger::callAppenders", [&] { logger.callAppenders(&event); }},
-               {"LOGLogger::closeNestedAppenders", [&] { logger.closeNestedAppenders(); }},
-               {"LOGLogger::getAllAppenders", [&] { logger.getAllAppenders(); }},
-               {"LOGLogger::getAppender", [&] { logger.getAppender("x"); }},
-               {"LOGLogger::isAttached", [&] { logger.isAttached(&appender); }},
-               {"LOGLogger::removeAllAppenders", [&] { logger.removeAllAppenders(); }},
-               {"LOGLogger::removeAppender", [&] { logger.removeAppender(&appender); }},
-               {"LOGLogger::removeAppender", [&] { logger.removeAppender("x"); }},
-               {"LOGLogger::setLevel", [&] { logger.setLevel(LOGLevel::INFO_OBJ); }}};
-  for (const auto& c : CASES) {
+  const std::pair<std::string, std::function<void()>> CASES[] = {
+      {"LOGHierarchy::getLogger", [&] { tree.getLogger("new"); }},
+      {"LOGLogger::addAppender", [&] { logger.addAppender(&appender); }},
+      {"LOGLogger::callAppenders", [&] { logger.callAppenders(&event); }},
+      {"LOGLogger::closeNestedAppenders", [&] { logger.closeNestedAppenders(); }},
+      {"LOGLogger::getAllAppenders", [&] { logger.getAllAppenders(); }},
+      {"LOGLogger::getAppender", [&] { logger.getAppender("x"); }},
+      {"LOGLogger::isAttached", [&] { logger.isAttached(&appender); }},
+      {"LOGLogger::removeAllAppenders", [&] { logger.removeAllAppenders(); }},
+      {"LOGLogger::removeAppender", [&] { logger.removeAppender(&appender); }},
+      {"LOGLogger::removeAppender", [&] { logger.removeAppender("x"); }},
+      {"LOGLogger::setLevel", [&] { logger.setLevel(LOGLevel::INFO_OBJ); }}};
+  for (const auto& [operation, call] : CASES) {
     const InternalLog log;
     VRKFault::arm(VRKFault::LOCK);
-    EXPECT_THROW(c.call(), VRKSystemError) << c.operation;
+    EXPECT_THROW(call(), VRKSystemError) << operation;
     EXPECT_EQ(log.lines().size(), 1u);
-    EXPECT_EQ(log.count("log4vrk:ERROR " + c.operation + " -- unable to lock mutex VRKSystemError: "), 1);
+    EXPECT_EQ(log.count("log4vrk:ERROR " + operation + " -- unable to lock mutex VRKSystemError: "), 1);
   }
   VRKFault::arm(VRKFault::LOCK);
   EXPECT_NO_THROW(logger.forcedLog("fqn", LOGLevel::INFO_OBJ, nullptr));
@@ -216,7 +208,7 @@ TEST(LOGLogger, LevelsThatItHasHadStayValidWhileOthersReadThem) {
   const LOGLevel* const first = logger.getLevel();
   custom = LOGLevel(1, "CHANGED", 1);
   {
-    const vrktest::Meanwhile reading({[&] {
+    const Meanwhile reading({[&] {
       const LOGLevel* const level = logger.getLevel();
       EXPECT_TRUE(level == nullptr || (level->toString() != "CHANGED" && level->toInt() >= 10000));
     }});
@@ -230,13 +222,13 @@ TEST(LOGLogger, LevelsThatItHasHadStayValidWhileOthersReadThem) {
 }
 
 TEST(LOGLogger, AnAppenderMayBeDeletedAsSoonAsItIsRemoved) {
-  const vrktest::Deadline deadline(60);
+  const Deadline deadline(60);
   RecordingAppender steady("steady");
   Tree tree;
   LOGLogger* const logger = tree.getLogger("a.b");
   tree.getRootLogger()->addAppender(&steady);
   std::atomic<std::size_t> sent{0};
-  auto logging = std::make_unique<vrktest::Meanwhile>(std::vector<std::function<void()>>(3, [&] {
+  auto logging = std::make_unique<Meanwhile>(std::vector<std::function<void()>>(3, [&] {
     logger->info("event");
     ++sent;
   }));
@@ -245,7 +237,7 @@ TEST(LOGLogger, AnAppenderMayBeDeletedAsSoonAsItIsRemoved) {
     LOGLogger* const where = i % 2 == 0 ? logger : tree.getRootLogger();
     where->addAppender(&passing);
     const std::size_t before = sent;
-    vrktest::eventually([&] { return sent > before; });
+    eventually([&] { return sent > before; });
     i % 3 == 0 ? where->removeAppender("passing") : where->removeAppender(&passing);
   }
   logging.reset();
@@ -269,7 +261,7 @@ TEST(LOGLogger, AnAppenderMayRemoveItselfAndItsNeighboursMissNothing) {
 }
 
 TEST(LOGLogger, AppendersMayMoveToTheEndOfTheList) {
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   RecordingAppender one("one"), two("two");
   LOGLogger logger("a");
   logger.setLevel(LOGLevel::ALL_OBJ);
@@ -285,23 +277,19 @@ TEST(LOGLogger, AppendersMayMoveToTheEndOfTheList) {
 }
 
 TEST(LOGLogger, AConfiguredAppenderMayBeRemovedByTheMessageThatItWrites) {
-  const vrktest::TempDir dir;
-  const std::string document = dir.write(
-      "log.xml", "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
-                     dir.file("a.log") + "'/><layout class='SimpleLayout'/></appender>" +
-                     "<root><appender-ref ref='file'/></root></log4j:configuration>");
-  LOG4VRKConfigurator::initialize(document.c_str());
+  const TempDir dir;
+  LOG4VRKConfigurator::initialize(fileDocument(dir).c_str());
   LOGDOMConfigurator::shutdown();  // the root has the last share
   HookMessage message("removed", [] { LOGManager::getRootLogger()->removeAppender("file"); });
   LOGManager::getRootLogger()->info(&message);
-  EXPECT_EQ(dir.read("a.log"), "removed\n");
+  EXPECT_EQ(dir.read("all.log"), "removed\n");
 }
 
 TEST(LOGLogger, ACancelledThreadLeavesNoLockBehind) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "the sanitizers do not follow a forced unwind; the release build does";
 #endif
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   std::atomic<pthread_t> inside{};
   RecordingAppender slow;
   Tree tree;
@@ -312,7 +300,7 @@ TEST(LOGLogger, ACancelledThreadLeavesNoLockBehind) {
     for (;;) VRKThread::sleep(1000);
   };
   std::thread thread([&] { logger->info("cancelled"); });
-  ASSERT_TRUE(vrktest::eventually([&] { return inside.load() != pthread_t{}; }));
+  ASSERT_TRUE(eventually([&] { return inside.load() != pthread_t{}; }));
   ::pthread_cancel(inside);
   thread.join();
   slow.onAppend = nullptr;

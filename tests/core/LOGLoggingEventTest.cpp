@@ -2,8 +2,7 @@
 
 #include "tests/support/Tests.h"
 
-using vrktest::textOf;
-using vrktest::Tree;
+using namespace vrktest;
 
 TEST(LOGLoggingEvent, KeepsWhatWasLoggedAndWhenAlsoInCopies) {
   Tree tree;

@@ -1,6 +1,6 @@
 #include "tests/support/Tests.h"
 
-using vrktest::eventually;
+using namespace vrktest;
 
 namespace {
 
@@ -53,7 +53,7 @@ TEST(NDCTest, IsDroppedForAllThreadsByLazyRemoveAndByTheEndOfAnObject) {
     other.join();
     EXPECT_EQ(LOGNDC::get(), "");
   }
-  const vrktest::Meanwhile dropping({LOGNDC::lazyRemove});
+  const Meanwhile dropping({LOGNDC::lazyRemove});
   pushAndPop(100000, "a text that is too long for a string's own buffer");
 }
 
@@ -78,7 +78,7 @@ TEST(NDCTest, IsHandedOnAsACopyThatSharesTheEntriesOrAsAStackOfBoth) {
   };
   std::thread(change).join();
   EXPECT_EQ(LOGNDC::pop(), "a");
-  const vrktest::Meanwhile changing({change});
+  const Meanwhile changing({change});
   EXPECT_NO_THROW(for (int i = 0; i < 500000; ++i) LOGNDC::get());
   LOGNDC::remove();
 }

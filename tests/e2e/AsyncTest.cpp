@@ -2,6 +2,8 @@
 
 #include "tests/support/Tests.h"
 
+using namespace vrktest;
+
 namespace {
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
@@ -10,7 +12,7 @@ constexpr long EACH = 25000;
 constexpr long EACH = 250000;
 #endif
 
-std::string asyncDocument(const vrktest::TempDir& dir) {
+std::string asyncDocument(const TempDir& dir) {
   return dir.write("log.xml", R"(<log4j:configuration>
     <appender name="file" class="RollingFileAppender">
       <param name="File" value=")" +
@@ -25,33 +27,33 @@ std::string asyncDocument(const vrktest::TempDir& dir) {
 }
 
 TEST(Async, EveryEventArrivesOnceAndInOrder) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const std::string document = asyncDocument(dir);
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
   std::atomic<bool> done{false};
   std::thread configuring([&] {
     for (int runs = 0; !done && runs < 20; ++runs) LOG4VRKConfigurator::initialize(document.c_str());
   });
-  vrktest::onThreads(8, [](int t) {
+  onThreads(8, [](int t) {
     LOGLogger* const logger = LOGManager::getLogger("load.a");
     for (long n = 1; n <= EACH; ++n) LOG4VRK_INFO(logger, t << " " << n << " end");
   });
   done = true;
   configuring.join();
   LOG4VRKConfigurator::shutdown();
-  vrktest::expectEachOnceInOrder(vrktest::linesWithBackups(dir.file("all.log")), 8, EACH);
+  expectEachOnceInOrder(linesWithBackups(dir.file("all.log")), 8, EACH);
 }
 
 // Everything that may meet, in rounds: threads that log, resizing, appenders that come and go, that log themselves and that raise, and
 // a close in the middle.
 TEST(Async, OutlivesWhateverMeets) {
-  const vrktest::Deadline deadline(110);
+  const Deadline deadline(110);
   for (int round = 0; round < 1000; ++round) {
-    vrktest::Tree tree;
+    Tree tree;
     LOGLogger* const logger = tree.getLogger("a.b");
     LOGLogger* const other = tree.getLogger("a");
     std::atomic<long> delivered{0}, inner{0};
-    vrktest::RecordingAppender sink("sink"), passing("passing"), direct("direct");
+    RecordingAppender sink("sink"), passing("passing"), direct("direct");
     sink.onAppend = [&](const std::string& text) {
       ++delivered;
       if (text.rfind("inner", 0) == 0) return;
@@ -80,7 +82,7 @@ TEST(Async, OutlivesWhateverMeets) {
       while (delivered < 20 && !done) std::this_thread::yield();
       if (round % 4 == 3) async.close();
     });
-    vrktest::onThreads(8, [&](int t) {
+    onThreads(8, [&](int t) {
       for (int n = 0; n < 8; ++n) LOG4VRK_INFO(t % 2 == 0 ? logger : other, t << " " << n);
     });
     done = true;
@@ -99,7 +101,7 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
 #endif
-  const vrktest::TempDir dir;
+  const TempDir dir;
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(asyncDocument(dir).c_str()));
   LOGLogger* const logger = LOGManager::getLogger("load");
   std::atomic<bool> done{false};
@@ -114,17 +116,17 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
         LOG4VRKConfigurator::shutdown();
         ::_exit(0);
       }
-      ASSERT_EQ(0, vrktest::statusOf(pid)) << "child " << child;
+      ASSERT_EQ(0, statusOf(pid)) << "child " << child;
     }
     done = true;
   });
-  vrktest::onThreads(4, [&](int t) {
+  onThreads(4, [&](int t) {
     while (!done && counts[t] < 5000) LOG4VRK_INFO(logger, t << " " << ++counts[t] << " end");
   });
   forking.join();
   LOG4VRKConfigurator::shutdown();
   std::map<int, long> last;
-  ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(vrktest::linesWithBackups(dir.file("all.log")), last));
+  ASSERT_NO_FATAL_FAILURE(lastNumbers(linesWithBackups(dir.file("all.log")), last));
   for (int t = 0; t < 4; ++t) EXPECT_EQ(counts[t], last[t]);
   for (int child = 0; child < 1000; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
 }

@@ -1,5 +1,7 @@
 #include "tests/support/Tests.h"
 
+using namespace vrktest;
+
 namespace {
 
 constexpr int THREADS = 8;
@@ -13,7 +15,7 @@ class CountingAppender : public LOGAppenderSkeleton {
 };
 
 TEST(Reconfiguration, LosesAndRepeatsNothingWhileThreadsLog) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const std::string document = dir.write("log.xml", R"(<log4j:configuration>
     <appender name="file" class="RollingFileAppender">
       <param name="File" value=")" + dir.file("all.log") +
@@ -53,7 +55,7 @@ TEST(Reconfiguration, LosesAndRepeatsNothingWhileThreadsLog) {
     ++runs;
   }
   for (std::thread& thread : threads) thread.join();
-  vrktest::expectEachOnceInOrder(vrktest::linesWithBackups(dir.file("all.log")), THREADS, EACH);
+  expectEachOnceInOrder(linesWithBackups(dir.file("all.log")), THREADS, EACH);
   EXPECT_EQ(nullptr, logger->getAppender("counting"));
 }
 

@@ -4,14 +4,14 @@ using namespace vrktest;
 
 namespace {
 
-std::string formatted(const char* pattern, const I18NString& text = "order 17") {
+std::string written(const char* pattern, const I18NString& text = "order 17") {
   LOGPatternLayout layout(pattern);
-  return vrktest::formatted(layout, text);
+  return formatted(layout, text);
 }
 
 std::string formattedActive(LOGLayout& layout, const HookMessage::Hook& hook) {
   HookMessage message("", hook);
-  return vrktest::formatted(layout, &message);
+  return formatted(layout, &message);
 }
 
 }  // namespace
@@ -32,9 +32,9 @@ TEST(PatternLayoutTest, WritesTheItemsOfThePattern) {
       {"[%.2p][%.9p][%.0p][%.4000000000m]", "[FO][INFO][][order 17]"},
       {"[%5.2p][%-5.2p][%-9.17c{2}]", "[   FO][FO   ][shop.Orders]"},
   };
-  for (const auto& [pattern, expected] : CASES) EXPECT_EQ(formatted(pattern), expected) << pattern;
-  EXPECT_EQ(formatted("%d"), formatted("%d{%Y-%m-%d %H:%M:%S,%Q}")) << "local time";
-  EXPECT_EQ(formatted("%-18446744073709551617p|"), "INFO" + std::string(996, ' ') + "|");
+  for (const auto& [pattern, expected] : CASES) EXPECT_EQ(written(pattern), expected) << pattern;
+  EXPECT_EQ(written("%d"), written("%d{%Y-%m-%d %H:%M:%S,%Q}")) << "local time";
+  EXPECT_EQ(written("%-18446744073709551617p|"), "INFO" + std::string(996, ' ') + "|");
 }
 
 TEST(PatternLayoutTest, NeverSplitsACharacter) {
@@ -56,7 +56,7 @@ TEST(PatternLayoutTest, NeverSplitsACharacter) {
       {"[%m]", u"\xD83D", "[\uFFFD]"},
   };
   for (const auto& test : CASES) {
-    EXPECT_EQ(formatted(test.pattern, test.message), test.expected) << test.pattern << " of " << test.expected;
+    EXPECT_EQ(written(test.pattern, test.message), test.expected) << test.pattern << " of " << test.expected;
   }
 }
 
@@ -77,24 +77,24 @@ TEST(PatternLayoutTest, WritesWhatItDoesNotUnderstandAsItStandsAndReportsItOnce)
       {"%c{1", "%c{1", "%c{", 1},
       {"%m %c{-1}", "order 17 %c{-1}", "%c{-1}", 4},
   };
-  formatted("");  // makes the logger, which is noted in the internal log
+  written("");  // makes the logger, which is noted in the internal log
   for (const auto& test : CASES) {
     const InternalLog log;
     LOGPatternLayout layout(test.pattern);
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(vrktest::formatted(layout, "order 17"), test.expected) << test.pattern;
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(formatted(layout, "order 17"), test.expected) << test.pattern;
     EXPECT_EQ(log.text(), std::string("log4vrk:ERROR LOGPatternLayout::setConversionPattern -- [") + test.item +
                               "] at character " + std::to_string(test.position) +
                               " of the pattern is not understood and is written as it stands.\n");
   }
   const InternalLog log;
-  formatted("%Y %m %Y %d{ISO8601}{Nowhere}");
+  written("%Y %m %Y %d{ISO8601}{Nowhere}");
   EXPECT_EQ(log.count("[%Y] at character"), 2);
   EXPECT_EQ(log.count("unknown time zone [Nowhere]"), 1);
 }
 
 TEST(PatternLayoutTest, DoesWithoutEventMessageOrLevel) {
   LOGPatternLayout layout("[%p] %m%n");
-  EXPECT_EQ(vrktest::formatted(layout, nullptr, nullptr), "[] \n");
+  EXPECT_EQ(formatted(layout, nullptr, nullptr), "[] \n");
   const InternalLog log;
   EXPECT_EQ(layout.format(nullptr), I18NString(""));
   EXPECT_EQ(log.text(), "log4vrk:ERROR LOGPatternLayout::format --- Event is NULL.\n");
@@ -109,14 +109,14 @@ TEST(PatternLayoutTest, GoesOnWithoutAMessageThatCannotBeRendered) {
   EXPECT_EQ(log.count("LOGPatternLayout::format -- some i18nstring exception occurred"), 1);
   EXPECT_EQ(log.count("LOGPatternLayout::format -- some VRKThrowable exception occurred"), 1);
   EXPECT_EQ(log.count("LOGPatternLayout::format -- some generic error occurred"), 1);
-  EXPECT_EQ(vrktest::formatted(layout, "fine"), "INFO fine|\n");
+  EXPECT_EQ(formatted(layout, "fine"), "INFO fine|\n");
 }
 
 TEST(PatternLayoutTest, LetsAMessageUseTheLayoutThatWritesIt) {
   LOGPatternLayout layout("%p %m");
   EXPECT_EQ(formattedActive(layout,
                             [&] {
-                              EXPECT_EQ(vrktest::formatted(layout, "inside"), "INFO inside");
+                              EXPECT_EQ(formatted(layout, "inside"), "INFO inside");
                               layout.setConversionPattern("%d{%Y}{UTC} %c{1} [%m]%n");
                             }),
             "2026 Orders []\n");
@@ -130,7 +130,7 @@ TEST(PatternLayoutTest, TakesAnotherPatternWhileOthersLog) {
   onThreads(2, [&](int) {
     for (int n = 0; n < 500; ++n) {
       const LOGGuard guard(layout);
-      const std::string text = vrktest::formatted(layout, "order 17");
+      const std::string text = formatted(layout, "order 17");
       EXPECT_TRUE(text == texts[0] || text == texts[1]) << text;
     }
   });

@@ -63,9 +63,8 @@ TEST(ObjectRendererTest, WritesInNetworkOrderAtTheOffset) {
       {[](unsigned char* b, long* o) { R::writeUTFExt(&cut2, b, o, 6); }, "\0\x05"s + "abcde"},
       {[](unsigned char* b, long* o) { R::writeUTFExt(&cut4, b, o, 7); }, "\0\x04"s + "abcd"},
   };
-  for (const auto& test : CASES) {
-    const Write write = test.first;
-    const std::string& bytes = test.second;
+  for (const auto& [put, bytes] : CASES) {
+    const Write write = put;
     SCOPED_TRACE(testing::PrintToString(bytes));
     unsigned char buffer[] = "####################";
     long offset = 3;

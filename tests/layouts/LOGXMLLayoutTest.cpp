@@ -4,12 +4,7 @@ using namespace vrktest;
 
 namespace {
 
-const struct {
-  LOGLevel* level;
-  const char16_t* message;
-  const char *context, *throwable;
-  int location;
-} EVENTS[] = {
+const std::vector<Row> EVENTS = {
     {LOGLevel::WARN_OBJ, u"disk low", "", "", 0},
     {LOGLevel::INFO_OBJ, u"a < b && \"c\" > d", "request 17", "", 1},
     {LOGLevel::FATAL_OBJ, u"\u041f\u0440\u0438\u0432\u0435\u0442 \u6f22\u5b57 \U0001f600 \xd800 \xdc00.", "",
@@ -25,15 +20,9 @@ TEST(XMLLayoutTest, WritesElementsThatAnXmlParserReads) {
   common.setThreadName("main");
   const InternalLog log;
   std::string text;
-  for (const auto& test : EVENTS) {
-    LOGLoggingEvent event(common);
-    event.setLevel(test.level);
-    event.setRenderedMessage(test.message);
-    event.setThrowableStrRep(test.throwable);
-    if (*test.context != '\0') LOGNDC::push(test.context);
-    layout.setLocationInfo(test.location);
-    text += layout.format(&event).toUtf8();
-    LOGNDC::remove();
+  for (const Row& row : EVENTS) {
+    layout.setLocationInfo(row.location);
+    text += formatted(layout, common, row);
   }
   const std::string time = std::to_string(common.getTimeStamp());
   EXPECT_EQ(text, replaced(replaced(golden("LOGXMLLayout.txt"), "@TIME@", time), "\n", "\r\n"));
@@ -42,9 +31,10 @@ TEST(XMLLayoutTest, WritesElementsThatAnXmlParserReads) {
   const TempDir directory;
   const std::string path = directory.write("log.xml", "<log xmlns:log4j=\"x\">" + text + "</log>");
   const VRKIDOM_NodeList messages = VRKIDOM_Parser().parse(path.c_str()).getElementsByTagName("log4j:message");
-  ASSERT_EQ(messages.getLength(), static_cast<long>(std::size(EVENTS)));
+  ASSERT_EQ(messages.getLength(), static_cast<long>(EVENTS.size()));
   for (long i = 0; i < messages.getLength(); ++i) {
-    EXPECT_EQ(messages.item(i).getChildNodes().item(0).getNodeValue().toUtf8(), I18NString(EVENTS[i].message).toUtf8());
+    EXPECT_EQ(messages.item(i).getChildNodes().item(0).getNodeValue().toUtf8(),
+              I18NString(EVENTS[static_cast<std::size_t>(i)].message).toUtf8());
   }
 }
 

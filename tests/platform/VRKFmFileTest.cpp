@@ -3,9 +3,9 @@
 
 #include "tests/support/Tests.h"
 
-namespace {
+using namespace vrktest;
 
-using vrktest::TempDir;
+namespace {
 
 I18NString text(const std::string& path) { return I18NString(std::string_view(path)); }
 
@@ -52,7 +52,7 @@ TEST(VRKFmFile, AnAttachedFileIsWrittenAtItsEndAndNotClosed) {
 
 // As a terminal that another program has made non-blocking.
 TEST(VRKFmFile, AFullPipeIsWaitedForUntilEverythingIsWritten) {
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   int ends[2];
   ASSERT_TRUE(::pipe(ends) == 0 && ::fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0);
   std::string sent(3000000, '\0'), received;

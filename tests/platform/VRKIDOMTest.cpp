@@ -2,7 +2,7 @@
 
 #include "tests/support/Tests.h"
 
-using vrktest::TempDir;
+using namespace vrktest;
 
 namespace {
 
@@ -186,7 +186,7 @@ TEST(VRKIDOM, ParsesInSeveralThreadsAtOnce) {
   const TempDir directory;
   const std::string good = directory.write("good.xml", "<!DOCTYPE a [<!ENTITY e 'x'>]><a v='&e;'><b/></a>");
   const std::string bad = directory.write("bad.xml", "<a><b></a>");
-  vrktest::onThreads(4, [&](int) {
+  onThreads(4, [&](int) {
     for (int round = 0; round < 50; ++round) {
       EXPECT_EQ(VRKIDOM_Parser().parse(good.c_str()).getDocumentElement().getAttribute("v"), "x");
       EXPECT_NE(failureOf(bad), "parsed");
