@@ -5,6 +5,12 @@ include(GoogleTest)
 set(LOG4VRK_TEST_PROGRAM_DIR "${PROJECT_BINARY_DIR}/tests/programs")
 add_custom_target(log4vrk_test_programs)
 
+# Every test includes tests/support/Tests.h, so it is compiled once. Not with clang, whose clang-tidy reads the includes,
+# and not under ccache, which keeps nothing that was compiled with a precompiled header.
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(LOG4VRK_PRECOMPILE_TESTS ON)
+endif()
+
 # log4vrk_add_test(name sources...): one program; every test in it is a ctest test in a process of its own.
 function(log4vrk_add_test name)
   if(NOT ARGN)
@@ -17,6 +23,9 @@ function(log4vrk_add_test name)
     LOG4VRK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     LOG4VRK_BINARY_DIR="${PROJECT_BINARY_DIR}")
   log4vrk_enable_warnings(${name})
+  if(LOG4VRK_PRECOMPILE_TESTS)
+    target_precompile_headers(${name} REUSE_FROM log4vrk_test_support)
+  endif()
   add_dependencies(${name} log4vrk_test_programs)
   # At ctest's time and not after the build, so that compiling does not run anything.
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)

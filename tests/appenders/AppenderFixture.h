@@ -2,18 +2,7 @@
 
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/core/LOGLevel.h"
-#include "log4vrk/core/LOGLogger.h"
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGLayout.h"
-#include "log4vrk/platform/VRKFault.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 /// An event with a text of its own.
 class TestEvent : public LOGLoggingEvent {

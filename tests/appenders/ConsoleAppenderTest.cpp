@@ -1,8 +1,5 @@
 #include <fcntl.h>
-#include <unistd.h>
 
-#include "log4vrk/appenders/LOGConsoleAppender.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

@@ -1,6 +1,3 @@
-#include "log4vrk/appenders/LOGFileAppender.h"
-#include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

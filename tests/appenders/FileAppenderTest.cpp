@@ -1,10 +1,3 @@
-#include <unistd.h>
-
-#include <functional>
-
-#include "log4vrk/appenders/LOGConsoleAppender.h"
-#include "log4vrk/appenders/LOGRollingFileAppender.h"
-#include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

@@ -1,10 +1,3 @@
-#include <memory>
-
-#include "log4vrk/appenders/LOGDenyAllFilter.h"
-#include "log4vrk/appenders/LOGLevelMatchFilter.h"
-#include "log4vrk/appenders/LOGLevelRangeFilter.h"
-#include "log4vrk/appenders/LOGStringMatchFilter.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

@@ -1,8 +1,4 @@
-#include <functional>
-
-#include "log4vrk/appenders/LOGCountingQuietWriter.h"
 #include "log4vrk/net/LOGWriter.h"
-#include "log4vrk/platform/VRKFmFile.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

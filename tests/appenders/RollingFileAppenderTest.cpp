@@ -1,11 +1,6 @@
-#include <unistd.h>
-
-#include <limits>
-#include <map>
-#include <thread>
-
-#include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "tests/appenders/AppenderFixture.h"
+
+using namespace vrktest;
 
 namespace {
 
@@ -134,12 +129,9 @@ TEST_F(RollingFileAppenderTest, LosesNoEventOfThreadsThatMeetARollOver) {
   WatchedAppender appender(&m_layout, path("log"));
   appender.setMaximumFileSize(600);
   appender.setMaxBackupIndex(10000);
-  const auto write = [&] {
+  onThreads(2, [&](int) {
     for (int i = 0; i < 400; ++i) log(appender, LINE59);
-  };
-  std::thread other(write);
-  write();
-  other.join();
+  });
   std::size_t bytes = 0;
   for (const auto& [suffix, content] : files()) bytes += content.size();
   EXPECT_EQ(bytes, 2u * 400 * 60);

@@ -1,10 +1,8 @@
 // The libraries that a document names. A factory stays for later documents, so that the order of these runs matters.
 
-#include <gtest/gtest.h>
+#include "tests/support/Tests.h"
 
-#include "log4vrk/log4vrk.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/TempDir.h"
+using namespace vrktest;
 
 TEST(FactoryLibrariesTest, MakeTheLoggersOfADocument) {
   VRKConfigurationFactory::getInstance().addLibraryDirectory(LOG4VRK_TEST_PROGRAM_DIR);
@@ -27,7 +25,7 @@ TEST(FactoryLibrariesTest, MakeTheLoggersOfADocument) {
        "log4vrk:ERROR Could not instantiate renderer [Missing].\n",
        "Counted1"},
   };
-  const vrktest::TempDir dir;
+  const TempDir dir;
   for (const auto& run : RUNS) {
     SCOPED_TRACE(run.name);
     const InternalLog log;

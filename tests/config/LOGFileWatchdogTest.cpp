@@ -1,30 +1,11 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <thread>
+#include "tests/support/Tests.h"
 
-#include "log4vrk/config/LOGFileWatchdog.h"
-#include "log4vrk/log4vrk.h"
-#include "tests/support/InternalLog.h"
-#include "tests/support/TempDir.h"
-
-using vrktest::TempDir;
+using namespace vrktest;
 
 namespace {
-
-bool eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (std::chrono::steady_clock::now() < deadline) {
-    if (condition()) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return false;
-}
 
 void setTime(const std::string& path, long seconds) {
   const timespec times[2] = {{seconds, 0}, {seconds, 0}};

@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
-
-#include "log4vrk/config/LOGOptionConverter.h"
-#include "log4vrk/core/LOGLevel.h"
-#include "tests/support/InternalLog.h"
+#include "tests/support/Tests.h"
 
 TEST(OptionConverterTest, KnowsTwoWordsInAnyCaseAndGivesTheDefaultForAllElse) {
   for (int fallback : {0, 1, 7}) {

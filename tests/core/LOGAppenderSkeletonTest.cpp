@@ -1,19 +1,8 @@
-#include <algorithm>
+#include "tests/support/Tests.h"
 
-#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/appenders/LOGErrorHandler.h"
-#include "log4vrk/appenders/LOGFilter.h"
-#include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
-#include "log4vrk/core/LOGHashtable.h"
-#include "log4vrk/layouts/LOGLayout.h"
-#include "tests/support/Doubles.h"
+using namespace vrktest;
 
 namespace {
-
-using vrktest::RecordingAppender;
-using vrktest::Texts;
-using vrktest::Tree;
 
 /// Gives its answers one after the other, the last one for ever.
 class ScriptedFilter : public LOGFilter {
@@ -60,17 +49,11 @@ TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
   };
   for (int round = 0; round < 100; ++round) {
     Closing appender;
-    std::atomic<int> ready{0};
-    const auto write = [&] {
+    onThreads(3, [&](int t) {
+      if (t == 0) return appender.close();
       Event event;
-      ++ready;
       for (int i = 0; i < 20; ++i) appender.doAppend(&event);
-    };
-    std::thread one(write), two(write);
-    while (ready < 2) std::this_thread::yield();
-    appender.close();
-    one.join();
-    two.join();
+    });
   }
 }
 
@@ -158,13 +141,10 @@ TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
   two.setErrorHandler(new LOGErrorHandler);
   LOGLogger logger("a");
   logger.addAppender(&one);
-  std::atomic<bool> done{false};
-  std::thread comparing([&] {
-    while (!done) logger.isAttached(&two);
-  });
-  for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
-  done = true;
-  comparing.join();
+  {
+    const Meanwhile comparing({[&] { logger.isAttached(&two); }});
+    for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
+  }
   const InternalLog log;
   LOGErrorHandler refused;
   VRKFault::arm(VRKFault::LOCK);
@@ -180,7 +160,7 @@ TEST(LOGAppenderAttachableImpl, TakesNullForAnAnswerOnlyWhenItIsEmpty) {
   LOGAppenderAttachableImpl list;
   RecordingAppender appender("x");
   EXPECT_FALSE(list.isAttached(none));
-  EXPECT_NO_THROW(list.removeAppender(none));
+  list.removeAppender(none);
   EXPECT_THROW(list.addAppender(none), VRKAssertError);
   list.addAppender(&appender);
   EXPECT_THROW(list.isAttached(none), VRKAssertError);
@@ -204,7 +184,7 @@ TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHol
 }
 
 TEST(LOGAppenderAttachableImpl, WhileAnAppenderClosesItsLoggerCanBeUsed) {
-  const vrktest::Deadline deadline(60);
+  const Deadline deadline(60);
   for (const bool removing : {false, true}) {
     RecordingAppender slow("slow"), root("root"), late("late");
     Tree tree;

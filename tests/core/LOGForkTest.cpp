@@ -1,50 +1,10 @@
 // Forking while other threads are inside the library.
 
-#include <list>
-#include <map>
-#include <sstream>
+#include "tests/support/Tests.h"
 
-#include "log4vrk/appenders/LOGFileAppender.h"
-#include "log4vrk/config/LOG4VRKConfigurator.h"
-#include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGMessage.h"
-#include "log4vrk/layouts/LOGDefaultRenderer.h"
-#include "log4vrk/layouts/LOGLayout.h"
-#include "log4vrk/layouts/LOGRendererMap.h"
-#include "log4vrk/platform/VRKConfigurationFactory.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+using namespace vrktest;
 
 namespace {
-
-using vrktest::RecordingAppender;
-using vrktest::statusInChild;
-using vrktest::Texts;
-
-/// Threads that do the same again and again until the scope ends.
-class Busy {
- public:
-  explicit Busy(const std::vector<std::function<void()>>& bodies) : m_starting(bodies.size()) {
-    for (const auto& body : bodies) {
-      m_threads.emplace_back([this, body] {
-        body();
-        --m_starting;
-        while (!m_done) body();
-      });
-    }
-    while (m_starting > 0) std::this_thread::yield();
-  }
-  ~Busy() {
-    m_done = true;
-    for (std::thread& thread : m_threads) thread.join();
-  }
-
- private:
-  std::atomic<std::size_t> m_starting;
-  std::atomic<bool> m_done{false};
-  std::vector<std::thread> m_threads;
-};
 
 /// A logger whose appender logs twice for each "outer".
 struct Fork : testing::Test {
@@ -65,10 +25,10 @@ struct Fork : testing::Test {
   }
 
   const Texts ALL{"outer", "inner 1", "inner 2"};
-  const vrktest::Deadline deadline{110};
+  const Deadline deadline{110};
   RecordingAppender appender;
   std::function<void()> onOuter;
-  vrktest::Tree tree;
+  Tree tree;
   LOGLogger* const logger = tree.getLogger("a");
 };
 
@@ -76,7 +36,7 @@ struct Fork : testing::Test {
 
 // Each line is "<writer> <number> end", and no writer's number is missing, torn or there twice.
 TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   LOGLayout layout;
   LOGFileAppender file(&layout, dir.file("all.log").c_str());
   RecordingAppender passing("passing");
@@ -86,17 +46,17 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   long* const counts[] = {&written[0], &written[1], &written[2], &written[3]};
   const auto write = [&](LOGLogger* to, int writer) { LOG4VRK_INFO(to, writer << " " << ++*counts[writer] << " end"); };
   {
-    const Busy busy({[&] { write(logger, 0); },
-                     [&] {
-                       vrktest::HookMessage outer(I18NString("1 ") + ++*counts[1] + " end", [&] { write(logger, 1); });
-                       logger->info(&outer);
-                     },
-                     [&] { write(tree.getLogger(I18NString("new.") + *counts[2] % 1000 + ".logger"), 2); },
-                     [&] {
-                       logger->addAppender(&passing);
-                       write(logger, 3);
-                       logger->removeAppender(&passing);
-                     }});
+    const Meanwhile busy({[&] { write(logger, 0); },
+                          [&] {
+                            HookMessage outer(I18NString("1 ") + ++*counts[1] + " end", [&] { write(logger, 1); });
+                            logger->info(&outer);
+                          },
+                          [&] { write(tree.getLogger(I18NString("new.") + *counts[2] % 1000 + ".logger"), 2); },
+                          [&] {
+                            logger->addAppender(&passing);
+                            write(logger, 3);
+                            logger->removeAppender(&passing);
+                          }});
     for (int child = 101; child <= 300; ++child) {
       const auto logToo = [&] {
         RecordingAppender own("own");
@@ -112,7 +72,7 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   }
   tree.getRootLogger()->removeAppender(&file);
   std::map<int, long> last;
-  ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(vrktest::linesOf(dir.file("all.log")), last));
+  ASSERT_NO_FATAL_FAILURE(lastNumbers(linesOf(dir.file("all.log")), last));
   EXPECT_EQ(last, written);
 }
 
@@ -132,7 +92,7 @@ TEST_F(Fork, ChildrenFindNoLockHeld) {
          delete LOGRendererMap::findAndRender(&object);
        }}};
   for (const auto& [what, body] : CASES) {
-    const Busy busy({body, body});
+    const Meanwhile busy({body, body});
     int status = 0;
     for (int fork = 0; fork < 100 && status == 0; ++fork) status = statusInChild(body, 5);
     EXPECT_EQ(status, 0) << what;
@@ -145,12 +105,12 @@ TEST_F(Fork, FromInsideALogCallTheChildGoesOnLikeItsParent) {
     child = ::fork();
     if (child == 0) ::alarm(20);
   };
-  const Busy busy({[&] { tree.getLogger("a.b.c"); }, [] { LOGLogLog::debug("line"); }});
+  const Meanwhile busy({[&] { tree.getLogger("a.b.c"); }, [] { LOGLogLog::debug("line"); }});
   for (int fork = 0; fork < 50; ++fork) {
     appender.texts.clear();
     logger->info("outer");
     if (child == 0) ::_exit(appender.texts == ALL ? 0 : 1);
-    ASSERT_EQ(vrktest::statusOf(child), 0);
+    ASSERT_EQ(statusOf(child), 0);
     ASSERT_EQ(appender.texts, ALL);
   }
 }
@@ -160,7 +120,7 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
 #ifdef __SANITIZE_THREAD__
   GTEST_SKIP() << "the sanitizer has no new threads after a fork of several";
 #endif
-  const Busy busy({[&] { logger->info("outer"); }, [&] { logger->info("outer"); }});
+  const Meanwhile busy({[&] { logger->info("outer"); }, [&] { logger->info("outer"); }});
   const auto startThreads = [&] {
     std::atomic<int> finished{0};
     std::vector<std::thread> threads;
@@ -169,9 +129,9 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
       threads.emplace_back([&] {
         logger->info("outer");
         ++finished;
-        vrktest::eventually([&] { return finished > 3; });
+        eventually([&] { return finished > 3; });
       });
-      EXPECT_TRUE(vrktest::eventually([&] { return finished == t; }));
+      EXPECT_TRUE(eventually([&] { return finished == t; }));
       EXPECT_EQ(appender.texts, ALL);
     }
     ++finished;
@@ -183,13 +143,13 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
 // As an appender does that starts a program for each event, while the configuration is read anew.
 TEST_F(Fork, FromInsideALogCallDoesNotWaitForAConfigurationThatWaitsForIt) {
   const auto forkWhileConfiguring = [] {
-    const vrktest::TempDir dir;
+    const TempDir dir;
     const std::string document =
         dir.write("log.xml", "<log4j:configuration><logger name='forking'/></log4j:configuration>");
     LOGLogger* const forking = LOGManager::getLogger("forking");
     int forks = 0;
     std::list<RecordingAppender> appenders;  // each run closes and removes the one that it finds
-    const Busy busy({[&] { EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 1); }});
+    const Meanwhile busy({[&] { EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 1); }});
     while (forks < 10) {
       RecordingAppender& next = appenders.emplace_back();
       next.onAppend = [&](const std::string&) { forks += statusInChild([] {}) == 0; };

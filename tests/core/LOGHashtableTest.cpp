@@ -1,12 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
-
-#include "log4vrk/core/LOGHashtable.h"
-#include "log4vrk/core/LOGObject.h"
-#include "log4vrk/platform/VRKFault.h"
-#include "tests/support/InternalLog.h"
+#include "tests/support/Tests.h"
 
 namespace {
 
@@ -15,30 +7,6 @@ int put(LOGHashtable& table, const I18NString& name, LOGObject& value) {
 }
 
 }  // namespace
-
-TEST(LOGHashtable, KeepsHundredsOfEntriesApartWhileItDoubles) {
-  constexpr int COUNT = 500;
-  LOGHashtable table;
-  std::vector<LOGObject> values(COUNT);
-  const auto name = [](int i) { return I18NString("name.") + i; };
-  for (int i = 0; i < COUNT; ++i) {
-    EXPECT_EQ(put(table, name(i), values[static_cast<std::size_t>(i)]), i + 1);
-    EXPECT_EQ(table.capacity(), i < 200 ? 200 : i < 400 ? 400 : 800) << i;
-  }
-  for (int i = 0; i < COUNT; i += 2) EXPECT_EQ(table.remove(name(i)), &values[static_cast<std::size_t>(i)]);
-  for (int i = 0; i < COUNT; ++i) {
-    LOGObject* const value = &values[static_cast<std::size_t>(i)];
-    EXPECT_EQ(table.get(name(i)), i % 2 == 0 ? nullptr : value) << i;
-    EXPECT_EQ(table.contains(value), i % 2 != 0);
-  }
-  const std::unique_ptr<VRKList<LOGLoggerKey*>> keys(table.keys());
-  const std::unique_ptr<VRKList<LOGObject*>> elements(table.elements());
-  auto element = elements->begin();
-  for (LOGLoggerKey* key : *keys) EXPECT_EQ(table.get(key), *element++);
-  EXPECT_TRUE(table.size() == COUNT / 2 && keys->size() == COUNT / 2 && element == elements->end());
-  table.clear();
-  EXPECT_TRUE(table.size() == 0 && table.get("name.1") == nullptr && table.remove("name.1") == nullptr);
-}
 
 TEST(LOGHashtable, ALaterEntryHidesAnEarlierOneAlsoAfterDoubling) {
   ASSERT_TRUE(LOGLoggerKey("Aa").hashCode() == LOGLoggerKey("BB").hashCode() &&

@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
+#include "tests/support/Tests.h"
 
-#include <limits>
-#include <string>
-
-#include "log4vrk/core/LOGLevel.h"
-#include "log4vrk/platform/VRKThrowable.h"
+using namespace vrktest;
 
 namespace {
 
@@ -31,12 +27,7 @@ TEST(LOGLevel, TheSevenAreFoundByRankAndByNameAndOrderedByRank) {
     EXPECT_TRUE(LOGLevel::toLevel(l.name) == l.level && LOGLevel::toLevel(l.otherCase, nullptr) == l.level) << l.name;
     for (const auto& other : LEVELS) EXPECT_EQ(l.level->isGreaterOrEqual(other.level), l.rank >= other.rank);
   }
-  try {
-    LOGLevel::INFO_OBJ->isGreaterOrEqual(nullptr);
-    FAIL();
-  } catch (const VRKAssertError& error) {
-    EXPECT_TRUE(error.getText() == "VRK_ASSERT(otherLevel);" && error.getSource() == "LOGLevel");
-  }
+  EXPECT_EQ(assertionOf([] { LOGLevel::INFO_OBJ->isGreaterOrEqual(nullptr); }), "LOGLevel: VRK_ASSERT(otherLevel);");
 }
 
 TEST(LOGLevel, WhatNamesNoneGivesTheDefault) {

@@ -1,16 +1,13 @@
-#include <filesystem>
+#include "tests/support/Tests.h"
 
-#include "log4vrk/core/LOGLogLog.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+using namespace vrktest;
 
 namespace {
 
 constexpr char SETTINGS[] = "configuration/logdebug.ini";
 
 /// The program beside a directory "configuration".
-struct Probe : vrktest::TempDir {
+struct Probe : TempDir {
   explicit Probe(const char* settings) { write(SETTINGS, settings); }
   void run(const std::string& what) const {
     std::filesystem::create_directory(file("work"));
@@ -69,7 +66,7 @@ TEST(LOGLogLog, EndsWithAShutdownOrAFailureForGood) {
 TEST(LOGLogLog, LinesOfManyThreadsAreWhole) {
   const Probe probe("1");
   probe.run("threads");
-  std::vector<std::string> lines = vrktest::linesOf(probe.file("work/log4vrk.log"));
+  std::vector<std::string> lines = linesOf(probe.file("work/log4vrk.log"));
   for (std::string& line : lines) line.erase(0, std::string("log4vrk: ").size());
-  vrktest::expectEachOnceInOrder(lines, 4, 500);
+  expectEachOnceInOrder(lines, 4, 500);
 }

@@ -1,11 +1,8 @@
 #include <ctime>
 
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/platform/VRKThread.h"
-#include "tests/support/Doubles.h"
+#include "tests/support/Tests.h"
 
-using vrktest::textOf;
-using vrktest::Tree;
+using namespace vrktest;
 
 TEST(LOGLoggingEvent, KeepsWhatWasLoggedAndWhenAlsoInCopies) {
   Tree tree;

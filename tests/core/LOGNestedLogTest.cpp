@@ -1,17 +1,10 @@
 // Log calls that application code makes while the library calls it.
 
-#include "log4vrk/appenders/LOGFilter.h"
-#include "log4vrk/config/LOG4VRKConfigurator.h"
-#include "log4vrk/core/LOGManager.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
 
 namespace {
-
-using vrktest::HookMessage;
-using vrktest::RecordingAppender;
-using vrktest::Texts;
-using vrktest::Tree;
 
 class HookFilter : public LOGFilter {
  public:
@@ -32,7 +25,7 @@ struct NestedLog : testing::Test {
     a->addAppender(&child);
   }
 
-  const vrktest::Deadline deadline{60};
+  const Deadline deadline{60};
   RecordingAppender root{"root"}, child{"child"}, other{"other"};
   Tree tree;
   LOGLogger* const a = tree.getLogger("a");
@@ -50,8 +43,8 @@ TEST_F(NestedLog, IsDeliveredOnceTheOuterCallIsOverWhereverItCameFrom) {
   };
   HookMessage message("outer", inner);
   HookFilter filter(inner);
-  vrktest::HookListener listener([&](auto*, auto*) { inner(); });
-  vrktest::HookFactory factory([&](const I18NString& name) {
+  HookListener listener([&](auto*, auto*) { inner(); });
+  HookFactory factory([&](const I18NString& name) {
     inner();
     return new LOGLogger(name);
   });
@@ -153,7 +146,7 @@ TEST_F(NestedLog, AnEventThatCannotBePutOffIsReported) {
 
 TEST_F(NestedLog, TheLibraryIsNotTakenDownOrConfiguredFromInside) {
   const auto refuse = [this] {
-    const vrktest::TempDir dir;
+    const TempDir dir;
     const std::string document = dir.write("log.xml", "<log4j:configuration threshold='OFF'/>");
     const std::pair<std::function<void()>, std::string> CASES[] = {
         {[&] { tree.shutdown(); }, "LOGHierarchy::shutdown"},
@@ -174,5 +167,5 @@ TEST_F(NestedLog, TheLibraryIsNotTakenDownOrConfiguredFromInside) {
     EXPECT_TRUE(root.closings == 0 && child.closings == 0 && *a->getLevel() == *LOGLevel::INFO_OBJ);
     EXPECT_EQ(LOGManager::getLoggerRepository()->getThreshold(), LOGLevel::ALL_OBJ);
   };
-  EXPECT_EQ(vrktest::statusInChild(refuse), 0);
+  EXPECT_EQ(statusInChild(refuse), 0);
 }

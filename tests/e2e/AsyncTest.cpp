@@ -1,17 +1,8 @@
 // The asynchronous appender under load, reconfiguration and forks.
 
-#include <gtest/gtest.h>
+#include "tests/support/Tests.h"
 
-#include <atomic>
-#include <functional>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "log4vrk/log4vrk.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+using namespace vrktest;
 
 namespace {
 
@@ -21,7 +12,7 @@ constexpr long EACH = 25000;
 constexpr long EACH = 250000;
 #endif
 
-std::string asyncDocument(const vrktest::TempDir& dir) {
+std::string asyncDocument(const TempDir& dir) {
   return dir.write("log.xml", R"(<log4j:configuration>
     <appender name="file" class="RollingFileAppender">
       <param name="File" value=")" +
@@ -35,14 +26,8 @@ std::string asyncDocument(const vrktest::TempDir& dir) {
   </log4j:configuration>)");
 }
 
-void onThreads(int threads, const std::function<void(int)>& body) {
-  std::vector<std::thread> running;
-  for (int t = 0; t < threads; ++t) running.emplace_back([&body, t] { body(t); });
-  for (std::thread& thread : running) thread.join();
-}
-
 TEST(Async, EveryEventArrivesOnceAndInOrder) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const std::string document = asyncDocument(dir);
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
   std::atomic<bool> done{false};
@@ -56,19 +41,19 @@ TEST(Async, EveryEventArrivesOnceAndInOrder) {
   done = true;
   configuring.join();
   LOG4VRKConfigurator::shutdown();
-  vrktest::expectEachOnceInOrder(vrktest::linesWithBackups(dir.file("all.log")), 8, EACH);
+  expectEachOnceInOrder(linesWithBackups(dir.file("all.log")), 8, EACH);
 }
 
 // Everything that may meet, in rounds: threads that log, resizing, appenders that come and go, that log themselves and that raise, and
 // a close in the middle.
 TEST(Async, OutlivesWhateverMeets) {
-  const vrktest::Deadline deadline(110);
+  const Deadline deadline(110);
   for (int round = 0; round < 1000; ++round) {
-    vrktest::Tree tree;
+    Tree tree;
     LOGLogger* const logger = tree.getLogger("a.b");
     LOGLogger* const other = tree.getLogger("a");
     std::atomic<long> delivered{0}, inner{0};
-    vrktest::RecordingAppender sink("sink"), passing("passing"), direct("direct");
+    RecordingAppender sink("sink"), passing("passing"), direct("direct");
     sink.onAppend = [&](const std::string& text) {
       ++delivered;
       if (text.rfind("inner", 0) == 0) return;
@@ -116,7 +101,7 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
 #endif
-  const vrktest::TempDir dir;
+  const TempDir dir;
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(asyncDocument(dir).c_str()));
   LOGLogger* const logger = LOGManager::getLogger("load");
   std::atomic<bool> done{false};
@@ -131,7 +116,7 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
         LOG4VRKConfigurator::shutdown();
         ::_exit(0);
       }
-      ASSERT_EQ(0, vrktest::statusOf(pid)) << "child " << child;
+      ASSERT_EQ(0, statusOf(pid)) << "child " << child;
     }
     done = true;
   });
@@ -141,7 +126,7 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
   forking.join();
   LOG4VRKConfigurator::shutdown();
   std::map<int, long> last;
-  ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(vrktest::linesWithBackups(dir.file("all.log")), last));
+  ASSERT_NO_FATAL_FAILURE(lastNumbers(linesWithBackups(dir.file("all.log")), last));
   for (int t = 0; t < 4; ++t) EXPECT_EQ(counts[t], last[t]);
   for (int child = 0; child < 1000; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
 }

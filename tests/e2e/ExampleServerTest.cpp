@@ -1,13 +1,6 @@
 // The example server does what its document says: renderers, a logger factory and every kind of layout in one program.
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-
-#include "log4vrk/platform/VRKIDOM.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Tests.h"
 
 using namespace vrktest;
 

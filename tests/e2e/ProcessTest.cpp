@@ -1,32 +1,12 @@
 // What belongs to whole processes: crashes, several of them on one file, and what is left after many configurations.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "tests/support/Tests.h"
 
-#include <chrono>
-#include <csignal>
-#include <fstream>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "log4vrk/log4vrk.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+using namespace vrktest;
 
 namespace {
 
 const std::string PROGRAMS = LOG4VRK_TEST_PROGRAM_DIR;
-
-std::string fileDocument(const vrktest::TempDir& dir) {
-  return dir.write("log.xml",
-                   "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
-                       dir.file("all.log") +
-                       "'/><layout class='SimpleLayout'/></appender>"
-                       "<root><level value='INFO'/><appender-ref ref='file'/></root></log4j:configuration>");
-}
 
 pid_t start(const std::vector<std::string>& command) {
   const pid_t child = ::fork();
@@ -39,7 +19,7 @@ pid_t start(const std::vector<std::string>& command) {
 }
 
 TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const std::string document = fileDocument(dir);
   std::mt19937 random(20261121);
   for (int kill = 0; kill < 100; ++kill) {
@@ -51,25 +31,22 @@ TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
       std::ifstream(counter, std::ios::binary).read(reinterpret_cast<char*>(&value), sizeof value);
       return value;
     };
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (returned() == 0 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+    ASSERT_TRUE(eventually([&] { return returned() > 0; }));
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000));
     ::kill(child, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(child, ::waitpid(child, &status, 0));
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the program ended by itself";
+    ASSERT_EQ(-SIGKILL, statusOf(child)) << "the program ended by itself";
     const long count = returned();
     ASSERT_GT(count, 0);
-    const std::vector<std::string> lines = vrktest::linesOf(dir.file("all.log"));
+    const std::vector<std::string> lines = linesOf(dir.file("all.log"));
     ASSERT_GE(static_cast<long>(lines.size()), count);
-    vrktest::expectEachOnceInOrder(lines, 1, static_cast<long>(lines.size()));
+    expectEachOnceInOrder(lines, 1, static_cast<long>(lines.size()));
   }
 }
 
 TEST(Processes, WriteWholeLinesIntoOneFile) {
   constexpr int PROCESSES = 4;
   constexpr long EACH = 5000;
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const std::string document = fileDocument(dir);
   std::vector<pid_t> children;
   for (int p = 0; p < PROCESSES; ++p) {
@@ -83,17 +60,13 @@ TEST(Processes, WriteWholeLinesIntoOneFile) {
     }
     children.push_back(child);
   }
-  for (const pid_t child : children) {
-    int status = 0;
-    ASSERT_EQ(child, ::waitpid(child, &status, 0));
-    ASSERT_EQ(0, status);
-  }
-  vrktest::expectEachOnceInOrder(vrktest::linesOf(dir.file("all.log")), PROCESSES, EACH);
+  for (const pid_t child : children) ASSERT_EQ(0, statusOf(child));
+  expectEachOnceInOrder(linesOf(dir.file("all.log")), PROCESSES, EACH);
 }
 
 // Every kind of object that a document can make. The sanitizer build sees what is not freed at the end.
 TEST(Cycles, LeaveNothingBehind) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   std::string appenders, references;
   for (const char* kind : {"FileAppender", "RollingFileAppender", "ConsoleAppender"}) {
     appenders +=

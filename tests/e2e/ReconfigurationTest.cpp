@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
+#include "tests/support/Tests.h"
 
-#include <atomic>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "log4vrk/log4vrk.h"
-#include "tests/support/Logs.h"
-#include "tests/support/TempDir.h"
+using namespace vrktest;
 
 namespace {
 
@@ -23,7 +15,7 @@ class CountingAppender : public LOGAppenderSkeleton {
 };
 
 TEST(Reconfiguration, LosesAndRepeatsNothingWhileThreadsLog) {
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const std::string document = dir.write("log.xml", R"(<log4j:configuration>
     <appender name="file" class="RollingFileAppender">
       <param name="File" value=")" + dir.file("all.log") +
@@ -63,7 +55,7 @@ TEST(Reconfiguration, LosesAndRepeatsNothingWhileThreadsLog) {
     ++runs;
   }
   for (std::thread& thread : threads) thread.join();
-  vrktest::expectEachOnceInOrder(vrktest::linesWithBackups(dir.file("all.log")), THREADS, EACH);
+  expectEachOnceInOrder(linesWithBackups(dir.file("all.log")), THREADS, EACH);
   EXPECT_EQ(nullptr, logger->getAppender("counting"));
 }
 

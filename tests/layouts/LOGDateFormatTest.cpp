@@ -1,13 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <cstdlib>
-#include <limits>
-#include <string>
 
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGDateFormat.h"
-#include "tests/support/InternalLog.h"
+#include "tests/support/Tests.h"
 
 namespace {
 
@@ -40,8 +33,7 @@ class DateFormatTest : public testing::Test {
 
 TEST_F(DateFormatTest, WritesTheNamedFormatsInEveryZoneAndCentury) {
   const struct {
-    const char* format;
-    const char* zone;
+    const char *format, *zone;
     std::int64_t seconds;
     std::int32_t nanoseconds;
     const char* expected;
@@ -75,8 +67,7 @@ TEST_F(DateFormatTest, FollowsTheChangesOfSummerTime) {
   const struct {
     const char* zone;
     std::int64_t lastSecond;
-    const char* before;
-    const char* after;
+    const char *before, *after;
   } CHANGES[] = {
       {"Europe/Berlin", 1774745999, "2026-03-29 01:59:59 +0100 CET", "2026-03-29 03:00:00 +0200 CEST"},
       {"Europe/London", 1774745999, "2026-03-29 00:59:59 +0000 GMT", "2026-03-29 02:00:00 +0100 BST"},

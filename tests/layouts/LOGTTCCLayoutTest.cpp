@@ -1,126 +1,54 @@
-#include <gtest/gtest.h>
+#include "tests/layouts/Golden.h"
 
-#include <stdexcept>
-#include <string>
-
-#include "log4vrk/core/LOGLevel.h"
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGNDC.h"
-#include "log4vrk/layouts/LOGTTCCLayout.h"
-#include "log4vrk/platform/VRKThrowable.h"
-#include "tests/support/InternalLog.h"
-
-namespace {
-
-// A message that cannot be turned into text.
-class BadMessage : public LOGObject {
- public:
-  enum Kind { TEXT, LIBRARY, FOREIGN };
-
-  explicit BadMessage(Kind kind) : m_kind(kind) {}
-  LOGObject* clone() const override { return new BadMessage(*this); }
-  const I18NString& toString() const override {
-    if (m_kind == TEXT) throw I18NRuntimeError("bad text", VRK_HERE);
-    if (m_kind == LIBRARY) throw VRKThrowable("bad message", VRK_HERE);
-    throw std::runtime_error("bad program");
-  }
-
- private:
-  Kind m_kind;
-};
-
-LOGLoggingEvent eventOf(LOGObject* message, LOGLevel* level = LOGLevel::INFO_OBJ) {
-  LOGLoggingEvent event("LOGLogger", LOGManager::getLogger("app.db"), level, message);
-  event.setThreadName("main");
-  return event;
-}
-
-std::string formatted(LOGLayout& layout, LOGObject* message) {
-  LOGLoggingEvent event = eventOf(message);
-  return layout.format(&event).toUtf8();
-}
-
-std::string formatted(LOGLayout& layout) {
-  LOGObject message("connected");
-  return formatted(layout, &message);
-}
-
-template <typename Operation>
-void expectAssertion(const char* text, const char* source, int line, Operation&& operation) {
-  try {
-    operation();
-    ADD_FAILURE() << text << " was not raised";
-  } catch (const VRKAssertError& error) {
-    EXPECT_EQ(error.getText(), I18NString(text));
-    EXPECT_EQ(error.getSource(), I18NString(source));
-    EXPECT_EQ(error.getLine(), line);
-  }
-}
-
-}  // namespace
+using namespace vrktest;
 
 TEST(LayoutTest, WritesTheMessageAndALineFeed) {
   LOGLayout layout;
   EXPECT_EQ(formatted(layout), "connected\n");
   EXPECT_EQ(formatted(layout, nullptr), "\n");
   EXPECT_EQ(layout.format(nullptr), I18NString("")) << "nothing is left of the line before";
+  EXPECT_EQ(layout.getContentType(), I18NString("text/plain"));
+  I18NString& header = layout.getHeader();
+  EXPECT_TRUE(header.isEmpty() && layout.getFooter().isEmpty());
+  formatted(layout);
+  EXPECT_FALSE(header.isEmpty()) << "there is one result";
 }
 
 TEST(LayoutTest, ReportsAMessageThatCannotBeRendered) {
-  const struct {
-    BadMessage::Kind kind;
-    const char* reported;
-  } CASES[] = {{BadMessage::TEXT, "log4vrk:ERROR LOGLayout::format -- some i18nstring exception occurred "},
-               {BadMessage::LIBRARY, "log4vrk:ERROR LOGLayout::format -- some VRKThrowable exception occurred "},
-               {BadMessage::FOREIGN, "log4vrk:ERROR LOGLayout::format -- some generic error occurred\n"}};
+  const std::pair<HookMessage::Hook, const char*> CASES[] = {
+      {[] { throw I18NRuntimeError("bad text", VRK_HERE); }, "some i18nstring exception occurred "},
+      {[] { throw VRKThrowable("bad message", VRK_HERE); }, "some VRKThrowable exception occurred "},
+      {[] { throw std::runtime_error("bad program"); }, "some generic error occurred\n"}};
   LOGLayout simple;
   LOGTTCCLayout ttcc("NULL");
-  LOGManager::getLogger("app.db");  // its making is reported too
-  for (const auto& test : CASES) {
-    BadMessage message(test.kind);
+  for (const auto& [hook, reported] : CASES) {
+    HookMessage message("", hook);
+    formatted(ttcc);  // the making of its logger is reported too
     const InternalLog simpleLog;
-    if (test.kind == BadMessage::FOREIGN) {
+    if (&hook == &CASES[2].first) {
       EXPECT_THROW(formatted(simple, &message), std::runtime_error);
     } else {
       EXPECT_EQ(formatted(simple, &message), "\n");
     }
-    EXPECT_EQ(simpleLog.text().find(test.reported), 0u) << simpleLog.text();
+    EXPECT_EQ(simpleLog.text().find("log4vrk:ERROR LOGLayout::format -- " + std::string(reported)), 0u);
 
     const InternalLog ttccLog;
-    EXPECT_EQ(formatted(ttcc, &message), "[main] INFO app.db - ") << "the line ends where the error occurred";
+    EXPECT_EQ(formatted(ttcc, &message), "[main] INFO com.acme.shop.Orders - ") << "it ends where the error occurred";
     EXPECT_EQ(ttccLog.text(), "log4vrk: LOGTTCCLayout:format --- an unknown error has occurred.\n");
-  }
-}
-
-TEST(LayoutTest, BothLayoutsHaveThePlainDefaults) {
-  LOGLayout simple;
-  LOGTTCCLayout ttcc;
-  EXPECT_EQ(simple.instanceOf(), I18NString("LOGLayout"));
-  EXPECT_EQ(ttcc.instanceOf(), I18NString("LOGTTCCLayout"));
-  for (LOGLayout* layout : {&simple, static_cast<LOGLayout*>(&ttcc)}) {
-    EXPECT_EQ(layout->getContentType(), I18NString("text/plain"));
-    EXPECT_EQ(layout->getHeader(), I18NString(""));
-    EXPECT_EQ(layout->getFooter(), I18NString(""));
-    EXPECT_EQ(layout->ignoresThrowable(), 1);
-    const LOGObject* object = layout;
-    expectAssertion("VRK_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");", "LOGLayout", 113,
-                    [&] { object->clone(); });
-    I18NString& header = layout->getHeader();
-    formatted(*layout);
-    EXPECT_FALSE(header.isEmpty()) << "there is one result";
   }
 }
 
 TEST(TTCCLayoutTest, WritesWhatTheFlagsAskFor) {
   const struct {
     int thread, context;
-    const char* nested;
-    const char* expected;
+    const char *nested, *expected;
   } CASES[] = {
-      {1, 0, "", "[main] INFO app.db - connected\n"},        {0, 0, "", "INFO app.db - connected\n"},
-      {2, 0, "request", "[main] INFO app.db - connected\n"}, {1, 1, "", "[main] INFO app.db  - connected\n"},
-      {1, 1, "request", "[main] INFO app.db - connected\n"}, {0, -1, "", "INFO app.db  - connected\n"},
+      {1, 0, "", "[main] INFO com.acme.shop.Orders - connected\n"},
+      {0, 0, "", "INFO com.acme.shop.Orders - connected\n"},
+      {2, 0, "request", "[main] INFO com.acme.shop.Orders - connected\n"},
+      {1, 1, "", "[main] INFO com.acme.shop.Orders  - connected\n"},
+      {1, 1, "request", "[main] INFO com.acme.shop.Orders - connected\n"},
+      {0, -1, "", "INFO com.acme.shop.Orders  - connected\n"},
   };
   for (const auto& test : CASES) {
     LOGTTCCLayout layout(LOGDateLayout::NULL_DATE_FORMAT);
@@ -130,21 +58,17 @@ TEST(TTCCLayoutTest, WritesWhatTheFlagsAskFor) {
     if (*test.nested != '\0') LOGNDC::push(test.nested);
     EXPECT_EQ(formatted(layout), test.expected);
     LOGNDC::remove();
-    EXPECT_EQ(layout.getLoggerPrefixing(), 0);
   }
 }
 
 TEST(TTCCLayoutTest, BeginsWithTheDateInTheFormatAndZoneThatWereSet) {
-  const std::string rest = " [main] INFO app.db - connected\n";
+  const std::string rest = " [main] INFO com.acme.shop.Orders - connected\n";
   LOGTTCCLayout layout;
   const std::string line = formatted(layout);
-  EXPECT_GT(line.size(), rest.size()) << "milliseconds by default";
-  EXPECT_EQ(line.substr(line.find_first_not_of("0123456789")), rest);
+  EXPECT_EQ(line.substr(line.find_first_not_of("-0123456789")), rest) << "milliseconds by default";
   layout.setOption("dateformat", "%z");
   layout.setOption("TIMEZONE", "-03:30");
   EXPECT_EQ(formatted(layout), "-0330" + rest);
-  EXPECT_EQ(layout.getDateFormat(), I18NString("%z"));
-  EXPECT_EQ(layout.getTimeZone(), I18NString("-03:30"));
   LOGTimeZone zone{I18NString("+05:30")};
   layout.setDateFormat("%z", &zone);
   EXPECT_EQ(formatted(layout), "+0530" + rest);
@@ -160,12 +84,20 @@ TEST(TTCCLayoutTest, BeginsWithTheDateInTheFormatAndZoneThatWereSet) {
 
 TEST(TTCCLayoutTest, WantsAnEventWithALevelAndNotesAMissingMessage) {
   LOGTTCCLayout layout("NULL");
-  LOGManager::getLogger("app.db");  // its making is reported too
+  formatted(layout);  // the making of its logger is reported too
   const InternalLog log;
-  EXPECT_EQ(formatted(layout, nullptr), "[main] INFO app.db - \n");
+  EXPECT_EQ(formatted(layout, nullptr), "[main] INFO com.acme.shop.Orders - \n");
   EXPECT_EQ(log.text(), "log4vrk: LOGTTCCLayout:format --- getRenderedMessage returned NULL\n\n");
 
-  expectAssertion("VRK_ASSERT(event);", "LOGTTCCLayout", 77, [&] { layout.format(nullptr); });
-  LOGLoggingEvent event = eventOf(nullptr, nullptr);
-  expectAssertion("VRK_ASSERT(logLevel);", "LOGTTCCLayout", 90, [&] { layout.format(&event); });
+  LOGObject* const object = &layout;
+  const std::tuple<std::function<void()>, const char*, long> CASES[] = {
+      {[&] { layout.format(nullptr); }, "LOGTTCCLayout: VRK_ASSERT(event);", 77},
+      {[&] { formatted(layout, nullptr, nullptr); }, "LOGTTCCLayout: VRK_ASSERT(logLevel);", 90},
+      {[&] { object->clone(); },
+       "LOGLayout: VRK_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");", 113}};
+  for (const auto& [call, text, expected] : CASES) {
+    long line = 0;
+    EXPECT_EQ(assertionOf(call, &line), text);
+    EXPECT_EQ(line, expected) << text;
+  }
 }

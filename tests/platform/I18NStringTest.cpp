@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string>
-#include <thread>
-
-#include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/support/Tests.h"
 
 TEST(I18NString, DecodesAndEncodesAndReplacesWhatIsIllFormed) {
   using namespace std::string_view_literals;

@@ -1,12 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <iterator>
-#include <list>
-#include <random>
-#include <utility>
-
-#include "log4vrk/platform/VRKList.h"
+#include "tests/support/Tests.h"
 
 TEST(VRKList, DoesWhatAStandardListDoes) {
   std::mt19937 random(1);

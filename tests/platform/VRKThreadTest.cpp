@@ -1,20 +1,9 @@
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <chrono>
-#include <csignal>
-#include <functional>
-#include <thread>
-#include <utility>
-#include <vector>
+#include "tests/support/Tests.h"
 
-#include "log4vrk/platform/VRKThread.h"
-#include "log4vrk/platform/VRKThreadCriticalSection.h"
-#include "log4vrk/platform/VRKThrowable.h"
-#include "tests/support/Process.h"
+using namespace vrktest;
 
 namespace {
 
@@ -31,25 +20,21 @@ class Runner : public VRKThread {
 }  // namespace
 
 TEST(VRKThreadCriticalSection, ExcludesOthersUntilItsOwnerHasLetGoAsOftenAsItTookIt) {
-  const vrktest::Deadline deadline(60);
+  const Deadline deadline(60);
   VRKThreadCriticalSection section;
   VRKFault::arm(VRKFault::LOCK);
   EXPECT_THROW(const VRKThreadGuard none(section), VRKSystemError);
   VRKFault::disarm();
   long counter = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    // It cannot know that the lock may be taken twice.
-    threads.emplace_back([&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-      for (int i = 0; i < 10000; ++i) {
-        const VRKThreadGuard outer(section);
-        const long before = counter;
-        { const VRKThreadGuard inner(section); }
-        counter = before + 1;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  // It cannot know that the lock may be taken twice.
+  onThreads(4, [&](int) VRK_NO_THREAD_SAFETY_ANALYSIS {
+    for (int i = 0; i < 10000; ++i) {
+      const VRKThreadGuard outer(section);
+      const long before = counter;
+      { const VRKThreadGuard inner(section); }
+      counter = before + 1;
+    }
+  });
   EXPECT_EQ(counter, 40000);
   const VRKThreadGuard held(section);
   VRKThreadCriticalSection copy(section);
@@ -57,7 +42,7 @@ TEST(VRKThreadCriticalSection, ExcludesOthersUntilItsOwnerHasLetGoAsOftenAsItToo
 }
 
 TEST(VRKThread, RunsJoinsAndStartsAgain) {
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   std::atomic<int> runs{0};
   std::atomic<bool> go{false};
   Runner* self = nullptr;
@@ -88,14 +73,14 @@ TEST(VRKThread, UnwindsWhenItIsCancelled) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the undefined-behaviour sanitizer takes the reference to a forced unwind for a null one";
 #endif
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   std::atomic<pthread_t> thread{};
   Runner runner([&] {
     thread = ::pthread_self();
     for (;;) VRKThread::sleep(1000);
   });
   runner.start();
-  ASSERT_TRUE(vrktest::eventually([&] { return thread.load() != pthread_t{}; }));
+  ASSERT_TRUE(eventually([&] { return thread.load() != pthread_t{}; }));
   ::pthread_cancel(thread);
   runner.join();
   EXPECT_FALSE(runner.isAlive());
@@ -113,7 +98,7 @@ TEST(VRKThread, LeavesSignalsToTheProgramsThreads) {
 }
 
 TEST(VRKThread, SleepsAtLeastAsLongAsAskedAndKnowsItsNumber) {
-  const vrktest::Deadline deadline(30);
+  const Deadline deadline(30);
   const auto begin = std::chrono::steady_clock::now();
   VRKStopSignal stop;
   for (const long microseconds : {0L, -1000000L, 20000L}) VRKThread::sleep(microseconds);
@@ -129,5 +114,5 @@ TEST(VRKThread, SleepsAtLeastAsLongAsAskedAndKnowsItsNumber) {
 
   const auto expectOwnNumber = [] { EXPECT_EQ(VRKThread::currentThreadId(), ::syscall(SYS_gettid)); };
   expectOwnNumber();
-  EXPECT_EQ(vrktest::statusInChild(expectOwnNumber), 0);
+  EXPECT_EQ(statusInChild(expectOwnNumber), 0);
 }

@@ -1,12 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
-
-#include "log4vrk/platform/VRKThrowable.h"
+#include "tests/support/Tests.h"
 
 TEST(VRKThrowable, TellsItsClassTextAndWayOnOneLine) {
   const std::string WAY = ", at Low:5, VRK_RETHROW dir.d/Upper:20";

@@ -34,6 +34,18 @@ inline std::string textOf(LOGLoggingEvent& event) {
   return text ? text->toUtf8() : "(null)";
 }
 
+/// Where the assertion stands that `operation` raises, and its text; "none" when it raises none.
+template <typename Operation>
+std::string assertionOf(Operation operation, long* line = nullptr) {
+  try {
+    operation();
+  } catch (const VRKAssertError& error) {
+    if (line != nullptr) *line = error.getLine();
+    return (error.getSource() + ": " + error.getText()).toUtf8();
+  }
+  return "none";
+}
+
 /// Keeps the texts that it was given; the hooks run where a program's own appender has its code.
 class RecordingAppender : public LOGAppenderSkeleton {
  public:

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/TempDir.h"
+
 namespace vrktest {
 
 inline std::vector<std::string> linesOf(const std::string& path) {
@@ -17,6 +19,15 @@ inline std::vector<std::string> linesOf(const std::string& path) {
   std::vector<std::string> lines;
   for (std::string line; std::getline(in, line);) lines.push_back(line);
   return lines;
+}
+
+/// Writes a document that lets the root log to the file all.log in that directory, and returns its path.
+inline std::string fileDocument(const TempDir& dir) {
+  return dir.write("log.xml",
+                   "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
+                       dir.file("all.log") +
+                       "'/><layout class='SimpleLayout'/></appender><root><level value='INFO'/>"
+                       "<appender-ref ref='file'/></root></log4j:configuration>");
 }
 
 /// The lines of a file and its numbered backups, oldest first.

@@ -27,7 +27,9 @@ int main(int argc, char** argv) {
   const int cycles = std::atoi(argv[2]);
   for (int i = 1; i <= cycles; ++i) {
     if (LOG4VRKConfigurator::initialize(argv[1]) == 0) return 1;
+    LOGNDC::push("a text that is too long for a string's own buffer");
     LOGManager::getLogger("cycle.a")->info("cycle");
+    LOGNDC::pop();
     LOG4VRKConfigurator::shutdown();
     if (i == cycles / 10) report();
   }
