@@ -89,6 +89,7 @@
 #include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKListIterator.h"
 #include "log4vrk/platform/VRKOutOfMemoryError.h"
+#include "log4vrk/platform/VRKSocketAddress.h"
 #include "log4vrk/platform/VRKStdExceptionError.h"
 #include "log4vrk/platform/VRKSystemError.h"
 #include "log4vrk/platform/VRKThread.h"
