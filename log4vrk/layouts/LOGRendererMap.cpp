@@ -102,15 +102,6 @@ LOGObjectRenderer* keep(const I18NString& className, LOGObjectRenderer* renderer
   return renderer;
 }
 
-// Notes by which renderer the thread is rendering.
-class Rendering {
- public:
-  explicit Rendering(const LOGObjectRenderer* renderer) { LOGThreadState::current().renderers.push_back(renderer); }
-  ~Rendering() { LOGThreadState::current().renderers.pop_back(); }
-  Rendering(const Rendering&) = delete;
-  Rendering& operator=(const Rendering&) = delete;
-};
-
 bool rendersByItself(const Library& library) {
   const auto& mine = LOGThreadState::current().renderers;
   return std::any_of(library.made.begin(), library.made.end(), [&](const Renderer& made) {
@@ -136,12 +127,17 @@ LOGObjectRenderer* LOGRendererMap::getDefaultRenderer() {
 
 LOGObjectRenderer* LOGRendererMap::searchInterface(const I18NString&) { return getDefaultRenderer(); }
 
+LOGRendererMap::Use::Use(const I18NString& className)
+    : m_share(find(className)), m_renderer(m_share ? m_share.get() : getDefaultRenderer()) {
+  if (m_share) LOGThreadState::current().renderers.push_back(m_renderer);
+}
+
+LOGRendererMap::Use::~Use() {
+  if (m_share) LOGThreadState::current().renderers.pop_back();
+}
+
 I18NString* LOGRendererMap::findAndRender(LOGObject* object) {
-  if (object == nullptr) return nullptr;
-  const Renderer renderer = find(object->instanceOf());
-  if (!renderer) return getDefaultRenderer()->doRender(object);
-  const Rendering rendering(renderer.get());
-  return renderer->doRender(object);
+  return object != nullptr ? Use(object->instanceOf())->doRender(object) : nullptr;
 }
 
 LOGObjectRenderer* LOGRendererMap::getFromListRenderers(const I18NString& className) {
