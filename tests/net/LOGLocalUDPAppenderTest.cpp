@@ -1,3 +1,5 @@
+#include <set>
+
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/layouts/LOGObjectRenderer.h"
 #include "log4vrk/layouts/LOGRendererMap.h"
@@ -68,7 +70,7 @@ class PieceRenderer : public LOGObjectRenderer {
   int texts = 1;
   long bytes = 0;
   long dataLength = 0;
-  int calls = 0;
+  std::atomic<int> calls{0};
   std::function<void()> onWrite;
 };
 
@@ -181,7 +183,7 @@ TEST_F(LocalUDPAppenderTest, NeitherAClosedPortNorABadOneIsNoticed) {
   const Deadline deadline(60);
   const int port = receiver.port();
   receiver.close();
-  for (int i = 0; i < 100; ++i) append("shop", "lost");
+  for (int i = 0; i < 99; ++i) append("shop", "lost");
   UdpReceiver later("127.0.0.1", port);
   append("shop", "found");
   EXPECT_EQ("\0\5found"s, parse(later.next(), sizeof(HEADER) - 1).data);
@@ -224,6 +226,30 @@ TEST_F(LocalUDPAppenderTest, OpensAgainAfterAFailureAndAfterCloseWithOneDescript
   }
   EXPECT_EQ(before, openDescriptors());
   EXPECT_TRUE(receiver.isEmpty());
+}
+
+TEST_F(LocalUDPAppenderTest, ThreadsLogWhileItIsClosedAndCopied) {
+  std::multiset<std::string> expected, received;
+  std::vector<std::thread> threads;
+  for (const std::string letter : {"a", "b"}) {
+    for (int i = 0; i < 100; ++i) expected.insert(letter + "\0\1"s + letter);
+    threads.emplace_back([this, letter] {
+      for (int i = 0; i < 100; ++i) append(letter, letter.c_str());
+    });
+  }
+  LOGLocalUDPAppender copy;
+  for (int i = 0; i < 50; ++i) {
+    appender.close();
+    appender.activateOptions();
+    copy = appender;
+    EXPECT_TRUE(copy == appender);
+  }
+  for (std::thread& thread : threads) thread.join();
+  while (!receiver.isEmpty()) {
+    const Received got = parse(receiver.last(), sizeof(HEADER) - 1);
+    received.insert(got.error + got.name + got.data);
+  }
+  EXPECT_EQ(expected, received);
 }
 
 TEST_F(LocalUDPAppenderTest, ACopyIsEqualAndSendsByItself) {

@@ -1,3 +1,5 @@
+#include <set>
+
 #include "log4vrk/appenders/LOGErrorHandler.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/layouts/LOGLayout.h"
@@ -128,7 +130,7 @@ TEST_F(SyslogDatagramTest, AForkedChildSendsThroughWhatItInherited) {
 TEST_F(SyslogDatagramTest, NobodyListeningCostsNothingAndTheNextListenerHearsAtOnce) {
   receiver.close();
   const Deadline deadline(60);
-  for (int i = 0; i < 100; ++i) append("into the void");
+  for (int i = 0; i < 99; ++i) append("into the void");
   UdpReceiver later(address, 514);
   ASSERT_TRUE(later.isBound());
   append("somebody");
@@ -159,6 +161,25 @@ TEST_F(SyslogDatagramTest, TheHostOfOneIsTheHostOfAllThatAreActivatedLater) {
   EXPECT_EQ("localhost", appender.getSyslogHost());
   append("still here");
   EXPECT_EQ("<8>still here", receiver.next());
+}
+
+TEST_F(SyslogDatagramTest, ThreadsLogWhileHostAndFacilityChange) {
+  std::set<std::string> expected, received;
+  std::vector<std::thread> threads;
+  for (const char letter : {'a', 'b'}) {
+    for (int i = 0; i < 100; ++i) expected.insert(letter + std::to_string(i));
+    threads.emplace_back([this, letter] {
+      for (int i = 0; i < 100; ++i) append((letter + std::to_string(i)).c_str());
+    });
+  }
+  for (int i = 0; i < 50; ++i) {
+    appender.setSyslogHost(address.c_str());
+    appender.setFacility(i % 2 == 0 ? "kern" : "user");
+    appender.activateOptions();
+  }
+  for (std::thread& thread : threads) thread.join();
+  while (!receiver.isEmpty()) received.insert(receiver.last().substr(3));
+  EXPECT_EQ(expected, received);
 }
 
 TEST_F(SyslogDatagramTest, ADocumentNamesHostAndFacility) {

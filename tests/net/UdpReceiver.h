@@ -44,21 +44,24 @@ class UdpReceiver {
 
   /// The next datagram; "(nothing)" when none comes in ten seconds.
   std::string next() { return take(10000); }
-  /// Loopback delivers before a send returns.
+  /// Takes what is there; loopback delivers before a send returns.
   bool isEmpty() { return take(0) == "(nothing)"; }
+  /// What was taken last.
+  const std::string& last() const { return m_last; }
 
  private:
-  std::string take(int milliseconds) {
+  const std::string& take(int milliseconds) {
     pollfd waiting{m_descriptor, POLLIN, 0};
-    if (::poll(&waiting, 1, milliseconds) != 1) return "(nothing)";
-    std::string datagram(70000, '\0');
-    const ssize_t count = ::recv(m_descriptor, datagram.data(), datagram.size(), 0);
-    datagram.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return datagram;
+    if (::poll(&waiting, 1, milliseconds) != 1) return m_last = "(nothing)";
+    m_last.assign(70000, '\0');
+    const ssize_t count = ::recv(m_descriptor, m_last.data(), m_last.size(), 0);
+    m_last.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return m_last;
   }
 
   int m_descriptor = -1;
   int m_port = 0;
+  std::string m_last;
   bool m_bound = false;
 };
 
