@@ -11,15 +11,19 @@
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGRootLogger.h"
+#include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
 
 // Nothing can be created in it, not even by root.
 constexpr char NO_SUCH_FILE[] = "/proc/no-such-directory/log";
+// The system refuses to send to it, because no socket of the library may broadcast.
+constexpr char NOBODY[] = "255.255.255.255";
 
 bool staysInside(const I18NString& appenderClass) {
-  for (const char* name : {"ConsoleAppender", "FileAppender", "RollingFileAppender"}) {
+  for (const char* name : {"ConsoleAppender", "FileAppender", "RollingFileAppender", "SyslogAppender",
+                           "LocalUDPAppender", "LogLocalUDPAppender"}) {
     if (LOGDOMConfigurator::subst(appenderClass) == name) return true;
   }
   return false;
@@ -35,9 +39,11 @@ void disarm(const VRKIDOM_Document& document) {
     if (!staysInside(appender.getAttribute("class"))) appender.setAttribute("class", "ConsoleAppender");
   });
   forEach("param", [](VRKIDOM_Element param) {
-    if (!param.getAttribute("value").isEmpty() && param.getAttribute("name") == "File") {
-      param.setAttribute("value", NO_SUCH_FILE);
-    }
+    if (param.getAttribute("value").isEmpty()) return;
+    const I18NString name = param.getAttribute("name");
+    if (name == "File") param.setAttribute("value", NO_SUCH_FILE);
+    if (name == "Host") param.setAttribute("value", NOBODY);
+    if (name == "Port") param.setAttribute("value", "0");
   });
   forEach("renderer",
           [](VRKIDOM_Element renderer) { renderer.setAttribute("renderingClass", "log4vrkNoSuchRenderer"); });
@@ -66,6 +72,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   // Console appenders write into the void. The fuzzer reports on the error output.
   const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   if (nowhere < 0 || ::dup2(nowhere, STDOUT_FILENO) < 0) std::abort();
+  const LOGSyslogWriter hostOfThoseWithoutOne(NOBODY);
   return 0;
 }
 

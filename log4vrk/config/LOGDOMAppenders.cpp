@@ -22,6 +22,8 @@
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
 #include "log4vrk/layouts/LOGXMLLayout.h"
+#include "log4vrk/net/LOGLocalUDPAppender.h"
+#include "log4vrk/net/LOGSyslogAppender.h"
 
 namespace {
 
@@ -44,6 +46,8 @@ constexpr ClassEntry<LOGAppenderSkeleton> APPENDERS[] = {
     {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
     {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
     {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
+    {"LOGSyslogAppender", &make<LOGAppenderSkeleton, LOGSyslogAppender>},
+    {"LOGLocalUDPAppender", &make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
 };
 
 // Any other class of layout gives a plain one, which is also what LOGSimpleLayout stands for.

@@ -15,6 +15,8 @@
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
 #include "log4vrk/layouts/LOGXMLLayout.h"
+#include "log4vrk/net/LOGLocalUDPAppender.h"
+#include "log4vrk/net/LOGSyslogAppender.h"
 #include "log4vrk/platform/I18NLocale.h"
 
 namespace {
@@ -65,6 +67,12 @@ const Option OPTIONS[] = {
      [](LOGObject& t, const I18NString& v) { as<LOGRollingFileAppender>(t).setMaxBackupIndex(asInteger(v)); }},
     {"LOGRollingFileAppender", "MaximumFileSize", EXACT,
      [](LOGObject& t, const I18NString& v) { as<LOGRollingFileAppender>(t).setMaximumFileSize(asInteger(v)); }},
+    {"LOGSyslogAppender", "Host", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGSyslogAppender>(t).setSyslogHost(v); }},
+    {"LOGSyslogAppender", "Facility", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGSyslogAppender>(t).setFacility(v); }},
+    {"LOGLocalUDPAppender", "Port", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGLocalUDPAppender>(t).setPort(asInteger(v)); }},
     {"LOGTTCCLayout", "DateFormat", ANY_CASE,
      [](LOGObject& t, const I18NString& v) { as<LOGTTCCLayout>(t).setDateFormat(v); }},
     {"LOGTTCCLayout", "TimeZone", ANY_CASE,

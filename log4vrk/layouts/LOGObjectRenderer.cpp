@@ -10,12 +10,7 @@ namespace {
 
 constexpr long LARGEST_LIMIT_WITHOUT_TEXT = 5;
 
-void writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset) {
-  VRK_ASSERT(buffer);
-  VRK_ASSERT(offset);
-  for (int shift = 8 * (count - 1); shift >= 0; shift -= 8)
-    buffer[(*offset)++] = static_cast<unsigned char>(value >> shift);
-}
+thread_local const LOGObjectRenderer::Bound* t_bound = nullptr;
 
 }  // namespace
 
@@ -27,6 +22,29 @@ void LOGObjectRenderer::writeExtHeader(unsigned char*, long*) {}
 void LOGObjectRenderer::writeExtData(LOGObject*, unsigned char*, long*) {}
 
 long LOGObjectRenderer::getDataLength(LOGObject*) { return 0; }
+
+LOGObjectRenderer::Bound::Bound(const unsigned char* buffer, long size)
+    : m_buffer(buffer), m_size(size), m_outer(t_bound) {
+  t_bound = this;
+}
+
+LOGObjectRenderer::Bound::~Bound() { t_bound = m_outer; }
+
+bool LOGObjectRenderer::fits(const unsigned char* buffer, long offset, long count) {
+  if (t_bound == nullptr || buffer < t_bound->m_buffer || buffer > t_bound->m_buffer + t_bound->m_size) return true;
+  return offset <= t_bound->m_size - (buffer - t_bound->m_buffer) - count;
+}
+
+void LOGObjectRenderer::writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset) {
+  VRK_ASSERT(buffer);
+  VRK_ASSERT(offset);
+  if (!fits(buffer, *offset, count)) {
+    *offset += count;
+    return;
+  }
+  for (int shift = 8 * (count - 1); shift >= 0; shift -= 8)
+    buffer[(*offset)++] = static_cast<unsigned char>(value >> shift);
+}
 
 void LOGObjectRenderer::writeByte(unsigned char value, unsigned char* buffer, long* offset) {
   writeBytes(value, 1, buffer, offset);
@@ -60,8 +78,9 @@ void LOGObjectRenderer::writeUTFExt(I18NString* text, unsigned char* buffer, lon
       text != nullptr ? I18NConverter::fromUnicodeStream(*text, static_cast<std::size_t>(std::min(limit, MOST_TEXT)))
                       : std::string();
   writeBytes(bytes.size(), 2, buffer, offset);
-  std::copy(bytes.begin(), bytes.end(), buffer + *offset);
-  *offset += static_cast<long>(bytes.size());
+  const long count = static_cast<long>(bytes.size());
+  if (fits(buffer, *offset, count)) std::copy(bytes.begin(), bytes.end(), buffer + *offset);
+  *offset += count;
 }
 
 LOGDefaultRenderer::LOGDefaultRenderer() { instance("LOGDefaultRenderer"); }

@@ -9,7 +9,8 @@
 /// document names as a renderer exports `extern "C" LOGObjectRenderer* getRenderer()`, which gives a new one.
 ///
 /// The write operations put values into a buffer at `*offset`, most significant byte first, and advance the offset.
-/// They do not know how large the buffer is. A null buffer or offset raises VRKAssertError.
+/// A null buffer or offset raises VRKAssertError. They do not know how large a buffer is, except that of an appender
+/// that sends bytes: what does not fit there is not written, while the offset goes on, and the appender drops the message.
 ///
 /// Thread safety: several threads may render through one renderer at once. The message length belongs to whoever sets
 /// it.
@@ -23,10 +24,12 @@ class LOG4VRK_EXPORT LOGObjectRenderer : public LOGObject {
 
   /// A new text that the caller owns, or null.
   virtual I18NString* doRender(LOGObject* object) = 0;
-  /// The description of the class and the data of an object, for receivers of objects. Nothing, unless overridden.
+  /// The description of the class and the data of an object, for receivers of objects. Nothing, unless overridden. A
+  /// renderer that does not leave writing to the write operations overrides getDataLength() too, and keeps its header
+  /// below 60000 bytes.
   virtual void writeExtHeader(unsigned char* buffer, long* offset);
   virtual void writeExtData(LOGObject* object, unsigned char* buffer, long* offset);
-  /// How many bytes writeExtData() will write, 0 when that is not known.
+  /// How many bytes writeExtData() will write, 0 when that is not known. It is not called for more than there is room.
   virtual long getDataLength(LOGObject* object);
 
   unsigned long getMessageLength() const { return m_messageLength; }
@@ -44,6 +47,25 @@ class LOG4VRK_EXPORT LOGObjectRenderer : public LOGObject {
   /// of 5 or less writes nothing at all.
   static void writeUTFExt(I18NString* text, unsigned char* buffer, long* offset, long limit);
 
+  /// For its life the calling thread's write operations know how large one buffer is.
+  class LOG4VRK_EXPORT Bound {
+   public:
+    Bound(const unsigned char* buffer, long size);
+    ~Bound();
+    Bound(const Bound&) = delete;
+    Bound& operator=(const Bound&) = delete;
+
+   private:
+    friend class LOGObjectRenderer;
+
+    const unsigned char* const m_buffer;
+    const long m_size;
+    const Bound* const m_outer;
+  };
+
  private:
+  static bool fits(const unsigned char* buffer, long offset, long count);
+  static void writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset);
+
   unsigned long m_messageLength = 0;
 };

@@ -102,15 +102,6 @@ LOGObjectRenderer* keep(const I18NString& className, LOGObjectRenderer* renderer
   return renderer;
 }
 
-// Notes by which renderer the thread is rendering.
-class Rendering {
- public:
-  explicit Rendering(const LOGObjectRenderer* renderer) { LOGThreadState::current().renderers.push_back(renderer); }
-  ~Rendering() { LOGThreadState::current().renderers.pop_back(); }
-  Rendering(const Rendering&) = delete;
-  Rendering& operator=(const Rendering&) = delete;
-};
-
 bool rendersByItself(const Library& library) {
   const auto& mine = LOGThreadState::current().renderers;
   return std::any_of(library.made.begin(), library.made.end(), [&](const Renderer& made) {
@@ -136,6 +127,15 @@ LOGObjectRenderer* LOGRendererMap::getDefaultRenderer() {
 
 LOGObjectRenderer* LOGRendererMap::searchInterface(const I18NString&) { return getDefaultRenderer(); }
 
+LOGRendererMap::Use::Use(const I18NString& className)
+    : m_share(find(className)), m_renderer(m_share ? m_share.get() : getDefaultRenderer()) {
+  if (m_share) LOGThreadState::current().renderers.push_back(m_renderer);
+}
+
+LOGRendererMap::Use::~Use() {
+  if (m_share) LOGThreadState::current().renderers.pop_back();
+}
+
 I18NString* LOGRendererMap::findAndRender(LOGObject* object) {
   if (object == nullptr) return nullptr;
   std::unique_ptr<I18NString> made;
@@ -145,9 +145,8 @@ I18NString* LOGRendererMap::findAndRender(LOGObject* object) {
 
 const I18NString* LOGRendererMap::findAndRender(LOGObject* object, std::unique_ptr<I18NString>& made) {
   if (object == nullptr) return nullptr;
-  const Renderer renderer = find(object->instanceOf());
-  if (!renderer) return &object->toString();
-  const Rendering rendering(renderer.get());
+  const Use renderer(object->instanceOf());
+  if (renderer.isDefault()) return &object->toString();
   made.reset(renderer->doRender(object));
   return made.get();
 }

@@ -33,6 +33,24 @@ class LOG4VRK_EXPORT LOGRendererMap {
   /// The renderer that was put for the class, or the default one.
   static LOGObjectRenderer* getFromListRenderers(const I18NString& className);
   static LOGObjectRenderer* getFromListRenderers(LOGObject* object);
+
+  /// The same for the life of a scope in which a thread renders: until its end the renderer is not freed, whoever
+  /// replaces it or clears the map.
+  class LOG4VRK_EXPORT Use {
+   public:
+    explicit Use(const I18NString& className);
+    ~Use();
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+    LOGObjectRenderer* operator->() const { return m_renderer; }
+    bool isDefault() const { return m_share == nullptr; }
+
+   private:
+    const std::shared_ptr<LOGObjectRenderer> m_share;  // null when it is the default renderer
+    LOGObjectRenderer* const m_renderer;
+  };
+
   static LOGObjectRenderer* getDefaultRenderer();
   /// The default renderer, whatever the name.
   static LOGObjectRenderer* searchInterface(const I18NString& className);

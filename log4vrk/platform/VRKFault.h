@@ -23,6 +23,8 @@ class LOG4VRK_EXPORT VRKFault {
     FILE_RENAME,
     FILE_REMOVE,
     FILE_ATTACH,
+    SOCKET_OPEN,
+    SOCKET_MODE,
     POINTS
   };
 

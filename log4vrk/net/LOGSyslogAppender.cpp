@@ -1,0 +1,152 @@
+#include "log4vrk/net/LOGSyslogAppender.h"
+
+#include <utility>
+
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/net/LOGSyslogQuietWriter.h"
+#include "log4vrk/net/LOGSyslogWriter.h"
+#include "log4vrk/platform/I18NLocale.h"
+
+namespace {
+
+constexpr int USER = 8;
+constexpr int UNKNOWN = -1;
+
+}  // namespace
+
+struct LOGSyslogAppender::Facility {
+  const char* name;
+  int code;
+};
+
+const LOGSyslogAppender::Facility LOGSyslogAppender::FACILITIES[] = {
+    {"kern", 0},      {"user", USER},  {"mail", 16},    {"daemon", 24},  {"auth", 32},
+    {"syslog", 40},   {"lpr", 48},     {"news", 56},    {"uucp", 64},    {"cron", 72},
+    {"authpriv", 80}, {"ftp", 88},     {"local0", 128}, {"local1", 136}, {"local2", 144},
+    {"local3", 152},  {"local4", 160}, {"local5", 168}, {"local6", 176}, {"local7", 184},
+};
+
+const I18NString& LOGSyslogAppender::TAB = vrkImmortal<I18NString>("    ");
+
+LOGSyslogAppender::LOGSyslogAppender() : m_facility(USER), m_facilityString("user:") {
+  instance("LOGSyslogAppender");
+  LOGAppenderSkeleton::setName("LOGSyslogAppender");
+}
+
+LOGSyslogAppender::~LOGSyslogAppender() = default;
+
+int LOGSyslogAppender::getFacility(const I18NString& name) {
+  for (const Facility& facility : FACILITIES) {
+    if (vrkEqualIgnoringCase(name, facility.name)) return facility.code;
+  }
+  return UNKNOWN;
+}
+
+I18NString LOGSyslogAppender::getFacilityString(int code) {
+  for (const Facility& facility : FACILITIES) {
+    if (facility.code == code) return facility.name;
+  }
+  return I18NString();
+}
+
+void LOGSyslogAppender::setFacility(const I18NString& name) {
+  if (name.isEmpty()) return;
+  const int code = getFacility(name);
+  const LOGGuard guard(*this);
+  m_facility = code == UNKNOWN ? USER : code;
+  m_facilityString = getFacilityString(m_facility) + ":";
+  if (m_qw) m_qw->setFacility(m_facility);
+}
+
+I18NString LOGSyslogAppender::getFacility() const {
+  const LOGGuard guard(*this);
+  return getFacilityString(m_facility);
+}
+
+void LOGSyslogAppender::setFacilityPrinting(int printing) {
+  const LOGGuard guard(*this);
+  m_facilityPrinting = printing;
+}
+
+int LOGSyslogAppender::getFacilityPrinting() const {
+  const LOGGuard guard(*this);
+  return m_facilityPrinting;
+}
+
+void LOGSyslogAppender::setSyslogHost(const I18NString& host) {
+  const LOGGuard guard(*this);
+  openWriter(host);
+}
+
+I18NString LOGSyslogAppender::getSyslogHost() const { return LOGSyslogWriter::getSyslogHost(); }
+
+void LOGSyslogAppender::activateOptions() {
+  if (m_active.load(std::memory_order_acquire) || getClosed() == 1) return;
+  const LOGGuard guard(*this);
+  if (!m_qw && getClosed() != 1) openWriter(LOGSyslogWriter::getSyslogHost());
+}
+
+void LOGSyslogAppender::openWriter(const I18NString& host) {
+  std::unique_ptr<LOGSyslogWriter> writer(vrkNew<LOGSyslogWriter>(VRK_HERE, host));
+  writer->init();
+  m_qw.reset(vrkNew<LOGSyslogQuietWriter>(VRK_HERE, writer.get(), m_facility, getErrorHandler()));
+  m_writer = std::move(writer);
+  m_active.store(true, std::memory_order_release);
+}
+
+bool LOGSyslogAppender::requiresLayout() { return true; }
+
+void LOGSyslogAppender::append(LOGLoggingEvent* event) {
+  VRK_ASSERT(event);
+  try {
+    const LOGGuard guard(*this);
+    logContain("LOGSyslogAppender::append --- An unknown exception occurred.",
+               [&]() VRK_NO_THREAD_SAFETY_ANALYSIS { send(*event); });
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error("LOGSyslogAppender::append --- enable to lock mutex.", error);
+  }
+}
+
+void LOGSyslogAppender::send(LOGLoggingEvent& event) {
+  if (!isAsSevereAsThreshold(event.getLevel())) return;
+  if (!m_qw) {
+    LOGLogLog::error("No syslog host is set for LOGSyslogAppedender named [" + getName() + "].");
+    return;
+  }
+  LOGLayout* const layout = getLayout();
+  if (layout == nullptr) {
+    LOGLogLog::debug("LOGSyslogAppender::append --- m_layout is NULL. append canceled");
+    return;
+  }
+  const LOGLevel* const logLevel = event.getLevel();
+  VRK_ASSERT(logLevel);
+  m_qw->setErrorHandler(getErrorHandler());
+  m_qw->setLevel(logLevel->getSyslogEquivalent());
+  sendMessage(event, *layout);
+  if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());
+}
+
+void LOGSyslogAppender::sendMessage(LOGLoggingEvent& event, LOGLayout& layout) {
+  // Sent from the layout's own buffer, as far as nothing stands in front.
+  const LOGGuard guard(layout);
+  if (m_facilityPrinting != 1) {
+    m_qw->write(layout.format(&event));
+    return;
+  }
+  m_message = m_facilityString;
+  m_message += layout.format(&event);
+  m_qw->write(m_message);
+}
+
+void LOGSyslogAppender::close() {
+  logContain("LOGSyslogAppender::close ---- Unable to lock mutex.", [&] {
+    const LOGGuard guard(*this);
+    setClosed(1);
+    m_active = false;
+    m_qw.reset();
+    m_writer.reset();
+  });
+}

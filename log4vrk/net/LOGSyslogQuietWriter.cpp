@@ -1,0 +1,38 @@
+#include "log4vrk/net/LOGSyslogQuietWriter.h"
+
+#include "log4vrk/appenders/LOGErrorHandler.h"
+#include "log4vrk/net/LOGSyslogWriter.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+LOGSyslogQuietWriter::LOGSyslogQuietWriter(LOGSyslogWriter* writer, int facility, LOGErrorHandler* errorHandler)
+    : LOGQuietWriter(writer, errorHandler), m_facility(facility) {}
+
+LOGSyslogQuietWriter::~LOGSyslogQuietWriter() = default;
+
+void LOGSyslogQuietWriter::write(const I18NString& text) {
+  try {
+    m_line.clear();
+    m_line += '<';
+    m_line += m_facility;
+    m_line += '>';
+    m_line += text;
+    LOGQuietWriter::write(m_line);
+  } catch (const std::exception& error) {
+    reportFailure(error.what());
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    reportFailure("unknown error");
+  }
+}
+
+void LOGSyslogQuietWriter::reportFailure(const char* description) {
+  if (getErrorHandler() == nullptr) return;
+  try {
+    getErrorHandler()->error(description);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    // The failure of a failure has nowhere to go.
+  }
+}

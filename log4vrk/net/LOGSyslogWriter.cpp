@@ -1,0 +1,62 @@
+#include "log4vrk/net/LOGSyslogWriter.h"
+
+#include <algorithm>
+
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/platform/VRKThrowable.h"
+
+namespace {
+
+constexpr long SYSLOG_PORT = 514;
+
+VRKMutex g_mutex;
+I18NString& g_syslogHost VRK_GUARDED_BY(g_mutex) = vrkImmortal<I18NString>();
+
+void setSyslogHost(const I18NString& host) {
+  const LOGLeafGuard guard(g_mutex);
+  g_syslogHost = host;
+}
+
+// "localhost" from now on when there was none.
+I18NString hostToUse() {
+  const LOGLeafGuard guard(g_mutex);
+  if (g_syslogHost.isEmpty()) g_syslogHost = "localhost";
+  return g_syslogHost;
+}
+
+}  // namespace
+
+LOGSyslogWriter::LOGSyslogWriter(const I18NString& host) { setSyslogHost(host); }
+
+LOGSyslogWriter::~LOGSyslogWriter() = default;
+
+I18NString LOGSyslogWriter::getSyslogHost() {
+  const LOGLeafGuard guard(g_mutex);
+  return g_syslogHost;
+}
+
+void LOGSyslogWriter::init() {
+  VRKSocketAddress local(VRKSocketAddress::BUILT_IN_INTERFACE);
+  VRKSocketAddress destination(VRKSocketAddress::BUILT_IN_INTERFACE);
+  // First, because the socket must be of the destination's family.
+  const bool known = destination.resolve(hostToUse(), SYSLOG_PORT, false);
+  local.resolve(I18NString(), 0, true, known ? destination.getFamily() : VRKSocketAddress::ANY_FAMILY);
+  if (!m_socket.open(local)) return;
+  if (!known) LOGLogLog::error("LOGSyslogWriter::init --- Error in converting address.");
+  m_socket.setDestination(destination);
+  if (!m_socket.setNonBlocking()) LOGLogLog::error("LOGSyslogWriter::init --- fcntl function failed");
+}
+
+void LOGSyslogWriter::write(const I18NString& text) {
+  m_bytes.clear();
+  text.appendUtf8To(m_bytes);
+  if (m_socket.send(m_bytes.data(), std::min(text.length(), m_bytes.size()))) return;
+  // The wrong way round on purpose: existing tools look for the lines as they are.
+  const I18NString host = getSyslogHost();
+  if (host.isEmpty()) {
+    LOGLogLog::error("LOGSyslogWriter::write --- Could not send data to " + host);
+  } else {
+    LOGLogLog::error("LOGSyslogWriter::write --- Could not send data to the localhost");
+  }
+}

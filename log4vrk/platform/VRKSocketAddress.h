@@ -1,0 +1,48 @@
+// Where a socket is bound, or sends to.
+
+#pragma once
+
+#include <vector>
+
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
+
+/// An IPv4 or IPv6 address with a port. Names are looked up by the interface that it is made with;
+/// "VOK_Crypto_Interface" is the built-in one, which asks the system's resolver. Any other knows no name at all.
+///
+/// Thread safety: not thread-safe; a copy is independent.
+/// Errors: none is raised; what cannot be resolved has the family INVALID_FAMILY.
+class LOG4VRK_EXPORT VRKSocketAddress {
+ public:
+  static constexpr unsigned short ANY_FAMILY = 0;
+  static constexpr unsigned short INVALID_FAMILY = 0xFFFF;
+  static constexpr const char* BUILT_IN_INTERFACE = "VOK_Crypto_Interface";
+
+  explicit VRKSocketAddress(const I18NString& interfaceName) : m_interface(interfaceName) {}
+
+  /// May block, as the system's resolver does. An empty host is the wildcard address when `passive`, else this machine.
+  /// Of several addresses it takes the first of IPv4, which a listener on either family hears, and one of IPv6 when
+  /// there is no other. `port` is 0 to 65535. `family` restricts the search to one family, as getFamily() names it.
+  bool resolve(const I18NString& host, long port, bool passive, unsigned short family = ANY_FAMILY);
+
+  /// All addresses of a name, in the order in which they should be tried: for streams, where a connection that is
+  /// refused leads to the next. Empty when there is none.
+  static std::vector<VRKSocketAddress> resolveAll(const I18NString& interfaceName, const I18NString& host, long port);
+
+  bool isValid() const { return m_family != INVALID_FAMILY; }
+  /// The system's number of the family.
+  unsigned short getFamily() const { return m_family; }
+  /// The system's form of the address; zeros when it is not valid.
+  const void* getAddress() const { return m_bytes; }
+  /// Bytes in use of getAddress(): 16 for IPv4, 28 for IPv6.
+  unsigned getLength() const;
+
+ private:
+  static constexpr unsigned SPACE = 128;  // for an address of any family
+
+  void store(const void* address, unsigned length, unsigned short family);
+
+  I18NString m_interface;
+  unsigned short m_family = INVALID_FAMILY;
+  alignas(8) unsigned char m_bytes[SPACE] = {};
+};

@@ -1,0 +1,73 @@
+// What a datagram appender has sent.
+
+#pragma once
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <iterator>
+#include <string>
+
+namespace vrktest {
+
+/// A socket on a loopback address, closed again by close().
+class UdpReceiver {
+ public:
+  /// Port 0 is any free one.
+  explicit UdpReceiver(const std::string& address = "127.0.0.1", int port = 0) {
+    m_descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const int size = 1 << 20;
+    ::setsockopt(m_descriptor, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+    sockaddr_in name{};
+    name.sin_family = AF_INET;
+    name.sin_port = htons(static_cast<in_port_t>(port));
+    ::inet_pton(AF_INET, address.c_str(), &name.sin_addr);
+    socklen_t length = sizeof name;
+    m_bound = ::bind(m_descriptor, reinterpret_cast<sockaddr*>(&name), length) == 0;
+    ::getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&name), &length);
+    m_port = ntohs(name.sin_port);
+  }
+  ~UdpReceiver() { close(); }
+  UdpReceiver(const UdpReceiver&) = delete;
+  UdpReceiver& operator=(const UdpReceiver&) = delete;
+
+  bool isBound() const { return m_bound; }
+  int port() const { return m_port; }
+  void close() {
+    if (m_descriptor >= 0) ::close(m_descriptor);
+    m_descriptor = -1;
+  }
+
+  /// The next datagram; "(nothing)" when none comes in ten seconds.
+  std::string next() { return take(10000); }
+  /// Takes what is there; loopback delivers before a send returns.
+  bool isEmpty() { return take(0) == "(nothing)"; }
+  /// What was taken last.
+  const std::string& last() const { return m_last; }
+
+ private:
+  const std::string& take(int milliseconds) {
+    pollfd waiting{m_descriptor, POLLIN, 0};
+    if (::poll(&waiting, 1, milliseconds) != 1) return m_last = "(nothing)";
+    m_last.assign(70000, '\0');
+    const ssize_t count = ::recv(m_descriptor, m_last.data(), m_last.size(), 0);
+    m_last.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return m_last;
+  }
+
+  int m_descriptor = -1;
+  int m_port = 0;
+  std::string m_last;
+  bool m_bound = false;
+};
+
+/// How many descriptors this process has open.
+inline long openDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+}
+
+}  // namespace vrktest
