@@ -120,11 +120,7 @@ long VRKFmFile::seekFromEnd(long offset) {
   return 0;
 }
 
-long VRKFmFile::write(const I18NString& text) {
-  I18NUtf8Buffer utf8;
-  utf8.append(text);
-  return write(utf8.view());
-}
+long VRKFmFile::write(const I18NString& text) { return write(std::string_view(text.toUtf8())); }
 
 long VRKFmFile::write(std::string_view bytes) {
   const std::size_t limit = std::max(g_exiting ? 0 : m_bufferSize, m_holding ? MOST_HELD_BACK : 0);

@@ -40,6 +40,7 @@ class LOG4VRK_EXPORT VRKFmFile {
   long seekFromEnd(long offset);
   /// The number of bytes written, all of them, or -1: then they are lost, and with them what had been collected.
   long write(std::string_view bytes);
+  long write(const char* bytes, long count) { return write({bytes, static_cast<std::size_t>(count)}); }
   /// The same of a text, in UTF-8.
   long write(const I18NString& text);
   /// Writes what the buffer holds; the disk is not waited for. 0 on failure.

@@ -17,8 +17,8 @@
 namespace {
 
 // What an enabled, synchronous call to a file takes today. More is a fault; less is to be written down here.
-constexpr long ENABLED_ALLOCATIONS = 12;
-constexpr long ENABLED_LOCKS = 4;
+constexpr long ENABLED_ALLOCATIONS = 0;
+constexpr long ENABLED_LOCKS = 3;
 
 std::atomic<long> allocations{0};
 std::atomic<long> locks{0};

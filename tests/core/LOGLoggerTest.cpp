@@ -175,6 +175,7 @@ TEST(LOGLogger, WhatCannotBeLockedIsReportedUnderTheOperationsNameAndRaised) {
   RecordingAppender appender("x");
   Tree tree;
   LOGLogger& logger = *tree.getLogger("a");
+  logger.addAppender(&appender);
   LOGLoggingEvent event("LOGLogger", &logger, LOGLevel::INFO_OBJ, nullptr);
   const std::pair<std::string, std::function<void()>> CASES[] = {
       {"LOGHierarchy::getLogger", [&] { tree.getLogger("new"); }},
