@@ -6,6 +6,7 @@
 #include "log4vrk/appenders/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGHashtable.h"
+#include "log4vrk/core/LOGThreadState.h"
 
 LOGAppender::~LOGAppender() = default;
 LOGAppenderAttachable::~LOGAppenderAttachable() = default;
@@ -67,6 +68,7 @@ void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
   const auto found =
       std::find_if(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return a.appender == appender; });
   if (found == m_attached.end()) return;
+  if (m_holdsBack) appender->release();
   if (m_loops > 0) m_removed.push_back(*found);
   m_attached.erase(found);
   m_any.store(!m_attached.empty(), std::memory_order_release);
@@ -133,4 +135,15 @@ int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
     if (next < m_attached.size() && m_attached[next].appender == called) ++next;
   }
   return static_cast<int>(m_attached.size());
+}
+
+LOGAppenderAttachableImpl::HoldingBack::HoldingBack(LOGAppenderAttachableImpl& container)
+    : m_container(container), m_all(!container.m_attached.empty()) {
+  LOGThreadState::current().holdsBack = container.m_holdsBack = true;
+  for (const Attached& attached : container.m_attached) m_all = attached.appender->holdBack() && m_all;
+}
+
+LOGAppenderAttachableImpl::HoldingBack::~HoldingBack() {
+  LOGThreadState::current().holdsBack = m_container.m_holdsBack = false;
+  for (const Attached& attached : m_container.m_attached) attached.appender->release();
 }

@@ -47,6 +47,22 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// The one thing to ask without the lock. False is the answer as of some moment during the call.
   bool mayHaveAppenders() const { return m_any.load(std::memory_order_acquire); }
 
+  /// For its life, on a dispatcher thread and under the lock, the attached appenders may hold back what the thread appends.
+  class HoldingBack {
+   public:
+    explicit HoldingBack(LOGAppenderAttachableImpl& container);
+    ~HoldingBack();
+    HoldingBack(const HoldingBack&) = delete;
+    HoldingBack& operator=(const HoldingBack&) = delete;
+
+    /// Whether there are appenders and all of them do.
+    bool all() const { return m_all; }
+
+   private:
+    LOGAppenderAttachableImpl& m_container;
+    bool m_all;
+  };
+
   // The steps of removeAllAppenders for a user who must not hold a lock while appenders close.
   Snapshot snapshot() const { return m_attached; }
   /// Closes every one, then raises what the first failure raised.
@@ -61,5 +77,6 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   Snapshot m_attached;       // the same appenders in the same order
   Snapshot m_removed;        // while a loop may be in the middle of one of them
   int m_loops = 0;
+  bool m_holdsBack = false;
   std::atomic<bool> m_any{false};
 };

@@ -58,6 +58,11 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   /// Stale appenders are made anew when a configuration next refers to them. There is no way back.
   void markAsStale() { m_stale = 1; }
   bool isStale() const { return m_stale == 1; }
+  // For dispatcher threads, which hand over many events at once. From the first call to the second an appender need not let go of
+  // each event before append() returns, if it is the calling thread that appends; it returns whether it makes use of that. An
+  // appender is released as often as it was told to hold back, or more often.
+  virtual bool holdBack() { return false; }
+  virtual void release() {}
   /// Closes the appender unless it is closed.
   void finalize();
 

@@ -2,10 +2,12 @@
 
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
 #include "log4vrk/appenders/LOGDispatcher.h"
+#include "log4vrk/appenders/LOGEventPool.h"
 #include "log4vrk/appenders/LOGPolling.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGThreadState.h"
 #include "log4vrk/platform/VRKNoCancellation.h"
 #include "log4vrk/platform/VRKThread.h"
 
@@ -36,6 +38,7 @@ LOGAsyncAppender::LOGAsyncAppender()
     : LOGAppenderSkeleton(WITHOUT_LOCK),
       m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)),
       m_appending(std::make_shared<std::atomic<int>>(0)),
+      m_pool(std::make_shared<LOGEventPool>()),
       m_forks(VRKThread::forks()) {
   instance("LOGAsyncAppender");
   setClosed(1);
@@ -74,6 +77,7 @@ void LOGAsyncAppender::activateOptions() {
 void LOGAsyncAppender::start() {
   if (m_forks != VRKThread::forks()) {
     discard(*m_queue);
+    m_pool = std::make_shared<LOGEventPool>();  // the parent's may have been caught in the middle of a step
     *m_appending = 0;
     m_dispatcher = std::make_unique<LOGDispatcher>(m_queue, this);
     m_forks = VRKThread::forks();
@@ -111,9 +115,9 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
   for (;;) {
     const bool neverWaits = queue.getMaxSize() == 0 || getClosed() != 0 || LOGDeferral::mustNotWait();
     if (putCopy(queue, *event, neverWaits) || neverWaits) return;
-    if (polling.sleeps()) LOGLogLog::debug("Waiting for free space in buffer, ");
+    if (polling.beginsPeriod()) LOGLogLog::debug("Waiting for free space in buffer, ");
     try {
-      polling.wait();
+      polling.waitShortly();
     } catch (const VRKThrowable&) {
       LOGLogLog::warn(m_interrupted.exchange(1) == 0 ? "AsyncAppender interrupted."
                                                      : "AsyncAppender interrupted again.");
@@ -121,13 +125,24 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
   }
 }
 
-// Tests and puts in one step, because another thread may resize the queue or fill it.
+// Tests and puts in one step, because another thread may resize the queue or fill it. The copy is made before, in the event that the
+// thread has kept from its last call.
 bool LOGAsyncAppender::putCopy(LOGBoundedFIFO& queue, const LOGLoggingEvent& event, bool evenIfFull) {
   if (queue.isFull() && !evenIfFull) return false;
-  auto copy = std::make_unique<LOGLoggingEvent>(event);
-  const LOGLeafGuard guard(m_putting);
-  if ((queue.isFull() && !evenIfFull) || !queue.put(copy.get())) return false;
-  static_cast<void>(copy.release());
+  std::unique_ptr<LOGLoggingEvent> copy = std::move(LOGThreadState::current().spareEvent);
+  if (copy) {
+    *copy = event;
+  } else {
+    copy = std::make_unique<LOGLoggingEvent>(event);
+  }
+  std::unique_ptr<LOGLoggingEvent> spare;
+  {
+    const LOGLeafGuard guard(m_putting);
+    if ((queue.isFullToPut() && !evenIfFull) || !queue.put(copy.get())) return false;
+    static_cast<void>(copy.release());
+    spare = m_pool->take();
+  }
+  LOGThreadState::current().spareEvent = std::move(spare);
   return true;
 }
 

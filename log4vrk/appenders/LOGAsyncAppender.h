@@ -13,6 +13,7 @@
 
 class LOGBoundedFIFO;
 class LOGDispatcher;
+class LOGEventPool;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A logging
 /// thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped: close() delivers
@@ -64,6 +65,7 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   // What the dispatcher shares.
   const std::shared_ptr<LOGAppenderAttachableImpl>& container() const { return m_aai; }
   const std::shared_ptr<std::atomic<int>>& appending() const { return m_appending; }
+  const std::shared_ptr<LOGEventPool>& pool() const { return m_pool; }
 
  private:
   std::shared_ptr<LOGBoundedFIFO> queue();
@@ -81,6 +83,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   // Constant after construction.
   const std::shared_ptr<LOGAppenderAttachableImpl> m_aai;
   const std::shared_ptr<std::atomic<int>> m_appending;  // log calls that are putting an event into the queue
+
+  std::shared_ptr<LOGEventPool> m_pool;  // of events that the dispatcher has done with; changes in a forked child only
 
   std::atomic<int> m_locationInfo{0};
   std::atomic<int> m_interrupted{0};

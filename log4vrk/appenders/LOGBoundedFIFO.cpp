@@ -6,7 +6,7 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
-// Events in a row. The counter of elements publishes what the putting side has written, and the link to the next block.
+// Events in a row. The counter of puts publishes what the putting side has written, and the link to the next block.
 struct LOGBoundedFIFO::Block {
   static constexpr int SIZE = 256;
 
@@ -25,8 +25,16 @@ LOGBoundedFIFO::~LOGBoundedFIFO() {
   delete m_spare.load();
 }
 
+bool LOGBoundedFIFO::isFullToPut() {
+  const int size = getMaxSize();
+  // What the other side has got since can only make the queue shorter.
+  if (static_cast<int>(m_puts.load(std::memory_order_relaxed) - m_seenGets) < size) return false;
+  m_seenGets = m_gets.load(std::memory_order_acquire);
+  return static_cast<int>(m_puts.load(std::memory_order_relaxed) - m_seenGets) == size;
+}
+
 bool LOGBoundedFIFO::put(LOGLoggingEvent* event) {
-  if (isFull()) {
+  if (isFullToPut()) {
     LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
     return false;
   }
@@ -39,19 +47,21 @@ bool LOGBoundedFIFO::put(LOGLoggingEvent* event) {
     m_put = 0;
   }
   m_last->events[m_put++] = event;
-  m_numElements.fetch_add(1, std::memory_order_acq_rel);
+  m_puts.store(m_puts.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   return true;
 }
 
 LOGLoggingEvent* LOGBoundedFIFO::get() {
-  if (length() == 0) return nullptr;
+  const unsigned gets = m_gets.load(std::memory_order_relaxed);
+  if (m_seenPuts == gets) m_seenPuts = m_puts.load(std::memory_order_acquire);
+  if (m_seenPuts == gets) return nullptr;
   if (m_got == Block::SIZE) {
     Block* const empty = std::exchange(m_first, m_first->next);
     delete m_spare.exchange(empty, std::memory_order_release);
     m_got = 0;
   }
   LOGLoggingEvent* const event = m_first->events[m_got++];
-  m_numElements.fetch_sub(1, std::memory_order_acq_rel);
+  m_gets.store(gets + 1, std::memory_order_release);
   return event;
 }
 

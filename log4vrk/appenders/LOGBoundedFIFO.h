@@ -28,7 +28,10 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// The oldest event, or null.
   LOGLoggingEvent* get();
 
-  int length() const { return m_numElements.load(std::memory_order_acquire); }
+  int length() const {
+    const unsigned got = m_gets.load(std::memory_order_acquire);  // first: it is never more than what was put
+    return static_cast<int>(m_puts.load(std::memory_order_acquire) - got);
+  }
   int getMaxSize() const { return m_maxSize.load(std::memory_order_relaxed); }
   /// Exactly as many events as the size: after shrinking below its length the queue takes more, on purpose, until it has
   /// been drained to the size.
@@ -40,17 +43,23 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Keeps what is queued.
   void resize(int newSize);
   static int minimum(int a, int b) { return a < b ? a : b; }
+  /// isFull() for the putting side, which looks at the getting side's counter only when it has to.
+  bool isFullToPut();
 
  private:
   struct Block;
 
-  std::atomic<int> m_numElements{0};
   std::atomic<int> m_maxSize;
   std::atomic<Block*> m_spare{nullptr};  // an empty block on its way back from the getting side
 
-  // The putting side's, and the getting side's.
+  // How many events there have been, the putting side's own, and what it last saw of the other; then the same of the getting side.
+  // On cache lines of their own, so that the sides disturb each other only when one has caught up with the other.
+  alignas(64) std::atomic<unsigned> m_puts{0};
+  unsigned m_seenGets = 0;
   Block* m_last;
   int m_put = 0;
-  alignas(64) Block* m_first;
+  alignas(64) std::atomic<unsigned> m_gets{0};
+  unsigned m_seenPuts = 0;
+  Block* m_first;
   int m_got = 0;
 };

@@ -2,6 +2,7 @@
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
+#include "log4vrk/appenders/LOGEventPool.h"
 #include "log4vrk/appenders/LOGPolling.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
@@ -13,6 +14,8 @@ namespace {
 constexpr std::size_t STACK_SIZE = 4096000;
 // How often an event that was put off is tried again when the thread ends.
 constexpr int LAST_ATTEMPTS = 100;
+// How many events may be on their way to the kernel together, and how long, therefore, a fork may have to wait.
+constexpr int MOST_AT_ONCE = 512;
 
 void rest(LOGPolling& polling) {
   try {
@@ -33,7 +36,8 @@ LOGDispatcher::LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppe
     : VRKThread(STACK_SIZE),
       m_bf(std::move(queue)),
       m_container(containerOf(container)),
-      m_appending(container->appending()) {}
+      m_appending(container->appending()),
+      m_pool(container->pool()) {}
 
 LOGDispatcher::~LOGDispatcher() { join(); }
 
@@ -56,7 +60,7 @@ void LOGDispatcher::run() {
   for (;;) {
     // Asked before the queue is looked at: what was put before the interruption is seen.
     const bool last = m_interrupted != 0 && *m_appending == 0;
-    const bool delivered = deliverNext();
+    const bool delivered = deliverSome();
     LOGDeferral::deliverPutOff();
     if (delivered) {
       polling.reset();
@@ -70,14 +74,38 @@ void LOGDispatcher::run() {
   if (m_deletesItself) delete this;
 }
 
-bool LOGDispatcher::deliverNext() {
+bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
-  const std::unique_ptr<LOGLoggingEvent> event(m_bf->get());
+  std::unique_ptr<LOGLoggingEvent> event = next();
   if (!event) return false;
-  if (m_bf->wasFull()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
   try {
     const LOGGuard guard(*m_container);
-    m_container->appendLoopOnAppenders(event.get());
+    const LOGAppenderAttachableImpl::HoldingBack held(*m_container);
+    const int most = held.all() ? MOST_AT_ONCE : 1;
+    for (int delivered = 1;; ++delivered) {
+      deliver(event.get());
+      m_pool->give(std::move(event));
+      if (delivered == most || LOGDeferral::hasPutOff() || !(event = next())) break;
+    }
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(error);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    // The line has been written.
+  }
+  return true;
+}
+
+std::unique_ptr<LOGLoggingEvent> LOGDispatcher::next() {
+  std::unique_ptr<LOGLoggingEvent> event(m_bf->get());
+  if (event && m_bf->wasFull()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+  return event;
+}
+
+void LOGDispatcher::deliver(LOGLoggingEvent* event) {
+  try {
+    m_container->appendLoopOnAppenders(event);
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);
   }
@@ -85,5 +113,4 @@ bool LOGDispatcher::deliverNext() {
   catch (...) {
     // The appender's doAppend() has written its line, and the next event is not to blame.
   }
-  return true;
 }

@@ -11,6 +11,8 @@
 class LOGAppenderAttachableImpl;
 class LOGAsyncAppender;
 class LOGBoundedFIFO;
+class LOGEventPool;
+class LOGLoggingEvent;
 
 /// Takes events from a queue and hands each to the appenders of a container. It looks again and again; nobody wakes it. What an
 /// appender raises is written to the internal log, and the thread goes on.
@@ -36,11 +38,14 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
 
  private:
   /// False when the queue is empty.
-  bool deliverNext();
+  bool deliverSome();
+  std::unique_ptr<LOGLoggingEvent> next();
+  void deliver(LOGLoggingEvent* event);
 
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
   const std::shared_ptr<std::atomic<int>> m_appending;  // log calls that are putting an event into the queue
+  const std::shared_ptr<LOGEventPool> m_pool;
   std::atomic<long> m_threadId{0};
   std::atomic<int> m_interrupted{0};
   std::atomic<bool> m_deletesItself{false};

@@ -4,6 +4,7 @@
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
 #include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGThreadState.h"
 #include "log4vrk/layouts/LOGLayout.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/VRKFmDir.h"
@@ -117,6 +118,7 @@ int LOGFileAppender::checkEntryConditions() { return getClosed() != 1 && m_qw ? 
 void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (getOpen() != 1) return;
   VRK_ASSERT(m_qw);
+  m_file->setHoldingBack(LOGThreadState::current().holdsBack);
   if (LOGLayout* const layout = getLayout()) {
     // Written from the layout's own buffer: a copy would cost every event, and help only appenders that share a layout.
     const LOGGuard guard(*layout);
@@ -127,6 +129,15 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
     }
   }
   if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
+}
+
+bool LOGFileAppender::holdBack() { return true; }
+
+void LOGFileAppender::release() {
+  logContain("LOGFileAppender::release -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    if (m_file && m_qw) m_qw->release(m_file.get());
+  });
 }
 
 void LOGFileAppender::closeFile() {

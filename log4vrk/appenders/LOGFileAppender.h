@@ -45,6 +45,9 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   void setBufferSize(long size) { m_bufferSize = size; }
   long getBufferSize() const { return m_bufferSize; }
 
+  /// Holds back, so that many events take one write.
+  bool holdBack() override;
+  void release() override;
   int checkEntryConditions() override VRK_REQUIRES(m_critSection);
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
   void resetWriter() override VRK_REQUIRES(m_critSection);

@@ -37,6 +37,12 @@ void LOGQuietWriter::writeUtf8(VRKFmFile* outStream, std::string_view text) {
   });
 }
 
+void LOGQuietWriter::release(VRKFmFile* outStream) {
+  logContain(WRITE_FAILURES, [&] {
+    if (outStream->release() == 0) throwFileError(outStream);
+  });
+}
+
 void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) { writeAndFlush(outStream, text); }
 void LOGQuietWriter::stWriteUtf8(VRKFmFile* outStream, std::string_view text) { writeAndFlush(outStream, text); }
 

@@ -29,6 +29,8 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
   // The same of a text in UTF-8, without a lock: for whoever has made the writer and gives it to nobody.
   virtual void writeUtf8(VRKFmFile* outStream, std::string_view text);
   void stWriteUtf8(VRKFmFile* outStream, std::string_view text);
+  /// Writes what the file has held back.
+  void release(VRKFmFile* outStream);
   // These raise VRKAssertError for a null file.
   void flush(VRKFmFile* outStream);
   void close(VRKFmFile* outStream);

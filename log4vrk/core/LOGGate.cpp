@@ -172,6 +172,7 @@ void LOGThreadState::forget() {
   taken = 0;
   deferred.clear();
   renderers.clear();
+  spareEvent.reset();
   context.reset();
 }
 

@@ -79,6 +79,8 @@ bool LOGDeferral::deliverPutOff() {
   return thread.deferred.empty();
 }
 
+bool LOGDeferral::hasPutOff() { return !LOGThreadState::current().deferred.empty(); }
+
 bool LOGDeferral::mustNotWait() {
   const LOGThreadState& thread = LOGThreadState::current();
   return thread.dispatcher && thread.delivering;

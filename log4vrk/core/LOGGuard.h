@@ -39,6 +39,8 @@ class LOG4VRK_EXPORT LOGDeferral {
   /// Delivers what a dispatcher thread has put off, as far as that goes without waiting for anybody. An event that meets a
   /// logger in use keeps its place. True when nothing is left.
   static bool deliverPutOff();
+  /// True when the thread has put off something.
+  static bool hasPutOff();
   /// True while a dispatcher thread delivers what it has put off.
   static bool mustNotWait();
 

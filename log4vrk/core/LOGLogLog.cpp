@@ -21,6 +21,9 @@ constexpr char ERROR_PREFIX[] = "log4vrk:ERROR ";
 std::atomic<int> g_debugEnabled{0};
 std::atomic<int> g_quietMode{0};
 
+// Whether a message can be passed over without the lock: the settings have been read, and there is no file.
+std::atomic<bool> g_silent{false};
+
 // The last lock of all: nothing but file operations happens under it.
 VRKMutex g_mutex;
 bool g_initialized VRK_GUARDED_BY(g_mutex) = false;
@@ -68,10 +71,12 @@ void initialize() VRK_REQUIRES(g_mutex) {
     failure = "LOGLogLog::init - Unknown error occurred during log file initialization";
   }
   if (failure != nullptr) writeLine(std::string(ERROR_PREFIX) + failure + "\n");
+  g_silent = g_file == nullptr;
 }
 
 template <typename Text>
 void writeMessage(const char* prefix, const Text& appendText) {
+  if (g_silent.load(std::memory_order_relaxed)) return;
   try {
     const LOGLeafGuard guard(g_mutex);
     initialize();
@@ -109,6 +114,9 @@ void LOGLogLog::init() {
 }
 
 void LOGLogLog::debug(const I18NString& message) { write(PREFIX, message); }
+void LOGLogLog::debug(const char* message) {
+  writeMessage(PREFIX, [&](std::string& line) { line += message; });
+}
 void LOGLogLog::debug(const I18NString& message, VRKThrowable& error) { write(PREFIX, message, error); }
 void LOGLogLog::warn(const I18NString& message) { write(WARN_PREFIX, message); }
 void LOGLogLog::warn(const I18NString& message, VRKThrowable& error) { write(WARN_PREFIX, message, error); }
@@ -130,4 +138,5 @@ void LOGLogLog::shutdown() {
   g_initialized = true;
   delete g_file;
   g_file = nullptr;
+  g_silent = true;
 }

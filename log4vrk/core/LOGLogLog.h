@@ -21,6 +21,7 @@ class LOG4VRK_EXPORT LOGLogLog {
   // A line with the matching prefix. An empty message writes nothing. With an error its description follows after a
   // blank.
   static void debug(const I18NString& message);
+  static void debug(const char* message);
   static void debug(const I18NString& message, VRKThrowable& error);
   static void warn(const I18NString& message);
   static void warn(const I18NString& message, VRKThrowable& error);

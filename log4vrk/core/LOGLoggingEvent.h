@@ -83,6 +83,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
+  /// For an event that is to be used again: false when it holds more than a text of up to `most` bytes.
+  bool limitMemory(std::size_t most) const { return !m_message && !m_own && m_ownText.capacity() <= most; }
 
   // There is no mapped context, and an event has no stored form of its own.
   LOGObject* getMDC(const I18NString& /*key*/) { return nullptr; }

@@ -44,6 +44,7 @@ struct LOGThreadState {
   int passes = 0;           // how often the thread is inside the gate
   int calls = 0;            // how deep it is in library calls that may run application code or hold locks
   bool delivering = false;  // deferred events are on their way
+  bool holdsBack = false;   // a dispatcher that soon releases what appenders hold back
   bool dispatcher = false;  // it serves a queue, and must not wait for those who put into it
   std::size_t taken = 0;    // events deferred since the outermost call began
   std::deque<LOGDeferredEvent> deferred;
@@ -51,9 +52,10 @@ struct LOGThreadState {
   std::shared_ptr<LOGStack> context;                // the nested context
   unsigned contextGeneration = 0;
   I18NUtf8Buffer messageText;  // of the outermost message that is being put together, and the memory for the next
-  int messages = 0;
-  I18NString threadName;   // the text of threadId
+  int messages = 0;             // that are being put together
+  I18NString threadName;        // the text of threadId
   long threadId = 0;
+  std::unique_ptr<LOGLoggingEvent> spareEvent;  // for the next event that goes into a queue
 
   std::atomic<bool> inside{false};
   std::atomic<bool> serving{false};  // inside as a dispatcher

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t FIRST_CAPACITY = 256;
+constexpr std::size_t FIRST_CAPACITY = 64;
 constexpr std::size_t MOST_DIGITS = 24;
 
 }  // namespace

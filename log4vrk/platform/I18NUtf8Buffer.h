@@ -26,6 +26,7 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
 
   std::string_view view() const noexcept { return {m_bytes.get(), m_size}; }
   std::size_t size() const noexcept { return m_size; }
+  std::size_t capacity() const noexcept { return m_capacity; }
   /// Keeps the memory.
   void clear() noexcept { m_size = 0; }
   /// Gives back more memory than `most` bytes, and with it the text.

@@ -169,7 +169,6 @@ int VRKFmFile::flush() {
 }
 
 int VRKFmFile::release() {
-  m_holding = false;
   return m_bufferSize > 0 || writeOut() ? 1 : 0;
 }
 

@@ -49,9 +49,9 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// Collects whole writes until there are `size` bytes or more; then, and with flush(), close() and the process's exit(), they go
   /// to the system. 0, as it is at first, collects nothing. A forked child drops what is its parent's.
   void setBuffer(std::size_t size);
-  /// Collects as with a buffer of 64 KiB until the next release(), which has to come soon.
-  void holdBack() { m_holding = true; }
-  /// 0 on failure.
+  /// While this is on, write() collects as with a buffer of 64 KiB; release() has to come soon.
+  void setHoldingBack(bool on) { m_holding = on; }
+  /// Writes what is held back. 0 on failure.
   int release();
   /// Writes the buffers of all files, while nobody else uses them; from then on nothing is buffered.
   static void writeBuffers();
