@@ -106,15 +106,27 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
              });
 }
 
+// A copy in the event that the thread has kept from its last call.
+std::unique_ptr<LOGLoggingEvent> LOGAsyncAppender::copyOf(const LOGLoggingEvent& event) {
+  std::unique_ptr<LOGLoggingEvent> copy = std::move(LOGThreadState::current().spareEvents[0]);
+  if (copy) {
+    *copy = event;
+  } else {
+    copy = std::make_unique<LOGLoggingEvent>(event);
+  }
+  return copy;
+}
+
 // Waits for space without a lock. There is none to wait for in a queue of size 0, without a dispatcher, and for an event that a
 // dispatcher itself had put off: then the queue says that it is full.
 void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
   VRK_ASSERT(m_bf);
   LOGBoundedFIFO& queue = *m_bf;
+  std::unique_ptr<LOGLoggingEvent> copy = copyOf(*event);
   LOGPolling polling;
   for (;;) {
     const bool neverWaits = queue.getMaxSize() == 0 || getClosed() != 0 || LOGDeferral::mustNotWait();
-    if (putCopy(queue, *event, neverWaits) || neverWaits) return;
+    if (put(queue, copy, neverWaits) || neverWaits) return;
     if (polling.beginsPeriod()) LOGLogLog::debug("Waiting for free space in buffer, ");
     try {
       polling.waitShortly();
@@ -125,24 +137,21 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
   }
 }
 
-// Tests and puts in one step, because another thread may resize the queue or fill it. The copy is made before, in the event that the
-// thread has kept from its last call.
-bool LOGAsyncAppender::putCopy(LOGBoundedFIFO& queue, const LOGLoggingEvent& event, bool evenIfFull) {
-  if (queue.isFull() && !evenIfFull) return false;
-  std::unique_ptr<LOGLoggingEvent> copy = std::move(LOGThreadState::current().spareEvent);
-  if (copy) {
-    *copy = event;
-  } else {
-    copy = std::make_unique<LOGLoggingEvent>(event);
-  }
+// Tests and puts in one step, because another thread may resize the queue or fill it. What the dispatcher has done with is taken in
+// exchange, for the thread's event after the next, and brought into its cache until then.
+bool LOGAsyncAppender::put(LOGBoundedFIFO& queue, std::unique_ptr<LOGLoggingEvent>& event, bool evenIfFull) {
   std::unique_ptr<LOGLoggingEvent> spare;
   {
     const LOGLeafGuard guard(m_putting);
-    if ((queue.isFullToPut() && !evenIfFull) || !queue.put(copy.get())) return false;
-    static_cast<void>(copy.release());
+    if ((queue.isFullToPut() && !evenIfFull) || !queue.put(event.get())) return false;
+    static_cast<void>(event.release());
     spare = m_pool->take();
   }
-  LOGThreadState::current().spareEvent = std::move(spare);
+  std::unique_ptr<LOGLoggingEvent>(&spares)[2] = LOGThreadState::current().spareEvents;
+  spares[0] = std::move(spares[1]);
+  if (spares[0]) spares[0]->prefetchText();
+  if (spare) spare->prefetch();
+  spares[1] = std::move(spare);
   return true;
 }
 

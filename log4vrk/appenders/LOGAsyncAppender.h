@@ -70,7 +70,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
  private:
   std::shared_ptr<LOGBoundedFIFO> queue();
   void enqueue(LOGLoggingEvent* event);
-  bool putCopy(LOGBoundedFIFO& queue, const LOGLoggingEvent& event, bool evenIfFull);
+  static std::unique_ptr<LOGLoggingEvent> copyOf(const LOGLoggingEvent& event);
+  bool put(LOGBoundedFIFO& queue, std::unique_ptr<LOGLoggingEvent>& event, bool evenIfFull);
   void start() VRK_REQUIRES(m_critSection);
   std::unique_ptr<LOGDispatcher> takeDispatcher();
   void finish(std::unique_ptr<LOGDispatcher> dispatcher);

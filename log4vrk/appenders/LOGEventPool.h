@@ -22,12 +22,14 @@ class LOGEventPool {
     for (std::atomic<LOGLoggingEvent*>& slot : m_slots) delete slot.load();
   }
 
-  /// Deletes the event when the pool is full, or when its text is too large to be kept.
+  /// Deletes the event when the pool is full, or when it is too large to be kept. Otherwise it can be taken once there are enough
+  /// of them: one at a time, both sides would fight for the cache line of the slots.
   void give(std::unique_ptr<LOGLoggingEvent> event) {
-    std::atomic<LOGLoggingEvent*>& slot = m_slots[m_given % SIZE];
-    if (slot.load(std::memory_order_acquire) != nullptr || !event->limitMemory(MOST_TEXT)) return;
-    slot.store(event.release(), std::memory_order_release);
-    ++m_given;
+    if (!event->isSmall(MOST_TEXT)) return;
+    m_kept[m_keptCount++] = std::move(event);
+    if (m_keptCount < TOGETHER) return;
+    for (std::unique_ptr<LOGLoggingEvent>& kept : m_kept) publish(std::move(kept));
+    m_keptCount = 0;
   }
 
   /// Null when there is none.
@@ -42,9 +44,19 @@ class LOGEventPool {
 
  private:
   static constexpr std::size_t SIZE = 1024;
+  static constexpr std::size_t TOGETHER = 16;
   static constexpr std::size_t MOST_TEXT = 4096;  // in bytes
 
+  void publish(std::unique_ptr<LOGLoggingEvent> event) {
+    std::atomic<LOGLoggingEvent*>& slot = m_slots[m_given % SIZE];
+    if (slot.load(std::memory_order_acquire) != nullptr) return;
+    slot.store(event.release(), std::memory_order_release);
+    ++m_given;
+  }
+
   std::atomic<LOGLoggingEvent*> m_slots[SIZE] = {};
-  alignas(64) std::size_t m_given = 0;
+  alignas(64) std::unique_ptr<LOGLoggingEvent> m_kept[TOGETHER];
+  std::size_t m_keptCount = 0;
+  std::size_t m_given = 0;
   alignas(64) std::size_t m_taken = 0;
 };

@@ -29,7 +29,7 @@ class LOGPolling {
   }
 
  private:
-  static constexpr int LOOKS_AT_ONCE = 50;
+  static constexpr int LOOKS_AT_ONCE = 4;
   static constexpr long FIRST_SLEEP = 50;
   static constexpr long LONGEST_SHORT_SLEEP = 200;
 

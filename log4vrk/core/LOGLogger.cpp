@@ -20,13 +20,14 @@ std::atomic<std::uint32_t> LOGLogger::m_levelChanges{1};
 
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
-LOGLogger::LOGLogger(const I18NString& name) : m_name(name) { instance("LOGLogger"); }
+LOGLogger::LOGLogger(const I18NString& name) : m_name(name), m_utf8Name(name.toUtf8()) { instance("LOGLogger"); }
 
 LOGLogger::LOGLogger(const LOGLogger& other)
     : LOGMutex(other),
       LOGAppenderAttachable(other),
       LOGObject(other),
       m_name(other.m_name),
+      m_utf8Name(other.m_utf8Name),
       m_additive(other.getAdditivity()) {
   LOGAppenderAttachableImpl::Snapshot appenders;
   {

@@ -85,6 +85,8 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void callAppenders(LOGLoggingEvent* event);
 
   const I18NString& getName() const { return m_name; }
+  /// The same text.
+  const std::string& getUtf8Name() const { return m_utf8Name; }
   /// The logger's own copy of the level last set, valid as long as the logger; null inherits.
   LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
   virtual void setLevel(LOGLevel* level);
@@ -170,6 +172,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   // Constant after construction.
   const I18NString m_name;
+  const std::string m_utf8Name;
   const I18NString m_resourceBundleString;
 
   static std::atomic<std::uint32_t> m_levelChanges;

@@ -36,7 +36,7 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* 
 
 LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level,
                                  std::string_view utf8)
-    : m_level(level), m_logger(logger), m_isText(true), m_text(utf8) {
+    : m_isText(true), m_level(level), m_logger(logger), m_text(utf8) {
   vrkTranslateErrors(VRK_HERE, [&] { begin(fqnOfLoggerClass); });
 }
 
@@ -57,24 +57,18 @@ LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other) : LOGSerializable
 
 LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   if (this == &other) return *this;
-  m_location.reset();
   copyMessage(other);
+  m_timeStamp = other.m_timeStamp;
+  m_timeStampNanos = other.m_timeStampNanos;
+  m_ndcLookupRequired = other.m_ndcLookupRequired;
+  m_level = other.m_level;
+  m_logger = other.m_logger;
   m_loggerName = other.m_loggerName;
   m_fqnOfLoggerClass = other.m_fqnOfLoggerClass;
   m_threadName = other.m_threadName;
-  if (other.m_own) {
-    own() = *other.m_own;
-    if (m_fqnOfLoggerClass == &other.m_own->fqnOfLoggerClass) m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
-  } else if (m_own) {
-    *m_own = Own();
-  }
-  if (m_threadName != &NONE) setThreadName(*m_threadName);
-  m_timeStamp = other.m_timeStamp;
-  m_timeStampNanos = other.m_timeStampNanos;
-  m_level = other.m_level;
-  m_logger = other.m_logger;
   m_ndc = other.m_ndc;
-  m_ndcLookupRequired = other.m_ndcLookupRequired;
+  if (other.m_own || m_own) copyOwn(other);
+  if (m_threadName != &NONE) setThreadName(*m_threadName);
   return *this;
 }
 
@@ -87,14 +81,28 @@ void LOGLoggingEvent::copyMessage(const LOGLoggingEvent& other) {
   if (!m_isText) m_message = cloneOf(other.m_message.get());
 }
 
+void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
+  if (!other.m_own) {
+    m_own.reset();
+    return;
+  }
+  own() = *other.m_own;
+  own().location = LOGLocationInfo();
+  if (m_fqnOfLoggerClass == &other.m_own->fqnOfLoggerClass) m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
+  if (m_ndc == &other.m_own->ndc) m_ndc = &m_own->ndc;
+}
+
 LOGLoggingEvent::~LOGLoggingEvent() = default;
 
 const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired) {
     m_ndcLookupRequired = false;
-    m_ndc = LOGNDC::get();
+    if (I18NString context = LOGNDC::get(); !context.isEmpty()) {
+      own().ndc = std::move(context);
+      m_ndc = &m_own->ndc;
+    }
   }
-  return m_ndc;
+  return *m_ndc;
 }
 
 LOGObject* LOGLoggingEvent::getMessage() const {
@@ -155,8 +163,7 @@ LOGLoggingEvent::Rendered LOGLoggingEvent::render() {
 }
 
 LOGLocationInfo* LOGLoggingEvent::getLocationInformation() {
-  if (!m_location) m_location.reset(vrkNew<LOGLocationInfo>(VRK_HERE));
-  return m_location.get();
+  return &vrkTranslateErrors(VRK_HERE, [&]() -> Own& { return own(); }).location;
 }
 
 std::int64_t LOGLoggingEvent::getStartTime() { return g_start.seconds; }

@@ -27,8 +27,9 @@ struct LOGDeferredEvent {
 /// One for each thread that has come into the library, never freed: a later thread takes over what an ended one leaves.
 /// For the library's own use.
 ///
-/// Thread safety: the first group belongs to the thread, the second to everybody.
-struct LOGThreadState {
+/// Thread safety: the first group belongs to the thread, the second to everybody. Aligned, so that no thread writes into the cache
+/// lines of another.
+struct alignas(128) LOGThreadState {
   /// The calling thread's. After the thread's other destructors have run, a new one is made for what they still log.
   static LOGThreadState& current() { return s_current != nullptr ? *s_current : make(); }
   // Into the gate and out of it. May nest.
@@ -55,7 +56,7 @@ struct LOGThreadState {
   int messages = 0;             // that are being put together
   I18NString threadName;        // the text of threadId
   long threadId = 0;
-  std::unique_ptr<LOGLoggingEvent> spareEvent;  // for the next event that goes into a queue
+  std::unique_ptr<LOGLoggingEvent> spareEvents[2];  // for the next two events that go into a queue
 
   std::atomic<bool> inside{false};
   std::atomic<bool> serving{false};  // inside as a dispatcher

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLogger.h"
 
 namespace {
 
@@ -94,14 +95,23 @@ void LOGPatternConverter::appendLevel(I18NUtf8Buffer& out, const I18NString& nam
   m_levelName = &name;
 }
 
+void LOGPatternConverter::appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const {
+  const I18NString& name = event.getLoggerName();
+  if (precision > 0) {
+    out.append(name.view().substr(lengthBeforeLast(precision, name.view())));
+  } else if (event.getLogger() != nullptr && &name == &event.getLogger()->getName()) {
+    out.appendChecked(event.getLogger()->getUtf8Name());
+  } else {
+    out.append(name);
+  }
+}
+
 inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event,
                                             const LOGLoggingEvent::Rendered& message) {
   switch (letter) {
-    case u'c': {
-      const std::u16string_view name = event.getLoggerName().view();
-      out.append(precision > 0 ? name.substr(lengthBeforeLast(precision, name)) : name);
+    case u'c':
+      appendLoggerName(out, event);
       break;
-    }
     case u'd':
       if (date != nullptr) date->append(out, LOGDate(event.getTimeStamp(), event.getTimeStampNanos()));
       break;

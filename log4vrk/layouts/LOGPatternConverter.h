@@ -35,6 +35,7 @@ struct LOGPatternConverter {
 
  private:
   void appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);
+  void appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const;
   void appendLevel(I18NUtf8Buffer& out, const I18NString& name);
   void fit(I18NUtf8Buffer& out, std::size_t start) const;
   std::size_t fitUtf16(I18NUtf8Buffer& out, std::size_t start) const;

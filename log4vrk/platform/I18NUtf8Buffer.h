@@ -43,8 +43,12 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void append(unsigned long long value);
   /// A piece that is known to be well-formed.
   void appendChecked(std::string_view utf8) {
-    if (utf8.empty()) return;
-    std::memcpy(room(utf8.size()), utf8.data(), utf8.size());
+    char* const to = room(utf8.size());
+    if (utf8.size() >= 8 && utf8.size() <= 32) {
+      copyShort(to, utf8.data(), utf8.size());
+    } else if (!utf8.empty()) {
+      std::memcpy(to, utf8.data(), utf8.size());
+    }
     m_size += utf8.size();
   }
   /// The first `size` of these bytes, which costs less than a size that can be anything.
@@ -60,6 +64,21 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void erase(std::size_t position, std::size_t count);
 
  private:
+  /// 8 to 32 bytes: as two or four blocks that may overlap, without a call.
+  static void copyShort(char* to, const char* from, std::size_t count) {
+    char first[16], last[16];
+    if (count < 16) {
+      std::memcpy(first, from, 8);
+      std::memcpy(last, from + count - 8, 8);
+      std::memcpy(to, first, 8);
+      std::memcpy(to + count - 8, last, 8);
+    } else {
+      std::memcpy(first, from, 16);
+      std::memcpy(last, from + count - 16, 16);
+      std::memcpy(to, first, 16);
+      std::memcpy(to + count - 16, last, 16);
+    }
+  }
   void swap(I18NUtf8Buffer& other) noexcept {
     std::swap(m_bytes, other.m_bytes);
     std::swap(m_size, other.m_size);
