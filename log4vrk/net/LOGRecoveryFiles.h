@@ -72,43 +72,42 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
 
  private:
   struct File;
+  class Reader;
   struct SetAside {
     I18NString path;
     std::int64_t bytes;
   };
 
-  std::vector<std::unique_ptr<File>> findFree(bool first);
+  void findSetAside();
+  std::vector<std::unique_ptr<File>> findFree(bool report);
   void takeOver(std::unique_ptr<File> file);
-  bool scan(File& file);
-  bool startFile();
-  bool write(const std::string& bytes);
+  std::unique_ptr<File> newFile();
+  void write(std::string_view record);
   void makeRoom(std::int64_t bytes);
   void dropOldest();
-  void finishOldest();
+  void removeDelivered();
+  void removeOldest();
+  void leave(std::unique_ptr<File> file);
   void cutOff(File& file);
-  bool setAside(const I18NString& path, std::int64_t bytes);
-  void countLost(std::uint64_t messages, const I18NString& why);
-  void reportLost();
+  void startReading(std::size_t index);
+  void endOf(std::uint64_t& lost);
+  I18NString pathOf(const I18NString& name) const;
 
   const I18NString m_directory;
   const std::int64_t m_limit;
-  const std::int64_t m_fileLimit;
 
   std::deque<std::unique_ptr<File>> m_files;   // oldest first; all of them locked
   File* m_writing = nullptr;                   // null or the last of m_files
-  std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody sends them again
+  std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody delivers them again
   std::deque<SetAside> m_setAside;             // oldest first
   std::int64_t m_bytes = 0;
 
-  // Positions are numbers of messages in the order of the files, from 1: m_acknowledged <= m_taken <= m_last.
+  // Positions number the messages in the order of the files, from 1: m_acknowledged <= m_taken <= m_last.
   std::uint64_t m_acknowledged = 0, m_taken = 0, m_last = 0;
-  // Where next() reads.
-  std::size_t m_readIndex = 0;
-  std::int64_t m_readOffset = 0;
-  std::string m_block;  // what has been read ahead of the file at m_readIndex
-  std::int64_t m_blockOffset = 0;
+  std::size_t m_readIndex = 0;       // the file that next() reads
+  std::unique_ptr<Reader> m_reader;  // null at its beginning
 
   std::uint64_t m_dropped = 0;
-  std::uint64_t m_droppedReported = 0;
-  bool m_losing = false;  // a line about it is out
+  // Messages lost since the internal log got a line about it; at the end it gets another one.
+  std::uint64_t m_failing = 0, m_full = 0;
 };
