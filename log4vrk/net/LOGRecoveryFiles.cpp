@@ -17,8 +17,10 @@
 
 namespace {
 
-constexpr std::int64_t FILE_BYTES = std::int64_t{1} << 20;
-constexpr std::size_t BLOCK_BYTES = std::size_t{64} << 10;  // read at once
+// Each file takes a descriptor. So many are adopted at once, and so many make up the limit.
+constexpr std::size_t MAX_FILES = 64;
+constexpr std::int64_t MIN_FILE_BYTES = std::int64_t{1} << 20;  // unless the limit is low
+constexpr std::size_t BLOCK_BYTES = std::size_t{64} << 10;      // read at once
 constexpr std::size_t TIME_DIGITS = 14, NUMBER_DIGITS = 8, NAME_LENGTH = TIME_DIGITS + 1 + NUMBER_DIGITS;
 constexpr const char* DAMAGED = ".damaged";
 
@@ -108,7 +110,10 @@ class LOGRecoveryFiles::Reader {
 };
 
 LOGRecoveryFiles::LOGRecoveryFiles(const I18NString& directory, std::int64_t limitBytes)
-    : m_directory(directory.isEmpty() ? "." : directory), m_limit(limitBytes) {}
+    : m_directory(directory.isEmpty() ? "." : directory),
+      m_limit(limitBytes),
+      m_fileLimit(
+          std::min(limitBytes / 8, std::max(MIN_FILE_BYTES, limitBytes / static_cast<std::int64_t>(MAX_FILES)))) {}
 
 LOGRecoveryFiles::~LOGRecoveryFiles() { close(); }
 
@@ -119,14 +124,17 @@ bool LOGRecoveryFiles::open() {
     return false;
   }
   findSetAside();
-  for (std::unique_ptr<File>& file : findFree(true)) takeOver(std::move(file));
-  makeRoom(0);
+  adopt(true);
   return true;
 }
 
-void LOGRecoveryFiles::adopt() {
-  for (std::unique_ptr<File>& file : findFree(false)) takeOver(std::move(file));
-  makeRoom(0);
+void LOGRecoveryFiles::adopt() { adopt(false); }
+
+void LOGRecoveryFiles::adopt(bool report) {
+  do {
+    for (std::unique_ptr<File>& file : findFree(report)) takeOver(std::move(file));
+    makeRoom(0);
+  } while (m_files.empty() && m_moreFree);
 }
 
 void LOGRecoveryFiles::findSetAside() {
@@ -139,11 +147,17 @@ void LOGRecoveryFiles::findSetAside() {
   std::sort(m_setAside.begin(), m_setAside.end(), [](const SetAside& a, const SetAside& b) { return a.path < b.path; });
 }
 
-// In the order in which they were written. Names alone do not tell: local time goes back once a year.
+// In the order in which they were written. Names alone do not tell: local time goes back once a year. They are good enough
+// to tell which go first when there are too many.
 std::vector<std::unique_ptr<LOGRecoveryFiles::File>> LOGRecoveryFiles::findFree(bool report) {
   std::vector<std::unique_ptr<File>> files;
-  for (const I18NString& name : VRKFmDir::list(m_directory)) {
+  std::vector<I18NString> names = VRKFmDir::list(m_directory);
+  std::sort(names.begin(), names.end());
+  m_moreFree = false;
+  for (const I18NString& name : names) {
     if (!isName(name.view())) continue;
+    m_moreFree = m_files.size() + files.size() >= MAX_FILES;
+    if (m_moreFree) break;
     auto file = std::make_unique<File>(pathOf(name));
     const VRKSpoolFile::Result result = file->file.openFree(file->path);
     if (result == VRKSpoolFile::OPENED) {
@@ -203,7 +217,7 @@ bool LOGRecoveryFiles::append(std::uint64_t sequence, std::string_view payload) 
 // Raises when it fails.
 void LOGRecoveryFiles::write(std::string_view record) {
   const std::int64_t size = static_cast<std::int64_t>(record.size());
-  if (m_writing == nullptr || m_writing->valid + size > std::min(FILE_BYTES, m_limit / 8)) {
+  if (m_writing == nullptr || m_writing->valid + size > m_fileLimit) {
     m_files.push_back(newFile());
     m_writing = m_files.back().get();
   }
@@ -313,6 +327,7 @@ void LOGRecoveryFiles::acknowledge(std::uint64_t position) {
 void LOGRecoveryFiles::removeDelivered() {
   while (!m_files.empty() && m_files.front()->pending() == 0) removeOldest();
   if (pending() == 0) endOf(m_full);
+  if (m_files.empty() && m_moreFree) adopt();
 }
 
 void LOGRecoveryFiles::removeOldest() {
@@ -366,5 +381,6 @@ void LOGRecoveryFiles::abandon() {
   m_stuck.clear();
   m_setAside.clear();
   m_bytes = 0;
+  m_moreFree = false;
   m_acknowledged = m_taken = m_last;
 }

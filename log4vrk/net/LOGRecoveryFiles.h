@@ -17,8 +17,8 @@
 /// also of another process. Messages are delivered at least once: how far the oldest file is acknowledged is kept in
 /// memory only, and after a crash that file is delivered from its beginning.
 ///
-/// A file has about a mebibyte and belongs to the one store that has it locked, so that any number of stores share a
-/// directory; a store adopts the files that nobody has locked. It is removed when its last message is acknowledged. One
+/// There are several files, 4 MiB each with the default limit. A file belongs to the one store that has it locked, so that
+/// any number of stores share a directory; a store adopts the files that nobody has locked. It is removed when its last message is acknowledged. One
 /// that is damaged is delivered up to the damage, and then renamed to "<name>.damaged" instead.
 ///
 /// Thread safety: not thread-safe; one thread at a time.
@@ -45,7 +45,8 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   /// Makes the directory where it is missing, and its parents (mode 0700), and adopts. False when there is no such
   /// directory: append() goes on trying.
   bool open();
-  /// Takes over files whose owners are gone, behind what is here. For every reconnection.
+  /// Takes over files whose owners are gone, behind what is here. For every reconnection. Where there are very many, the
+  /// rest follows by itself when these are acknowledged.
   void adopt();
 
   /// False when the message could not be kept. Larger ones than LOGRecoveryRecord::MAX_PAYLOAD never are.
@@ -78,6 +79,7 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
     std::int64_t bytes;
   };
 
+  void adopt(bool report);
   void findSetAside();
   std::vector<std::unique_ptr<File>> findFree(bool report);
   void takeOver(std::unique_ptr<File> file);
@@ -95,11 +97,13 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
 
   const I18NString m_directory;
   const std::int64_t m_limit;
+  const std::int64_t m_fileLimit;
 
   std::deque<std::unique_ptr<File>> m_files;   // oldest first; all of them locked
   File* m_writing = nullptr;                   // null or the last of m_files
   std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody delivers them again
   std::deque<SetAside> m_setAside;             // oldest first
+  bool m_moreFree = false;                     // more files than could be adopted at once
   std::int64_t m_bytes = 0;
 
   // Positions number the messages in the order of the files, from 1: m_acknowledged <= m_taken <= m_last.
