@@ -203,14 +203,14 @@ bool LOGRecoveryFiles::append(std::uint64_t sequence, std::string_view payload) 
     record.appendTo(bytes);
     write(bytes);
   } catch (VRKSystemError& error) {
-    if (m_failing == 0) LOGLogLog::error("LOGRecoveryFiles -- could not keep a message in " + m_directory, error);
-    ++m_failing;
-    ++m_dropped;
+    if (!m_failing) LOGLogLog::error("LOGRecoveryFiles -- could not keep a message in " + m_directory, error);
+    m_failing = true;
     return false;
   }
   m_bytes += size;
   ++m_last;
-  endOf(m_failing);
+  if (m_failing) LOGLogLog::warn("LOGRecoveryFiles -- keeps messages again in " + m_directory);
+  m_failing = false;
   return true;
 }
 
@@ -326,7 +326,7 @@ void LOGRecoveryFiles::acknowledge(std::uint64_t position) {
 
 void LOGRecoveryFiles::removeDelivered() {
   while (!m_files.empty() && m_files.front()->pending() == 0) removeOldest();
-  if (pending() == 0) endOf(m_full);
+  if (pending() == 0) sayLost();
   if (m_files.empty() && m_moreFree) adopt();
 }
 
@@ -360,21 +360,21 @@ void LOGRecoveryFiles::leave(std::unique_ptr<File> file) {
   m_stuck.push_back(std::move(file));
 }
 
-void LOGRecoveryFiles::endOf(std::uint64_t& lost) {
-  if (lost > 0) LOGLogLog::error("LOGRecoveryFiles -- " + count(lost) + " lost: " + m_directory);
-  lost = 0;
+void LOGRecoveryFiles::sayLost() {
+  if (m_full > 0) LOGLogLog::error("LOGRecoveryFiles -- " + count(m_full) + " lost: " + m_directory);
+  m_full = 0;
 }
 
 I18NString LOGRecoveryFiles::pathOf(const I18NString& name) const { return m_directory + "/" + name; }
 
 void LOGRecoveryFiles::close() {
-  endOf(m_failing);
-  endOf(m_full);
+  sayLost();
   abandon();
 }
 
 void LOGRecoveryFiles::abandon() {
-  m_failing = m_full = 0;
+  m_failing = false;
+  m_full = 0;
   startReading(0);
   m_writing = nullptr;
   m_files.clear();

@@ -17,13 +17,15 @@
 /// also of another process. Messages are delivered at least once: how far the oldest file is acknowledged is kept in
 /// memory only, and after a crash that file is delivered from its beginning.
 ///
-/// There are several files, 4 MiB each with the default limit. A file belongs to the one store that has it locked, so that
-/// any number of stores share a directory; a store adopts the files that nobody has locked. It is removed when its last message is acknowledged. One
-/// that is damaged is delivered up to the damage, and then renamed to "<name>.damaged" instead.
+/// There are several files, 4 MiB each with the default limit. A file belongs to the one store that has it locked, so
+/// that any number of stores share a directory; a store adopts the files that nobody has locked. It is removed when its
+/// last message is acknowledged. One that is damaged is delivered up to the damage, and then renamed to
+/// "<name>.damaged" instead.
 ///
 /// Thread safety: not thread-safe; one thread at a time.
-/// Errors: failures of the file system lose messages, which are counted; the internal log gets one line when that
-/// begins and one when it is over. Nothing is raised but std::bad_alloc.
+/// Errors: when the file system fails, append() says so to its caller, who still has the message, and messages that can
+/// no longer be read are counted as dropped. The internal log gets one line when a trouble begins and one when it is
+/// over. Nothing is raised but std::bad_alloc.
 class LOG4VRK_EXPORT LOGRecoveryFiles {
  public:
   static constexpr std::int64_t DEFAULT_LIMIT = std::int64_t{256} << 20;
@@ -45,8 +47,8 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   /// Makes the directory where it is missing, and its parents (mode 0700), and adopts. False when there is no such
   /// directory: append() goes on trying.
   bool open();
-  /// Takes over files whose owners are gone, behind what is here. For every reconnection. Where there are very many, the
-  /// rest follows by itself when these are acknowledged.
+  /// Takes over files whose owners are gone, behind what is here. For every reconnection. Where there are very many,
+  /// the rest follows by itself when these are acknowledged.
   void adopt();
 
   /// False when the message could not be kept. Larger ones than LOGRecoveryRecord::MAX_PAYLOAD never are.
@@ -62,13 +64,13 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   std::uint64_t pending() const { return m_last - m_acknowledged; }
   /// Bytes in this store's files, acknowledged messages of the oldest file and damage included.
   std::int64_t bytes() const { return m_bytes; }
-  /// Messages lost to the limit, to failures or to damage while the store had them; it only grows.
+  /// Messages lost to the limit or to damage while the store had them; it only grows.
   std::uint64_t dropped() const { return m_dropped; }
 
   /// Leaves the files to whoever comes next. May be repeated, and open() may follow.
   void close();
-  /// The same for a forked child, whose parent goes on with the files and their locks: it closes the child's descriptors
-  /// and says nothing. Until then the locks outlive the parent. No call may be under way at the fork.
+  /// The same for a forked child, whose parent goes on with the files and their locks: it closes the child's
+  /// descriptors and says nothing. Until then the locks outlive the parent. No call may be under way at the fork.
   void abandon();
 
  private:
@@ -92,7 +94,7 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   void leave(std::unique_ptr<File> file);
   void cutOff(File& file);
   void startReading(std::size_t index);
-  void endOf(std::uint64_t& lost);
+  void sayLost();
   I18NString pathOf(const I18NString& name) const;
 
   const I18NString m_directory;
@@ -112,6 +114,7 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   std::unique_ptr<Reader> m_reader;  // null at its beginning
 
   std::uint64_t m_dropped = 0;
-  // Messages lost since the internal log got a line about it; at the end it gets another one.
-  std::uint64_t m_failing = 0, m_full = 0;
+  // What the internal log has got a line about; at its end it gets another one.
+  bool m_failing = false;    // append()
+  std::uint64_t m_full = 0;  // messages lost to the limit
 };
