@@ -5,6 +5,8 @@
 
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/log4vrk.h"
+#include "log4vrk/net/LOGTCPSocketAppender.h"
+#include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "tests/support/InternalLog.h"
 #include "tests/support/TempDir.h"
 
@@ -129,6 +131,24 @@ TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
   EXPECT_EQ(1, appender->getAppend());
   EXPECT_EQ(nullptr, appender->getThreshold());
   EXPECT_EQ(1, dynamic_cast<LOGTTCCLayout*>(appender->getLayout())->getThreadPrinting());
+}
+
+TEST_F(DOMConfiguratorTest, TakesTheParametersOfATCPSocketAppenderInAnyCase) {
+  VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+  EXPECT_EQ(
+      1, configure("<appender name='T' class='org.example.LogTCPSocketAppender'><param name='REMOTEHOST' value='::1'/>"
+                   "<param name='port' value='1'/><param name='Secure' value='no'/>"
+                   "<param name='locationinfo' value='FALSE'/><param name='ReconnectionDelay' value='5000'/></appender>"
+                   "<logger name='tcp'><appender-ref ref='T'/></logger>"));
+  auto* const appender = dynamic_cast<LOGTCPSocketAppender*>(LOGManager::getLogger("tcp")->getAppender("T"));
+  ASSERT_NE(nullptr, appender);
+  EXPECT_EQ("::1", appender->getRemoteHost().toUtf8());
+  EXPECT_EQ(1, appender->getPort());
+  EXPECT_EQ(1, appender->getSecure()) << "only false is not true";
+  EXPECT_EQ(0, appender->getLocationInfo());
+  EXPECT_EQ(5000, appender->getReconnectionDelay());
+  LOGManager::getLogger("tcp")->removeAllAppenders();
+  VRKConfigurationFactory::getInstance().setBaseDirectory(I18NString());
 }
 
 TEST_F(DOMConfiguratorTest, ReducesClassNamesAtTheLastDot) {
