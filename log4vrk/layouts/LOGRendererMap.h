@@ -32,8 +32,8 @@ class LOG4VRK_EXPORT LOGRendererMap {
   static LOGObjectRenderer* getFromListRenderers(const I18NString& className);
   static LOGObjectRenderer* getFromListRenderers(LOGObject* object);
 
-  /// The same for the life of a scope in which a thread renders: until its end the renderer is not freed, whoever replaces
-  /// it or clears the map.
+  /// The same for the life of a scope in which a thread renders: until its end the renderer is not freed, whoever
+  /// replaces it or clears the map.
   class LOG4VRK_EXPORT Use {
    public:
     explicit Use(const I18NString& className);

@@ -10,8 +10,8 @@
 class LOGSyslogQuietWriter;
 class LOGSyslogWriter;
 
-/// Sends each formatted event as a UDP datagram to port 514 of a host. Needs a layout. Log calls never wait for the network,
-/// and nothing is known of what the daemon does with a datagram, or whether there is one.
+/// Sends each formatted event as a UDP datagram to port 514 of a host. Needs a layout. Log calls never wait for the
+/// network, and nothing is known of what the daemon does with a datagram, or whether there is one.
 ///
 /// Thread safety: any thread.
 /// Errors: a datagram that the system refuses is lost with one line in the internal log.
@@ -35,8 +35,8 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   void setFacilityPrinting(int printing);
   int getFacilityPrinting() const;
 
-  /// Takes a new socket to the host, and may block while its name is looked up. The host is that of all syslog appenders
-  /// that are activated later.
+  /// Takes a new socket to the host, and may block while its name is looked up. The host is that of all syslog
+  /// appenders that are activated later.
   void setSyslogHost(const I18NString& host);
   /// The one that was set last, on whatever appender.
   I18NString getSyslogHost() const;

@@ -6,7 +6,8 @@
 
 class LOGSyslogWriter;
 
-/// Writes "<facility>text". The header carries the facility alone, on purpose: daemons take every message as severity 0.
+/// Writes "<facility>text". The header carries the facility alone, on purpose: daemons take every message as
+/// severity 0.
 ///
 /// Thread safety: called under the lock of the appender that owns it.
 /// Ownership: writer and error handler are lent, and outlive their use here.

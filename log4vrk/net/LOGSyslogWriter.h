@@ -7,8 +7,8 @@
 #include "log4vrk/net/LOGWriter.h"
 #include "log4vrk/platform/VRKDatagramSocket.h"
 
-/// One datagram to port 514 for each text, as it stands. The host is shared by all syslog writers: whoever names one names
-/// it for every writer that is initialised later.
+/// One datagram to port 514 for each text, as it stands. The host is shared by all syslog writers: whoever names one
+/// names it for every writer that is initialised later.
 ///
 /// Thread safety: called under the lock of the appender that owns it; the host may be asked for by any thread.
 /// Errors: none is raised; a text that cannot be sent is lost with one line in the internal log.
@@ -22,8 +22,8 @@ class LOG4VRK_EXPORT LOGSyslogWriter : public LOGWriter {
   /// resolved is reported, and stays unknown to this writer; a socket that cannot be had is not reported.
   void init();
 
-  /// As many bytes of the text in UTF-8 as it has UTF-16 units, on purpose: what stands outside of ASCII costs the text as
-  /// much at its end. Never waits.
+  /// As many bytes of the text in UTF-8 as it has UTF-16 units, on purpose: what stands outside of ASCII costs the
+  /// text as much at its end. Never waits.
   void write(const I18NString& text) override;
   void flush() override {}
   void close() override {}

@@ -78,8 +78,8 @@ bool VRKDatagramSocket::send(const void* bytes, std::size_t count) {
   if (!m_destination.isValid()) return false;
   if (sendOnce(bytes, count)) return true;
   if (isFinal(errno)) return false;
-  // A connected socket learns of failures that an unconnected one does not see: an earlier datagram found nobody, or the
-  // network has changed since. Neither may cost this one.
+  // A connected socket learns of failures that an unconnected one does not see: an earlier datagram found nobody, or
+  // the network has changed since. Neither may cost this one.
   if (errno != ECONNREFUSED) connect();
   return sendOnce(bytes, count);
 }

@@ -10,10 +10,10 @@
 /// Sends datagrams to one destination. Failures are returned, not raised, and nothing is known of what becomes of a
 /// datagram that was sent.
 ///
-/// Thread safety: not thread-safe; the caller holds the lock of whoever owns the socket. A forked child may go on with its
-/// parent's.
-/// Ownership: the descriptor is the socket's and does not outlive an exec. A copy has a descriptor of its own, of the same
-/// system socket.
+/// Thread safety: not thread-safe; the caller holds the lock of whoever owns the socket. A forked child may go on with
+/// its parent's.
+/// Ownership: the descriptor is the socket's and does not outlive an exec. A copy has a descriptor of its own, of the
+/// same system socket.
 class LOG4VRK_EXPORT VRKDatagramSocket {
  public:
   VRKDatagramSocket() = default;

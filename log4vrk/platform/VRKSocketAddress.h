@@ -21,12 +21,12 @@ class LOG4VRK_EXPORT VRKSocketAddress {
   explicit VRKSocketAddress(const I18NString& interfaceName) : m_interface(interfaceName) {}
 
   /// May block, as the system's resolver does. An empty host is the wildcard address when `passive`, else this machine.
-  /// Of several addresses it takes the first of IPv4, which a listener on either family hears, and one of IPv6 when there
-  /// is no other. `port` is 0 to 65535. `family` restricts the search to one family, as getFamily() names it.
+  /// Of several addresses it takes the first of IPv4, which a listener on either family hears, and one of IPv6 when
+  /// there is no other. `port` is 0 to 65535. `family` restricts the search to one family, as getFamily() names it.
   bool resolve(const I18NString& host, long port, bool passive, unsigned short family = ANY_FAMILY);
 
-  /// All addresses of a name, in the order in which they should be tried: for streams, where a connection that is refused
-  /// leads to the next. Empty when there is none.
+  /// All addresses of a name, in the order in which they should be tried: for streams, where a connection that is
+  /// refused leads to the next. Empty when there is none.
   static std::vector<VRKSocketAddress> resolveAll(const I18NString& interfaceName, const I18NString& host, long port);
 
   bool isValid() const { return m_family != INVALID_FAMILY; }

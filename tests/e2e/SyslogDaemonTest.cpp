@@ -28,10 +28,10 @@ class SyslogDaemonTest : public testing::Test {
     tree.getRootLogger()->addAppender(&appender);
   }
 
-  Tree tree;
-  LOGLogger* const logger = tree.getLogger("shop");
   LOGPatternLayout layout{"%m"};
   LOGSyslogAppender appender;
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("shop");
   std::unique_ptr<Rsyslog> daemon;
   InternalLog log;
 };
