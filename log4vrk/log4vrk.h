@@ -72,6 +72,7 @@
 #include "log4vrk/net/LOGSyslogAppender.h"
 #include "log4vrk/net/LOGSyslogQuietWriter.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
+#include "log4vrk/net/LOGTCPSocketAppender.h"
 #include "log4vrk/net/LOGWriter.h"
 #include "log4vrk/platform/I18NConverter.h"
 #include "log4vrk/platform/I18NLocale.h"

@@ -24,6 +24,7 @@
 #include "log4vrk/layouts/LOGXMLLayout.h"
 #include "log4vrk/net/LOGLocalUDPAppender.h"
 #include "log4vrk/net/LOGSyslogAppender.h"
+#include "log4vrk/net/LOGTCPSocketAppender.h"
 
 namespace {
 
@@ -46,6 +47,7 @@ constexpr ClassEntry<LOGAppenderSkeleton> APPENDERS[] = {
     {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
     {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
     {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
+    {"LOGTCPSocketAppender", &make<LOGAppenderSkeleton, LOGTCPSocketAppender>},
     {"LOGSyslogAppender", &make<LOGAppenderSkeleton, LOGSyslogAppender>},
     {"LOGLocalUDPAppender", &make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
 };

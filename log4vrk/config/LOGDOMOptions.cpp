@@ -17,6 +17,7 @@
 #include "log4vrk/layouts/LOGXMLLayout.h"
 #include "log4vrk/net/LOGLocalUDPAppender.h"
 #include "log4vrk/net/LOGSyslogAppender.h"
+#include "log4vrk/net/LOGTCPSocketAppender.h"
 #include "log4vrk/platform/I18NLocale.h"
 
 namespace {
@@ -73,6 +74,16 @@ const Option OPTIONS[] = {
      [](LOGObject& t, const I18NString& v) { as<LOGSyslogAppender>(t).setFacility(v); }},
     {"LOGLocalUDPAppender", "Port", EXACT,
      [](LOGObject& t, const I18NString& v) { as<LOGLocalUDPAppender>(t).setPort(asInteger(v)); }},
+    {"LOGTCPSocketAppender", "RemoteHost", ANY_CASE,
+     [](LOGObject& t, const I18NString& v) { as<LOGTCPSocketAppender>(t).setRemoteHost(v); }},
+    {"LOGTCPSocketAppender", "Port", ANY_CASE,
+     [](LOGObject& t, const I18NString& v) { as<LOGTCPSocketAppender>(t).setPort(asInteger(v)); }},
+    {"LOGTCPSocketAppender", "LocationInfo", ANY_CASE,
+     [](LOGObject& t, const I18NString& v) { as<LOGTCPSocketAppender>(t).setLocationInfo(asBoolean(v)); }},
+    {"LOGTCPSocketAppender", "Secure", ANY_CASE,
+     [](LOGObject& t, const I18NString& v) { as<LOGTCPSocketAppender>(t).setSecure(asBoolean(v)); }},
+    {"LOGTCPSocketAppender", "ReconnectionDelay", ANY_CASE,
+     [](LOGObject& t, const I18NString& v) { as<LOGTCPSocketAppender>(t).setReconnectionDelay(asInteger(v)); }},
     {"LOGTTCCLayout", "DateFormat", ANY_CASE,
      [](LOGObject& t, const I18NString& v) { as<LOGTTCCLayout>(t).setDateFormat(v); }},
     {"LOGTTCCLayout", "TimeZone", ANY_CASE,

@@ -27,6 +27,15 @@ void VRKFmDir::splitPath(const I18NString& path, I18NString& directory, I18NStri
   file = path.substring(slash + 1);
 }
 
+bool VRKFmDir::makeDirectories(const I18NString& path) {
+  if (path.isEmpty() || exists(path, DIRECTORY)) return true;
+  I18NString parent, name;
+  splitPath(path, parent, name);
+  if (!makeDirectories(parent)) return false;
+  // Somebody else may have made it in the meantime.
+  return ::mkdir(path.toUtf8().c_str(), S_IRWXU) == 0 || exists(path, DIRECTORY);
+}
+
 bool VRKFmDir::removeFile(const I18NString& path) {
   return !VRKFault::hit(VRKFault::FILE_REMOVE) && ::unlink(path.toUtf8().c_str()) == 0;
 }

@@ -18,6 +18,9 @@ class LOG4VRK_EXPORT VRKFmDir {
   static bool exists(const I18NString& path, int kind);
   /// `directory` is what stands before the last slash ("/" itself for a name in the root), empty when there is none.
   static void splitPath(const I18NString& path, I18NString& directory, I18NString& file);
+  /// Makes the directory and those of its parents that are missing, for their user only (mode 0700). True when the
+  /// directory is there.
+  static bool makeDirectories(const I18NString& path);
   static bool removeFile(const I18NString& path);
   /// Replaces a file of the new name.
   static bool renameFile(const I18NString& from, const I18NString& to);

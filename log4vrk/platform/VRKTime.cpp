@@ -15,6 +15,13 @@ std::tm VRKTime::local(std::int64_t seconds) {
   return result;
 }
 
+std::tm VRKTime::utc(std::int64_t seconds) {
+  const std::time_t time = static_cast<std::time_t>(seconds);
+  std::tm result{};
+  gmtime_r(&time, &result);
+  return result;
+}
+
 bool VRKTime::fileModified(const I18NString& path, std::int64_t& seconds) {
   struct stat status;
   if (::stat(path.toUtf8().c_str(), &status) != 0) return false;

@@ -1,4 +1,4 @@
-// The clock, and broken-down local time.
+// The clock, and broken-down time.
 
 #pragma once
 
@@ -20,6 +20,7 @@ class LOG4VRK_EXPORT VRKTime {
   static Moment now();
   /// In the process's time zone.
   static std::tm local(std::int64_t seconds);
+  static std::tm utc(std::int64_t seconds);
   /// When the file was last changed, in seconds since the epoch; false when it cannot be examined.
   static bool fileModified(const I18NString& path, std::int64_t& seconds);
 };

@@ -70,6 +70,24 @@ TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
   EXPECT_EQ(1, dynamic_cast<LOGTTCCLayout*>(appender->getLayout())->getThreadPrinting());
 }
 
+TEST_F(DOMConfiguratorTest, TakesTheParametersOfATCPSocketAppenderInAnyCase) {
+  VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+  EXPECT_EQ(
+      1, configure("<appender name='T' class='org.example.LogTCPSocketAppender'><param name='REMOTEHOST' value='::1'/>"
+                   "<param name='port' value='1'/><param name='Secure' value='no'/>"
+                   "<param name='locationinfo' value='FALSE'/><param name='ReconnectionDelay' value='5000'/></appender>"
+                   "<logger name='tcp'><appender-ref ref='T'/></logger>"));
+  auto* const appender = dynamic_cast<LOGTCPSocketAppender*>(LOGManager::getLogger("tcp")->getAppender("T"));
+  ASSERT_NE(nullptr, appender);
+  EXPECT_EQ("::1", appender->getRemoteHost().toUtf8());
+  EXPECT_EQ(1, appender->getPort());
+  EXPECT_EQ(1, appender->getSecure()) << "only false is not true";
+  EXPECT_EQ(0, appender->getLocationInfo());
+  EXPECT_EQ(5000, appender->getReconnectionDelay());
+  LOGManager::getLogger("tcp")->removeAllAppenders();
+  VRKConfigurationFactory::getInstance().setBaseDirectory(I18NString());
+}
+
 TEST_F(DOMConfiguratorTest, ReducesClassNamesAtTheLastDot) {
   const std::pair<const char*, const char*> cases[] = {{"a.b.C", "C"}, {"C", "C"},  {"a.b.", "a.b."},
                                                        {"", ""},       {".C", "C"}, {".", "."}};

@@ -1,0 +1,120 @@
+// The files that keep events which a remote log server has not acknowledged.
+
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
+
+/// A first-in, first-out store of messages in a directory. What append() accepted outlives the process: it is in the
+/// kernel, though not forced to the disk, and is delivered by this store or by the next one that opens the directory,
+/// also of another process. Messages are delivered at least once: how far the oldest file is acknowledged is kept in
+/// memory only, and after a crash that file is delivered from its beginning.
+///
+/// There are several files, 4 MiB each with the default limit. A file belongs to the one store that has it locked, so
+/// that any number of stores share a directory; a store adopts the files that nobody has locked. It is removed when its
+/// last message is acknowledged. One that is damaged is delivered up to the damage, and then renamed to
+/// "<name>.damaged" instead.
+///
+/// Thread safety: not thread-safe; one thread at a time.
+/// Errors: when the file system fails, append() says so to its caller, who still has the message, and messages that can
+/// no longer be read are counted as dropped. The internal log gets one line when a trouble begins and one when it is
+/// over. Nothing is raised but std::bad_alloc.
+class LOG4VRK_EXPORT LOGRecoveryFiles {
+ public:
+  static constexpr std::int64_t DEFAULT_LIMIT = std::int64_t{256} << 20;
+
+  struct Record {
+    std::uint64_t position;  // for acknowledge(); goes up by one
+    std::uint64_t sequence;
+    std::string payload;
+  };
+
+  /// `directory` is used as it is, relative to the working directory. `limitBytes` bounds this store's files together,
+  /// those that are set aside included; past it the oldest go.
+  explicit LOGRecoveryFiles(const I18NString& directory, std::int64_t limitBytes = DEFAULT_LIMIT);
+  /// Closes.
+  ~LOGRecoveryFiles();
+  LOGRecoveryFiles(const LOGRecoveryFiles&) = delete;
+  LOGRecoveryFiles& operator=(const LOGRecoveryFiles&) = delete;
+
+  /// Makes the directory where it is missing, and its parents (mode 0700), and adopts. False when there is no such
+  /// directory: append() goes on trying.
+  bool open();
+  /// Takes over files whose owners are gone, behind what is here. For every reconnection. Where there are very many,
+  /// the rest follows by itself when these are acknowledged.
+  void adopt();
+
+  /// False when the message could not be kept. Larger ones than LOGRecoveryRecord::MAX_PAYLOAD never are.
+  bool append(std::uint64_t sequence, std::string_view payload);
+  /// The oldest message that has not been taken; false when there is none. It stays until it is acknowledged.
+  bool next(Record& record);
+  /// Lets next() begin again with the oldest message that is not acknowledged.
+  void rewind();
+  /// The message at this position and all before it are delivered. Positions that are not out are ignored.
+  void acknowledge(std::uint64_t position);
+
+  /// Messages that are not acknowledged, taken or not.
+  std::uint64_t pending() const { return m_last - m_acknowledged; }
+  /// Bytes in this store's files, acknowledged messages of the oldest file and damage included.
+  std::int64_t bytes() const { return m_bytes; }
+  /// Messages lost to the limit or to damage while the store had them; it only grows.
+  std::uint64_t dropped() const { return m_dropped; }
+
+  /// Leaves the files to whoever comes next. May be repeated, and open() may follow.
+  void close();
+  /// The same for a forked child, whose parent goes on with the files and their locks: it closes the child's
+  /// descriptors and says nothing. Until then the locks outlive the parent. No call may be under way at the fork.
+  void abandon();
+
+ private:
+  struct File;
+  class Reader;
+  struct SetAside {
+    I18NString path;
+    std::int64_t bytes;
+  };
+
+  void adopt(bool report);
+  void findSetAside();
+  std::vector<std::unique_ptr<File>> findFree(bool report);
+  void takeOver(std::unique_ptr<File> file);
+  std::unique_ptr<File> newFile();
+  void write(std::string_view record);
+  void makeRoom(std::int64_t bytes);
+  void dropOldest();
+  void removeDelivered();
+  void removeOldest();
+  void leave(std::unique_ptr<File> file);
+  void cutOff(File& file);
+  void startReading(std::size_t index);
+  void sayLost();
+  I18NString pathOf(const I18NString& name) const;
+
+  const I18NString m_directory;
+  const std::int64_t m_limit;
+  const std::int64_t m_fileLimit;
+
+  std::deque<std::unique_ptr<File>> m_files;   // oldest first; all of them locked
+  File* m_writing = nullptr;                   // null or the last of m_files
+  std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody delivers them again
+  std::deque<SetAside> m_setAside;             // oldest first
+  bool m_moreFree = false;                     // more files than could be adopted at once
+  std::int64_t m_bytes = 0;
+
+  // Positions number the messages in the order of the files, from 1: m_acknowledged <= m_taken <= m_last.
+  std::uint64_t m_acknowledged = 0, m_taken = 0, m_last = 0;
+  std::size_t m_readIndex = 0;       // the file that next() reads
+  std::unique_ptr<Reader> m_reader;  // null at its beginning
+
+  std::uint64_t m_dropped = 0;
+  // What the internal log has got a line about; at its end it gets another one.
+  bool m_failing = false;    // append()
+  std::uint64_t m_full = 0;  // messages lost to the limit
+};

@@ -1,0 +1,433 @@
+// The TCP socket appender against a real daemon.
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <map>
+#include <random>
+#include <set>
+
+#include "log4vrk/config/LOG4VRKConfigurator.h"
+#include "log4vrk/core/LOGManager.h"
+#include "log4vrk/core/LOGMessage.h"
+#include "log4vrk/net/LOGConnector.h"
+#include "log4vrk/net/LOGOutbox.h"
+#include "log4vrk/net/LOGRelpSession.h"
+#include "log4vrk/net/LOGTCPSocketAppender.h"
+#include "log4vrk/platform/VRKConfigurationFactory.h"
+#include "tests/support/Doubles.h"
+#include "tests/support/Logs.h"
+#include "tests/support/Rsyslog.h"
+
+namespace {
+
+using vrktest::Rsyslog;
+using vrktest::Texts;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long EVENTS = 20000;
+constexpr int KILLS = 5, CLIENT_KILLS = 10;
+constexpr std::chrono::seconds STANDSTILL{2};
+#else
+constexpr long EVENTS = 100000;
+constexpr int KILLS = 20, CLIENT_KILLS = 50;
+constexpr std::chrono::seconds STANDSTILL{10};
+#endif
+
+const std::string PROGRAMS = LOG4VRK_TEST_PROGRAM_DIR;
+
+Rsyslog::Options relp() {
+  Rsyslog::Options options;
+  options.relp = true;
+  return options;
+}
+
+Rsyslog::Options tls(const std::string& identity = "server") {
+  Rsyslog::Options options;
+  options.tls = true;
+  options.identity = identity;
+  return options;
+}
+
+/// What the server has stored, as a receiver sees it that drops what it has had already.
+struct Received {
+  explicit Received(const Texts& lines) {
+    std::set<std::string> seen;
+    for (const std::string& line : lines) {
+      const std::size_t begin = line.find("stream=\""), end = line.find("\" logger=");
+      const std::size_t text = line.find("\"] ", end);
+      if (begin == line.npos || end == line.npos || text == line.npos) {
+        ADD_FAILURE() << "no event of ours: " << line;
+      } else if (seen.insert(line.substr(begin, end - begin)).second) {
+        texts.push_back(line.substr(text + 3));
+      } else {
+        ++repetitions;
+      }
+    }
+  }
+
+  Texts texts;
+  long repetitions = 0;
+};
+
+/// How often the thread had to give way to another one, which is the machine's business and not the log call's.
+long preemptions() {
+  rusage usage;
+  ::getrusage(RUSAGE_THREAD, &usage);
+  return usage.ru_nivcsw;
+}
+
+class LogServerTest : public testing::Test {
+ protected:
+  LogServerTest() {
+    VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+    appender.setName("server");
+    appender.setRemoteHost("127.0.0.1");
+    appender.setReconnectionDelay(500);
+  }
+  ~LogServerTest() override { logger->removeAppender(&appender); }
+
+  void open(int port) {
+    appender.setPort(port);
+    logger->addAppender(&appender);
+  }
+  void openSecure(const Rsyslog& server) {
+    appender.setRemoteHost("localhost");
+    appender.setSecure(1);
+    appender.setAuthorities(server.certificates().certificate("ca").c_str());
+    open(server.tlsPort());
+  }
+  void logNumbers(int writer, long count) {
+    for (long n = 1; n <= count; ++n) LOG4VRK_INFO(logger, writer << " " << n << " end");
+  }
+  long recoveryFiles() const {
+    std::error_code missing;
+    const std::filesystem::directory_iterator files(dir.file("logs/recovery/local"), missing);
+    return missing ? 0 : std::distance(begin(files), end(files));
+  }
+  std::uint64_t settled() const { return appender.getAcknowledged() + appender.getDropped(); }
+
+  // Threads log all the while; the server is killed whenever another part of the events has arrived.
+  void surviveKills(Rsyslog& server, long events, int kills) {
+    constexpr int WRITERS = 4;
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < WRITERS; ++writer) {
+      writers.emplace_back([this, writer, events] { logNumbers(writer, events / WRITERS); });
+    }
+    for (int kill = 1; kill <= kills; ++kill) {
+      const auto part = static_cast<std::uint64_t>(events * kill / (kills + 1));
+      EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() >= part; })) << kill;
+      server.kill();
+      server.start();
+    }
+    for (std::thread& writer : writers) writer.join();
+    EXPECT_TRUE(vrktest::eventually([&] { return settled() >= static_cast<std::uint64_t>(events); }));
+    appender.close();
+    const Received received(server.lines());
+    vrktest::expectEachOnceInOrder(received.texts, WRITERS, events / WRITERS);
+    EXPECT_LE(received.repetitions, static_cast<long>(LOGRelpSession::WINDOW) * kills);
+    EXPECT_EQ(0u, appender.getDropped());
+    EXPECT_EQ(0u, appender.getInRecovery());
+    EXPECT_EQ(0, recoveryFiles());
+    std::printf("%ld events, %d kills: %ld repeated.\n", events, kills, received.repetitions);
+  }
+
+  const vrktest::Deadline deadline{115};
+  vrktest::TempDir dir;
+  const InternalLog log;
+  vrktest::Tree tree;
+  LOGLogger* const logger = tree.getLogger("shop");
+  LOGTCPSocketAppender appender;
+};
+
+TEST_F(LogServerTest, LosesNothingWhileTheServerIsKilledAgainAndAgain) {
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  Rsyslog server(relp());
+  ASSERT_TRUE(server.startAndWait());
+  open(server.relpPort());
+  surviveKills(server, EVENTS, KILLS);
+}
+
+TEST_F(LogServerTest, LosesNothingOverTlsWhileTheServerIsKilled) {
+  if (!Rsyslog::available(tls())) GTEST_SKIP() << Rsyslog::missing(tls());
+  Rsyslog server(tls());
+  ASSERT_TRUE(server.startAndWait());
+  openSecure(server);
+  surviveKills(server, EVENTS / 10, 3);
+}
+
+// What the network, the disk and the server do is the sending thread's business alone.
+TEST_F(LogServerTest, DoesNotSlowLogCallsDownWhileTheServerStandsStill) {
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  using Clock = std::chrono::steady_clock;
+  Rsyslog server(relp());
+  ASSERT_TRUE(server.startAndWait());
+  open(server.relpPort());
+  logNumbers(0, 1);
+  ASSERT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == 1; }));
+  server.stop();
+  std::vector<Clock::duration> times;
+  const auto end = Clock::now() + STANDSTILL;
+  long n = 1;
+  while (Clock::now() < end) {
+    const long preempted = preemptions();
+    const auto before = Clock::now();
+    LOG4VRK_INFO(logger, 0 << " " << ++n << " end");
+    const auto time = Clock::now() - before;
+    if (preemptions() == preempted) times.push_back(time);
+    std::this_thread::sleep_until(before + std::chrono::microseconds(100));
+  }
+  server.resume();
+  ASSERT_TRUE(vrktest::eventually([&] { return settled() >= static_cast<std::uint64_t>(n); }));
+  EXPECT_EQ(0u, appender.getDropped());
+  const auto slow = times.begin() + static_cast<long>(times.size() * 999 / 1000);
+  std::nth_element(times.begin(), slow, times.end());
+  std::printf("99.9 %% of %zu log calls took at most %.1f us.\n", times.size(),
+              std::chrono::duration<double, std::micro>(*slow).count());
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  EXPECT_LT(*slow, std::chrono::milliseconds(1)) << "99.9 % of " << times.size();
+#endif
+  vrktest::expectEachOnceInOrder(Received(server.lines()).texts, 1, n);
+}
+
+// The program logs numbers, and says of how many it knows that they are acknowledged or in a file. All of these arrive.
+TEST_F(LogServerTest, LosesNothingThatWasSentOrKeptWhenTheClientIsKilled) {
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  Rsyslog server(relp());
+  ASSERT_TRUE(server.startAndWait());
+  std::mt19937 random(20261121);
+  struct {
+    long logged = 0, lost = 0, most = 0;
+  } up, stopped;
+  for (int kill = 0; kill < CLIENT_KILLS; ++kill) {
+    const vrktest::TempDir own;
+    const std::string counters = own.write("work/counters", std::string(2 * sizeof(long), '\0'));
+    const auto counter = [&](int index) {
+      long values[2] = {};
+      std::ifstream(counters, std::ios::binary).read(reinterpret_cast<char*>(values), sizeof values);
+      return values[index];
+    };
+    const std::size_t before = server.lines().size();
+    const auto start = [&](const char* what) {
+      const pid_t child = ::fork();
+      if (child == 0) {
+        ::execl((PROGRAMS + "/log_server_probe").c_str(), "log_server_probe", own.file("work").c_str(),
+                std::to_string(server.relpPort()).c_str(), what, nullptr);
+        ::_exit(127);
+      }
+      return child;
+    };
+    const bool down = kill % 2 == 1;  // then everything goes to the files
+    if (down) server.stop();
+    const pid_t child = start("log");
+    EXPECT_TRUE(vrktest::eventually([&] { return counter(1) > 0; }));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % (down ? 1000000 : 200000)));
+    ::kill(child, SIGKILL);
+    ASSERT_EQ(-SIGKILL, vrktest::statusOf(child));
+    if (down) server.resume();
+    ASSERT_EQ(0, vrktest::statusOf(start("deliver")));
+    const Texts& lines = server.lines();
+    const Texts arrived = Received({lines.begin() + static_cast<long>(before), lines.end()}).texts;
+    std::map<int, long> last;
+    ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(arrived, last)) << "a gap";
+    EXPECT_GE(last[0], counter(1)) << "known to be acknowledged or in a file";
+    const long lost = std::max(0L, counter(0) - last[0]);
+    EXPECT_LE(lost, static_cast<long>(2 * LOGOutbox::MOST_EVENTS + LOGRelpSession::WINDOW)) << "what memory holds";
+    auto& sum = down ? stopped : up;
+    sum.logged += counter(0);
+    sum.lost += lost;
+    sum.most = std::max(sum.most, lost);
+  }
+  std::printf(
+      "Lost from memory: %ld of %ld, %ld at most in one kill; while the server stood still %ld of %ld, %ld at most.\n",
+      up.lost, up.logged, up.most, stopped.lost, stopped.logged, stopped.most);
+}
+
+// Each kind of server that is not the right one: one line says why, and the events wait until the right one is there.
+TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
+  Rsyslog::Options both = tls();
+  both.relp = true;
+  if (!Rsyslog::available(both)) GTEST_SKIP() << Rsyslog::missing(both);
+  Rsyslog right(both), expired(tls("expired")), other(tls("other"));
+  Rsyslog::Options strictOptions = tls();
+  strictOptions.clientCertificate = true;
+  Rsyslog strict(strictOptions);
+  for (Rsyslog* const server : {&right, &expired, &other, &strict}) ASSERT_TRUE(server->startAndWait());
+  const struct {
+    const char* what;
+    bool secure;
+    int port;
+    const Rsyslog* authority;
+    const char* line;
+  } cases[] = {
+      {"another authority", true, right.tlsPort(), &expired, "certificate is not accepted: "},
+      {"expired", true, expired.tlsPort(), &expired, "certificate is not accepted: certificate has expired"},
+      {"another name", true, other.tlsPort(), &other, "certificate is not accepted: hostname mismatch"},
+      {"TLS to a plain server", true, right.relpPort(), &right, "TLS handshake: "},
+      {"plain to a TLS server", false, right.tlsPort(), &right, "perhaps it wants TLS"},
+      {"no client certificate", true, strict.tlsPort(), &strict, "certificate required"},
+      {"nobody there", false, 1, &right, "Connection refused"},
+      {"no such name", false, 0, &right, "there is no address of that name and port"},
+  };
+  long number = 0;
+  for (const auto& each : cases) {
+    const InternalLog own;
+    LOGTCPSocketAppender wrong;
+    wrong.setName("wrong");
+    wrong.setRemoteHost(each.port == 0 ? "no-such-host.invalid" : "localhost");
+    wrong.setPort(each.port);
+    wrong.setSecure(each.secure ? 1 : 0);
+    wrong.setAuthorities(each.authority->certificates().certificate("ca").c_str());
+    wrong.setReconnectionDelay(20);
+    logger->addAppender(&wrong);
+    LOG4VRK_INFO(logger, 0 << " " << ++number << " end");
+    const I18NString begin =
+        "log4vrk:ERROR LOGTCPSocketAppender -- [wrong] -- there is no connection to the log server ";
+    EXPECT_TRUE(vrktest::eventually([&] { return own.contains(begin.toUtf8()); })) << each.what;
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));  // some more attempts
+    logger->removeAppender(&wrong);
+    wrong.close();
+    EXPECT_EQ(1, own.count(begin.toUtf8())) << each.what << "\n" << own.text();
+    EXPECT_TRUE(own.contains(each.line)) << each.what << "\n" << own.text();
+    EXPECT_EQ(0u, wrong.getDropped());
+  }
+  openSecure(right);
+  appender.activateOptions();
+  EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() >= static_cast<std::uint64_t>(number); }));
+  vrktest::expectEachOnceInOrder(Received(right.lines()).texts, 1, number);
+}
+
+TEST_F(LogServerTest, ShowsItsCertificateAndWaitsInFilesWithoutTheLibrary) {
+  Rsyslog::Options options = tls();
+  options.clientCertificate = true;
+  if (!Rsyslog::available(options)) GTEST_SKIP() << Rsyslog::missing(options);
+  Rsyslog server(options);
+  ASSERT_TRUE(server.startAndWait());
+  VRKFault::arm(VRKFault::LIBRARY, 1000000);
+  appender.setReconnectionDelay(20);
+  appender.setCertificate(server.certificates().certificate("client").c_str(),
+                          server.certificates().key("client").c_str());
+  openSecure(server);
+  logNumbers(0, 10);
+  EXPECT_TRUE(vrktest::eventually([&] { return appender.getInRecovery() == 10; }));
+  EXPECT_EQ(1, log.count("there is no TLS library (libssl.so.3) on this machine")) << log.text();
+  VRKFault::disarm();
+  EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == 10; })) << log.text();
+  vrktest::expectEachOnceInOrder(Received(server.lines()).texts, 1, 10);
+}
+
+// Without recovery files, memory holds what it can; then events are dropped and counted. Log calls go on.
+TEST_F(LogServerTest, GoesOnWithoutRecoveryFiles) {
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  Rsyslog server(relp());
+  dir.write("logs", "a file where the directory belongs");
+  open(server.relpPort());
+  constexpr long MANY = 50000;
+  logNumbers(0, MANY);
+  const auto dropped = static_cast<long>(appender.getDropped());
+  EXPECT_GT(dropped, 0);
+  EXPECT_GE(MANY - dropped, static_cast<long>(LOGOutbox::MOST_EVENTS));
+  EXPECT_EQ(1, log.count("the queue is full")) << log.text();
+  EXPECT_EQ(1, log.count("could not keep a message")) << log.text();
+  ASSERT_TRUE(server.startAndWait());
+  EXPECT_TRUE(vrktest::eventually([&] { return settled() == MANY; }));
+  Texts texts = Received(server.lines()).texts;
+  ASSERT_EQ(static_cast<std::size_t>(MANY - dropped), texts.size());
+  EXPECT_EQ("0 1 end", texts.front());
+}
+
+// A child sends what is its own, on a connection of its own; what the parent has in flight stays the parent's.
+TEST_F(LogServerTest, AForkedChildHasAStreamOfItsOwn) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
+#endif
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  Rsyslog server(relp());
+  ASSERT_TRUE(server.startAndWait());
+  open(server.relpPort());
+  constexpr int CHILDREN = 20;
+  constexpr long EACH = 50;
+  std::atomic<bool> forking{true};
+  std::atomic<long> logged{0};
+  std::thread parent([&] {
+    for (; forking; std::this_thread::sleep_for(std::chrono::microseconds(50)))
+      LOG4VRK_INFO(logger, 0 << " " << ++logged << " end");
+  });
+  for (int child = 1; child <= CHILDREN; ++child) {
+    EXPECT_EQ(0, vrktest::statusInChild([&] {
+                if (child % 5 == 0) return;  // says nothing
+                logNumbers(child, EACH);
+                appender.close();
+                EXPECT_EQ(static_cast<std::uint64_t>(EACH), appender.getAcknowledged());
+              }));
+  }
+  forking = false;
+  parent.join();
+  EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == static_cast<std::uint64_t>(logged); }));
+  std::map<int, long> last;
+  vrktest::lastNumbers(Received(server.lines()).texts, last);
+  EXPECT_EQ(logged, last[0]);
+  for (int child = 1; child <= CHILDREN; ++child) EXPECT_EQ(child % 5 == 0 ? 0 : EACH, last[child]) << child;
+}
+
+TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  using Clock = std::chrono::steady_clock;
+  Rsyslog server(relp());
+  ASSERT_TRUE(server.startAndWait());
+  open(server.relpPort());
+  logNumbers(0, 10);
+  ASSERT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == 10; }));
+  server.stop();
+  logNumbers(1, 300);
+  const auto begin = Clock::now();
+  appender.close();
+  EXPECT_LT(Clock::now() - begin, LOGConnector::LONGEST_FAREWELL + std::chrono::seconds(1));
+  EXPECT_EQ(300u, appender.getInRecovery());
+  appender.close();
+  logger->info("late");
+  EXPECT_EQ(1, log.count("Attempted to append to closed appender named [server].")) << log.text();
+  server.resume();
+  LOGTCPSocketAppender next;  // of the same program, or of another one
+  next.setRemoteHost("127.0.0.1");
+  next.setPort(server.relpPort());
+  next.activateOptions();
+  EXPECT_TRUE(vrktest::eventually([&] { return next.getAcknowledged() == 300; }));
+  next.close();
+  const Texts texts = Received(server.lines()).texts;
+  vrktest::expectEachOnceInOrder({texts.begin() + 10, texts.end()}, 1, 300);
+  EXPECT_EQ(0, recoveryFiles());
+}
+
+TEST(LogServerExample, ShowsWhatItsDocumentSends) {
+  if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
+  const std::string examples = LOG4VRK_SOURCE_DIR "/examples/log-server",
+                    port = std::to_string(Rsyslog(relp()).relpPort());
+  const vrktest::TempDir dir;
+  const pid_t server = ::fork();
+  if (server == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::execl((examples + "/run-log-server.sh").c_str(), "run-log-server.sh", dir.file("server").c_str(), port.c_str(),
+            nullptr);
+    ::_exit(127);
+  }
+  std::ifstream in(examples + "/log.xml");
+  std::string document{std::istreambuf_iterator<char>(in), {}};
+  document.replace(document.find("2514"), 4, port);
+  VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+  EXPECT_EQ(1, LOG4VRKConfigurator::initialize(dir.write("log.xml", document).c_str()));
+  LOGManager::getLogger("shop.orders")->warn("two lines\nin one");
+  EXPECT_TRUE(vrktest::eventually([&] {
+    const std::string events = dir.read("server/events.log");
+    return events.find(" warning shop.orders ") != events.npos &&
+           events.find("/1 -two lines#012in one\n") != events.npos;
+  })) << dir.read("server/events.log");
+  LOG4VRKConfigurator::shutdown();
+  ::kill(server, SIGKILL);
+  vrktest::statusOf(server);
+}
+
+}  // namespace

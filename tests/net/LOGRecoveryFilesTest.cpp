@@ -1,0 +1,301 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "log4vrk/net/LOGRecoveryFiles.h"
+#include "log4vrk/net/LOGRecoveryRecord.h"
+#include "log4vrk/platform/VRKFault.h"
+#include "tests/support/InternalLog.h"
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+
+using namespace vrktest;
+
+namespace {
+
+using Messages = std::vector<std::string>;
+
+class RecoveryFilesTest : public testing::Test {
+ protected:
+  static constexpr const char* OLD = "recovery/20260102030405-0000000a";
+
+  ~RecoveryFilesTest() override { VRKFault::disarm(); }
+
+  I18NString directory() const { return I18NString(m_dir.file("recovery").c_str()); }
+
+  std::vector<std::string> names() const {
+    std::vector<std::string> result;
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator(m_dir.file("recovery"), missing)) {
+      result.push_back(entry.path().filename());
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+  }
+
+  TempDir m_dir;
+  InternalLog m_log;
+};
+
+// What has not been taken, as "<sequence> <payload>".
+Messages take(LOGRecoveryFiles& files, std::size_t most = 1000000) {
+  Messages result;
+  LOGRecoveryFiles::Record record;
+  while (result.size() < most && files.next(record)) {
+    result.push_back(std::to_string(record.sequence) + " " + record.payload);
+  }
+  return result;
+}
+
+Messages numbered(int first, int last, const std::string& payload) {
+  Messages result;
+  for (int i = first; i <= last; ++i) result.push_back(std::to_string(i) + " " + payload);
+  return result;
+}
+
+void append(LOGRecoveryFiles& files, int first, int last, const std::string& payload) {
+  for (int i = first; i <= last; ++i) ASSERT_TRUE(files.append(static_cast<std::uint64_t>(i), payload)) << i;
+}
+
+std::string thisHour() {
+  const std::time_t now = std::time(nullptr);
+  char text[16];
+  return std::string(text, std::strftime(text, sizeof text, "%Y%m%d%H", std::localtime(&now)));
+}
+
+std::string record(std::uint64_t sequence, const std::string& payload) {
+  std::string bytes;
+  LOGRecoveryRecord{sequence, payload}.appendTo(bytes);
+  return bytes;
+}
+
+TEST_F(RecoveryFilesTest, ChecksumIsThePublishedOneAndTheFormatStaysAsItIs) {
+  EXPECT_EQ(0xE3069283u, LOGRecoveryRecord::crc32c("123456789"));
+  EXPECT_EQ(0xE3069283u, LOGRecoveryRecord::crc32c("6789", LOGRecoveryRecord::crc32c("12345")));
+  const std::string expected("\x02\0\0\0....\x08\x07\x06\x05\x04\x03\x02\x01hi", 18);
+  const std::string bytes = record(0x0102030405060708, "hi");
+  EXPECT_EQ(expected.substr(0, 4) + expected.substr(8), bytes.substr(0, 4) + bytes.substr(8));
+}
+
+TEST_F(RecoveryFilesTest, MessagesStayUntilAcknowledgedAndSurviveTheStore) {
+  const std::string payload(1000, '\0'), before = thisHour();
+  {
+    LOGRecoveryFiles files(directory(), 10 << 20);
+    ASSERT_TRUE(files.open());
+    append(files, 1, 3000, payload);  // three files
+    EXPECT_EQ(numbered(1, 2500, payload), take(files, 2500));
+    files.acknowledge(1500);
+    files.acknowledge(99);
+    files.rewind();
+    EXPECT_EQ(numbered(1501, 1600, payload), take(files, 100));
+    append(files, 3001, 3010, payload);
+    EXPECT_EQ(numbered(1601, 3010, payload), take(files));
+    EXPECT_EQ(1510u, files.pending());
+    struct stat status;
+    ASSERT_EQ(0, ::stat((m_dir.file("recovery/") + names().at(0)).c_str(), &status));
+    EXPECT_EQ(0600u, status.st_mode & 0777u);
+    EXPECT_TRUE(names()[0].substr(0, 10) == before || names()[0].substr(0, 10) == thisHour()) << names()[0];
+    EXPECT_EQ(std::string::npos, names()[0].substr(15).find_first_not_of("0123456789abcdef")) << names()[0];
+    EXPECT_EQ("-", names()[0].substr(14, 1) + names()[0].substr(23));
+    ASSERT_EQ(0, ::stat(m_dir.file("recovery").c_str(), &status));
+    EXPECT_EQ(0700u, status.st_mode & 0777u);
+  }
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  const Messages again = take(files);  // from the beginning of the file that was acknowledged in part
+  ASSERT_GT(again.size(), 1510u);
+  EXPECT_EQ(numbered(1501, 3010, payload), Messages(again.end() - 1510, again.end()));
+  EXPECT_EQ(files.pending(), again.size());
+  append(files, 3011, 3011, "new");
+  EXPECT_EQ(Messages{"3011 new"}, take(files));
+  files.acknowledge(again.size() + 1);
+  EXPECT_EQ(0u, files.pending());
+  EXPECT_EQ(0, files.bytes());
+  EXPECT_EQ(Messages(), names());
+}
+
+TEST_F(RecoveryFilesTest, OneOwnerAtATimeAndTheNextOneComesAfterAKill) {
+  LOGRecoveryFiles mine(directory());
+  ASSERT_TRUE(mine.open());
+  append(mine, 1, 2, "mine");
+  int ready[2];
+  ASSERT_EQ(0, ::pipe(ready));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    mine.abandon();
+    LOGRecoveryFiles theirs(directory());
+    theirs.open();
+    for (std::uint64_t i = 1; i <= 3; ++i) theirs.append(i, "theirs");
+    const bool alone = theirs.pending() == 3;
+    if (::write(ready[1], alone ? "y" : "n", 1) == 1) ::pause();
+    ::_exit(1);
+  }
+  char alone = 0;
+  ASSERT_EQ(1, ::read(ready[0], &alone, 1));
+  EXPECT_EQ('y', alone);
+  EXPECT_EQ(2u, names().size());
+  mine.adopt();
+  EXPECT_EQ(Messages({"1 mine", "2 mine"}), take(mine));
+  ::kill(child, SIGKILL);
+  EXPECT_EQ(-SIGKILL, statusOf(child));
+  mine.adopt();
+  append(mine, 3, 3, "mine");
+  EXPECT_EQ(Messages({"1 theirs", "2 theirs", "3 theirs", "3 mine"}), take(mine));
+  mine.acknowledge(6);
+  EXPECT_EQ(Messages(), names());
+  ::close(ready[0]);
+  ::close(ready[1]);
+}
+
+TEST_F(RecoveryFilesTest, ManyFilesAreAdoptedInOrderAndNotAllAtOnce) {
+  Messages expected;
+  for (int i = 100; i < 300; ++i) {
+    m_dir.write("recovery/20260102030405-00000" + std::to_string(i), record(1, std::to_string(i)));
+    expected.push_back("1 " + std::to_string(i));
+  }
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  EXPECT_LT(files.pending(), 100u);
+  Messages delivered;
+  LOGRecoveryFiles::Record record;
+  while (files.next(record)) {
+    delivered.push_back("1 " + record.payload);
+    files.acknowledge(record.position);
+  }
+  EXPECT_EQ(expected, delivered);
+  EXPECT_EQ(Messages(), names());
+}
+
+TEST_F(RecoveryFilesTest, LimitTakesTheOldestAndSaysSoOnce) {
+  LOGRecoveryFiles files(directory(), 16 * 1024);
+  ASSERT_TRUE(files.open());
+  const std::string payload(240, 'x');
+  append(files, 1, 20, payload);
+  EXPECT_EQ(numbered(1, 20, payload), take(files));
+  append(files, 21, 200, payload);
+  EXPECT_LE(files.bytes(), 16 * 1024);
+  EXPECT_EQ(200u, files.pending() + files.dropped());
+  EXPECT_GE(files.pending(), 56u);
+  files.acknowledge(20);  // has been dropped
+  EXPECT_EQ(numbered(201 - static_cast<int>(files.pending()), 200, payload), take(files));
+  EXPECT_EQ(1, m_log.count("LOGRecoveryFiles"));
+  files.acknowledge(200);
+  EXPECT_EQ(Messages(), names());
+  EXPECT_EQ(1, m_log.count(std::to_string(files.dropped()) + " messages lost")) << m_log.text();
+  EXPECT_FALSE(files.append(201, std::string(16 * 1024, 'x')));
+}
+
+TEST_F(RecoveryFilesTest, FullDiskLeavesNothingHalfWritten) {
+  ::signal(SIGXFSZ, SIG_IGN);
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  append(files, 1, 3, std::string(5000, 'x'));
+  rlimit before;
+  ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &before));
+  rlimit small = before;
+  small.rlim_cur = 20000;  // the internal log is shorter
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &small));
+  EXPECT_FALSE(files.append(4, std::string(8000, 'y')));
+  EXPECT_FALSE(files.append(5, std::string(8000, 'y')));
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &before));
+  EXPECT_EQ(0u, files.dropped()) << "the caller still has them";
+  EXPECT_EQ(3 * record(1, std::string(5000, 'x')).size(), m_dir.read("recovery/" + names().at(0)).size());
+  append(files, 6, 6, "z");
+  EXPECT_EQ(1, m_log.count("could not keep a message"));
+  EXPECT_EQ(1, m_log.count("keeps messages again")) << m_log.text();
+  EXPECT_EQ(4u, take(files).size());
+  EXPECT_EQ("6 z", (files.rewind(), take(files).back()));
+}
+
+TEST_F(RecoveryFilesTest, DirectoryThatCannotBeMadeLosesMessagesUntilItCan) {
+  m_dir.write("recovery", "a file");
+  LOGRecoveryFiles files(directory());
+  EXPECT_FALSE(files.open());
+  EXPECT_FALSE(files.append(1, "a"));
+  EXPECT_FALSE(files.append(2, "b"));
+  EXPECT_EQ(2, m_log.count("LOGRecoveryFiles")) << m_log.text();
+  std::filesystem::remove(m_dir.file("recovery"));
+  EXPECT_TRUE(files.append(3, "c"));
+  EXPECT_EQ(Messages{"3 c"}, take(files));
+}
+
+TEST_F(RecoveryFilesTest, FileThatCannotBeRemovedIsNotDeliveredTwice) {
+  m_dir.write(OLD, record(1, "a"));
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  EXPECT_EQ(Messages{"1 a"}, take(files));
+  VRKFault::arm(VRKFault::FILE_REMOVE);
+  files.acknowledge(1);
+  files.adopt();
+  EXPECT_EQ(Messages(), take(files));
+  EXPECT_EQ(1, m_log.count("could not remove"));
+}
+
+TEST_F(RecoveryFilesTest, DamagedFileYieldsItsBeginningAndIsSetAside) {
+  std::string whole;
+  Messages messages;
+  for (std::uint64_t i = 1; whole.size() < 4096; ++i) {
+    const std::string payload(i * 37 % 200, static_cast<char>('a' + i % 26));
+    whole += record(i, payload);
+    messages.push_back(std::to_string(i) + " " + payload);
+  }
+  const auto isPrefix = [&](const std::string& bytes, std::size_t intact) {
+    std::size_t end = 0, count = 0;  // of the records that are before the damage
+    while (count < messages.size() && end + LOGRecoveryRecord::lengthAt(&whole[end]) <= intact) {
+      end += LOGRecoveryRecord::lengthAt(&whole[end]);
+      ++count;
+    }
+    m_dir.write(OLD, bytes);
+    LOGRecoveryFiles files(directory());
+    ASSERT_TRUE(files.open());
+    ASSERT_EQ(count, files.pending());
+    ASSERT_EQ(Messages(messages.begin(), messages.begin() + static_cast<long>(count)), take(files));
+    ASSERT_EQ(count > 0, std::filesystem::exists(m_dir.file(OLD)));
+    files.acknowledge(count);
+    ASSERT_FALSE(std::filesystem::exists(m_dir.file(OLD)));
+    const bool damaged = end < bytes.size();
+    ASSERT_EQ(damaged ? bytes : "", m_dir.read(std::string(OLD) + ".damaged"));
+    ASSERT_EQ(damaged ? bytes.size() : 0, static_cast<std::size_t>(files.bytes()));
+    std::filesystem::remove(m_dir.file(std::string(OLD) + ".damaged"));
+  };
+  ASSERT_NO_FATAL_FAILURE(isPrefix(whole, whole.size()));
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    std::string flipped = whole;
+    flipped[i] = static_cast<char>(flipped[i] ^ 1 << i % 8);
+    ASSERT_NO_FATAL_FAILURE(isPrefix(flipped, i)) << "bit flipped in byte " << i;
+    ASSERT_NO_FATAL_FAILURE(isPrefix(whole.substr(0, i), i)) << "cut off at byte " << i;
+  }
+}
+
+TEST_F(RecoveryFilesTest, DamageThatHappensLaterLosesOnlyThatFile) {
+  m_dir.write(OLD, record(1, "a") + record(2, "b") + record(3, "c"));
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  append(files, 4, 4, "d");
+  m_dir.write(OLD, record(1, "a") + record(2, "b").replace(16, 1, "?"));
+  EXPECT_EQ(Messages({"1 a", "4 d"}), take(files));
+  EXPECT_EQ(2u, files.pending());
+  EXPECT_EQ(2u, files.dropped());
+  files.acknowledge(2);
+  EXPECT_EQ(Messages{std::string(OLD).substr(9) + ".damaged"}, names());
+}
+
+TEST_F(RecoveryFilesTest, OtherFilesInTheDirectoryAreLeftAlone) {
+  const char* const others[] = {"recovery/README", "recovery/20260102030405-0000000A",
+                                "recovery/20260102030405-0000000a~"};
+  for (const char* other : others) m_dir.write(other, record(1, "a"));
+  std::filesystem::create_symlink(m_dir.file(others[0]), m_dir.file(OLD));
+  LOGRecoveryFiles files(directory(), 1000);
+  ASSERT_TRUE(files.open());
+  append(files, 1, 100, "x");
+  EXPECT_EQ(1, m_log.count("could not open a file")) << m_log.text();
+  for (const char* other : others) EXPECT_EQ(record(1, "a"), m_dir.read(other));
+}
+
+}  // namespace

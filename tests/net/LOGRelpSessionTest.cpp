@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "log4vrk/net/LOGRelpSession.h"
+
+namespace {
+
+using Parser = LOGRelpParser;
+
+constexpr const char* OPENED =
+    "1 rsp 93 200 OK\nrelp_version=0\nrelp_software=librelp,1.11.0,http://librelp.adiscon.com\ncommands=syslog\n";
+
+LOGOutgoing event(const std::string& text) {
+  LOGOutgoing result;
+  result.text = text;
+  return result;
+}
+
+std::string wire(LOGRelpSession& session) {
+  std::string output(session.output());
+  session.written(output.size());
+  return output;
+}
+
+/// Opened, with the events 2 ("a"), 3 ("b"), ... sent.
+struct Opened : LOGRelpSession {
+  explicit Opened(int events) {
+    begin();
+    wire(*this);
+    receive(OPENED);
+    for (int i = 0; i < events; ++i) add(event(std::string(1, static_cast<char>('a' + i))));
+    wire(*this);
+  }
+  /// What has been answered, in order; refused events in brackets.
+  std::string answered() {
+    std::string texts;
+    for (LOGOutgoing done; takeAnswered(done);) {
+      texts += done.answer == LOGOutgoing::REFUSED ? "[" + done.text + "]" : done.text;
+    }
+    return texts;
+  }
+};
+
+TEST(LOGRelpParser, TakesFramesInPiecesOfAnySizeAndStopsAtWhatIsNone) {
+  struct {
+    const char* bytes;
+    Parser::Result last;
+    std::vector<std::string> frames;
+  } const cases[] = {
+      {"1 rsp 6 200 OK\n2 rsp 0\n0 serverclose 0\n", Parser::NEEDS_MORE, {"1 rsp 200 OK", "2 rsp ", "0 serverclose "}},
+      {"7 rsp 0 \n", Parser::NEEDS_MORE, {"7 rsp "}},
+      {"999999999 rsp 3 \n\n\n\n", Parser::NEEDS_MORE, {"999999999 rsp \n\n\n"}},
+      {"1 rsp 6 200 O", Parser::NEEDS_MORE, {}},
+      {"", Parser::NEEDS_MORE, {}},
+      {"1 rsp 2 OK\nHTTP/1.1 400\n", Parser::BROKEN, {"1 rsp OK"}},
+      {"1 rsp 3 OK\n\n2 rsp 0\n", Parser::NEEDS_MORE, {"1 rsp OK\n", "2 rsp "}},
+      {"1 rsp 1 OK\n", Parser::BROKEN, {}},
+      {"1 rsp 2OK\n", Parser::BROKEN, {}},
+      {"1  rsp 0\n", Parser::BROKEN, {}},
+      {" 1 rsp 0\n", Parser::BROKEN, {}},
+      {"1 rsp -1\n", Parser::BROKEN, {}},
+      {"1 rsp 65537 ", Parser::BROKEN, {}},
+      {"1000000000 rsp 0\n", Parser::BROKEN, {}},
+      {"1 abcdefghijklmnopqrstuvwxyzabcdefg 0\n", Parser::BROKEN, {}},
+      {"\x15\x03\x03", Parser::BROKEN, {}},
+  };
+  for (const auto& each : cases) {
+    const std::string bytes(each.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      Parser parser;
+      std::vector<std::string> frames;
+      Parser::Result result = Parser::NEEDS_MORE;
+      for (std::size_t at = 0; at < bytes.size(); at += step) {
+        parser.add(bytes.substr(at, step));
+        LOGRelpFrame frame;
+        while ((result = parser.next(frame)) == Parser::FRAME) {
+          frames.push_back(std::to_string(frame.number) + " " + frame.command + " " + frame.data);
+        }
+      }
+      EXPECT_EQ(each.last, result) << bytes << " in steps of " << step;
+      EXPECT_EQ(each.frames, frames) << bytes << " in steps of " << step;
+    }
+  }
+}
+
+TEST(LOGRelpFrame, HasACodeOnlyWhereOneStands) {
+  const std::pair<const char*, int> cases[] = {{"200 OK", 200}, {"500", 500},  {"", 0},      {"20", 0},
+                                               {"2000 no", 0},  {"OK 200", 0}, {"200", 200}, {"200\nx", 200}};
+  for (const auto& [data, code] : cases) EXPECT_EQ(code, (LOGRelpFrame{1, "rsp", data}.code())) << data;
+  EXPECT_EQ(1u, LOGRelpFrame::next(LOGRelpFrame::GREATEST_NUMBER));
+}
+
+TEST(LOGRelpSession, OpensSendsAndSaysGoodbye) {
+  LOGRelpSession session;
+  session.add(event("before"));
+  EXPECT_EQ("", wire(session));
+  session.begin();
+  EXPECT_EQ("1 open 56 relp_version=0\nrelp_software=log4vrk,1,-\ncommands=syslog\n", wire(session));
+  session.add(event("meanwhile"));
+  EXPECT_EQ("", wire(session)) << "the server has not accepted the session";
+  session.receive(OPENED);
+  EXPECT_EQ("2 syslog 6 before\n3 syslog 9 meanwhile\n", wire(session));
+  LOGOutgoing done;
+  EXPECT_FALSE(session.takeAnswered(done));
+  session.receive("2 rsp 6 200 OK\n3 rsp 6 200");
+  EXPECT_TRUE(session.takeAnswered(done));
+  EXPECT_EQ("before", done.text);
+  EXPECT_FALSE(session.takeAnswered(done));
+  session.receive(" OK\n");
+  EXPECT_TRUE(session.takeAnswered(done));
+  session.close();
+  EXPECT_EQ("4 close 0\n", wire(session));
+  session.receive("4 rsp 0\n0 serverclose 0\n");
+  EXPECT_EQ(LOGRelpSession::OVER, session.state());
+  EXPECT_EQ("", session.reason());
+}
+
+TEST(LOGRelpSession, SendsEverythingUnansweredAgainInOrder) {
+  Opened session(4);
+  session.receive("2 rsp 6 200 OK\n4 rsp 6 200 OK\n0 serverclose 0\n");
+  EXPECT_EQ("a", session.answered());
+  EXPECT_EQ(LOGRelpSession::OVER, session.state());
+  session.begin();
+  session.add(event("e"));
+  wire(session);
+  session.receive(OPENED);
+  EXPECT_EQ("2 syslog 1 b\n3 syslog 1 d\n4 syslog 1 e\n", wire(session));
+  session.receive("2 rsp 6 200 OK\n3 rsp 6 200 OK\n4 rsp 6 200 OK\n");
+  EXPECT_EQ("bcde", session.answered());
+}
+
+TEST(LOGRelpSession, TriesARefusedEventOnceMore) {
+  Opened session(3);
+  session.receive("2 rsp 6 200 OK\n3 rsp 9 500 error\n4 rsp 6 200 OK\n");
+  EXPECT_EQ("a", session.answered());
+  EXPECT_EQ("5 syslog 1 b\n", wire(session));
+  session.receive("5 rsp 9 500 error\n");
+  EXPECT_EQ("[b]c", session.answered());
+  EXPECT_EQ(LOGRelpSession::READY, session.state());
+  Opened another(1);
+  another.receive("2 rsp 9 500 error\n3 rsp 6 200 OK\n");
+  EXPECT_EQ("a", another.answered());
+}
+
+TEST(LOGRelpSession, KeepsToItsWindow) {
+  LOGRelpSession session;
+  for (std::size_t i = 0; i < LOGRelpSession::WINDOW; ++i) {
+    EXPECT_TRUE(session.hasRoom());
+    session.add(event("x"));
+  }
+  EXPECT_FALSE(session.hasRoom());
+  session.forget();
+  session.add(event(std::string(LOGRelpSession::WINDOW_BYTES, 'x')));
+  EXPECT_FALSE(session.hasRoom()) << "in bytes, too";
+}
+
+TEST(LOGRelpSession, SaysWhyItIsOver) {
+  const std::pair<const char*, const char*> opening[] = {
+      {"1 rsp 17 500 not\x01 allowed\n\n", "the server refused the session: \"500 not? allowed\""},
+      {"1 rsp 22 200 OK\nrelp_version=0\n\n", "the server accepts sessions, but no syslog messages"},
+      {"1 rsp 32 200 OK\ncommands=syslogs,eventlog\n", "the server accepts sessions, but no syslog messages"},
+      {"0 serverclose 0\n", "the server closed the session instead of opening it"},
+      {"220 mail.example ESMTP\n", "what answers there does not speak RELP"},
+      {"\x15\x03\x03\x00\x02", "what answers there does not speak RELP"},
+  };
+  for (const auto& [bytes, reason] : opening) {
+    LOGRelpSession session;
+    session.begin();
+    session.receive(bytes);
+    EXPECT_EQ(LOGRelpSession::OVER, session.state()) << bytes;
+    EXPECT_EQ(reason, session.reason());
+  }
+  const std::pair<const char*, const char*> later[] = {
+      {"0 serverclose 0\n", "the server closed the session"},
+      {"9 rsp 6 200 OK\n", "the server answered what it was not asked"},
+      {"0 rsp 6 200 OK\n", "the server answered what it was not asked"},
+      {"2 rsp 6 200 OK\n2 rsp 6 200 OK\n", "the server answered what it was not asked"},
+      {"?", "the server sent what is no RELP frame"},
+  };
+  for (const auto& [bytes, reason] : later) {
+    Opened session(1);
+    session.receive(bytes);
+    EXPECT_EQ(LOGRelpSession::OVER, session.state()) << bytes;
+    EXPECT_EQ(reason, session.reason());
+  }
+}
+
+}  // namespace
