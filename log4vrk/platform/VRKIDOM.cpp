@@ -4,161 +4,233 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <memory_resource>
 #include <string>
-#include <type_traits>
-#include <unordered_set>
-#include <xercesc/dom/DOM.hpp>
-#include <xercesc/framework/MemBufInputSource.hpp>
-#include <xercesc/framework/MemoryManager.hpp>
-#include <xercesc/internal/XMLScanner.hpp>
-#include <xercesc/parsers/XercesDOMParser.hpp>
-#include <xercesc/sax/HandlerBase.hpp>
-#include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/SecurityManager.hpp>
+#include <utility>
 
-#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/VRKDynamicLibrary.h"
 #include "log4vrk/platform/VRKThrowable.h"
-
-static_assert(std::is_same_v<XMLCh, char16_t>, "texts go to Xerces and back without conversion");
+#include "log4vrk/platform/VRKXmlModule.h"
 
 namespace {
 
 constexpr std::size_t MAX_FILE_BYTES = std::size_t{16} << 20;
-constexpr std::size_t MAX_PARSER_BYTES = std::size_t{512} << 20;
-// Each takes the parser 160 KB for a moment. Well within its memory, since the message of this limit has a position.
-constexpr XMLSize_t MAX_ENTITY_EXPANSIONS = 2000;
-// Xerces frees a document with line numbers recursively.
-constexpr int MAX_DEPTH = 256;
 
-constexpr char16_t LINE_KEY[] = u"line";
+// DOM node types, beside that of an element.
+constexpr short ATTRIBUTE_NODE = 2;
+constexpr short TEXT_NODE = 3;
+constexpr short CDATA_NODE = 4;
+constexpr short INSTRUCTION_NODE = 7;
+constexpr short COMMENT_NODE = 8;
+constexpr short DOCUMENT_NODE = 9;
 
-struct DocumentTooLarge {};
+constexpr char MISPLACED[] = "attempt is made to insert a node where it is not permitted";
+constexpr char FOREIGN[] = "node is used in a different document than the one that created it";
+constexpr char ILLEGAL_NAME[] = "invalid or illegal XML character";
 
-// The memory of one parser and its document. While parsing goes on, all that was ever asked for counts, given back or
-// not: a document that multiplies itself by its entities has soon used up its share, however it does so.
-class DocumentMemory : public xercesc::MemoryManager {
- public:
-  DocumentMemory() = default;
-  DocumentMemory(const DocumentMemory&) = delete;
-  DocumentMemory& operator=(const DocumentMemory&) = delete;
-  // The parser forgets a few blocks when it is interrupted.
-  ~DocumentMemory() override {
-    for (void* block : m_blocks) system().deallocate(block);
-  }
+class Tree;
 
-  void* allocate(XMLSize_t size) override {
-    if (m_limited) count(size);
-    void* block = system().allocate(size);
-    m_blocks.insert(block);
-    return block;
-  }
+}  // namespace
 
-  void deallocate(void* block) override {
-    m_blocks.erase(block);
-    system().deallocate(block);
-  }
-
-  xercesc::MemoryManager* getExceptionMemoryManager() override { return system().getExceptionMemoryManager(); }
-
-  void endLimit() { m_limited = false; }
-
- private:
-  // Destructors of the parser ask for small blocks and must not fail. Whatever grows asks for large ones.
-  static constexpr XMLSize_t SMALL = 4096;
-
-  static xercesc::MemoryManager& system() { return *xercesc::XMLPlatformUtils::fgMemoryManager; }
-
-  void count(XMLSize_t size) {
-    const std::size_t left = MAX_PARSER_BYTES - m_used;
-    if (size <= left) {
-      m_used += size;
-    } else if (size >= SMALL) {
-      endLimit();  // for the parser to clean up
-      throw DocumentTooLarge();
-    }
-  }
-
-  std::unordered_set<void*> m_blocks;
-  std::size_t m_used = 0;
-  bool m_limited = true;
+// What a handle leads to. Its memory and that of its texts is the tree's.
+struct VRKIDOM_Data {
+  Tree* tree;
+  short type;
+  std::u16string_view name;
+  std::u16string_view value;
+  long line = 0;
+  VRKIDOM_Data* parent = nullptr;
+  VRKIDOM_Data* firstChild = nullptr;
+  VRKIDOM_Data* lastChild = nullptr;
+  VRKIDOM_Data* firstAttribute = nullptr;
+  VRKIDOM_Data* next = nullptr;  // child or attribute of the same parent
 };
 
-// Gives nothing for whatever lies outside the document. Its base raises on fatal errors and lets all others pass.
-class ParserHandler : public xercesc::HandlerBase {
- public:
-  xercesc::InputSource* resolveEntity(const XMLCh*, const XMLCh*) override {
-    return new xercesc::MemBufInputSource(nullptr, 0, u"");
-  }
-};
+namespace {
 
-class TreeBuilder : public xercesc::XercesDOMParser {
+using Node = VRKIDOM_Data;
+
+// One document. Nothing in it is freed before all of it is, and nothing in it needs a destructor.
+class Tree {
  public:
-  TreeBuilder(xercesc::MemoryManager* memory, bool loadExternalDTD) : XercesDOMParser(nullptr, memory) {
-    m_limits.setEntityExpansionLimit(MAX_ENTITY_EXPANSIONS);
-    setSecurityManager(&m_limits);
-    setErrorHandler(&m_handler);
-    setEntityResolver(&m_handler);
-    setDisableDefaultEntityResolution(true);
-    setLoadExternalDTD(loadExternalDTD);
-    setValidationScheme(Val_Never);
-    setDoNamespaces(false);
-    setCreateEntityReferenceNodes(false);
+  Tree() = default;
+  Tree(const Tree&) = delete;
+  Tree& operator=(const Tree&) = delete;
+
+  Node* document() { return &m_document; }
+
+  Node* make(short type, std::u16string_view name, std::u16string_view value = {}) {
+    const std::u16string_view keptName = keep(name), keptValue = keep(value);
+    return new (m_memory.allocate(sizeof(Node), alignof(Node))) Node{this, type, keptName, keptValue};
   }
 
- protected:
-  xercesc::DOMElement* createElement(const XMLCh* name) override {
-    const xercesc::Locator& place = *getScanner()->getLocator();
-    int depth = 0;
-    for (const xercesc::DOMNode* outer = fCurrentParent; outer; outer = outer->getParentNode()) ++depth;
-    if (depth > MAX_DEPTH) throw xercesc::SAXParseException(u"elements are nested more than 256 deep", place);
-
-    xercesc::DOMElement* element = XercesDOMParser::createElement(name);
-    const auto line = static_cast<std::intptr_t>(place.getLineNumber());
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): Xerces hands the pointer back and never follows it
-    element->setUserData(LINE_KEY, reinterpret_cast<void*>(line), nullptr);
-    return element;
+  std::u16string_view keep(std::u16string_view text) {
+    if (text.empty()) return {};
+    auto* const units = static_cast<char16_t*>(m_memory.allocate(text.size() * sizeof(char16_t), alignof(char16_t)));
+    std::copy(text.begin(), text.end(), units);
+    return {units, text.size()};
   }
 
  private:
-  ParserHandler m_handler;
-  xercesc::SecurityManager m_limits;
+  static constexpr std::size_t FIRST_BLOCK = 16384;
+
+  std::pmr::monotonic_buffer_resource m_memory{FIRST_BLOCK};
+  Node m_document{this, DOCUMENT_NODE, u"#document", {}};
 };
 
-I18NString positionOf(const xercesc::SAXParseException& error) {
-  if (error.getLineNumber() == 0) return I18NString();
-  return ":" + (I18NString() + static_cast<unsigned long long>(error.getLineNumber())) + ":" +
-         static_cast<unsigned long long>(error.getColumnNumber());
+Node* rootOf(const Node& document) {
+  Node* child = document.firstChild;
+  while (child != nullptr && child->type != VRKIDOM_Node::ELEMENT_NODE) child = child->next;
+  return child;
 }
 
-VRKThrowable failure(const I18NString& where, const I18NString& message) {
-  return VRKThrowable(where.isEmpty() ? message : where + ": " + message, VRK_HERE);
+Node* attributeOf(const Node& element, std::u16string_view name) {
+  Node* attribute = element.firstAttribute;
+  while (attribute != nullptr && attribute->name != name) attribute = attribute->next;
+  return attribute;
 }
 
-// Lets only the library's own errors out; their texts begin with `where`, if there is one.
+void append(Node& parent, Node& child) {
+  child.parent = &parent;
+  (parent.lastChild != nullptr ? parent.lastChild->next : parent.firstChild) = &child;
+  parent.lastChild = &child;
+}
+
+void detach(Node& child) {
+  Node* const parent = std::exchange(child.parent, nullptr);
+  if (parent == nullptr) return;
+  Node* before = nullptr;
+  for (Node* each = parent->firstChild; each != &child; each = each->next) before = each;
+  (before != nullptr ? before->next : parent->firstChild) = child.next;
+  if (parent->lastChild == &child) parent->lastChild = before;
+  child.next = nullptr;
+}
+
+bool mayHold(const Node& parent, const Node& child) {
+  if (child.type == COMMENT_NODE || child.type == INSTRUCTION_NODE) {
+    return parent.type == DOCUMENT_NODE || parent.type == VRKIDOM_Node::ELEMENT_NODE;
+  }
+  if (parent.type == DOCUMENT_NODE) return child.type == VRKIDOM_Node::ELEMENT_NODE && rootOf(parent) == nullptr;
+  const bool isContent =
+      child.type == VRKIDOM_Node::ELEMENT_NODE || child.type == TEXT_NODE || child.type == CDATA_NODE;
+  if (parent.type != VRKIDOM_Node::ELEMENT_NODE || !isContent) return false;
+  for (const Node* outer = &parent; outer != nullptr; outer = outer->parent) {
+    if (outer == &child) return false;
+  }
+  return true;
+}
+
+// The node after `node` in document order, within `top`.
+Node* following(Node* node, const Node* top) {
+  if (node->firstChild != nullptr) return node->firstChild;
+  while (node != top && node->next == nullptr) node = node->parent;
+  return node == top ? nullptr : node->next;
+}
+
+struct CharacterRange {
+  char32_t first, last;
+};
+
+// What an XML name may begin with, and what else it may hold.
+constexpr CharacterRange NAME_STARTS[] = {
+    {':', ':'},       {'A', 'Z'},       {'_', '_'},       {'a', 'z'},         {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D},   {0x2070, 0x218F}, {0x2C00, 0x2FEF},
+    {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
+};
+constexpr CharacterRange NAME_PARTS[] = {
+    {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040},
+};
+
+template <std::size_t N>
+bool isIn(const CharacterRange (&ranges)[N], char32_t character) {
+  return std::any_of(ranges, ranges + N, [character](const CharacterRange& range) {
+    return range.first <= character && character <= range.last;
+  });
+}
+
+// A lone surrogate is in no range.
+char32_t nextCharacter(std::u16string_view& text) {
+  const char32_t lead = text[0];
+  const bool isPair = lead >= 0xD800 && lead < 0xDC00 && text.size() > 1 && text[1] >= 0xDC00 && text[1] < 0xE000;
+  const char32_t character = isPair ? 0x10000 + ((lead - 0xD800) << 10) + (text[1] - 0xDC00) : lead;
+  text.remove_prefix(isPair ? 2 : 1);
+  return character;
+}
+
+bool isName(std::u16string_view text) {
+  if (text.empty() || !isIn(NAME_STARTS, nextCharacter(text))) return false;
+  while (!text.empty()) {
+    const char32_t character = nextCharacter(text);
+    if (!isIn(NAME_STARTS, character) && !isIn(NAME_PARTS, character)) return false;
+  }
+  return true;
+}
+
 template <typename Operation>
-auto translated(const I18NString& where, Operation&& operation) -> decltype(operation()) {
+auto translated(Operation&& operation) -> decltype(operation()) {
   try {
     return operation();
-  } catch (const xercesc::SAXParseException& error) {
-    throw failure(where + positionOf(error), error.getMessage());
-  } catch (const xercesc::SAXException& error) {
-    throw failure(where, error.getMessage());
-  } catch (const xercesc::XMLException& error) {
-    throw failure(where, error.getMessage());
-  } catch (const xercesc::DOMException& error) {
-    throw failure(where, error.getMessage());
-  } catch (const DocumentTooLarge&) {
-    throw failure(where, "reading the document takes more than 512 MB of memory");
-  } catch (const xercesc::OutOfMemoryException&) {
-    throw VRKOutOfMemoryError(VRK_HERE);
   } catch (const std::bad_alloc&) {
     throw VRKOutOfMemoryError(VRK_HERE);
   }
 }
+
+VRKThrowable failure(const I18NString& where, const I18NString& message) {
+  return VRKThrowable(where + ": " + message, VRK_HERE);
+}
+
+// Builds the tree of a document.
+class TreeBuilder final : public VRKXmlSink {
+ public:
+  TreeBuilder(Tree& tree, const I18NString& file) : m_tree(tree), m_file(file), m_parent(tree.document()) {}
+
+  void startElement(std::u16string_view name, const Attribute* attributes, std::size_t count, long line) override {
+    Node* const element = add(VRKIDOM_Node::ELEMENT_NODE, name, {});
+    element->line = line;
+    Node** end = &element->firstAttribute;
+    for (std::size_t i = 0; i < count; ++i) {
+      *end = m_tree.make(ATTRIBUTE_NODE, attributes[i].name, attributes[i].value);
+      end = &(*end)->next;
+    }
+    m_parent = element;
+  }
+
+  void endElement() override {
+    endText();
+    m_parent = m_parent->parent;
+  }
+
+  void characters(std::u16string_view text) override { m_text += text; }
+
+  void node(short type, std::u16string_view name, std::u16string_view value) override { add(type, name, value); }
+
+  [[noreturn]] void fail(std::u16string_view message, unsigned long long line, unsigned long long column) override {
+    const I18NString position = line == 0 ? I18NString() : ":" + (I18NString() + line) + ":" + column;
+    throw failure(m_file + position, I18NString(message));
+  }
+
+ private:
+  Node* add(short type, std::u16string_view name, std::u16string_view value) {
+    endText();
+    Node* const node = m_tree.make(type, name, value);
+    append(*m_parent, *node);
+    return node;
+  }
+
+  void endText() {
+    if (m_text.empty()) return;
+    append(*m_parent, *m_tree.make(TEXT_NODE, u"#text", m_text));
+    m_text.clear();
+  }
+
+  Tree& m_tree;
+  const I18NString& m_file;
+  Node* m_parent;
+  std::u16string m_text;  // since the last tag
+};
 
 struct Descriptor {
   ~Descriptor() {
@@ -186,94 +258,85 @@ std::string readFile(const char* path, const I18NString& name) {
   return bytes;
 }
 
-// An I18NString keeps a zero unit behind its text.
-const XMLCh* unitsOf(const I18NString& text) { return text.view().data(); }
+VRKXmlParse loadParser() {
+  I18NString reason;
+  void* const module = VRKDynamicLibrary::openModule(VRK_XML_MODULE, reason);
+  if (module == nullptr) throw VRKThrowable(I18NString(VRK_XML_MODULE) + " could not be loaded: " + reason, VRK_HERE);
+  void* const function = VRKDynamicLibrary::symbol(module, VRK_XML_PARSE);
+  if (function == nullptr) throw VRKThrowable(I18NString(VRK_XML_MODULE) + " is of another version", VRK_HERE);
+  return reinterpret_cast<VRKXmlParse>(function);
+}
+
+// A failure is not remembered: the next document tries again.
+VRKXmlParse parser(const I18NString& file) {
+  try {
+    static const VRKXmlParse parse = loadParser();
+    return parse;
+  } catch (const VRKThrowable& error) {
+    throw failure(file, error.getText());
+  }
+}
 
 }  // namespace
 
-// What the handles hide: their pointers lead to a DOMNode or a DOMNamedNodeMap.
+// How the handles are made.
 struct VRKIDOM_Access {
-  static xercesc::DOMNode* nodeOf(const VRKIDOM_Node& handle) {
-    return static_cast<xercesc::DOMNode*>(handle.m_node.get());
-  }
-  static xercesc::DOMElement* elementOf(const VRKIDOM_Element& handle) {
-    return static_cast<xercesc::DOMElement*>(nodeOf(handle));
-  }
-  static xercesc::DOMDocument* documentOf(const VRKIDOM_Document& handle) {
-    return static_cast<xercesc::DOMDocument*>(nodeOf(handle));
-  }
-
-  // `Handle` must suit the kind of node.
   template <typename Handle>
-  static Handle handleFor(const std::shared_ptr<void>& owner, xercesc::DOMNode* node) {
+  static Handle handle(const std::shared_ptr<Node>& owner, Node* node) {
     Handle handle;
-    if (node) handle.m_node = std::shared_ptr<void>(owner, node);
+    if (node != nullptr) handle.m_node = std::shared_ptr<Node>(owner, node);
     return handle;
   }
-  template <typename Handle>
-  static Handle handleBeside(const VRKIDOM_Node& other, xercesc::DOMNode* node) {
-    return handleFor<Handle>(other.m_node, node);
-  }
-
-  static VRKIDOM_NodeList listOf(std::vector<VRKIDOM_Node> nodes) {
+  static VRKIDOM_NodeList list(const std::shared_ptr<Node>& owner, std::vector<Node*> nodes) {
     VRKIDOM_NodeList list;
-    list.m_nodes = std::make_shared<const std::vector<VRKIDOM_Node>>(std::move(nodes));
+    list.m_owner = owner;
+    list.m_nodes = std::move(nodes);
     return list;
   }
-
-  static VRKIDOM_NamedNodeMap mapOf(const VRKIDOM_Node& node, xercesc::DOMNamedNodeMap* map) {
-    VRKIDOM_NamedNodeMap handle;
-    if (map) handle.m_map = std::shared_ptr<void>(node.m_node, map);
-    return handle;
+  static VRKIDOM_NamedNodeMap attributes(const std::shared_ptr<Node>& element) {
+    VRKIDOM_NamedNodeMap map;
+    map.m_element = element;
+    return map;
   }
-
-  // `memory`, if any, is what the document was made from.
-  static VRKIDOM_Document adopt(xercesc::DOMDocument* document, const std::shared_ptr<DocumentMemory>& memory) {
-    const std::shared_ptr<xercesc::DOMDocument> owner(document, [memory](auto* last) { last->release(); });
-    return handleFor<VRKIDOM_Document>(owner, document);
+  static VRKIDOM_Document document(const std::shared_ptr<Tree>& tree) {
+    VRKIDOM_Document handle;
+    handle.m_node = std::shared_ptr<Node>(tree, tree->document());
+    return handle;
   }
 };
 
 using Access = VRKIDOM_Access;
 
-short VRKIDOM_Node::getNodeType() const {
-  return isNull() ? short{0} : static_cast<short>(Access::nodeOf(*this)->getNodeType());
-}
+short VRKIDOM_Node::getNodeType() const { return isNull() ? short{0} : m_node->type; }
 
-I18NString VRKIDOM_Node::getNodeName() const {
-  return isNull() ? I18NString() : I18NString(Access::nodeOf(*this)->getNodeName());
-}
+I18NString VRKIDOM_Node::getNodeName() const { return isNull() ? I18NString() : I18NString(m_node->name); }
 
-I18NString VRKIDOM_Node::getNodeValue() const {
-  return isNull() ? I18NString() : I18NString(Access::nodeOf(*this)->getNodeValue());
-}
+I18NString VRKIDOM_Node::getNodeValue() const { return isNull() ? I18NString() : I18NString(m_node->value); }
 
-long VRKIDOM_Node::getLineNumber() const {
-  if (isNull()) return 0;
-  return static_cast<long>(reinterpret_cast<std::intptr_t>(Access::nodeOf(*this)->getUserData(LINE_KEY)));
-}
+long VRKIDOM_Node::getLineNumber() const { return isNull() ? 0 : m_node->line; }
 
 VRKIDOM_NodeList VRKIDOM_Node::getChildNodes() const {
   if (isNull()) return VRKIDOM_NodeList();
-  std::vector<VRKIDOM_Node> children;
-  for (xercesc::DOMNode* child = Access::nodeOf(*this)->getFirstChild(); child; child = child->getNextSibling()) {
-    children.push_back(Access::handleBeside<VRKIDOM_Node>(*this, child));
-  }
-  return Access::listOf(std::move(children));
+  std::vector<Node*> children;
+  for (Node* child = m_node->firstChild; child != nullptr; child = child->next) children.push_back(child);
+  return Access::list(m_node, std::move(children));
 }
 
 VRKIDOM_NamedNodeMap VRKIDOM_Node::getAttributes() const {
-  return isNull() ? VRKIDOM_NamedNodeMap() : Access::mapOf(*this, Access::nodeOf(*this)->getAttributes());
+  return getNodeType() == ELEMENT_NODE ? Access::attributes(m_node) : VRKIDOM_NamedNodeMap();
 }
 
 VRKIDOM_Document VRKIDOM_Node::getOwnerDocument() const {
-  if (isNull()) return VRKIDOM_Document();
-  return Access::handleBeside<VRKIDOM_Document>(*this, Access::nodeOf(*this)->getOwnerDocument());
+  if (isNull() || m_node->type == DOCUMENT_NODE) return VRKIDOM_Document();
+  return Access::handle<VRKIDOM_Document>(m_node, m_node->tree->document());
 }
 
 void VRKIDOM_Node::appendChild(const VRKIDOM_Node& child) {
   if (isNull() || child.isNull()) return;
-  translated("", [&] { Access::nodeOf(*this)->appendChild(Access::nodeOf(child)); });
+  if (child.m_node->tree != m_node->tree) throw VRKThrowable(FOREIGN, VRK_HERE);
+  if (!mayHold(*m_node, *child.m_node)) throw VRKThrowable(MISPLACED, VRK_HERE);
+  detach(*child.m_node);
+  append(*m_node, *child.m_node);
 }
 
 VRKIDOM_Element::VRKIDOM_Element(const VRKIDOM_Node& node) {
@@ -281,85 +344,66 @@ VRKIDOM_Element::VRKIDOM_Element(const VRKIDOM_Node& node) {
 }
 
 I18NString VRKIDOM_Element::getAttribute(const I18NString& name) const {
-  return isNull() ? I18NString() : I18NString(Access::elementOf(*this)->getAttribute(unitsOf(name)));
+  const Node* const attribute = isNull() ? nullptr : attributeOf(*m_node, name.view());
+  return attribute != nullptr ? I18NString(attribute->value) : I18NString();
 }
 
 void VRKIDOM_Element::setAttribute(const I18NString& name, const I18NString& value) {
   if (isNull()) return;
-  translated("", [&] { Access::elementOf(*this)->setAttribute(unitsOf(name), unitsOf(value)); });
+  translated([&] {
+    Node* attribute = attributeOf(*m_node, name.view());
+    if (attribute == nullptr) {
+      if (!isName(name.view())) throw VRKThrowable(ILLEGAL_NAME, VRK_HERE);
+      attribute = m_node->tree->make(ATTRIBUTE_NODE, name.view());
+      attribute->next = std::exchange(m_node->firstAttribute, attribute);
+    }
+    attribute->value = m_node->tree->keep(value.view());
+  });
 }
 
 VRKIDOM_Element VRKIDOM_Document::getDocumentElement() const {
-  if (isNull()) return VRKIDOM_Element();
-  return Access::handleBeside<VRKIDOM_Element>(*this, Access::documentOf(*this)->getDocumentElement());
+  return isNull() ? VRKIDOM_Element() : Access::handle<VRKIDOM_Element>(m_node, rootOf(*m_node));
 }
 
 VRKIDOM_NodeList VRKIDOM_Document::getElementsByTagName(const I18NString& name) const {
   if (isNull()) return VRKIDOM_NodeList();
-  const xercesc::DOMNodeList* found = Access::documentOf(*this)->getElementsByTagName(unitsOf(name));
-  std::vector<VRKIDOM_Node> elements;
-  while (xercesc::DOMNode* element = found->item(elements.size())) {
-    elements.push_back(Access::handleBeside<VRKIDOM_Node>(*this, element));
+  std::vector<Node*> elements;
+  const bool all = name == "*";
+  for (Node* node = m_node.get(); node != nullptr; node = following(node, m_node.get())) {
+    if (node->type == ELEMENT_NODE && (all || node->name == name.view())) elements.push_back(node);
   }
-  return Access::listOf(std::move(elements));
+  return Access::list(m_node, std::move(elements));
 }
 
 VRKIDOM_Element VRKIDOM_Document::createElement(const I18NString& name) {
   if (isNull()) return VRKIDOM_Element();
-  return translated("", [&] {
-    return Access::handleBeside<VRKIDOM_Element>(*this, Access::documentOf(*this)->createElement(unitsOf(name)));
-  });
+  if (!isName(name.view())) throw VRKThrowable(ILLEGAL_NAME, VRK_HERE);
+  return vrkTranslateErrors(
+      VRK_HERE, [&] { return Access::handle<VRKIDOM_Element>(m_node, m_node->tree->make(ELEMENT_NODE, name.view())); });
 }
 
 VRKIDOM_Node VRKIDOM_NodeList::item(long index) const {
-  return index < 0 || index >= getLength() ? VRKIDOM_Node() : (*m_nodes)[static_cast<std::size_t>(index)];
+  if (index < 0 || index >= getLength()) return VRKIDOM_Node();
+  return Access::handle<VRKIDOM_Node>(m_owner, m_nodes[static_cast<std::size_t>(index)]);
 }
 
 VRKIDOM_Node VRKIDOM_NamedNodeMap::getNamedItem(const I18NString& name) const {
-  if (isNull()) return VRKIDOM_Node();
-  const auto* map = static_cast<const xercesc::DOMNamedNodeMap*>(m_map.get());
-  return Access::handleFor<VRKIDOM_Node>(m_map, map->getNamedItem(unitsOf(name)));
+  return isNull() ? VRKIDOM_Node() : Access::handle<VRKIDOM_Node>(m_element, attributeOf(*m_element, name.view()));
 }
 
 VRKIDOM_Document VRKIDOM_Parser::parse(const char* utf8Path) const {
-  VRKIDOM_DOMImplementation::initialize();
-  const I18NString name(utf8Path);
-  // Outside of what may fail: the parser's exceptions live in it.
-  const auto memory = std::make_shared<DocumentMemory>();
-  return translated(name, [&] {
-    const std::string bytes = readFile(utf8Path ? utf8Path : "", name);
-    const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), u"");
-    TreeBuilder parser(memory.get(), m_loadExternalDTD);
-    parser.parse(source);
-    const xercesc::DOMDocument* parsed = parser.getDocument();
-    if (!parsed || !parsed->getDocumentElement()) throw failure(name, "the document has no element");
-    memory->endLimit();
-    return Access::adopt(parser.adoptDocument(), memory);
+  return translated([&] {
+    const I18NString name(utf8Path);
+    const std::string bytes = readFile(utf8Path != nullptr ? utf8Path : "", name);
+    const auto tree = std::make_shared<Tree>();
+    TreeBuilder builder(*tree, name);
+    parser(name)(bytes.data(), bytes.size(), m_loadExternalDTD, builder);
+    return Access::document(tree);
   });
 }
 
-void VRKIDOM_DOMImplementation::initialize() {
-  static VRKMutex mutex;
-  static bool initialized = false;
-  const VRKMutexGuard guard(mutex);
-  if (initialized) return;
-  translated("", [] { xercesc::XMLPlatformUtils::Initialize(); });
-  initialized = true;
-}
-
-// Xerces counts who initialised it; this library takes one count and keeps it, because the parser belongs to the
-// whole process: documents may outlive the last call of terminate(), and the program may use Xerces by itself.
-void VRKIDOM_DOMImplementation::terminate() {}
-
-VRKIDOM_DOMImplementation VRKIDOM_DOMImplementation::getImplementation() {
-  initialize();
-  return VRKIDOM_DOMImplementation();
-}
+VRKIDOM_DOMImplementation VRKIDOM_DOMImplementation::getImplementation() { return VRKIDOM_DOMImplementation(); }
 
 VRKIDOM_Document VRKIDOM_DOMImplementation::createDocument() const {
-  initialize();
-  return translated("", [] {
-    xercesc::DOMImplementation* implementation = xercesc::DOMImplementationRegistry::getDOMImplementation(u"Core");
-    return Access::adopt(implementation->createDocument(), nullptr);
-  });
+  return translated([] { return Access::document(std::make_shared<Tree>()); });
 }

@@ -8,6 +8,7 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
+struct VRKIDOM_Data;
 class VRKIDOM_Document;
 class VRKIDOM_NamedNodeMap;
 class VRKIDOM_NodeList;
@@ -31,6 +32,7 @@ class LOG4VRK_EXPORT VRKIDOM_Node {
   /// The line on which an element's start tag ends, counted from 1; 0 when it did not come from a file.
   long getLineNumber() const;
 
+  /// Empty for everything but elements and documents.
   VRKIDOM_NodeList getChildNodes() const;
   /// Null for everything but elements.
   VRKIDOM_NamedNodeMap getAttributes() const;
@@ -43,7 +45,7 @@ class LOG4VRK_EXPORT VRKIDOM_Node {
  protected:
   friend struct VRKIDOM_Access;
 
-  std::shared_ptr<void> m_node;  // owns the document, leads to the node
+  std::shared_ptr<VRKIDOM_Data> m_node;  // owns the document, leads to the node
 };
 
 class LOG4VRK_EXPORT VRKIDOM_Element : public VRKIDOM_Node {
@@ -62,7 +64,7 @@ class LOG4VRK_EXPORT VRKIDOM_Element : public VRKIDOM_Node {
 class LOG4VRK_EXPORT VRKIDOM_Document : public VRKIDOM_Node {
  public:
   VRKIDOM_Element getDocumentElement() const;
-  /// All elements of that name below the document, in document order.
+  /// All elements of that name below the document, in document order. "*" stands for every name.
   VRKIDOM_NodeList getElementsByTagName(const I18NString& name) const;
   /// An element that is not yet part of the tree. Raises VRKThrowable when `name` is no XML name.
   VRKIDOM_Element createElement(const I18NString& name);
@@ -74,14 +76,15 @@ class LOG4VRK_EXPORT VRKIDOM_Document : public VRKIDOM_Node {
 /// Thread safety: as VRKIDOM_Node.
 class LOG4VRK_EXPORT VRKIDOM_NodeList {
  public:
-  long getLength() const { return m_nodes ? static_cast<long>(m_nodes->size()) : 0; }
+  long getLength() const { return static_cast<long>(m_nodes.size()); }
   /// Null when `index` is out of range.
   VRKIDOM_Node item(long index) const;
 
  private:
   friend struct VRKIDOM_Access;
 
-  std::shared_ptr<const std::vector<VRKIDOM_Node>> m_nodes;
+  std::shared_ptr<VRKIDOM_Data> m_owner;
+  std::vector<VRKIDOM_Data*> m_nodes;
 };
 
 /// The attributes of an element by name.
@@ -89,14 +92,14 @@ class LOG4VRK_EXPORT VRKIDOM_NodeList {
 /// Thread safety: as VRKIDOM_Node.
 class LOG4VRK_EXPORT VRKIDOM_NamedNodeMap {
  public:
-  bool isNull() const { return !m_map; }
+  bool isNull() const { return !m_element; }
   /// Null when there is no such attribute.
   VRKIDOM_Node getNamedItem(const I18NString& name) const;
 
  private:
   friend struct VRKIDOM_Access;
 
-  std::shared_ptr<void> m_map;  // owns the document, leads to the map
+  std::shared_ptr<VRKIDOM_Data> m_element;  // owns the document
 };
 
 /// Reads documents from local files. Nothing outside the file is ever read: external DTDs and entities are taken as
@@ -111,23 +114,23 @@ class LOG4VRK_EXPORT VRKIDOM_Parser {
   void setLoadExternalDTD(int flag) { m_loadExternalDTD = flag != 0; }
 
   /// `utf8Path` is the name of a regular file, never a URL. No part of a faulty document is returned. Raises
-  /// VRKThrowable with the text "file:line:column: message", or "file: message" when the failure has no position.
+  /// VRKThrowable with the text "file:line:column: message", or "file: message" when the failure has no position: also
+  /// when the XML module, tovlog4vrk-xml.so, cannot be loaded. The first parse loads it, for good.
   VRKIDOM_Document parse(const char* utf8Path) const;
 
  private:
   bool m_loadExternalDTD = false;
 };
 
-/// The way into the XML parser library.
+/// Makes documents from nothing.
 ///
 /// Thread safety: any thread. A program that initialises Xerces itself must do so before or after the first
-/// initialize(), not at the same time.
+/// VRKIDOM_Parser::parse(), not at the same time.
 class LOG4VRK_EXPORT VRKIDOM_DOMImplementation {
  public:
-  /// May be repeated, and is implied by the other operations. Raises VRKThrowable.
-  static void initialize();
-  /// The counterpart of initialize(). Handles stay valid.
-  static void terminate();
+  // Nothing has to be initialised, and nothing ends: handles stay valid.
+  static void initialize() {}
+  static void terminate() {}
 
   static VRKIDOM_DOMImplementation getImplementation();
   /// A document without a root element.
