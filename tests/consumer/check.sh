@@ -30,6 +30,13 @@ run_and_check() {
   done
 }
 
+libdir=$(dirname "$(find "$prefix" -name tovlog4vrk.so)")
+# A program that reads no document is spared the XML parser and all that it links.
+if ldd "$libdir/tovlog4vrk.so" | grep -i xerces; then
+  echo "tovlog4vrk.so itself needs the XML parser"
+  exit 1
+fi
+
 cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$work/cmake"
 run_and_check "$work/cmake/consumer"
@@ -40,3 +47,15 @@ mkdir "$work/pkg-config"
 # shellcheck disable=SC2046  # the flags are meant to be split
 "$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" $(pkg-config --cflags --libs log4vrk)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir log4vrk) run_and_check "$work/pkg-config/consumer"
+
+# Without the module nothing but documents is missing, and the internal log says what to do.
+cd "$work/cmake"
+mkdir -p ../configuration
+echo "1 $PWD/internal.log" >../configuration/logdebug.ini
+rm "$libdir/tovlog4vrk-xml.so"
+if ./consumer 2>error.log; then
+  echo "the document was read without the XML module"
+  exit 1
+fi
+grep -q 'Could not parse the document.* log.xml: tovlog4vrk-xml.so could not be loaded: .*No such file' internal.log ||
+  { cat internal.log error.log; exit 1; }
