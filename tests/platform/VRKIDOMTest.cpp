@@ -95,6 +95,57 @@ TEST(VRKIDOM, BuildsDocuments) {
   EXPECT_THROW(document.appendChild(document.createElement("second")), VRKThrowable);
 }
 
+TEST(VRKIDOM, HoldsNodesOfEveryKind) {
+  const TempDir directory;
+  const VRKIDOM_Document document = parseText(
+      directory,
+      "<!--head--><!DOCTYPE a [<!ATTLIST b v CDATA 'dflt'><!ENTITY e 'ent<b/>tail'>]><a>\n x&e;y<![CDATA[<]]>z&amp;"
+      "<!--c--><?go now?><b v='1'/>\r\n</a><?end?>");
+  EXPECT_EQ(
+      allText(document),
+      "#document=\n#comment=head\na=\na=\n#text=\n xent\nb=\n#text=taily\n#cdata-section=<\n#text=z&\n#comment=c\n"
+      "go=now\nb=\n#text=\n\nend=");
+  EXPECT_EQ(document.getElementsByTagName("*").getLength(), 3);
+  const VRKIDOM_NodeList found = document.getElementsByTagName("b");
+  EXPECT_EQ(VRKIDOM_Element(found.item(0)).getAttribute("v"), "dflt");
+  EXPECT_EQ(VRKIDOM_Element(found.item(1)).getAttribute("v"), "1");
+}
+
+TEST(VRKIDOM, MovesNodesToWhereTheyMayStand) {
+  const TempDir directory;
+  VRKIDOM_Document document = parseText(directory, "<a><b/>x<c><d/></c></a>");
+  VRKIDOM_Element a = document.getDocumentElement();
+  VRKIDOM_Node b = a.getChildNodes().item(0), text = a.getChildNodes().item(1), c = a.getChildNodes().item(2);
+  VRKIDOM_Node d = c.getChildNodes().item(0);
+  for (const auto& [parent, child] : std::vector<std::pair<VRKIDOM_Node, VRKIDOM_Node>>{
+           {a, a},
+           {d, a},
+           {text, b},
+           {document, b},
+           {document, text},
+           {a, document},
+           {a, VRKIDOM_DOMImplementation::getImplementation().createDocument().createElement("e")}}) {
+    EXPECT_THROW(VRKIDOM_Node(parent).appendChild(child), VRKThrowable) << parent.getNodeName().toUtf8();
+  }
+  EXPECT_EQ(allText(document), "#document=\na=\nb=\n#text=x\nc=\nd=");
+  b.appendChild(d);  // the only child
+  a.appendChild(b);  // the first
+  a.appendChild(c);  // one between others
+  a.appendChild(c);  // the last
+  EXPECT_EQ(allText(document), "#document=\na=\n#text=x\nb=\nd=\nc=");
+}
+
+TEST(VRKIDOM, KnowsXmlNames) {
+  VRKIDOM_Document document = VRKIDOM_DOMImplementation::getImplementation().createDocument();
+  for (const char* name : {"a", "_", ":", "log4j:x", "a-1.b", "\xC3\xA9t\xC3\xA9", "a\xC2\xB7", "\xF0\x90\x80\x80"}) {
+    EXPECT_EQ(document.createElement(name).getTagName(), name);
+  }
+  for (const char* name : {"", "1", "-a", ".", "a b", "a<", "\xC3\x97", "\xC2\xB7", "a\xEF\xBF\xBF"}) {
+    EXPECT_THROW(document.createElement(name), VRKThrowable) << name;
+  }
+  EXPECT_THROW(document.createElement(I18NString(u"a\xD800")), VRKThrowable);
+}
+
 TEST(VRKIDOM, ReadsTextInEveryEncoding) {
   const TempDir directory;
   const struct {
