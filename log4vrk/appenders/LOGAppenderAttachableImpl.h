@@ -74,8 +74,8 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void unlink(LOGAppenderSkeleton* appender);
 
   VRKList<LOGAppenderSkeleton*> m_appenders;
-  Snapshot m_attached;       // the same appenders in the same order
-  Snapshot m_removed;        // while a loop may be in the middle of one of them
+  Snapshot m_attached;  // the same appenders in the same order
+  Snapshot m_removed;   // while a loop may be in the middle of one of them
   int m_loops = 0;
   bool m_holdsBack = false;
   std::atomic<bool> m_any{false};

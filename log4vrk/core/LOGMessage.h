@@ -68,14 +68,14 @@ class LOG4VRK_EXPORT LOGMessage {
 /// Logs `expression`, a sequence such as `"order " << id << " accepted"`, through `logger`. It is evaluated only when
 /// the level is enabled.
 // NOLINTBEGIN(bugprone-macro-parentheses): in parentheses a sequence with << would mean something else
-#define LOG4VRK_LOG(logger, level, expression)                              \
-  do {                                                                      \
-    LOGLogger* const log4vrkLogger = (logger);                              \
-    if (log4vrkLogger->isEnabledFor(level)) {                               \
-      LOGMessage log4vrkMessage;                                            \
-      log4vrkMessage << expression;                                         \
-      log4vrkLogger->forcedLog((level), log4vrkMessage);                    \
-    }                                                                       \
+#define LOG4VRK_LOG(logger, level, expression)           \
+  do {                                                   \
+    LOGLogger* const log4vrkLogger = (logger);           \
+    if (log4vrkLogger->isEnabledFor(level)) {            \
+      LOGMessage log4vrkMessage;                         \
+      log4vrkMessage << expression;                      \
+      log4vrkLogger->forcedLog((level), log4vrkMessage); \
+    }                                                    \
   } while (false)
 // NOLINTEND(bugprone-macro-parentheses)
 

@@ -53,8 +53,8 @@ struct alignas(128) LOGThreadState {
   std::shared_ptr<LOGStack> context;                // the nested context
   unsigned contextGeneration = 0;
   I18NUtf8Buffer messageText;  // of the outermost message that is being put together, and the memory for the next
-  int messages = 0;             // that are being put together
-  I18NString threadName;        // the text of threadId
+  int messages = 0;            // that are being put together
+  I18NString threadName;       // the text of threadId
   long threadId = 0;
   std::unique_ptr<LOGLoggingEvent> spareEvents[2];  // for the next two events that go into a queue
 

@@ -42,7 +42,8 @@ I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
 }
 
 std::string_view LOGPatternLayout::formatUtf8(LOGLoggingEvent* event) {
-  if (typeid(*this) != typeid(LOGPatternLayout)) return LOGLayout::formatUtf8(event);  // it may have a format() of its own
+  if (typeid(*this) != typeid(LOGPatternLayout))
+    return LOGLayout::formatUtf8(event);  // it may have a format() of its own
   return build(event);
 }
 
@@ -58,12 +59,13 @@ std::string_view LOGPatternLayout::build(LOGLoggingEvent* event) VRK_NO_THREAD_S
   LOGLoggingEvent::Rendered message;
   if (m_hasMessage) logContain(FAILURES, [&] { message = event->render(); });
   I18NUtf8Buffer& text = utf8Result();
-  std::size_t next = 0;
+  LOGPatternConverter* next = m_converters.data();
+  LOGPatternConverter* const end = next + m_converters.size();
   do {  // again behind an item that failed
     logContain(FAILURES, [&] {
-      while (next < m_converters.size()) m_converters[next++].append(text, *event, message);
+      while (next != end) (next++)->append(text, *event, message);
     });
-  } while (next < m_converters.size());
+  } while (next != end);
   return text.view();
 }
 

@@ -168,9 +168,7 @@ int VRKFmFile::flush() {
   return m_descriptor >= 0 ? 1 : 0;
 }
 
-int VRKFmFile::release() {
-  return m_bufferSize > 0 || writeOut() ? 1 : 0;
-}
+int VRKFmFile::release() { return m_bufferSize > 0 || writeOut() ? 1 : 0; }
 
 void VRKFmFile::close() {
   setBuffer(0);

@@ -83,5 +83,5 @@ class LOG4VRK_EXPORT VRKFmFile {
   bool m_holding = false;
   std::size_t m_bufferSize = 0;
   I18NUtf8Buffer m_collected;  // in the buffer, or held back
-  unsigned m_forks = 0;     // in which process
+  unsigned m_forks = 0;        // in which process
 };

@@ -37,7 +37,9 @@ TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
     ASSERT_EQ(-SIGKILL, statusOf(child)) << "the program ended by itself";
     const long count = returned();
     ASSERT_GT(count, 0);
-    const std::vector<std::string> lines = linesOf(dir.file("all.log"));
+    std::vector<std::string> lines = linesOf(dir.file("all.log"));
+    // The kernel ends a write of a killed process at the end of a page.
+    if (!lines.empty() && dir.read("all.log").back() != '\n') lines.pop_back();
     ASSERT_GE(static_cast<long>(lines.size()), count);
     expectEachOnceInOrder(lines, 1, static_cast<long>(lines.size()));
   }
