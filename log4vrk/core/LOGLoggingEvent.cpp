@@ -105,6 +105,16 @@ const I18NString& LOGLoggingEvent::getNDC() {
   return *m_ndc;
 }
 
+void LOGLoggingEvent::appendThreadName(I18NUtf8Buffer& out) {
+  const I18NString& name = getThreadName();
+  const LOGThreadState& thread = LOGThreadState::current();
+  if (&name == &thread.threadName) {
+    out.appendChecked(thread.threadNameUtf8);
+  } else {
+    out.append(name);
+  }
+}
+
 LOGObject* LOGLoggingEvent::getMessage() const {
   if (m_isText) {
     m_message.reset(vrkNew<LOGObject>(VRK_HERE, I18NString(m_text)));
@@ -131,6 +141,7 @@ const I18NString& LOGLoggingEvent::getThreadName() {
       thread.threadId = 0;
       thread.threadName.clear();
       thread.threadName += id;
+      thread.threadNameUtf8 = thread.threadName.toUtf8();
       thread.threadId = id;
     }
     m_threadName = &thread.threadName;

@@ -52,6 +52,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
 
   const I18NString& getNDC();
   const I18NString& getThreadName();
+  void appendThreadName(I18NUtf8Buffer& out);
   void setThreadName(const I18NString& name);
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.

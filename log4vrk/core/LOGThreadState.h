@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "log4vrk/platform/I18NString.h"
@@ -55,6 +56,7 @@ struct alignas(128) LOGThreadState {
   I18NUtf8Buffer messageText;  // of the outermost message that is being put together, and the memory for the next
   int messages = 0;            // that are being put together
   I18NString threadName;       // the text of threadId
+  std::string threadNameUtf8;
   long threadId = 0;
   std::unique_ptr<LOGLoggingEvent> spareEvents[2];  // for the next two events that go into a queue
 

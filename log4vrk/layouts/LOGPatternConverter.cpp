@@ -72,7 +72,7 @@ void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event,
   }
   const std::size_t start = out.size();
   appendItem(out, event, message);
-  if (minimumWidth > 0 || maximumWidth != I18NString::npos) fit(out, start);
+  if (isFitted()) fit(out, start);
 }
 
 void LOGPatternConverter::setText(std::string&& utf8) {
@@ -125,7 +125,7 @@ inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent
       if (!message.isNull()) message.appendTo(out);
       break;
     case u't':
-      out.append(event.getThreadName());
+      event.appendThreadName(out);
       break;
     case u'x':
       out.append(event.getNDC());

@@ -19,6 +19,7 @@ struct LOGPatternConverter {
   /// The largest minimum width.
   static constexpr std::size_t MOST_PADDED = 1000;
 
+  bool isFitted() const { return minimumWidth > 0 || maximumWidth != I18NString::npos; }
   void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);
 
   char16_t letter = 0;  // of the item; 0 when there is none, only the text

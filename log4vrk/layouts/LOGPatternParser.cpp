@@ -48,7 +48,12 @@ void LOGPatternParser::parseItem() {
   const std::size_t start = m_next - 1;
   LOGPatternConverter item;
   if (readWidths(item) && readLetter(item)) {
-    addConverter(std::move(item));
+    const bool isText = item.letter == u'n' || item.letter == u'%';
+    if (isText && !item.isFitted()) {
+      addText(item.letter == u'n' ? u"\n" : u"%");
+    } else {
+      addConverter(std::move(item));
+    }
     return;
   }
   report(start);

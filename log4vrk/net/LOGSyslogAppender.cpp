@@ -132,12 +132,11 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
 void LOGSyslogAppender::sendMessage(LOGLoggingEvent& event, LOGLayout& layout) {
   // Sent from the layout's own buffer, as far as nothing stands in front.
   const LOGGuard guard(layout);
-  if (m_facilityPrinting != 1) {
-    m_qw->write(layout.format(&event));
-    return;
-  }
-  m_message = m_facilityString;
-  m_message += layout.format(&event);
+  const std::string_view text = layout.formatUtf8(&event);
+  if (m_facilityPrinting != 1 && m_qw->writeIfAscii(text)) return;
+  m_message.clear();
+  if (m_facilityPrinting == 1) m_message = m_facilityString;
+  m_message.append(text);
   m_qw->write(m_message);
 }
 

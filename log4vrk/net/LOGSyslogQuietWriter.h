@@ -3,6 +3,7 @@
 #pragma once
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 
 class LOGSyslogWriter;
 
@@ -21,6 +22,9 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
   /// Nothing is raised: what the writer raises goes to the error handler.
   void write(const I18NString& text) override;
 
+  /// The same of a text in UTF-8, without a conversion. False when it is not ASCII; then nothing is written.
+  bool writeIfAscii(std::string_view text);
+
   void setFacility(int facility) { m_facility = facility; }
   /// Of the event that is written next; kept for derived writers, and not sent.
   void setLevel(int level) { m_level = level; }
@@ -32,7 +36,10 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
  private:
   void reportFailure(const char* description);
 
+  LOGSyslogWriter* const m_writer;
   int m_facility;
   int m_level = 0;
-  I18NString m_line;  // keeps its room
+  // These keep their room.
+  I18NString m_line;
+  I18NUtf8Buffer m_asciiLine;
 };

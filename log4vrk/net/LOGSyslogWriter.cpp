@@ -1,7 +1,5 @@
 #include "log4vrk/net/LOGSyslogWriter.h"
 
-#include <algorithm>
-
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/platform/VRKThrowable.h"
@@ -51,7 +49,11 @@ void LOGSyslogWriter::init() {
 void LOGSyslogWriter::write(const I18NString& text) {
   m_bytes.clear();
   text.appendUtf8To(m_bytes);
-  if (m_socket.send(m_bytes.data(), std::min(text.length(), m_bytes.size()))) return;
+  writeAscii(std::string_view(m_bytes).substr(0, text.length()));
+}
+
+void LOGSyslogWriter::writeAscii(std::string_view text) {
+  if (m_socket.send(text.data(), text.size())) return;
   // The wrong way round on purpose: existing tools look for the lines as they are.
   const I18NString host = getSyslogHost();
   if (host.isEmpty()) {

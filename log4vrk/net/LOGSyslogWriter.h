@@ -25,6 +25,8 @@ class LOG4VRK_EXPORT LOGSyslogWriter : public LOGWriter {
   /// As many bytes of the text in UTF-8 as it has UTF-16 units, on purpose: what stands outside of ASCII costs the
   /// text as much at its end. Never waits.
   void write(const I18NString& text) override;
+  /// The same of a text that is ASCII.
+  void writeAscii(std::string_view text);
   void flush() override {}
   void close() override {}
 

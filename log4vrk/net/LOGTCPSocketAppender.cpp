@@ -92,7 +92,7 @@ void LOGTCPSocketAppender::put(LOGLoggingEvent* event) {
 std::string LOGTCPSocketAppender::render(LOGLoggingEvent* event) {
   if (LOGLayout* const layout = getLayout()) {
     const LOGGuard guard(*layout);
-    return layout->format(event).toUtf8();
+    return std::string(layout->formatUtf8(event));
   }
   const std::unique_ptr<I18NString> message(event->getRenderedMessage());
   return message ? message->toUtf8() : std::string();

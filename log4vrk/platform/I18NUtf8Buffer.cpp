@@ -27,8 +27,13 @@ void I18NUtf8Buffer::grow(std::size_t count) {
 }
 
 void I18NUtf8Buffer::append(std::string_view utf8) {
-  if (!i18nCopyAscii(utf8.data(), utf8.size(), room(utf8.size()))) return appendDecoded(utf8);
-  m_size += utf8.size();
+  if (!appendIfAscii(utf8)) appendDecoded(utf8);
+}
+
+bool I18NUtf8Buffer::appendIfAscii(std::string_view text) {
+  if (!i18nCopyAscii(text.data(), text.size(), room(text.size()))) return false;
+  m_size += text.size();
+  return true;
 }
 
 void I18NUtf8Buffer::appendDecoded(std::string_view utf8) { appendChecked(I18NString(utf8).toUtf8()); }

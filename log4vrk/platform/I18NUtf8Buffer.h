@@ -36,6 +36,8 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
 
   /// What cannot be decoded becomes U+FFFD.
   void append(std::string_view utf8);
+  /// False when there is anything but ASCII; then nothing is appended.
+  bool appendIfAscii(std::string_view text);
   void append(std::u16string_view utf16);
   void append(const I18NString& text) { append(text.view()); }
   // Decimal, without leading zeros.

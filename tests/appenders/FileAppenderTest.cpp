@@ -128,3 +128,33 @@ TEST_F(FileAppenderTest, ALockThatFailsIsReportedByEachOperationInItsOwnWords) {
     EXPECT_EQ(internal.text().find("log4vrk:ERROR " + line + " VRKSystemError: "), 0u) << internal.text();
   }
 }
+
+TEST_F(FileAppenderTest, BuffersWholeEventsUntilThereAreEnough) {
+  LOGFileAppender appender(&m_layout, path("log"), 0, 1, 10);
+  log(appender, "one", "two");
+  EXPECT_EQ(m_dir.read("log"), "");
+  log(appender, "three");
+  EXPECT_EQ(m_dir.read("log"), "one\ntwo\nthree\n");
+  log(appender, "four");
+  appender.setImmediateFlush(1);
+  log(appender, "five");
+  EXPECT_EQ(m_dir.read("log"), "one\ntwo\nthree\nfour\nfive\n");
+  appender.setImmediateFlush(0);
+  log(appender, "six");
+  VRKFault::arm(VRKFault::FILE_WRITE);
+  appender.close();
+  EXPECT_TRUE(
+      m_log.contains("LOGFileAppender::closeFile -- what was buffered could not be written to " + m_dir.file("log")));
+}
+
+TEST_F(FileAppenderTest, WritesItsBufferAtExitAndLeavesThatOfItsParentAlone) {
+  static LOGFileAppender& appender = *new LOGFileAppender(&m_layout, path("log"), 0, 1, 1000);
+  log(appender, "parent");
+  EXPECT_EQ(0, statusInChild([] {
+              log(appender, "child");
+              std::exit(0);
+            }));
+  EXPECT_EQ(m_dir.read("log"), "child\n");
+  appender.close();
+  EXPECT_EQ(m_dir.read("log"), "child\nparent\n");
+}

@@ -44,6 +44,27 @@ TEST(Async, EveryEventArrivesOnceAndInOrder) {
   expectEachOnceInOrder(linesWithBackups(dir.file("all.log")), 8, EACH);
 }
 
+// The dispatcher holds events back to write many at once; those who log directly write at once, and behind them.
+TEST(Async, SharesAFileWithThoseWhoLogDirectly) {
+  const TempDir dir;
+  const std::string document = dir.write("log.xml", R"(<log4j:configuration>
+    <appender name="file" class="FileAppender">
+      <param name="File" value=")" + dir.file("all.log") +
+                                                        R"("/><layout class="SimpleLayout"/>
+    </appender>
+    <appender name="async" class="AsyncAppender"><appender-ref ref="file"/></appender>
+    <logger name="queued"><level value="INFO"/><appender-ref ref="async"/></logger>
+    <logger name="direct"><level value="INFO"/><appender-ref ref="file"/></logger>
+  </log4j:configuration>)");
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  onThreads(4, [](int t) {
+    LOGLogger* const logger = LOGManager::getLogger(t % 2 == 0 ? "queued" : "direct");
+    for (long n = 1; n <= EACH / 10; ++n) LOG4VRK_INFO(logger, t << " " << n << " end");
+  });
+  LOG4VRKConfigurator::shutdown();
+  expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, EACH / 10);
+}
+
 // Everything that may meet, in rounds: threads that log, resizing, appenders that come and go, that log themselves and that raise, and
 // a close in the middle.
 TEST(Async, OutlivesWhateverMeets) {
