@@ -108,7 +108,7 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
 
 // A copy in the event that the thread has kept from its last call.
 std::unique_ptr<LOGLoggingEvent> LOGAsyncAppender::copyOf(const LOGLoggingEvent& event) {
-  std::unique_ptr<LOGLoggingEvent> copy = std::move(LOGThreadState::current().spareEvents[0]);
+  std::unique_ptr<LOGLoggingEvent> copy = std::move(LOGThreadState::current().spareEvent);
   if (copy) {
     *copy = event;
   } else {
@@ -138,7 +138,7 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
 }
 
 // Tests and puts in one step, because another thread may resize the queue or fill it. What the dispatcher has done with is taken in
-// exchange, for the thread's event after the next, and brought into its cache until then.
+// exchange, for the thread's next event.
 bool LOGAsyncAppender::put(LOGBoundedFIFO& queue, std::unique_ptr<LOGLoggingEvent>& event, bool evenIfFull) {
   std::unique_ptr<LOGLoggingEvent> spare;
   {
@@ -147,11 +147,7 @@ bool LOGAsyncAppender::put(LOGBoundedFIFO& queue, std::unique_ptr<LOGLoggingEven
     static_cast<void>(event.release());
     spare = m_pool->take();
   }
-  std::unique_ptr<LOGLoggingEvent>(&spares)[2] = LOGThreadState::current().spareEvents;
-  spares[0] = std::move(spares[1]);
-  if (spares[0]) spares[0]->prefetchText();
-  if (spare) spare->prefetch();
-  spares[1] = std::move(spare);
+  LOGThreadState::current().spareEvent = std::move(spare);
   return true;
 }
 

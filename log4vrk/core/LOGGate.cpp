@@ -172,7 +172,7 @@ void LOGThreadState::forget() {
   taken = 0;
   deferred.clear();
   renderers.clear();
-  for (std::unique_ptr<LOGLoggingEvent>& spare : spareEvents) spare.reset();
+  spareEvent.reset();
   context.reset();
 }
 

@@ -84,13 +84,6 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
-  // For an event that another thread has used and this one is going to assign to: they have the processor fetch it, the first its
-  // own memory, the second, called later, that of its text.
-  void prefetch() const {
-    const char* const memory = reinterpret_cast<const char*>(this);
-    for (std::size_t line = 0; line <= sizeof *this; line += 64) __builtin_prefetch(memory + line, 1);
-  }
-  void prefetchText() const { __builtin_prefetch(m_ownText.view().data(), 1); }
   /// Whether it holds no more than a text of up to `most` bytes.
   bool isSmall(std::size_t most) const { return !m_message && !m_own && m_ownText.capacity() <= most; }
 

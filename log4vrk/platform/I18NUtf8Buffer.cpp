@@ -26,10 +26,6 @@ void I18NUtf8Buffer::grow(std::size_t count) {
   m_capacity = capacity;
 }
 
-void I18NUtf8Buffer::append(std::string_view utf8) {
-  if (!appendIfAscii(utf8)) appendDecoded(utf8);
-}
-
 bool I18NUtf8Buffer::appendIfAscii(std::string_view text) {
   if (!i18nCopyAscii(text.data(), text.size(), room(text.size()))) return false;
   m_size += text.size();

@@ -35,7 +35,9 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   }
 
   /// What cannot be decoded becomes U+FFFD.
-  void append(std::string_view utf8);
+  void append(std::string_view utf8) {
+    if (!appendIfAscii(utf8)) appendDecoded(utf8);
+  }
   /// False when there is anything but ASCII; then nothing is appended.
   bool appendIfAscii(std::string_view text);
   void append(std::u16string_view utf16);
