@@ -150,7 +150,7 @@ TEST_F(FileAppenderTest, BuffersWholeEventsUntilThereAreEnough) {
 TEST_F(FileAppenderTest, WritesItsBufferAtExitAndLeavesThatOfItsParentAlone) {
   static LOGFileAppender& appender = *new LOGFileAppender(&m_layout, path("log"), 0, 1, 1000);
   log(appender, "parent");
-  EXPECT_EQ(0, statusInChild([] {
+  EXPECT_EQ(0, vrktest::statusInChild([] {
               log(appender, "child");
               std::exit(0);
             }));

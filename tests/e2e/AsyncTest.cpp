@@ -61,6 +61,7 @@ TEST(Async, SharesAFileWithThoseWhoLogDirectly) {
     LOGLogger* const logger = LOGManager::getLogger(t % 2 == 0 ? "queued" : "direct");
     for (long n = 1; n <= EACH / 10; ++n) LOG4VRK_INFO(logger, t << " " << n << " end");
   });
+  LOGManager::getLogger("queued")->closeNestedAppenders();  // before the file is closed with the other logger
   LOG4VRKConfigurator::shutdown();
   expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, EACH / 10);
 }
