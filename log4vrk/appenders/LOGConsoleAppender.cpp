@@ -94,7 +94,7 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
   }
   logContain("LOGAppenderSkeleton::subAppend -- ", [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
     VRK_ASSERT(m_qw);
-    const LOGGuard guard(*layout);
+    const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
     if (hasOwnWriter()) {
       m_qw->stWriteUtf8(m_outFile.get(), layout->formatUtf8(event));
     } else {

@@ -121,7 +121,7 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   m_file->setHoldingBack(LOGThreadState::current().holdsBack);
   if (LOGLayout* const layout = getLayout()) {
     // Written from the layout's own buffer: a copy would cost every event, and help only appenders that share a layout.
-    const LOGGuard guard(*layout);
+    const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
     if (hasOwnWriter()) {
       m_qw->writeUtf8(m_file.get(), layout->formatUtf8(event));
     } else {

@@ -186,7 +186,7 @@ int LOGLogger::walk(LOGLoggingEvent* event) {
 // Most loggers have no appender of their own; the lock is for those that have.
 int LOGLogger::append(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
   if (!m_aai.mayHaveAppenders()) return 0;
-  const LOGGuard guard(*this);
+  const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already
   return m_aai.appendLoopOnAppenders(event);
 }
 

@@ -131,7 +131,7 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
 
 void LOGSyslogAppender::sendMessage(LOGLoggingEvent& event, LOGLayout& layout) {
   // Sent from the layout's own buffer, as far as nothing stands in front.
-  const LOGGuard guard(layout);
+  const VRKThreadGuard guard(layout.criticalSection());  // the appender's own brings the rest
   const std::string_view text = layout.formatUtf8(&event);
   if (m_facilityPrinting != 1 && m_qw->writeIfAscii(text)) return;
   m_message.clear();
