@@ -43,7 +43,7 @@ class LOGEventPool {
   }
 
  private:
-  static constexpr std::size_t SIZE = 1024;
+  static constexpr std::size_t SIZE = 8192;
   static constexpr std::size_t TOGETHER = 16;
   static constexpr std::size_t MOST_TEXT = 4096;  // in bytes
 
