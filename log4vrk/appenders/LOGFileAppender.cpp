@@ -12,8 +12,10 @@
 
 namespace {
 
-// Runs after the program's own destructors, which may still log.
+// Runs after the program's own destructors, which may still log. Where nothing is buffered, no thread that is stuck in a log call holds
+// up the exit.
 __attribute__((destructor)) void writeBuffersAtExit() {
+  if (!VRKFmFile::anyBuffered()) return;
   const LOGGate::FullClosure alone;
   VRKFmFile::writeBuffers();
 }

@@ -80,6 +80,11 @@ void VRKFmFile::setBuffer(std::size_t size) {
   m_bufferSize = size;
 }
 
+bool VRKFmFile::anyBuffered() {
+  const VRKMutexGuard guard(buffered().mutex);
+  return !buffered().files.empty();
+}
+
 void VRKFmFile::writeBuffers() {
   g_exiting = true;
   const VRKMutexGuard guard(buffered().mutex);

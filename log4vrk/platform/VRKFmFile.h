@@ -53,6 +53,8 @@ class LOG4VRK_EXPORT VRKFmFile {
   void setHoldingBack(bool on) { m_holding = on; }
   /// Writes what is held back. 0 on failure.
   int release();
+  /// Whether any file has a buffer.
+  static bool anyBuffered();
   /// Writes the buffers of all files, while nobody else uses them; from then on nothing is buffered.
   static void writeBuffers();
   /// May be repeated.
