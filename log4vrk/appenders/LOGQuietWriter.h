@@ -56,7 +56,7 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
 
  private:
   template <typename Text>
-  void writeAndFlush(VRKFmFile* file, const Text& text);
+  void writeAndFlush(VRKFmFile* outStream, const Text& text);
 
   LOGErrorHandler* m_errorHandler;
   LOGWriter* m_writer = nullptr;

@@ -69,7 +69,7 @@ void VRKDatagramSocket::setDestination(const VRKSocketAddress& destination) {
 void VRKDatagramSocket::connect() {
   sockaddr none = {};
   none.sa_family = AF_UNSPEC;
-  ::connect(m_descriptor, &none, sizeof(none));
+  static_cast<void>(::connect(m_descriptor, &none, sizeof(none)));
   m_connected =
       m_destination.isValid() && ::connect(m_descriptor, systemForm(m_destination), m_destination.getLength()) == 0;
 }

@@ -24,7 +24,7 @@ Received parse(const std::string& datagram, std::size_t headerLength) {
   std::size_t at = 0;
   const auto take = [&](std::size_t count) {
     if (datagram.size() - at < count) result.error = "too short";
-    const std::string taken = datagram.substr(std::min(at, datagram.size()), count);
+    std::string taken = datagram.substr(std::min(at, datagram.size()), count);
     at = std::min(at + count, datagram.size());
     return taken;
   };
@@ -232,7 +232,9 @@ TEST_F(LocalUDPAppenderTest, ThreadsLogWhileItIsClosedAndCopied) {
   std::multiset<std::string> expected, received;
   std::vector<std::thread> threads;
   for (const std::string letter : {"a", "b"}) {
-    for (int i = 0; i < 100; ++i) expected.insert(letter + "\0\1"s + letter);
+    std::string each = letter;
+    each.append("\0\1"s).append(letter);
+    for (int i = 0; i < 100; ++i) expected.insert(each);
     threads.emplace_back([this, letter] {
       for (int i = 0; i < 100; ++i) append(letter, letter.c_str());
     });

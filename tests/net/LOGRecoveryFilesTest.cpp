@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <csignal>
 #include <ctime>
 #include <string>
 #include <vector>
