@@ -78,6 +78,7 @@
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/I18NRuntimeError.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKAssertError.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/VRKDatagramSocket.h"
