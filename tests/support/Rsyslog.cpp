@@ -7,6 +7,7 @@
 #include <spawn.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -206,7 +207,12 @@ void Rsyslog::terminate() {
   reap();
 }
 
-void Rsyslog::stop() { signal(SIGSTOP); }
+// A busy machine lets its threads run on for a while after the signal is sent.
+void Rsyslog::stop() {
+  signal(SIGSTOP);
+  siginfo_t stopped;
+  ASSERT_EQ(0, ::waitid(P_PID, static_cast<id_t>(m_process), &stopped, WSTOPPED));
+}
 
 void Rsyslog::resume() { signal(SIGCONT); }
 
