@@ -14,24 +14,21 @@
 #include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
 
-struct LOGThreadState;
-
 /// Puts a text together with <<. Takes texts, characters, numbers, truth values, LOGObjects and whatever has an
-/// operator<< for std::ostream. Narrow text is UTF-8. The thread's last message leaves its memory to the next.
+/// operator<< for std::ostream. Narrow text is UTF-8. Most messages need no memory but the object's own.
 ///
 /// Thread safety: not thread-safe; one for each message.
 class LOG4VRK_EXPORT LOGMessage {
  public:
-  LOGMessage() noexcept;
+  LOGMessage() noexcept : m_text(m_room, sizeof m_room) {}
   LOGMessage(const LOGMessage&) = delete;
   LOGMessage& operator=(const LOGMessage&) = delete;
-  ~LOGMessage();
 
   I18NString text() const { return I18NString(utf8()); }
   std::string_view utf8() const { return m_text.view(); }
 
   template <typename T>
-  LOGMessage& operator<<(const T& part) {
+  [[gnu::always_inline]] LOGMessage& operator<<(const T& part) {
     if constexpr (std::is_same_v<T, bool>) {
       m_text.append(std::string_view(part ? "true" : "false"));
     } else if constexpr (std::is_same_v<T, char>) {
@@ -40,6 +37,8 @@ class LOG4VRK_EXPORT LOGMessage {
       m_text.append(std::u16string_view(&part, 1));
     } else if constexpr (std::is_integral_v<T>) {
       m_text.append(static_cast<std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>>(part));
+    } else if constexpr (std::is_array_v<T> && std::is_convertible_v<const T&, const char*> && sizeof(T) <= 17) {
+      m_text.appendShort(std::string_view(part));
     } else if constexpr (std::is_convertible_v<const T&, const char*>) {
       const char* const text = part;
       if (text != nullptr) m_text.append(std::string_view(text));
@@ -58,11 +57,8 @@ class LOG4VRK_EXPORT LOGMessage {
   }
 
  private:
-  explicit LOGMessage(LOGThreadState& thread) noexcept;
-
-  LOGThreadState& m_thread;
-  I18NUtf8Buffer m_own;  // for a message that is put together while another one is
-  I18NUtf8Buffer& m_text;
+  char m_room[512];
+  I18NUtf8Buffer m_text;
 };
 
 /// Logs `expression`, a sequence such as `"order " << id << " accepted"`, through `logger`. It is evaluated only when

@@ -3,8 +3,9 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
+
+#include "log4vrk/platform/I18NShortAscii.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -12,17 +13,6 @@
 
 // Each converts `count` units when all are ASCII, and otherwise returns false; then `out` holds rubbish. A rest that is shorter than
 // a block is converted with the last block that still fits, so that no unit needs a step of its own.
-
-/// Copies `count` bytes, `sizeof(Word)` to twice that, and returns them together, by which it can be told whether one is not ASCII.
-template <typename Word>
-inline Word i18nCopyWords(const char* bytes, std::size_t count, char* out) {
-  Word first, last;
-  std::memcpy(&first, bytes, sizeof first);
-  std::memcpy(&last, bytes + count - sizeof last, sizeof last);
-  std::memcpy(out, &first, sizeof first);
-  std::memcpy(out + count - sizeof last, &last, sizeof last);
-  return first | last;
-}
 
 inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
 #ifdef __SSE2__
@@ -38,8 +28,7 @@ inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
     return _mm_movemask_epi8(seen) == 0;
   }
 #endif
-  if (count >= 8 && count <= 16) return (i18nCopyWords<std::uint64_t>(bytes, count, out) & 0x8080808080808080u) == 0;
-  if (count >= 4 && count < 8) return (i18nCopyWords<std::uint32_t>(bytes, count, out) & 0x80808080u) == 0;
+  if (count <= 16) return i18nCopyShortAscii(bytes, count, out);
   unsigned char seen = 0;
   for (std::size_t i = 0; i < count; ++i) {
     out[i] = bytes[i];

@@ -1,6 +1,7 @@
 #include "log4vrk/platform/I18NUtf8Buffer.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 
 #include "log4vrk/platform/I18NAscii.h"
@@ -19,10 +20,11 @@ constexpr char DIGIT_PAIRS[] =
 }  // namespace
 
 void I18NUtf8Buffer::grow(std::size_t count) {
-  const std::size_t capacity = std::max({FIRST_CAPACITY, 2 * m_capacity, m_size + count});
-  std::unique_ptr<char[]> bytes(new char[capacity]);
-  if (m_size > 0) std::memcpy(bytes.get(), m_bytes.get(), m_size);
-  m_bytes = std::move(bytes);
+  const std::size_t capacity = (std::max({FIRST_CAPACITY, 2 * m_capacity, m_size + count}) + 1) / 2 * 2;
+  char* const bytes = new char[capacity];
+  if (m_size > 0) std::memcpy(bytes, m_bytes, m_size);
+  if (ownsBytes()) delete[] m_bytes;
+  m_bytes = bytes;
   m_capacity = capacity;
 }
 
@@ -50,17 +52,28 @@ void I18NUtf8Buffer::append(long long value) {
   }
 }
 
-// Two digits at a time from the end, in half of the time that std::to_chars takes.
+namespace {
+
+template <typename Number>
+char* putDigitsBefore(char* end, Number value) {
+  for (; value >= 100; value /= 100) std::memcpy(end -= 2, &DIGIT_PAIRS[2 * (value % 100)], 2);
+  if (value >= 10) {
+    std::memcpy(end -= 2, &DIGIT_PAIRS[2 * value], 2);
+  } else {
+    *--end = static_cast<char>('0' + value);
+  }
+  return end;
+}
+
+}  // namespace
+
+// Two digits at a time from the end, in half of the time that std::to_chars takes, and with narrow divisions where they do.
 void I18NUtf8Buffer::append(unsigned long long value) {
   char digits[MOST_DIGITS];
-  char* first = digits + sizeof digits;
-  for (; value >= 100; value /= 100) std::memcpy(first -= 2, &DIGIT_PAIRS[2 * (value % 100)], 2);
-  if (value >= 10) {
-    std::memcpy(first -= 2, &DIGIT_PAIRS[2 * value], 2);
-  } else {
-    *--first = static_cast<char>('0' + value);
-  }
-  appendChecked({first, static_cast<std::size_t>(digits + sizeof digits - first)});
+  char* const end = digits + sizeof digits;
+  const char* const first =
+      value <= UINT32_MAX ? putDigitsBefore(end, static_cast<std::uint32_t>(value)) : putDigitsBefore(end, value);
+  appendChecked({first, static_cast<std::size_t>(end - first)});
 }
 
 void I18NUtf8Buffer::insertBlanks(std::size_t position, std::size_t count) {
@@ -69,14 +82,14 @@ void I18NUtf8Buffer::insertBlanks(std::size_t position, std::size_t count) {
     while (count-- > 0) m_bytes[m_size++] = ' ';
     return;
   }
-  char* const hole = m_bytes.get() + position;
+  char* const hole = m_bytes + position;
   std::memmove(hole + count, hole, m_size - position);
   std::memset(hole, ' ', count);
   m_size += count;
 }
 
 void I18NUtf8Buffer::erase(std::size_t position, std::size_t count) {
-  char* const hole = m_bytes.get() + position;
+  char* const hole = m_bytes + position;
   std::memmove(hole, hole + count, m_size - position - count);
   m_size -= count;
 }

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <utility>
 
+#include "log4vrk/platform/I18NShortAscii.h"
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
@@ -18,13 +18,19 @@
 class LOG4VRK_EXPORT I18NUtf8Buffer {
  public:
   I18NUtf8Buffer() noexcept = default;
+  /// Begins in memory that is lent for its life. Such a one is not moved.
+  I18NUtf8Buffer(char* memory, std::size_t size) noexcept : m_bytes(memory), m_capacity((size - 1) | 1) {}
   I18NUtf8Buffer(I18NUtf8Buffer&& other) noexcept { swap(other); }
   I18NUtf8Buffer& operator=(I18NUtf8Buffer&& other) noexcept {
     swap(other);
     return *this;
   }
 
-  std::string_view view() const noexcept { return {m_bytes.get(), m_size}; }
+  ~I18NUtf8Buffer() {
+    if (ownsBytes()) delete[] m_bytes;
+  }
+
+  std::string_view view() const noexcept { return {m_bytes, m_size}; }
   std::size_t size() const noexcept { return m_size; }
   std::size_t capacity() const noexcept { return m_capacity; }
   /// Keeps the memory.
@@ -38,6 +44,14 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void append(std::string_view utf8) {
     if (!appendIfAscii(utf8)) appendDecoded(utf8);
   }
+  /// The same of up to 16 bytes, without a call: for literals, whose size the compiler knows.
+  [[gnu::always_inline]] void appendShort(std::string_view utf8) {
+    if (m_capacity - m_size >= utf8.size() && i18nCopyShortAscii(utf8.data(), utf8.size(), m_bytes + m_size)) {
+      m_size += utf8.size();
+    } else {
+      append(utf8);
+    }
+  }
   /// False when there is anything but ASCII; then nothing is appended.
   bool appendIfAscii(std::string_view text);
   void append(std::u16string_view utf16);
@@ -46,13 +60,8 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void append(long long value);
   void append(unsigned long long value);
   /// A piece that is known to be well-formed.
-  void appendChecked(std::string_view utf8) {
-    char* const to = room(utf8.size());
-    if (utf8.size() >= 8 && utf8.size() <= 32) {
-      copyShort(to, utf8.data(), utf8.size());
-    } else if (!utf8.empty()) {
-      std::memcpy(to, utf8.data(), utf8.size());
-    }
+  [[gnu::always_inline]] void appendChecked(std::string_view utf8) {
+    copy(room(utf8.size()), utf8.data(), utf8.size());
     m_size += utf8.size();
   }
   /// The first `size` of these bytes, which costs less than a size that can be anything.
@@ -68,35 +77,47 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void erase(std::size_t position, std::size_t count);
 
  private:
-  /// 8 to 32 bytes: as two or four blocks that may overlap, without a call.
-  static void copyShort(char* to, const char* from, std::size_t count) {
-    char first[16], last[16];
-    if (count < 16) {
-      std::memcpy(first, from, 8);
-      std::memcpy(last, from + count - 8, 8);
-      std::memcpy(to, first, 8);
-      std::memcpy(to + count - 8, last, 8);
+  /// As blocks that may overlap, without a call for up to 64 bytes.
+  static void copy(char* to, const char* from, std::size_t count) {
+    if (count > 64) {
+      std::memcpy(to, from, count);
+    } else if (count >= 16) {
+      copyBlocks<16>(to, from, count);
+    } else if (count >= 4) {
+      copyBlocks<4>(to, from, count);
     } else {
-      std::memcpy(first, from, 16);
-      std::memcpy(last, from + count - 16, 16);
-      std::memcpy(to, first, 16);
-      std::memcpy(to + count - 16, last, 16);
+      for (; count > 0; --count) *to++ = *from++;
     }
+  }
+  /// `size` to four times that.
+  template <std::size_t size>
+  static void copyBlocks(char* to, const char* from, std::size_t count) {
+    char first[size], second[size], beforeLast[size], last[size];
+    const std::size_t middle = count > 2 * size ? size : 0;
+    std::memcpy(first, from, size);
+    std::memcpy(second, from + middle, size);
+    std::memcpy(beforeLast, from + count - size - middle, size);
+    std::memcpy(last, from + count - size, size);
+    std::memcpy(to, first, size);
+    std::memcpy(to + middle, second, size);
+    std::memcpy(to + count - size - middle, beforeLast, size);
+    std::memcpy(to + count - size, last, size);
   }
   void swap(I18NUtf8Buffer& other) noexcept {
     std::swap(m_bytes, other.m_bytes);
     std::swap(m_size, other.m_size);
     std::swap(m_capacity, other.m_capacity);
   }
+  bool ownsBytes() const noexcept { return m_capacity % 2 == 0; }
   /// Where the next `count` bytes go.
   char* room(std::size_t count) {
     if (m_capacity - m_size < count) grow(count);
-    return m_bytes.get() + m_size;
+    return m_bytes + m_size;
   }
   void grow(std::size_t count);
   void appendDecoded(std::string_view utf8);
 
-  std::unique_ptr<char[]> m_bytes;
+  char* m_bytes = nullptr;
   std::size_t m_size = 0;
-  std::size_t m_capacity = 0;
+  std::size_t m_capacity = 0;  // odd when m_bytes are lent, even when they are its own
 };
