@@ -17,7 +17,8 @@ LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachable
       LOGMutex(other),
       m_appenders(other.m_appenders),
       m_attached(other.m_attached),
-      m_any(other.mayHaveAppenders()) {}
+      m_any(other.mayHaveAppenders()),
+      m_onlyPlain(other.onlyPlainAppender()) {}
 LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
@@ -27,7 +28,13 @@ void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
   }
   m_attached.push_back({newAppender, newAppender->m_bundle.lock()});
   m_appenders.push_back(newAppender);
-  m_any.store(true, std::memory_order_release);
+  publish();
+}
+
+void LOGAppenderAttachableImpl::publish() {
+  const bool plain = m_attached.size() == 1 && m_attached[0].appender->takesPlain();
+  m_onlyPlain.store(plain ? m_attached[0].appender : nullptr);
+  m_any.store(!m_attached.empty(), std::memory_order_release);
 }
 
 VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
@@ -71,7 +78,7 @@ void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
   if (m_holdsBack) appender->release();
   if (m_loops > 0) m_removed.push_back(*found);
   m_attached.erase(found);
-  m_any.store(!m_attached.empty(), std::memory_order_release);
+  publish();
 }
 
 void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }

@@ -46,6 +46,9 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   int appendLoopOnAppenders(LOGLoggingEvent* event);
   /// The one thing to ask without the lock. False is the answer as of some moment during the call.
   bool mayHaveAppenders() const { return m_any.load(std::memory_order_acquire); }
+  /// The only appender, when it takes plain events without locks, else null. To be asked without the lock by whoever sees to it
+  /// that the appender lives until the event is written.
+  LOGAppenderSkeleton* onlyPlainAppender() const { return m_onlyPlain.load(); }
 
   /// For its life, on a dispatcher thread and under the lock, the attached appenders may hold back what the thread appends.
   class HoldingBack {
@@ -72,11 +75,15 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
 
  private:
   void unlink(LOGAppenderSkeleton* appender);
+  void publish();
 
   VRKList<LOGAppenderSkeleton*> m_appenders;
   Snapshot m_attached;  // the same appenders in the same order
   Snapshot m_removed;   // while a loop may be in the middle of one of them
   int m_loops = 0;
   bool m_holdsBack = false;
+
+  // What is asked without the lock.
   std::atomic<bool> m_any{false};
+  std::atomic<LOGAppenderSkeleton*> m_onlyPlain{nullptr};
 };

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string_view>
 
 #include "log4vrk/appenders/LOGAppender.h"
 #include "log4vrk/core/LOGGuard.h"
@@ -21,7 +22,7 @@ class LOGLevel;
 /// Thread safety: any thread, except that the name is set before the appender is attached.
 /// Ownership: layout, filters and threshold are lent. The error handler is owned. An appender made by the program is
 /// the program's, which removes it from its loggers before deleting it.
-class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, public LOGObject {
+class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject, public LOGMutex {
  public:
   LOGAppenderSkeleton();
   ~LOGAppenderSkeleton() override;
@@ -58,6 +59,14 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   /// Stale appenders are made anew when a configuration next refers to them. There is no way back.
   void markAsStale() { m_stale = 1; }
   bool isStale() const { return m_stale == 1; }
+
+  // The short way of a log call. An appender of the library's own classes takes an event whose message is a text and nothing else
+  // without the locks of the logger and the layout, and with its own only while it writes. No application code runs meanwhile.
+  /// Whether the appender has such a way. Constant once it is constructed.
+  virtual bool takesPlain() const { return false; }
+  /// doAppend() of such an event. False, with nothing done, when it takes the ordinary way for what the appender's state is.
+  virtual bool appendPlain(LOGLoggingEvent& event);
+
   // For dispatcher threads, which hand over many events at once. From the first call to the second an appender need not let go of
   // each event before append() returns, if it is the calling thread that appends; it returns whether it makes use of that. An
   // appender is released as often as it was told to hold back, or more often.
@@ -72,6 +81,9 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   bool operator!=(const LOGObject& other) const override;
 
  protected:
+  /// The last step of appendPlain(), under the lock: writes the formatted event. False when the appender cannot do it now.
+  virtual bool appendLine(LOGLoggingEvent& event, std::string_view line);
+
   /// Whether append() runs with the appender's lock held, which is what an appender wants that does not wait in it.
   enum Appending { UNDER_LOCK, WITHOUT_LOCK };
   explicit LOGAppenderSkeleton(Appending appending) : LOGAppenderSkeleton() { m_appending = appending; }
@@ -101,6 +113,9 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   bool admits(LOGLoggingEvent* event) const;
   bool isAccepted(LOGLoggingEvent* event) const;
   void copyFrom(const LOGAppenderSkeleton& other);
+
+  // Keeps the lock, for which threads contend, out of the cache lines of what they only read.
+  const char m_distance[64] = {};
 
   // Constant while the appender is attached.
   Appending m_appending = UNDER_LOCK;

@@ -1,5 +1,7 @@
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 
+#include <typeinfo>
+
 #include "log4vrk/appenders/LOGQuietWriter.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/layouts/LOGLayout.h"
@@ -101,6 +103,14 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
       m_qw->stWrite(m_outFile.get(), layout->format(event));
     }
   });
+}
+
+bool LOGConsoleAppender::takesPlain() const { return typeid(*this) == typeid(LOGConsoleAppender); }
+
+bool LOGConsoleAppender::appendLine(LOGLoggingEvent&, std::string_view line) {
+  if (getOpen() == 0 || !m_qw || !hasOwnWriter()) return false;
+  m_qw->stWriteUtf8(m_outFile.get(), line);
+  return true;
 }
 
 void LOGConsoleAppender::closeWriter() {

@@ -32,6 +32,10 @@ class LOG4VRK_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   void closeWriter() override VRK_REQUIRES(m_critSection);
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
+  bool takesPlain() const override;
+
+ protected:
+  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
 
  private:
   void takeStream(int descriptor) VRK_REQUIRES(m_critSection);

@@ -1,5 +1,6 @@
 #include "log4vrk/appenders/LOGFileAppender.h"
 
+#include <typeinfo>
 #include <utility>
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
@@ -131,6 +132,17 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
     }
   }
   if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
+}
+
+// A derived class may have changed any of the steps.
+bool LOGFileAppender::takesPlain() const { return typeid(*this) == typeid(LOGFileAppender); }
+
+bool LOGFileAppender::appendLine(LOGLoggingEvent&, std::string_view line) {
+  if (getOpen() != 1 || !m_qw || !hasOwnWriter()) return false;
+  m_file->setHoldingBack(false);
+  m_qw->writeUtf8(m_file.get(), line);
+  if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
+  return true;
 }
 
 bool LOGFileAppender::holdBack() { return true; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <typeinfo>
 
 #include "log4vrk/appenders/LOGCountingQuietWriter.h"
 #include "log4vrk/core/LOGContainment.h"
@@ -70,6 +71,18 @@ void LOGRollingFileAppender::resetWriter() {
 
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
   LOGFileAppender::subappend(event);
+  rollOverIfFull();
+}
+
+bool LOGRollingFileAppender::takesPlain() const { return typeid(*this) == typeid(LOGRollingFileAppender); }
+
+bool LOGRollingFileAppender::appendLine(LOGLoggingEvent& event, std::string_view line) {
+  if (!LOGFileAppender::appendLine(event, line)) return false;
+  rollOverIfFull();
+  return true;
+}
+
+void LOGRollingFileAppender::rollOverIfFull() {
   if (m_fileName.isEmpty() || m_counter == nullptr) return;
   if (m_counter->getCount() >= m_maximumFileSize) rollOver();
 }

@@ -40,11 +40,14 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   void setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) override
       VRK_REQUIRES(m_critSection);
   void rollOver() VRK_REQUIRES(m_critSection);
+  bool takesPlain() const override;
 
  protected:
+  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
   const LOGFailureTexts& setFileFailures() const override;
 
  private:
+  void rollOverIfFull() VRK_REQUIRES(m_critSection);
   I18NString backupName(long index) const VRK_REQUIRES(m_critSection);
   void shiftBackups(long oldest) VRK_REQUIRES(m_critSection);
   std::vector<long> backupsBelow(long oldest) const VRK_REQUIRES(m_critSection);

@@ -1,4 +1,5 @@
-// The library's rule for errors that reach a public operation.
+// The library's rule for errors that reach a public operation. Inlined always: each use has an operation of its own, and on the way of a
+// log call there are several.
 
 #pragma once
 
@@ -17,7 +18,7 @@ struct LOGFailureTexts {
 /// Runs `operation`. The library's own errors are written with their description and end here; anything else is written
 /// and raised again, because it is not the library's to judge.
 template <typename Operation>
-void logContain(const LOGFailureTexts& texts, Operation&& operation) {
+[[gnu::always_inline]] inline void logContain(const LOGFailureTexts& texts, Operation&& operation) {
   try {
     operation();
   } catch (I18NRuntimeError& error) {
@@ -34,7 +35,7 @@ void logContain(const LOGFailureTexts& texts, Operation&& operation) {
 
 /// The same with one text for every kind.
 template <typename Operation>
-void logContain(const char* text, Operation&& operation) {
+[[gnu::always_inline]] inline void logContain(const char* text, Operation&& operation) {
   logContain({text, text, text}, operation);
 }
 
@@ -58,7 +59,7 @@ auto logContainAll(const LOGFailureTexts& texts, decltype(std::declval<Operation
 
 /// Runs `operation` and lets errors pass, after one line in the internal log that names the operation, not the cause.
 template <typename Operation>
-auto logReport(const char* text, Operation&& operation) -> decltype(operation()) {
+[[gnu::always_inline]] inline auto logReport(const char* text, Operation&& operation) -> decltype(operation()) {
   try {
     return operation();
   } catch (VRKThrowable& error) {

@@ -2,6 +2,7 @@
 
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGThreadState.h"
+#include "log4vrk/platform/VRKAsymmetricFence.h"
 #include "log4vrk/platform/VRKFork.h"
 #include "log4vrk/platform/VRKMutex.h"
 #include "log4vrk/platform/VRKNoCancellation.h"
@@ -75,6 +76,7 @@ template <typename Shut, typename LetIn>
 void closeFor(const LOGThreadState& self, Flag flag, Shut shut, LetIn letIn) {
   for (long waited = 0; waited < LONGEST_WAIT_TO_CLOSE; waited += LONGEST_ATTEMPT_TO_CLOSE) {
     shut();
+    VRKAsymmetricFence::order();
     if (waitForOthers(self, flag)) return;
     letIn();
     rest(REST_BETWEEN_ATTEMPTS);
@@ -93,7 +95,7 @@ void waitOutside(LOGThreadState& self, std::atomic<bool>& flag) {
   for (long waited = 0; waited < LONGEST_WAIT_OUTSIDE && !mayEnter(self); waited += LOOK_AGAIN) {
     flag.store(false, std::memory_order_release);
     rest(LOOK_AGAIN);
-    flag.store(true);
+    VRKAsymmetricFence::raise(flag);
   }
 }
 
@@ -139,6 +141,7 @@ void afterForkInParent() {
 
 void afterForkInChild() {
   LOGThreadState& self = LOGThreadState::current();
+  self.isNamed = false;
   for (LOGThreadState* state = g_threads.load(); state != nullptr; state = state->next) {
     if (state == &self) continue;
     // Left as it is, and never taken over: the fork may have caught its thread, which is gone, in the middle of a change.
@@ -162,17 +165,20 @@ LOGThreadState& LOGThreadState::make() {
 
 void LOGThreadState::enter() {
   std::atomic<bool>& mine = flag();
-  mine.store(true);
+  VRKAsymmetricFence::raise(mine);
   if (!mayEnter(*this)) waitOutside(*this, mine);
 }
 
 void LOGThreadState::forget() {
   passes = calls = 0;
   delivering = dispatcher = false;
+  hasRest = isNamed = false;
   taken = 0;
   deferred.clear();
+  departures.clear();
   renderers.clear();
   spareEvent.reset();
+  patterns.reset();
   context.reset();
 }
 
@@ -184,7 +190,7 @@ LOGGate::Pass::~Pass() { m_thread.goOut(); }
 
 LOGGate::TryPass::TryPass() : m_thread(LOGThreadState::current()) {
   std::atomic<bool>& flag = m_thread.flag();
-  flag.store(true);
+  VRKAsymmetricFence::raise(flag);
   m_inside = mayEnter(m_thread);
   if (m_inside) {
     ++m_thread.passes;
@@ -207,6 +213,19 @@ LOGGate::FullClosure::FullClosure() : m_closed(!isInside()) {
 
 LOGGate::FullClosure::~FullClosure() {
   if (m_closed) openToAll();
+}
+
+bool LOGGate::waitForBorrowers(const LOGLogger& logger) {
+  const LOGThreadState& self = LOGThreadState::current();
+  VRKAsymmetricFence::order();
+  long waited = 0;
+  for (LOGThreadState* thread = g_threads.load(); thread != nullptr; thread = thread->next) {
+    while (thread != &self && thread->inside.load() && thread->borrowsFrom.load() == &logger) {
+      if (self.calls > 0 && (waited += LOOK_AGAIN) > LONGEST_WAIT_OUTSIDE) return false;
+      rest(LOOK_AGAIN);
+    }
+  }
+  return true;
 }
 
 void LOGGate::watchForks() {

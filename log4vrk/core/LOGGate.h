@@ -4,10 +4,11 @@
 
 #include "log4vrk/platform/VRKExport.h"
 
+class LOGLogger;
 struct LOGThreadState;
 
 /// Whoever holds a lock of a library object is inside the gate. Going in and out costs one store to a flag of the
-/// thread's own each way; no cache line is shared between threads.
+/// thread's own each way; no cache line is shared between threads, and the barriers are paid by who closes the gate.
 ///
 /// Dispatcher threads have a gate of their own, which only a fork closes: those whom a closure waits for may wait for a dispatcher
 /// to make space in its queue.
@@ -68,6 +69,10 @@ class LOGGate {
    private:
     const bool m_closed;
   };
+
+  /// Waits until no other thread uses an appender of `logger` without its lock, of those that do already. False when that takes too
+  /// long for a thread that is inside itself: it may hold what they wait for.
+  static bool waitForBorrowers(const LOGLogger& logger);
 
   /// Makes sure that forks are looked after. Called by whoever registers a preparation that has to come before the
   /// gate's own.

@@ -24,9 +24,15 @@ LOGDeferral::LOGDeferral() : LOGDeferral(LOGThreadState::current()) {}
 LOGDeferral::LOGDeferral(LOGThreadState& thread) : m_thread(thread) { ++m_thread.calls; }
 
 LOGDeferral::~LOGDeferral() {
-  if (--m_thread.calls == 0 && !m_thread.deferred.empty() && !m_thread.delivering && !m_thread.dispatcher) {
-    deliverAll(m_thread);
-  }
+  if (--m_thread.calls == 0 && m_thread.hasRest) finishRest(m_thread);
+}
+
+void LOGDeferral::finishRest(LOGThreadState& thread) {
+  const std::vector<LOGDeparture> departures = std::move(thread.departures);
+  thread.departures.clear();
+  for (const LOGDeparture& departure : departures) LOGGate::waitForBorrowers(*departure.logger);
+  if (!thread.deferred.empty() && !thread.delivering && !thread.dispatcher) deliverAll(thread);
+  thread.hasRest = !thread.deferred.empty();
 }
 
 void LOGDeferral::deliverAll(LOGThreadState& thread) {
@@ -41,6 +47,12 @@ void LOGDeferral::deliverAll(LOGThreadState& thread) {
   thread.taken = 0;
 }
 
+void LOGDeferral::depart(const LOGLogger& logger, std::shared_ptr<const void> share) {
+  LOGThreadState& thread = LOGThreadState::current();
+  thread.departures.push_back({&logger, std::move(share)});
+  thread.hasRest = true;
+}
+
 bool LOGDeferral::active() { return LOGThreadState::current().calls > 0; }
 
 void LOGDeferral::defer(LOGLogger* logger, const LOGLoggingEvent& event) {
@@ -52,6 +64,7 @@ void LOGDeferral::defer(LOGLogger* logger, const LOGLoggingEvent& event) {
   if (thread.taken > MOST_DEFERRED) return;
   try {
     thread.deferred.push_back({logger, std::make_unique<LOGLoggingEvent>(event), logger});
+    thread.hasRest = true;
     ++thread.taken;
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <memory>
+
 #include "log4vrk/core/LOGGate.h"
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/platform/VRKExport.h"
@@ -28,6 +30,9 @@ class LOG4VRK_EXPORT LOGDeferral {
   /// Keeps a copy of the event for `logger`.
   static void defer(LOGLogger* logger, const LOGLoggingEvent& event);
 
+  /// Keeps `share` until the outermost scope of the thread has ended, and other threads have let go of the appenders of `logger`.
+  static void depart(const LOGLogger& logger, std::shared_ptr<const void> share);
+
   /// For its life the thread is one that serves a queue. What it puts off is delivered by deliverPutOff() alone.
   class DispatcherThread {
    public:
@@ -45,6 +50,7 @@ class LOG4VRK_EXPORT LOGDeferral {
   static bool mustNotWait();
 
  private:
+  static void finishRest(LOGThreadState& thread);
   static void deliverAll(LOGThreadState& thread);
 
   LOGThreadState& m_thread;

@@ -104,7 +104,7 @@ namespace {
 // Runs what makes and delivers an event, and lets nothing out: what an application class raises in its clone() ends here too,
 // for the program's log call is not the place to hear of it.
 template <typename Operation>
-void contained(Operation operation) {
+[[gnu::always_inline]] inline void contained(Operation operation) {
   try {
     operation();
   } catch (VRKThrowable& error) {
@@ -160,32 +160,65 @@ void LOGLogger::deliver(LOGLoggingEvent* event) {
   }
 }
 
+namespace {
+
+// Tells those who remove appenders which logger's appender the thread uses. Has to begin outside the gate: going in is what makes the
+// first logger known to all before the thread looks for its appender.
+class Borrowing {
+ public:
+  Borrowing(LOGThreadState& thread, const LOGLogger* first) : m_from(thread.borrowsFrom) {
+    m_from.store(first, std::memory_order_relaxed);
+  }
+  ~Borrowing() { m_from.store(nullptr, std::memory_order_release); }
+  Borrowing(const Borrowing&) = delete;
+  Borrowing& operator=(const Borrowing&) = delete;
+
+ private:
+  std::atomic<const LOGLogger*>& m_from;
+};
+
+}  // namespace
+
 void LOGLogger::callAppenders(LOGLoggingEvent* event) {
-  if (LOGDeferral::active()) {
+  LOGThreadState& thread = LOGThreadState::current();
+  if (thread.calls > 0) {
     LOGDeferral::defer(this, *event);
     return;
   }
-  const LOGCallScope scope;
-  if (walk(event) != 0) return;
+  const LOGDeferral deferral(thread);
+  const Borrowing borrowing(thread, thread.passes == 0 && event->isPlain() ? firstWithAppenders() : nullptr);
+  const LOGGate::Pass pass(thread);
+  if (walk(event, thread) != 0) return;
   if (LOGLoggerRepository* const repository = getRepository()) repository->emitNoAppenderWarning(this);
 }
 
-// One logger's lock at a time, the child's before the parent's. It is held while the appenders write, so that a program
-// may delete an appender as soon as it has removed it.
-int LOGLogger::walk(LOGLoggingEvent* event) {
+// One logger at a time, the child before the parent.
+int LOGLogger::walk(LOGLoggingEvent* event, LOGThreadState& thread) {
   return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
     int writes = 0;
     for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-      writes += logger->append(event);
+      if (logger->m_aai.mayHaveAppenders()) writes += logger->append(event, thread);
       if (logger->getAdditivity() == 0) break;
     }
     return writes;
   });
 }
 
-// Most loggers have no appender of their own; the lock is for those that have.
-int LOGLogger::append(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
-  if (!m_aai.mayHaveAppenders()) return 0;
+const LOGLogger* LOGLogger::firstWithAppenders() const {
+  const LOGLogger* logger = this;
+  while (logger != nullptr && !logger->m_aai.mayHaveAppenders()) logger = logger->getParent();
+  return logger;
+}
+
+// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write, and whoever
+// removes an appender that is written to without it waits for those who borrow it. Most loggers have no appender.
+int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  if (const LOGLogger* const known = thread.borrowsFrom.load(std::memory_order_relaxed)) {
+    if (known != this) thread.borrowsFrom.store(this);
+    LOGAppenderSkeleton* const appender = m_aai.onlyPlainAppender();
+    if (appender != nullptr && appender->appendPlain(*event)) return 1;
+    thread.borrowsFrom.store(nullptr, std::memory_order_release);  // who waits for this lock must not be waited for
+  }
   const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already
   return m_aai.appendLoopOnAppenders(event);
 }
@@ -264,22 +297,53 @@ LOGAppenderAttachableImpl::Snapshot LOGLogger::attachedAppenders() {
   return m_aai.snapshot();
 }
 
+// Around a removal and its lock. At its end no log call of another thread uses what is not attached any more, and what is shared
+// may be freed.
+class LOGLogger::Removal {
+ public:
+  explicit Removal(LOGLogger& logger) : m_logger(logger) {
+    const LOGGuard guard(logger);
+    m_before = logger.m_aai.snapshot();
+    m_within = std::any_of(m_before.begin(), m_before.end(), [](const LOGAppenderAttachableImpl::Attached& each) {
+      return each.appender->criticalSection().isMine();
+    });
+  }
+  ~Removal() {
+    const LOGAppenderAttachableImpl::Snapshot now = m_logger.attachedAppenders();
+    const auto stays = [&now](const LOGAppenderAttachableImpl::Attached& before) {
+      return std::any_of(now.begin(), now.end(), [&](const auto& each) { return each.appender == before.appender; });
+    };
+    if (std::all_of(m_before.begin(), m_before.end(), stays)) return;
+    if (m_within || !LOGGate::waitForBorrowers(m_logger)) {
+      LOGDeferral::depart(m_logger, std::make_shared<LOGAppenderAttachableImpl::Snapshot>(std::move(m_before)));
+    }
+  }
+  Removal(const Removal&) = delete;
+  Removal& operator=(const Removal&) = delete;
+
+  const LOGAppenderAttachableImpl::Snapshot& before() const { return m_before; }
+
+ private:
+  LOGLogger& m_logger;
+  LOGAppenderAttachableImpl::Snapshot m_before;
+  bool m_within;  // the thread is inside an append: others may be waiting for its end
+};
+
 void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGLogger::removeAllAppenders(LOGHashtable* table) {
   logReport("LOGLogger::removeAllAppenders -- unable to lock mutex", [&] {
     const LOGCallScope scope;
-    const LOGAppenderAttachableImpl::Snapshot appenders = attachedAppenders();
-    LOGAppenderAttachableImpl::closeAll(appenders);
+    const Removal removal(*this);
+    LOGAppenderAttachableImpl::closeAll(removal.before());
     const LOGGuard guard(*this);
-    m_aai.forget(appenders, table);
+    m_aai.forget(removal.before(), table);
   });
 }
 
-// What is removed may be freed with its last share: after the lock.
 void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
   logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
-    const LOGAppenderAttachableImpl::Snapshot kept = attachedAppenders();
+    const Removal removal(*this);
     const LOGGuard guard(*this);
     m_aai.removeAppender(appender);
   });
@@ -287,7 +351,7 @@ void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
 
 void LOGLogger::removeAppender(const I18NString& name) {
   logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
-    const LOGAppenderAttachableImpl::Snapshot kept = attachedAppenders();
+    const Removal removal(*this);
     const LOGGuard guard(*this);
     m_aai.removeAppender(name);
   });

@@ -19,6 +19,7 @@ class LOGLoggerRepository;
 class LOGLoggingEvent;
 class LOGMessage;
 struct LOGDeferredEvent;
+struct LOGThreadState;
 
 /// A logger belongs to a tree of dotted names: "shop.orders" is below "shop", and all are below the root. It has a
 /// level of its own or inherits that of the nearest ancestor that has one. An event goes to the logger's appenders and
@@ -161,12 +162,14 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message);
   /// callAppenders() for those who have nobody to raise an error to.
   void deliver(LOGLoggingEvent* event);
-  int walk(LOGLoggingEvent* event);
-  int append(LOGLoggingEvent* event);
+  int walk(LOGLoggingEvent* event, LOGThreadState& thread);
+  int append(LOGLoggingEvent* event, LOGThreadState& thread);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
   static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread has the lock.
   bool tryAppend(LOGLoggingEvent* event, int& writes);
+  const LOGLogger* firstWithAppenders() const;
+  class Removal;
   LOGAppenderAttachableImpl::Snapshot attachedAppenders();
   LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
 

@@ -136,13 +136,11 @@ void LOGLoggingEvent::setThreadName(const I18NString& name) {
 const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName->isEmpty()) {
     LOGThreadState& thread = LOGThreadState::current();
-    const long id = VRKThread::currentThreadId();
-    if (thread.threadId != id) {
-      thread.threadId = 0;
+    if (!thread.isNamed) {
       thread.threadName.clear();
-      thread.threadName += id;
+      thread.threadName += VRKThread::currentThreadId();
       thread.threadNameUtf8 = thread.threadName.toUtf8();
-      thread.threadId = id;
+      thread.isNamed = true;
     }
     m_threadName = &thread.threadName;
   }

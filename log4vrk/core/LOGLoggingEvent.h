@@ -84,6 +84,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
+  /// Whether the message is a text and nothing else.
+  bool isPlain() const { return m_isText && !(m_own && !m_own->renderedMessage.isEmpty()); }
   /// Whether it holds no more than a text of up to `most` bytes.
   bool isSmall(std::size_t most) const { return !m_message && !m_own && m_ownText.capacity() <= most; }
 

@@ -16,6 +16,7 @@ class LOGLogger;
 class LOGLoggingEvent;
 class LOGObjectRenderer;
 class LOGStack;
+struct LOGPatternCopies;
 
 /// An event on its way to the root that has been put off.
 struct LOGDeferredEvent {
@@ -23,6 +24,12 @@ struct LOGDeferredEvent {
   std::unique_ptr<LOGLoggingEvent> event;
   LOGLogger* origin;
   int writes = 0;
+};
+
+/// What a thread has removed from a logger while others may have been waiting for it in the middle of the same appender.
+struct LOGDeparture {
+  const LOGLogger* logger;
+  std::shared_ptr<const void> share;  // keeps the appenders
 };
 
 /// One for each thread that has come into the library, never freed: a later thread takes over what an ended one leaves.
@@ -48,18 +55,22 @@ struct alignas(128) LOGThreadState {
   bool delivering = false;  // deferred events are on their way
   bool holdsBack = false;   // a dispatcher that soon releases what appenders hold back
   bool dispatcher = false;  // it serves a queue, and must not wait for those who put into it
+  bool hasRest = false;     // there are deferred events or departures
   std::size_t taken = 0;    // events deferred since the outermost call began
   std::deque<LOGDeferredEvent> deferred;
+  std::vector<LOGDeparture> departures;
   std::vector<const LOGObjectRenderer*> renderers;  // by which it is rendering, the innermost last
   std::shared_ptr<LOGStack> context;                // the nested context
   unsigned contextGeneration = 0;
-  I18NUtf8Buffer messageText;  // of the outermost message that is being put together, and the memory for the next
-  int messages = 0;            // that are being put together
-  I18NString threadName;       // the text of threadId
+  I18NUtf8Buffer lineText;                     // of the event that has been formatted last, for whoever writes it
+  std::shared_ptr<LOGPatternCopies> patterns;  // that the thread has used last
+  bool isNamed = false;                        // the next two are the thread's
+  I18NString threadName;
   std::string threadNameUtf8;
-  long threadId = 0;
   std::unique_ptr<LOGLoggingEvent> spareEvent;  // for the next event that goes into a queue
 
+  std::atomic<const LOGLogger*> borrowsFrom{
+      nullptr};  // whose appender the thread uses without the logger's lock; if inside
   std::atomic<bool> inside{false};
   std::atomic<bool> serving{false};  // inside as a dispatcher
   std::atomic<bool> used{true};

@@ -58,6 +58,7 @@ std::string wellFormed(const std::string& text) { return I18NString(std::string_
 
 class RelativeFormat : public LOGDateFormat {
  public:
+  std::unique_ptr<LOGDateFormat> clone() const override { return std::make_unique<RelativeFormat>(*this); }
   using LOGDateFormat::append;
   void append(I18NUtf8Buffer& out, const LOGDate& date) override {
     const std::int64_t seconds = date.getSeconds() - LOGLoggingEvent::getStartTime();
@@ -71,12 +72,15 @@ class CalendarFormat : public LOGDateFormat {
  public:
   CalendarFormat(const std::string& pattern, bool named, const LOGTimeZone& zone)
       : m_parts(splitAtMilliseconds(pattern)), m_named(named), m_zone(zone) {}
+  std::unique_ptr<LOGDateFormat> clone() const override { return std::make_unique<CalendarFormat>(*this); }
 
   using LOGDateFormat::append;
   void append(I18NUtf8Buffer& out, const LOGDate& date) override {
     if (!m_filled || date.getSeconds() != m_second) fill(date.getSeconds());
-    for (const std::size_t position : m_milliseconds) {
-      putThreeDigits(m_text, position, date.getNanoseconds() / MILLISECOND);
+    const std::int32_t millisecond = date.getNanoseconds() / MILLISECOND;
+    if (millisecond != m_millisecond) {
+      for (const std::size_t position : m_positions) putThreeDigits(m_text, position, millisecond);
+      m_millisecond = millisecond;
     }
     out.appendChecked(m_text);
   }
@@ -86,12 +90,13 @@ class CalendarFormat : public LOGDateFormat {
     m_filled = false;  // until the whole text is that of the second
     const std::tm time = m_zone.at(second);
     m_text = wellFormed(textOf(m_parts.front(), time));
-    m_milliseconds.clear();
+    m_positions.clear();
     for (std::size_t i = 1; i < m_parts.size(); ++i) {
-      m_milliseconds.push_back(m_text.size());
+      m_positions.push_back(m_text.size());
       m_text += "000" + wellFormed(textOf(m_parts[i], time));
     }
     m_second = second;
+    m_millisecond = 0;
     m_filled = true;
   }
 
@@ -105,11 +110,12 @@ class CalendarFormat : public LOGDateFormat {
   const bool m_named;                      // months in English
   const LOGTimeZone m_zone;
 
-  // The second whose text is kept, and where its milliseconds stand.
+  // The moment whose text is kept, and where its milliseconds stand.
   bool m_filled = false;
   std::int64_t m_second = 0;
+  std::int32_t m_millisecond = 0;
   std::string m_text;
-  std::vector<std::size_t> m_milliseconds;
+  std::vector<std::size_t> m_positions;
 };
 
 }  // namespace

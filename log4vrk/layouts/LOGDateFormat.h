@@ -12,7 +12,7 @@
 
 /// Turns moments into text. The text of a second is kept: a busy log does not work out the calendar for each event.
 ///
-/// Thread safety: not thread-safe; a layout uses its format under the layout's lock.
+/// Thread safety: not thread-safe; a format for each thread, or used under a lock.
 class LOG4VRK_EXPORT LOGDateFormat {
  public:
   /// `name`, in any case, is one of
@@ -26,6 +26,7 @@ class LOG4VRK_EXPORT LOGDateFormat {
   static std::unique_ptr<LOGDateFormat> create(const I18NString& name, const LOGTimeZone& zone = LOGTimeZone());
 
   virtual ~LOGDateFormat();
+  virtual std::unique_ptr<LOGDateFormat> clone() const = 0;
 
   /// Appends the date. A pattern, or what stands between two %Q, appends nothing when its text exceeds 128 KiB.
   virtual void append(I18NUtf8Buffer& out, const LOGDate& date) = 0;

@@ -49,6 +49,8 @@ std::string_view LOGLayout::formatUtf8(LOGLoggingEvent* event) {
   return utf8.view();
 }
 
+bool LOGLayout::formatPlain(LOGLoggingEvent&, std::string_view&) { return false; }
+
 I18NString& LOGLayout::getContentType() { return setResult("text/plain"); }
 
 I18NString& LOGLayout::getHeader() { return setResult(takeSpare()); }

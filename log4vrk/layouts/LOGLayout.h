@@ -34,6 +34,9 @@ class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   virtual I18NString& format(LOGLoggingEvent* event);
   /// The same text in UTF-8, as appenders write it. A layout that builds it so saves the conversion; the others need not care.
   virtual std::string_view formatUtf8(LOGLoggingEvent* event);
+  /// The same of an event whose message is a text and nothing else, without the layout's lock, in memory that is the thread's
+  /// until it formats again. False when the layout has no such way.
+  virtual bool formatPlain(LOGLoggingEvent& event, std::string_view& line);
   virtual I18NString& getContentType();
   /// What an output begins and ends with.
   virtual I18NString& getHeader();

@@ -58,6 +58,16 @@ bool splitsPair(const I18NString& text, std::size_t position) {
 
 }  // namespace
 
+LOGPatternConverter::LOGPatternConverter(const LOGPatternConverter& other)
+    : letter(other.letter),
+      leftAligned(other.leftAligned),
+      minimumWidth(other.minimumWidth),
+      maximumWidth(other.maximumWidth),
+      precision(other.precision),
+      date(other.date != nullptr ? other.date->clone() : nullptr) {
+  setText(std::string(other.text));
+}
+
 void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event,
                                  const LOGLoggingEvent::Rendered& message) {
   if (text.size() <= sizeof shortText) {

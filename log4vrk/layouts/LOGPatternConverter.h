@@ -14,10 +14,15 @@
 /// What LOGPatternParser makes of an item such as "%-5p" and the text in front of it. One struct with a switch and no class for each
 /// kind: a line is written by one loop without virtual calls, except for dates.
 ///
-/// Thread safety: not thread-safe, since dates are kept; a layout uses its converters under its lock.
+/// Thread safety: not thread-safe, since dates are kept; each thread has copies.
 struct LOGPatternConverter {
   /// The largest minimum width.
   static constexpr std::size_t MOST_PADDED = 1000;
+
+  LOGPatternConverter() = default;
+  LOGPatternConverter(const LOGPatternConverter& other);
+  LOGPatternConverter(LOGPatternConverter&&) noexcept = default;
+  LOGPatternConverter& operator=(LOGPatternConverter&&) noexcept = default;
 
   bool isFitted() const { return minimumWidth > 0 || maximumWidth != I18NString::npos; }
   void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);

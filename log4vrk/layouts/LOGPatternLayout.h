@@ -2,11 +2,16 @@
 
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <vector>
 
+#include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/layouts/LOGLayout.h"
 
 struct LOGPatternConverter;
+struct LOGPatternCopy;
+struct LOGThreadState;
 
 /// The text of a pattern, with items for the parts of the event:
 ///
@@ -41,12 +46,17 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   /// and raised.
   I18NString& format(LOGLoggingEvent* event) override;
   std::string_view formatUtf8(LOGLoggingEvent* event) override;
+  bool formatPlain(LOGLoggingEvent& event, std::string_view& line) override;
   int ignoresThrowable() override;
 
  private:
-  std::string_view build(LOGLoggingEvent* event);
+  std::string_view buildAny(LOGLoggingEvent* event);
+  static std::string_view build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
+                                const LOGLoggingEvent::Rendered& message);
+  LOGPatternCopy& copyOf(LOGThreadState& thread);
 
+  // Of all patterns of all layouts this one, by which a thread knows whether it has a copy of it.
+  std::atomic<std::uint64_t> m_number{0};
   I18NString m_pattern VRK_GUARDED_BY(m_critSection);
   std::vector<LOGPatternConverter> m_converters VRK_GUARDED_BY(m_critSection);
-  bool m_hasMessage VRK_GUARDED_BY(m_critSection) = false;
 };

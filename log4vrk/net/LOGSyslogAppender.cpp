@@ -1,5 +1,6 @@
 #include "log4vrk/net/LOGSyslogAppender.h"
 
+#include <typeinfo>
 #include <utility>
 
 #include "log4vrk/core/LOGContainment.h"
@@ -121,23 +122,39 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
     LOGLogLog::debug("LOGSyslogAppender::append --- m_layout is NULL. append canceled");
     return;
   }
+  prepare(event);
+  {
+    const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
+    sendText(layout->formatUtf8(&event));
+  }
+  if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());
+}
+
+void LOGSyslogAppender::prepare(const LOGLoggingEvent& event) {
   const LOGLevel* const logLevel = event.getLevel();
   VRK_ASSERT(logLevel);
   m_qw->setErrorHandler(getErrorHandler());
   m_qw->setLevel(logLevel->getSyslogEquivalent());
-  sendMessage(event, *layout);
-  if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());
 }
 
-void LOGSyslogAppender::sendMessage(LOGLoggingEvent& event, LOGLayout& layout) {
-  // Sent from the layout's own buffer, as far as nothing stands in front.
-  const VRKThreadGuard guard(layout.criticalSection());  // the appender's own brings the rest
-  const std::string_view text = layout.formatUtf8(&event);
+// Sent as it lies there, as far as nothing stands in front.
+void LOGSyslogAppender::sendText(std::string_view text) {
   if (m_facilityPrinting != 1 && m_qw->writeIfAscii(text)) return;
   m_message.clear();
   if (m_facilityPrinting == 1) m_message = m_facilityString;
   m_message.append(text);
   m_qw->write(m_message);
+}
+
+bool LOGSyslogAppender::takesPlain() const { return typeid(*this) == typeid(LOGSyslogAppender); }
+
+bool LOGSyslogAppender::appendLine(LOGLoggingEvent& event, std::string_view line) {
+  if (!m_qw || event.getLevel() == nullptr) return false;
+  logContain("LOGSyslogAppender::append --- An unknown exception occurred.", [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
+    prepare(event);
+    sendText(line);
+  });
+  return true;
 }
 
 void LOGSyslogAppender::close() {

@@ -47,6 +47,10 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   void close() override;
   /// True: without a layout nothing is sent.
   bool requiresLayout() override;
+  bool takesPlain() const override;
+
+ protected:
+  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
 
  private:
   struct Facility;
@@ -54,7 +58,8 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
 
   void openWriter(const I18NString& host) VRK_REQUIRES(m_critSection);
   void send(LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);
-  void sendMessage(LOGLoggingEvent& event, LOGLayout& layout) VRK_REQUIRES(m_critSection);
+  void prepare(const LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);
+  void sendText(std::string_view text) VRK_REQUIRES(m_critSection);
 
   std::atomic<bool> m_active{false};  // there is a quiet writer
   int m_facility VRK_GUARDED_BY(m_critSection);

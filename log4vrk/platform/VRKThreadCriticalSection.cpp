@@ -31,6 +31,8 @@ bool VRKThreadCriticalSection::tryLock() {
   return true;
 }
 
+bool VRKThreadCriticalSection::isMine() const { return m_owner.load(std::memory_order_relaxed) == &t_self; }
+
 void VRKThreadCriticalSection::unlock() {
   if (--m_depth != 0) return;
   m_owner.store(nullptr, std::memory_order_relaxed);

@@ -25,6 +25,8 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
   /// False when another thread holds it.
   bool tryLock() VRK_TRY_ACQUIRE(true);
   void unlock() VRK_RELEASE();
+  /// True when the calling thread holds it.
+  bool isMine() const;
 
  private:
   std::mutex m_mutex;
