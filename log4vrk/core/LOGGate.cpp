@@ -142,6 +142,7 @@ void afterForkInParent() {
 void afterForkInChild() {
   LOGThreadState& self = LOGThreadState::current();
   self.isNamed = false;
+  self.patterns.reset();  // they know its name
   for (LOGThreadState* state = g_threads.load(); state != nullptr; state = state->next) {
     if (state == &self) continue;
     // Left as it is, and never taken over: the fork may have caught its thread, which is gone, in the middle of a change.

@@ -179,6 +179,38 @@ class Borrowing {
 
 }  // namespace
 
+const LOGLogger* LOGLogger::firstWithAppenders() const {
+  const LOGLogger* logger = this;
+  while (logger != nullptr && !logger->m_aai.mayHaveAppenders()) logger = logger->getParent();
+  return logger;
+}
+
+// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write, and whoever
+// removes an appender that is written to without it waits for those who borrow it. Most loggers have no appender.
+[[gnu::always_inline]] inline int LOGLogger::append(LOGLoggingEvent* event,
+                                                    LOGThreadState& thread) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  if (const LOGLogger* const known = thread.borrowsFrom.load(std::memory_order_relaxed)) {
+    if (known != this) thread.borrowsFrom.store(this);
+    LOGAppenderSkeleton* const appender = m_aai.onlyPlainAppender();
+    if (appender != nullptr && appender->appendPlain(*event)) return 1;
+    thread.borrowsFrom.store(nullptr, std::memory_order_release);  // who waits for this lock must not be waited for
+  }
+  const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already
+  return m_aai.appendLoopOnAppenders(event);
+}
+
+// One logger at a time, the child before the parent.
+[[gnu::always_inline]] inline int LOGLogger::walk(LOGLoggingEvent* event, LOGThreadState& thread) {
+  return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
+    int writes = 0;
+    for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+      if (logger->m_aai.mayHaveAppenders()) writes += logger->append(event, thread);
+      if (logger->getAdditivity() == 0) break;
+    }
+    return writes;
+  });
+}
+
 void LOGLogger::callAppenders(LOGLoggingEvent* event) {
   LOGThreadState& thread = LOGThreadState::current();
   if (thread.calls > 0) {
@@ -190,37 +222,6 @@ void LOGLogger::callAppenders(LOGLoggingEvent* event) {
   const LOGGate::Pass pass(thread);
   if (walk(event, thread) != 0) return;
   if (LOGLoggerRepository* const repository = getRepository()) repository->emitNoAppenderWarning(this);
-}
-
-// One logger at a time, the child before the parent.
-int LOGLogger::walk(LOGLoggingEvent* event, LOGThreadState& thread) {
-  return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
-    int writes = 0;
-    for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-      if (logger->m_aai.mayHaveAppenders()) writes += logger->append(event, thread);
-      if (logger->getAdditivity() == 0) break;
-    }
-    return writes;
-  });
-}
-
-const LOGLogger* LOGLogger::firstWithAppenders() const {
-  const LOGLogger* logger = this;
-  while (logger != nullptr && !logger->m_aai.mayHaveAppenders()) logger = logger->getParent();
-  return logger;
-}
-
-// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write, and whoever
-// removes an appender that is written to without it waits for those who borrow it. Most loggers have no appender.
-int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) VRK_NO_THREAD_SAFETY_ANALYSIS {
-  if (const LOGLogger* const known = thread.borrowsFrom.load(std::memory_order_relaxed)) {
-    if (known != this) thread.borrowsFrom.store(this);
-    LOGAppenderSkeleton* const appender = m_aai.onlyPlainAppender();
-    if (appender != nullptr && appender->appendPlain(*event)) return 1;
-    thread.borrowsFrom.store(nullptr, std::memory_order_release);  // who waits for this lock must not be waited for
-  }
-  const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already
-  return m_aai.appendLoopOnAppenders(event);
 }
 
 bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) VRK_NO_THREAD_SAFETY_ANALYSIS {

@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "log4vrk/core/LOGLoggingEvent.h"
@@ -37,12 +38,6 @@ std::vector<std::string> splitAtMilliseconds(const std::string& pattern) {
   return parts;
 }
 
-void putThreeDigits(std::string& text, std::size_t position, int value) {
-  text[position] = static_cast<char>('0' + value / 100);
-  text[position + 1] = static_cast<char>('0' + value / 10 % 10);
-  text[position + 2] = static_cast<char>('0' + value % 10);
-}
-
 std::string strftimeText(const std::string& pattern, const std::tm& time) {
   // The blank in front keeps a text from being empty, which strftime cannot tell from a buffer that is too small.
   const std::string guarded = " " + pattern;
@@ -76,31 +71,34 @@ class CalendarFormat : public LOGDateFormat {
 
   using LOGDateFormat::append;
   void append(I18NUtf8Buffer& out, const LOGDate& date) override {
-    if (!m_filled || date.getSeconds() != m_second) fill(date.getSeconds());
-    const std::int32_t millisecond = date.getNanoseconds() / MILLISECOND;
-    if (millisecond != m_millisecond) {
-      for (const std::size_t position : m_positions) putThreeDigits(m_text, position, millisecond);
-      m_millisecond = millisecond;
-    }
-    out.appendChecked(m_text);
+    keep(date.getSeconds());
+    m_text.show(date.getNanoseconds() / MILLISECOND);
+    out.appendChecked(m_text.text);
+  }
+
+  const LOGSecondText* textOf(std::int64_t second) override {
+    keep(second);
+    m_text.show(0);
+    return &m_text;
   }
 
  private:
-  void fill(std::int64_t second) {
+  void keep(std::int64_t second) {
+    if (m_filled && second == m_second) return;
     m_filled = false;  // until the whole text is that of the second
     const std::tm time = m_zone.at(second);
-    m_text = wellFormed(textOf(m_parts.front(), time));
-    m_positions.clear();
+    LOGSecondText made;
+    made.text = wellFormed(partOf(m_parts.front(), time));
     for (std::size_t i = 1; i < m_parts.size(); ++i) {
-      m_positions.push_back(m_text.size());
-      m_text += "000" + wellFormed(textOf(m_parts[i], time));
+      made.positions.push_back(made.text.size());
+      made.text += "000" + wellFormed(partOf(m_parts[i], time));
     }
+    m_text = std::move(made);
     m_second = second;
-    m_millisecond = 0;
     m_filled = true;
   }
 
-  std::string textOf(std::string part, const std::tm& time) const {
+  std::string partOf(std::string part, const std::tm& time) const {
     const std::size_t month = m_named ? part.find("%b") : std::string::npos;
     if (month != std::string::npos) part.replace(month, 2, MONTHS[time.tm_mon]);
     return strftimeText(part, time);
@@ -110,17 +108,26 @@ class CalendarFormat : public LOGDateFormat {
   const bool m_named;                      // months in English
   const LOGTimeZone m_zone;
 
-  // The moment whose text is kept, and where its milliseconds stand.
+  // The second whose text is kept.
   bool m_filled = false;
   std::int64_t m_second = 0;
-  std::int32_t m_millisecond = 0;
-  std::string m_text;
-  std::vector<std::size_t> m_positions;
+  LOGSecondText m_text;
 };
 
 }  // namespace
 
+void LOGSecondText::write(std::int32_t newMillisecond) {
+  millisecond = newMillisecond;
+  for (const std::size_t position : positions) {
+    text[position] = static_cast<char>('0' + millisecond / 100);
+    text[position + 1] = static_cast<char>('0' + millisecond / 10 % 10);
+    text[position + 2] = static_cast<char>('0' + millisecond % 10);
+  }
+}
+
 LOGDateFormat::~LOGDateFormat() = default;
+
+const LOGSecondText* LOGDateFormat::textOf(std::int64_t) { return nullptr; }
 
 void LOGDateFormat::append(I18NString& out, const LOGDate& date) {
   I18NUtf8Buffer utf8;

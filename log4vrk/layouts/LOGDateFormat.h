@@ -2,13 +2,30 @@
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "log4vrk/layouts/LOGDate.h"
 #include "log4vrk/layouts/LOGTimeZone.h"
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
+
+/// A text in which only the milliseconds change for as long as a second lasts.
+struct LOG4VRK_EXPORT LOGSecondText {
+  std::string text;                    // in UTF-8
+  std::vector<std::size_t> positions;  // where three digits stand, "000" at first
+  std::int32_t millisecond = 0;        // that they show
+
+  void show(std::int32_t newMillisecond) {
+    if (newMillisecond != millisecond) write(newMillisecond);
+  }
+
+ private:
+  void write(std::int32_t newMillisecond);
+};
 
 /// Turns moments into text. The text of a second is kept: a busy log does not work out the calendar for each event.
 ///
@@ -31,4 +48,6 @@ class LOG4VRK_EXPORT LOGDateFormat {
   /// Appends the date. A pattern, or what stands between two %Q, appends nothing when its text exceeds 128 KiB.
   virtual void append(I18NUtf8Buffer& out, const LOGDate& date) = 0;
   void append(I18NString& out, const LOGDate& date);
+  /// The text of a second, valid until the next call; null from a format that does not go by seconds.
+  virtual const LOGSecondText* textOf(std::int64_t second);
 };

@@ -76,13 +76,16 @@ void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event,
     out.appendChecked(text);
   }
   if (letter == 0) return;
-  if (letter == u'p' && event.getLevel() != nullptr) {
+  // The most frequent ones by themselves.
+  if (letter == u'm' && !isFitted()) {
+    if (!message.isNull()) message.appendTo(out);
+  } else if (letter == u'p' && event.getLevel() != nullptr) {
     appendLevel(out, event.getLevel()->toString());
-    return;
+  } else {
+    const std::size_t start = out.size();
+    appendItem(out, event, message);
+    if (isFitted()) fit(out, start);
   }
-  const std::size_t start = out.size();
-  appendItem(out, event, message);
-  if (isFitted()) fit(out, start);
 }
 
 void LOGPatternConverter::setText(std::string&& utf8) {

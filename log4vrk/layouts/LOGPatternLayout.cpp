@@ -25,12 +25,106 @@ constexpr LOGFailureTexts FAILURES = {"LOGPatternLayout::format -- some i18nstri
 
 }  // namespace
 
-// A pattern as one thread uses it: with dates and levels as the thread has written them last, and without a lock.
-struct LOGPatternCopy {
-  std::uint64_t number = 0;  // none
-  bool hasMessage = false;
-  std::vector<LOGPatternConverter> converters;
+// A pattern as one thread uses it, without a lock: with dates and levels as the thread has written them last, and with the beginning
+// of the line up to the first item that is not the same for all events of a second.
+class LOGPatternCopy {
+ public:
+  bool isOf(std::uint64_t number) const { return m_number == number; }
+  bool hasMessage() const { return m_hasMessage; }
+  void take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters);
+  LOGPatternConverter* begin() { return m_converters.data(); }
+  LOGPatternConverter* end() { return m_converters.data() + m_converters.size(); }
+  /// Appends to `out` all items from `next`, which is behind the one that raised if one does.
+  void write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event,
+             const LOGLoggingEvent::Rendered& message, const LOGThreadState& thread);
+
+ private:
+  bool isSteady(const LOGPatternConverter& converter) const;
+  bool hasBeginning(LOGLoggingEvent& event, const LOGThreadState& thread);
+  void makeBeginning(LOGLoggingEvent& event);
+
+  std::uint64_t m_number = 0;  // none
+  std::vector<LOGPatternConverter> m_converters;
+  bool m_hasMessage = false;
+
+  std::size_t m_steady = 0;  // how many items there are in the beginning
+  bool m_namesThread = false;
+  bool m_filled = false;
+  std::int64_t m_second = 0;
+  LOGSecondText m_beginning;
 };
+
+void LOGPatternCopy::take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters) {
+  m_number = 0;  // until it is whole
+  m_converters = std::vector<LOGPatternConverter>(converters);
+  const auto has = [](char16_t letter) {
+    return [=](const LOGPatternConverter& each) { return each.letter == letter; };
+  };
+  m_hasMessage = std::any_of(converters.begin(), converters.end(), has(u'm'));
+  const auto end = std::find_if_not(converters.begin(), converters.end(),
+                                    [this](const LOGPatternConverter& each) { return isSteady(each); });
+  m_steady = static_cast<std::size_t>(end - converters.begin());
+  m_namesThread = std::any_of(converters.begin(), end, has(u't'));
+  m_filled = false;
+  m_number = number;
+}
+
+bool LOGPatternCopy::isSteady(const LOGPatternConverter& converter) const {
+  switch (converter.letter) {
+    case u'd':
+      return !converter.isFitted() && (converter.date == nullptr || converter.date->textOf(0) != nullptr);
+    case u't':
+    case u'n':
+    case u'%':
+    case 0:
+      return true;
+    default:
+      return false;
+  }
+}
+
+void LOGPatternCopy::makeBeginning(LOGLoggingEvent& event) {
+  I18NUtf8Buffer text;
+  LOGSecondText made;
+  for (LOGPatternConverter* converter = begin(); converter != begin() + m_steady; ++converter) {
+    if (converter->letter == u'd' && converter->date != nullptr) {
+      text.appendChecked(converter->text);
+      const LOGSecondText& date = *converter->date->textOf(event.getTimeStamp());
+      for (const std::size_t position : date.positions) made.positions.push_back(text.size() + position);
+      text.appendChecked(date.text);
+    } else {
+      converter->append(text, event, LOGLoggingEvent::Rendered());
+    }
+  }
+  made.text = text.view();
+  m_beginning = std::move(made);
+}
+
+bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, const LOGThreadState& thread) {
+  if (m_steady == 0 || (m_namesThread && &event.getThreadName() != &thread.threadName)) return false;
+  if (m_filled && m_second == event.getTimeStamp()) return true;
+  m_filled = false;
+  try {
+    makeBeginning(event);
+    m_second = event.getTimeStamp();
+    m_filled = true;
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    m_steady = 0;  // item by item then, which tells what is wrong
+  }
+  return m_filled;
+}
+
+inline void LOGPatternCopy::write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event,
+                                  const LOGLoggingEvent::Rendered& message, const LOGThreadState& thread) {
+  if (next == begin() && hasBeginning(event, thread)) {
+    m_beginning.show(event.getTimeStampNanos() / 1000000);
+    out.appendChecked(m_beginning.text);
+    next += m_steady;
+  }
+  for (LOGPatternConverter* const last = end(); next != last;) (next++)->append(out, event, message);
+}
 
 // Those that a thread has used last, each at the place that follows from its number.
 struct LOGPatternCopies : std::array<LOGPatternCopy, 16> {};
@@ -70,19 +164,21 @@ std::string_view LOGPatternLayout::formatUtf8(LOGLoggingEvent* event) {
   return buildAny(event);
 }
 
-LOGPatternCopy& LOGPatternLayout::copyOf(LOGThreadState& thread) {
-  if (!thread.patterns) thread.patterns = std::make_shared<LOGPatternCopies>();
+inline LOGPatternCopy& LOGPatternLayout::copyOf(LOGThreadState& thread) {
   const std::uint64_t number = m_number.load(std::memory_order_acquire);
-  LOGPatternCopy& copy = (*thread.patterns)[number % thread.patterns->size()];
-  if (copy.number == number) return copy;
+  if (thread.patterns) {
+    LOGPatternCopy& copy = (*thread.patterns)[number % thread.patterns->size()];
+    if (copy.isOf(number)) return copy;
+  }
+  return takeCopy(thread);
+}
 
+LOGPatternCopy& LOGPatternLayout::takeCopy(LOGThreadState& thread) {
+  if (!thread.patterns) thread.patterns = std::make_shared<LOGPatternCopies>();
   const LOGGuard guard(*this);
-  if (number != m_number.load(std::memory_order_relaxed)) return copyOf(thread);
-  copy.number = 0;  // until it is whole
-  copy.converters = std::vector<LOGPatternConverter>(m_converters);
-  copy.hasMessage = std::any_of(m_converters.begin(), m_converters.end(),
-                                [](const LOGPatternConverter& converter) { return converter.letter == u'm'; });
-  copy.number = number;
+  const std::uint64_t number = m_number.load(std::memory_order_relaxed);
+  LOGPatternCopy& copy = (*thread.patterns)[number % thread.patterns->size()];
+  copy.take(number, m_converters);
   return copy;
 }
 
@@ -96,7 +192,7 @@ std::string_view LOGPatternLayout::buildAny(LOGLoggingEvent* event) {
   LOGLoggingEvent::Rendered message;
   LOGPatternCopy* copy = nullptr;
   logContain(FAILURES, [&] {
-    if (copyOf(thread).hasMessage) message = event->render();
+    if (copyOf(thread).hasMessage()) message = event->render();
   });
   logContain(FAILURES, [&] { copy = &copyOf(thread); });
   return copy != nullptr ? build(thread, *copy, *event, message) : std::string_view();
@@ -114,13 +210,10 @@ std::string_view LOGPatternLayout::build(LOGThreadState& thread, LOGPatternCopy&
   I18NUtf8Buffer& text = thread.lineText;
   text.limitMemory(MOST_KEPT);
   text.clear();
-  LOGPatternConverter* next = copy.converters.data();
-  LOGPatternConverter* const end = next + copy.converters.size();
+  LOGPatternConverter* next = copy.begin();
   do {  // again behind an item that failed
-    logContain(FAILURES, [&] {
-      while (next != end) (next++)->append(text, event, message);
-    });
-  } while (next != end);
+    logContain(FAILURES, [&] { copy.write(text, next, event, message, thread); });
+  } while (next != copy.end());
   return text.view();
 }
 

@@ -10,7 +10,7 @@
 #include "log4vrk/layouts/LOGLayout.h"
 
 struct LOGPatternConverter;
-struct LOGPatternCopy;
+class LOGPatternCopy;
 struct LOGThreadState;
 
 /// The text of a pattern, with items for the parts of the event:
@@ -54,6 +54,7 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   static std::string_view build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
                                 const LOGLoggingEvent::Rendered& message);
   LOGPatternCopy& copyOf(LOGThreadState& thread);
+  LOGPatternCopy& takeCopy(LOGThreadState& thread);
 
   // Of all patterns of all layouts this one, by which a thread knows whether it has a copy of it.
   std::atomic<std::uint64_t> m_number{0};

@@ -65,15 +65,27 @@ char* putDigitsBefore(char* end, Number value) {
   return end;
 }
 
+std::size_t digitsOf(std::uint32_t value) {
+  std::size_t digits = 1;
+  for (std::uint64_t limit = 10; value >= limit; limit *= 10) ++digits;
+  return digits;
+}
+
 }  // namespace
 
 // Two digits at a time from the end, in half of the time that std::to_chars takes, and with narrow divisions where they do.
 void I18NUtf8Buffer::append(unsigned long long value) {
-  char digits[MOST_DIGITS];
-  char* const end = digits + sizeof digits;
-  const char* const first =
-      value <= UINT32_MAX ? putDigitsBefore(end, static_cast<std::uint32_t>(value)) : putDigitsBefore(end, value);
-  appendChecked({first, static_cast<std::size_t>(end - first)});
+  if (value <= UINT32_MAX) {
+    const auto narrow = static_cast<std::uint32_t>(value);
+    const std::size_t digits = digitsOf(narrow);
+    putDigitsBefore(room(digits) + digits, narrow);
+    m_size += digits;
+  } else {
+    char digits[MOST_DIGITS];
+    char* const end = digits + sizeof digits;
+    const char* const first = putDigitsBefore(end, value);
+    appendChecked({first, static_cast<std::size_t>(end - first)});
+  }
 }
 
 void I18NUtf8Buffer::insertBlanks(std::size_t position, std::size_t count) {

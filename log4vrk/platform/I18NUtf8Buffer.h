@@ -110,7 +110,7 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   }
   bool ownsBytes() const noexcept { return m_capacity % 2 == 0; }
   /// Where the next `count` bytes go.
-  char* room(std::size_t count) {
+  [[gnu::always_inline]] char* room(std::size_t count) {
     if (m_capacity - m_size < count) grow(count);
     return m_bytes + m_size;
   }
