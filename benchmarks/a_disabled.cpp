@@ -10,11 +10,14 @@
 #include <spdlog/sinks/null_sink.h>
 #endif
 
+// As in a function of a program, whose call is not to be measured.
+#define BENCH_INLINE __attribute__((always_inline))
+
 int main(int argc, char** argv) {
   const bench::Settings settings(argc, argv);
   const long calls = settings.count(30'000'000);
   const auto nanoseconds = [calls](auto call) {
-    const double seconds = bench::seconds(1, calls, [&](long i) {
+    const double seconds = bench::seconds(1, calls, [&](long i) BENCH_INLINE {
       bench::fence();
       call(i);
     });
@@ -28,7 +31,7 @@ int main(int argc, char** argv) {
 
   bench::Comparison comparison(settings, {{"a", "ns/call"}});
   comparison.add("null", [&] {
-    return nanoseconds([](long i) {
+    return nanoseconds([](long i) BENCH_INLINE {
       if (bench::level.load(std::memory_order_relaxed) <= 10000) bench::evaluate(bench::number(i));
     });
   });
@@ -37,17 +40,19 @@ int main(int argc, char** argv) {
   bench::SpdlogLog spdlogLog(std::make_shared<spdlog::sinks::null_sink_mt>(), false);
   comparison.add("spdlog", [&] {
     return nanoseconds(
-        [&](long i) { spdlogLog.logger().debug("request {} from {} ok", bench::number(i), bench::HOST); });
+        [&](long i) BENCH_INLINE { spdlogLog.logger().debug("request {} from {} ok", bench::number(i), bench::HOST); });
   });
 #endif
 #ifdef LOG4VRK_PEER_GLOG
   comparison.add("glog", [&] {
-    return nanoseconds([](long i) { VLOG(1) << "request " << bench::number(i) << " from " << bench::HOST << " ok"; });
+    return nanoseconds(
+        [](long i) BENCH_INLINE { VLOG(1) << "request " << bench::number(i) << " from " << bench::HOST << " ok"; });
   });
 #endif
   comparison.add("ours (macro)", [&] {
-    return nanoseconds(
-        [&](long i) { LOG4VRK_DEBUG(logger, "request " << bench::number(i) << " from " << bench::HOST << " ok"); });
+    return nanoseconds([&](long i) BENCH_INLINE {
+      LOG4VRK_DEBUG(logger, "request " << bench::number(i) << " from " << bench::HOST << " ok");
+    });
   });
   comparison.add("ours (debug)", [&] { return nanoseconds([&](long) { logger->debug(&message); }); });
 

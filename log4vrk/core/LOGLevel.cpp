@@ -33,11 +33,11 @@ constexpr std::int32_t LOWEST = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t HIGHEST = std::numeric_limits<std::int32_t>::max();
 
 LOGLevelSingleton::Storage g_allLevel{LOWEST, &g_all.value, 7};
-LOGLevelSingleton::Storage g_debugLevel{10000, &g_debug.value, 7};
-LOGLevelSingleton::Storage g_infoLevel{20000, &g_info.value, 6};
-LOGLevelSingleton::Storage g_warnLevel{30000, &g_warn.value, 4};
-LOGLevelSingleton::Storage g_errorLevel{40000, &g_error.value, 3};
-LOGLevelSingleton::Storage g_fatalLevel{50000, &g_fatal.value, 0};
+LOGLevelSingleton::Storage g_debugLevel{LOGLevel::DEBUG_RANK, &g_debug.value, 7};
+LOGLevelSingleton::Storage g_infoLevel{LOGLevel::INFO_RANK, &g_info.value, 6};
+LOGLevelSingleton::Storage g_warnLevel{LOGLevel::WARN_RANK, &g_warn.value, 4};
+LOGLevelSingleton::Storage g_errorLevel{LOGLevel::ERROR_RANK, &g_error.value, 3};
+LOGLevelSingleton::Storage g_fatalLevel{LOGLevel::FATAL_RANK, &g_fatal.value, 0};
 LOGLevelSingleton::Storage g_offLevel{HIGHEST, &g_off.value, 0};
 
 Name g_all("ALL"), g_debug("DEBUG"), g_info("INFO"), g_warn("WARN"), g_error("ERROR"), g_fatal("FATAL"), g_off("OFF");

@@ -21,6 +21,8 @@ class LOG4VRK_EXPORT LOGLevel {
   static LOGLevel* const ERROR_OBJ;
   static LOGLevel* const FATAL_OBJ;
   static LOGLevel* const OFF_OBJ;
+  // The ranks of those that programs log at.
+  static constexpr int DEBUG_RANK = 10000, INFO_RANK = 20000, WARN_RANK = 30000, ERROR_RANK = 40000, FATAL_RANK = 50000;
 
   /// Rank and syslog priority are 50000, both; the name is empty.
   LOGLevel();

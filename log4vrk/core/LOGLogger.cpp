@@ -16,7 +16,20 @@
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
-std::atomic<std::uint32_t> LOGLogger::m_levelChanges{1};
+namespace {
+
+// The loggers that know what is enabled.
+struct Knowing {
+  VRKMutex mutex;
+  std::vector<std::atomic<std::int64_t>*> lowestEnabled VRK_GUARDED_BY(mutex);
+};
+
+Knowing& knowing() {
+  static Knowing& all = vrkImmortal<Knowing>();
+  return all;
+}
+
+}  // namespace
 
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
@@ -39,7 +52,7 @@ LOGLogger::LOGLogger(const LOGLogger& other)
   if (const LOGLevel* const level = other.getLevel()) m_level = keptLevel(*level);
 }
 
-LOGLogger::~LOGLogger() = default;
+LOGLogger::~LOGLogger() { noteLevelChange(); }
 
 LOGLogger* LOGLogger::getLogger(const I18NString& name) { return LOGManager::getLogger(name); }
 LOGLogger* LOGLogger::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
@@ -57,21 +70,26 @@ LOGLevel* LOGLogger::getChainedLevel() const {
 }
 
 bool LOGLogger::findOutIfPasses(LOGLevel* level) const {
-  const std::uint32_t changes = m_levelChanges.load(std::memory_order_acquire);
   LOGLoggerRepository* const repository = getRepository();
-  if (repository != nullptr && repository->isDisabled(level->toInt())) return false;
-  const LOGLevel* const chained = getChainedLevel();
-  const bool passes = level->isGreaterOrEqual(chained);
-  keepLowestEnabled(changes, *chained);
-  return passes;
+  // Of a repository of another class nobody knows when it changes its mind.
+  if (repository != nullptr && typeid(*repository) == typeid(LOGHierarchy)) keepLowestEnabled();
+  return (repository == nullptr || !repository->isDisabled(level->toInt())) &&
+         level->isGreaterOrEqual(getChainedLevel());
 }
 
-// Of a repository of another class nobody knows when it changes its mind.
-void LOGLogger::keepLowestEnabled(std::uint32_t changes, const LOGLevel& chained) const {
-  LOGLoggerRepository* const repository = getRepository();
-  if (repository == nullptr || typeid(*repository) != typeid(LOGHierarchy)) return;
-  const int lowest = std::max(chained.toInt(), repository->getThreshold()->toInt());
-  m_lowestEnabled.store(std::uint64_t{static_cast<std::uint32_t>(lowest)} << 32 | changes, std::memory_order_relaxed);
+// Under the lock, so that what was true before a change is not kept after it.
+void LOGLogger::keepLowestEnabled() const {
+  const LOGLeafGuard guard(knowing().mutex);
+  const LOGLevel* const chained = getChainedLevel();
+  if (chained == nullptr || m_lowestEnabled != UNKNOWN) return;
+  knowing().lowestEnabled.push_back(&m_lowestEnabled);
+  m_lowestEnabled = std::max(chained->toInt(), getRepository()->getThreshold()->toInt());
+}
+
+void LOGLogger::noteLevelChange() {
+  const LOGLeafGuard guard(knowing().mutex);
+  for (std::atomic<std::int64_t>* const lowest : knowing().lowestEnabled) *lowest = UNKNOWN;
+  knowing().lowestEnabled.clear();
 }
 
 bool LOGLogger::findOutIfEnabledFor(LOGLevel* level) const {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -75,9 +76,12 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   /// False without a repository; with one, a null level raises VRKAssertError.
   bool isEnabledFor(LOGLevel* level) const {
-    const std::uint64_t known = m_lowestEnabled.load(std::memory_order_relaxed);
-    if (level != nullptr && isUpToDate(known)) return level->toInt() >= rankOf(known);
-    return findOutIfEnabledFor(level);
+    return level != nullptr ? isEnabledFor(level->toInt(), level) : findOutIfEnabledFor(level);
+  }
+  /// The same of a level whose rank the compiler knows. What is disabled costs one comparison.
+  bool isEnabledFor(int rank, LOGLevel* level) const {
+    const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
+    return rank >= lowest && (lowest != UNKNOWN || findOutIfEnabledFor(level));
   }
   bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_OBJ); }
   bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_OBJ); }
@@ -135,21 +139,18 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   friend class LOGDeferral;
   friend class LOGHierarchy;
 
-  // What isEnabledFor() has found out is kept in one word: the lowest rank that is enabled, and below it the state of all
-  // levels, parents and thresholds that this was true for.
-  static bool isUpToDate(std::uint64_t known) {
-    return static_cast<std::uint32_t>(known) == m_levelChanges.load(std::memory_order_acquire);
-  }
-  static int rankOf(std::uint64_t known) { return static_cast<std::int32_t>(known >> 32); }
-  /// After every change that can alter what is enabled.
-  static void noteLevelChange() { m_levelChanges.fetch_add(1, std::memory_order_acq_rel); }
+  /// What m_lowestEnabled is until somebody asks, below all ranks.
+  static constexpr std::int64_t UNKNOWN = std::numeric_limits<std::int64_t>::min();
+
+  /// After every change that can alter what is enabled: no logger knows any more.
+  static void noteLevelChange();
   bool findOutIfEnabledFor(LOGLevel* level) const;
-  void keepLowestEnabled(std::uint32_t changes, const LOGLevel& chained) const;
+  void keepLowestEnabled() const;
 
   /// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
   bool passes(LOGLevel* level) const {
-    const std::uint64_t known = m_lowestEnabled.load(std::memory_order_relaxed);
-    return isUpToDate(known) ? level->toInt() >= rankOf(known) : findOutIfPasses(level);
+    const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
+    return level->toInt() >= lowest && (lowest != UNKNOWN || findOutIfPasses(level));
   }
   bool findOutIfPasses(LOGLevel* level) const;
   void logShortcut(LOGLevel* level, LOGObject* message) {
@@ -178,10 +179,8 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   const std::string m_utf8Name;
   const I18NString m_resourceBundleString;
 
-  static std::atomic<std::uint32_t> m_levelChanges;
-
   // Read by every log call, without the lock.
-  mutable std::atomic<std::uint64_t> m_lowestEnabled{0};
+  mutable std::atomic<std::int64_t> m_lowestEnabled{UNKNOWN};  // the lowest rank that is enabled
   std::atomic<LOGLevel*> m_level{nullptr};
   std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};

@@ -64,19 +64,22 @@ class LOG4VRK_EXPORT LOGMessage {
 /// Logs `expression`, a sequence such as `"order " << id << " accepted"`, through `logger`. It is evaluated only when
 /// the level is enabled.
 // NOLINTBEGIN(bugprone-macro-parentheses): in parentheses a sequence with << would mean something else
-#define LOG4VRK_LOG(logger, level, expression)           \
-  do {                                                   \
-    LOGLogger* const log4vrkLogger = (logger);           \
-    if (log4vrkLogger->isEnabledFor(level)) {            \
-      LOGMessage log4vrkMessage;                         \
-      log4vrkMessage << expression;                      \
-      log4vrkLogger->forcedLog((level), log4vrkMessage); \
-    }                                                    \
+#define LOG4VRK_LOG(logger, level, expression) LOG4VRK_LOG_IF_ENABLED(logger, (level), (level), expression)
+#define LOG4VRK_LOG_IF_ENABLED(logger, asked, level, expression)  \
+  do {                                                            \
+    LOGLogger* const log4vrkLogger = (logger);                    \
+    if (__builtin_expect(log4vrkLogger->isEnabledFor asked, 0)) { \
+      LOGMessage log4vrkMessage;                                  \
+      log4vrkMessage << expression;                               \
+      log4vrkLogger->forcedLog(level, log4vrkMessage);            \
+    }                                                             \
   } while (false)
+#define LOG4VRK_LOG_AT(logger, name, expression) \
+  LOG4VRK_LOG_IF_ENABLED(logger, (LOGLevel::name##_RANK, LOGLevel::name##_OBJ), LOGLevel::name##_OBJ, expression)
 // NOLINTEND(bugprone-macro-parentheses)
 
-#define LOG4VRK_DEBUG(logger, expression) LOG4VRK_LOG(logger, LOGLevel::DEBUG_OBJ, expression)
-#define LOG4VRK_INFO(logger, expression) LOG4VRK_LOG(logger, LOGLevel::INFO_OBJ, expression)
-#define LOG4VRK_WARN(logger, expression) LOG4VRK_LOG(logger, LOGLevel::WARN_OBJ, expression)
-#define LOG4VRK_ERROR(logger, expression) LOG4VRK_LOG(logger, LOGLevel::ERROR_OBJ, expression)
-#define LOG4VRK_FATAL(logger, expression) LOG4VRK_LOG(logger, LOGLevel::FATAL_OBJ, expression)
+#define LOG4VRK_DEBUG(logger, expression) LOG4VRK_LOG_AT(logger, DEBUG, expression)
+#define LOG4VRK_INFO(logger, expression) LOG4VRK_LOG_AT(logger, INFO, expression)
+#define LOG4VRK_WARN(logger, expression) LOG4VRK_LOG_AT(logger, WARN, expression)
+#define LOG4VRK_ERROR(logger, expression) LOG4VRK_LOG_AT(logger, ERROR, expression)
+#define LOG4VRK_FATAL(logger, expression) LOG4VRK_LOG_AT(logger, FATAL, expression)
