@@ -106,29 +106,6 @@ TEST_F(FileAppenderTest, AFailureIsReportedAndLosesOneEventAtMost) {
   EXPECT_EQ(m_log.lines().at(6), "log4vrk:ERROR LOGFileAppender::setFileOptions -- generic exception happened");
 }
 
-TEST_F(FileAppenderTest, ALockThatFailsIsReportedByEachOperationInItsOwnWords) {
-  LOGFileAppender file, open(&m_layout, path("log"));
-  LOGRollingFileAppender rolling;
-  LOGConsoleAppender console;
-  const std::pair<std::function<void()>, std::string> CASES[] = {
-      {[&] { file.setFile("x", 1, 0, 0); }, "LOGFileAppender::setFileOptions -- some VRKThrowable exception occurred"},
-      {[&] { rolling.setFile("x", 1, 0, 0); },
-       "LOGRollingFileAppender::setFile -- some VRKThrowable exception occurred"},
-      {[&] { console.setTarget("out"); }, "LOGConsoleAppender::setTarget -- some VRKThrowable exception occurred"},
-      {[&] { console.activateOptions(); },
-       "LOGConsoleAppender::activateOptions -- some VRKThrowable exception occurred"},
-      {[&] { open.close(); }, "LOGWriterAppender::close -- unable to lock mutex"},
-      {[&] { open.setWriter(nullptr); }, "LOGWriterAppender::setWriter -- unable to lock mutex"},
-      {[&] { open.setErrorHandler(nullptr); }, "LOGWriterAppender::setErrorHandler -- unable to lock mutex"},
-  };
-  for (const auto& [operation, line] : CASES) {
-    const InternalLog internal;
-    VRKFault::arm(VRKFault::LOCK);
-    operation();
-    EXPECT_EQ(internal.text().find("log4vrk:ERROR " + line + " VRKSystemError: "), 0u) << internal.text();
-  }
-}
-
 TEST_F(FileAppenderTest, BuffersWholeEventsUntilThereAreEnough) {
   LOGFileAppender appender(&m_layout, path("log"), 0, 1, 10);
   log(appender, "one", "two");
