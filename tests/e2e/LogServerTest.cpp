@@ -3,41 +3,28 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
-#include <algorithm>
-#include <csignal>
 #include <cstdio>
-#include <map>
-#include <random>
 #include <set>
 
-#include "log4vrk/config/LOG4VRKConfigurator.h"
-#include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGMessage.h"
 #include "log4vrk/net/LOGConnector.h"
 #include "log4vrk/net/LOGOutbox.h"
 #include "log4vrk/net/LOGRelpSession.h"
-#include "log4vrk/net/LOGTCPSocketAppender.h"
-#include "log4vrk/platform/VRKConfigurationFactory.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
 #include "tests/support/Rsyslog.h"
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
 
 namespace {
 
-using vrktest::Rsyslog;
-using vrktest::Texts;
-
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr long EVENTS = 20000;
-constexpr int KILLS = 5, CLIENT_KILLS = 10;
+constexpr int KILLS = 5, CLIENTS = 5, ROUNDS = 2;
 constexpr std::chrono::seconds STANDSTILL{2};
 #else
 constexpr long EVENTS = 100000;
-constexpr int KILLS = 20, CLIENT_KILLS = 50;
+constexpr int KILLS = 20, CLIENTS = 5, ROUNDS = 10;
 constexpr std::chrono::seconds STANDSTILL{10};
 #endif
-
-const std::string PROGRAMS = LOG4VRK_TEST_PROGRAM_DIR;
 
 Rsyslog::Options relp() {
   Rsyslog::Options options;
@@ -119,15 +106,15 @@ class LogServerTest : public testing::Test {
     }
     for (int kill = 1; kill <= kills; ++kill) {
       const auto part = static_cast<std::uint64_t>(events * kill / (kills + 1));
-      EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() >= part; })) << kill;
+      EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() >= part; })) << kill;
       server.kill();
       server.start();
     }
     for (std::thread& writer : writers) writer.join();
-    EXPECT_TRUE(vrktest::eventually([&] { return settled() >= static_cast<std::uint64_t>(events); }));
+    EXPECT_TRUE(eventually([&] { return settled() >= static_cast<std::uint64_t>(events); }));
     appender.close();
     const Received received(server.lines());
-    vrktest::expectEachOnceInOrder(received.texts, WRITERS, events / WRITERS);
+    expectEachOnceInOrder(received.texts, WRITERS, events / WRITERS);
     EXPECT_LE(received.repetitions, static_cast<long>(LOGRelpSession::WINDOW) * kills);
     EXPECT_EQ(0u, appender.getDropped());
     EXPECT_EQ(0u, appender.getInRecovery());
@@ -135,10 +122,10 @@ class LogServerTest : public testing::Test {
     std::printf("%ld events, %d kills: %ld repeated.\n", events, kills, received.repetitions);
   }
 
-  const vrktest::Deadline deadline{115};
-  vrktest::TempDir dir;
+  const Deadline deadline{115};
+  TempDir dir;
   const InternalLog log;
-  vrktest::Tree tree;
+  Tree tree;
   LOGLogger* const logger = tree.getLogger("shop");
   LOGTCPSocketAppender appender;
 };
@@ -167,7 +154,7 @@ TEST_F(LogServerTest, DoesNotSlowLogCallsDownWhileTheServerStandsStill) {
   ASSERT_TRUE(server.startAndWait());
   open(server.relpPort());
   logNumbers(0, 1);
-  ASSERT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == 1; }));
+  ASSERT_TRUE(eventually([&] { return appender.getAcknowledged() == 1; }));
   server.stop();
   std::vector<Clock::duration> times;
   const auto end = Clock::now() + STANDSTILL;
@@ -181,7 +168,7 @@ TEST_F(LogServerTest, DoesNotSlowLogCallsDownWhileTheServerStandsStill) {
     std::this_thread::sleep_until(before + std::chrono::microseconds(100));
   }
   server.resume();
-  ASSERT_TRUE(vrktest::eventually([&] { return settled() >= static_cast<std::uint64_t>(n); }));
+  ASSERT_TRUE(eventually([&] { return settled() >= static_cast<std::uint64_t>(n); }));
   EXPECT_EQ(0u, appender.getDropped());
   const auto slow = times.begin() + static_cast<long>(times.size() * 999 / 1000);
   std::nth_element(times.begin(), slow, times.end());
@@ -190,10 +177,43 @@ TEST_F(LogServerTest, DoesNotSlowLogCallsDownWhileTheServerStandsStill) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   EXPECT_LT(*slow, std::chrono::milliseconds(1)) << "99.9 % of " << times.size();
 #endif
-  vrktest::expectEachOnceInOrder(Received(server.lines()).texts, 1, n);
+  expectEachOnceInOrder(Received(server.lines()).texts, 1, n);
 }
 
-// The program logs numbers, and says of how many it knows that they are acknowledged or in a file. All of these arrive.
+/// A program that logs numbers, and says of how many it knows that they are acknowledged or in a file.
+class Client {
+ public:
+  Client(int writer, int port) : m_writer(writer), m_port(port) { start(std::to_string(writer)); }
+
+  /// Ends when it has delivered what the one before left in its files.
+  void deliver() { start("deliver"); }
+  void kill() const { ::kill(m_process, SIGKILL); }
+  int status() const { return statusOf(m_process); }
+
+  int writer() const { return m_writer; }
+  long returned() const { return counter(0); }
+  long safe() const { return counter(1); }
+
+ private:
+  void start(const std::string& what) {
+    m_process = ::fork();
+    if (m_process != 0) return;
+    ::execl(LOG4VRK_TEST_PROGRAM_DIR "/log_server_probe", "log_server_probe", m_dir.file("work").c_str(),
+            std::to_string(m_port).c_str(), what.c_str(), nullptr);
+    ::_exit(127);
+  }
+  long counter(int index) const {
+    long values[2] = {};
+    std::ifstream(m_counters, std::ios::binary).read(reinterpret_cast<char*>(values), sizeof values);
+    return values[index];
+  }
+
+  const int m_writer, m_port;
+  const TempDir m_dir;
+  const std::string m_counters = m_dir.write("work/counters", std::string(2 * sizeof(long), '\0'));
+  pid_t m_process = -1;
+};
+
 TEST_F(LogServerTest, LosesNothingThatWasSentOrKeptWhenTheClientIsKilled) {
   if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
   Rsyslog server(relp());
@@ -202,44 +222,34 @@ TEST_F(LogServerTest, LosesNothingThatWasSentOrKeptWhenTheClientIsKilled) {
   struct {
     long logged = 0, lost = 0, most = 0;
   } up, stopped;
-  for (int kill = 0; kill < CLIENT_KILLS; ++kill) {
-    const vrktest::TempDir own;
-    const std::string counters = own.write("work/counters", std::string(2 * sizeof(long), '\0'));
-    const auto counter = [&](int index) {
-      long values[2] = {};
-      std::ifstream(counters, std::ios::binary).read(reinterpret_cast<char*>(values), sizeof values);
-      return values[index];
-    };
+  for (int round = 0; round < ROUNDS; ++round) {
     const std::size_t before = server.lines().size();
-    const auto start = [&](const char* what) {
-      const pid_t child = ::fork();
-      if (child == 0) {
-        ::execl((PROGRAMS + "/log_server_probe").c_str(), "log_server_probe", own.file("work").c_str(),
-                std::to_string(server.relpPort()).c_str(), what, nullptr);
-        ::_exit(127);
-      }
-      return child;
-    };
-    const bool down = kill % 2 == 1;  // then everything goes to the files
+    const bool down = round % 2 == 1;  // then everything goes to the files
     if (down) server.stop();
-    const pid_t child = start("log");
-    EXPECT_TRUE(vrktest::eventually([&] { return counter(1) > 0; }));
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % (down ? 1000000 : 200000)));
-    ::kill(child, SIGKILL);
-    ASSERT_EQ(-SIGKILL, vrktest::statusOf(child));
+    std::list<Client> clients;
+    for (int writer = 0; writer < CLIENTS; ++writer) clients.emplace_back(writer, server.relpPort());
+    for (const Client& client : clients) EXPECT_TRUE(eventually([&] { return client.safe() > 0; }));
+    for (const Client& client : clients) {
+      std::this_thread::sleep_for(std::chrono::microseconds(random() % (down ? 200000 : 50000)));
+      client.kill();
+      ASSERT_EQ(-SIGKILL, client.status()) << "the program ended by itself";
+    }
     if (down) server.resume();
-    ASSERT_EQ(0, vrktest::statusOf(start("deliver")));
+    for (Client& client : clients) client.deliver();
+    for (const Client& client : clients) ASSERT_EQ(0, client.status());
     const Texts& lines = server.lines();
-    const Texts arrived = Received({lines.begin() + static_cast<long>(before), lines.end()}).texts;
     std::map<int, long> last;
-    ASSERT_NO_FATAL_FAILURE(vrktest::lastNumbers(arrived, last)) << "a gap";
-    EXPECT_GE(last[0], counter(1)) << "known to be acknowledged or in a file";
-    const long lost = std::max(0L, counter(0) - last[0]);
-    EXPECT_LE(lost, static_cast<long>(2 * LOGOutbox::MOST_EVENTS + LOGRelpSession::WINDOW)) << "what memory holds";
-    auto& sum = down ? stopped : up;
-    sum.logged += counter(0);
-    sum.lost += lost;
-    sum.most = std::max(sum.most, lost);
+    ASSERT_NO_FATAL_FAILURE(lastNumbers(Received({lines.begin() + static_cast<long>(before), lines.end()}).texts, last))
+        << "a gap";
+    for (const Client& client : clients) {
+      const long arrived = last[client.writer()], lost = std::max(0L, client.returned() - arrived);
+      EXPECT_GE(arrived, client.safe()) << "known to be acknowledged or in a file";
+      EXPECT_LE(lost, static_cast<long>(2 * LOGOutbox::MOST_EVENTS + LOGRelpSession::WINDOW)) << "what memory holds";
+      auto& sum = down ? stopped : up;
+      sum.logged += client.returned();
+      sum.lost += lost;
+      sum.most = std::max(sum.most, lost);
+    }
   }
   std::printf(
       "Lost from memory: %ld of %ld, %ld at most in one kill; while the server stood still %ld of %ld, %ld at most.\n",
@@ -286,7 +296,7 @@ TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
     LOG4VRK_INFO(logger, 0 << " " << ++number << " end");
     const I18NString begin =
         "log4vrk:ERROR LOGTCPSocketAppender -- [wrong] -- there is no connection to the log server ";
-    EXPECT_TRUE(vrktest::eventually([&] { return own.contains(begin.toUtf8()); })) << each.what;
+    EXPECT_TRUE(eventually([&] { return own.contains(begin.toUtf8()); })) << each.what;
     std::this_thread::sleep_for(std::chrono::milliseconds(200));  // some more attempts
     logger->removeAppender(&wrong);
     wrong.close();
@@ -296,8 +306,8 @@ TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
   }
   openSecure(right);
   appender.activateOptions();
-  EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() >= static_cast<std::uint64_t>(number); }));
-  vrktest::expectEachOnceInOrder(Received(right.lines()).texts, 1, number);
+  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() >= static_cast<std::uint64_t>(number); }));
+  expectEachOnceInOrder(Received(right.lines()).texts, 1, number);
 }
 
 TEST_F(LogServerTest, ShowsItsCertificateAndWaitsInFilesWithoutTheLibrary) {
@@ -312,11 +322,11 @@ TEST_F(LogServerTest, ShowsItsCertificateAndWaitsInFilesWithoutTheLibrary) {
                           server.certificates().key("client").c_str());
   openSecure(server);
   logNumbers(0, 10);
-  EXPECT_TRUE(vrktest::eventually([&] { return appender.getInRecovery() == 10; }));
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 10; }));
   EXPECT_EQ(1, log.count("there is no TLS library (libssl.so.3) on this machine")) << log.text();
   VRKFault::disarm();
-  EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == 10; })) << log.text();
-  vrktest::expectEachOnceInOrder(Received(server.lines()).texts, 1, 10);
+  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() == 10; })) << log.text();
+  expectEachOnceInOrder(Received(server.lines()).texts, 1, 10);
 }
 
 // Without recovery files, memory holds what it can; then events are dropped and counted. Log calls go on.
@@ -333,7 +343,7 @@ TEST_F(LogServerTest, GoesOnWithoutRecoveryFiles) {
   EXPECT_EQ(1, log.count("the queue is full")) << log.text();
   EXPECT_EQ(1, log.count("could not keep a message")) << log.text();
   ASSERT_TRUE(server.startAndWait());
-  EXPECT_TRUE(vrktest::eventually([&] { return settled() == MANY; }));
+  EXPECT_TRUE(eventually([&] { return settled() == MANY; }));
   Texts texts = Received(server.lines()).texts;
   ASSERT_EQ(static_cast<std::size_t>(MANY - dropped), texts.size());
   EXPECT_EQ("0 1 end", texts.front());
@@ -357,7 +367,7 @@ TEST_F(LogServerTest, AForkedChildHasAStreamOfItsOwn) {
       LOG4VRK_INFO(logger, 0 << " " << ++logged << " end");
   });
   for (int child = 1; child <= CHILDREN; ++child) {
-    EXPECT_EQ(0, vrktest::statusInChild([&] {
+    EXPECT_EQ(0, statusInChild([&] {
                 if (child % 5 == 0) return;  // says nothing
                 logNumbers(child, EACH);
                 appender.close();
@@ -366,9 +376,9 @@ TEST_F(LogServerTest, AForkedChildHasAStreamOfItsOwn) {
   }
   forking = false;
   parent.join();
-  EXPECT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == static_cast<std::uint64_t>(logged); }));
+  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() == static_cast<std::uint64_t>(logged); }));
   std::map<int, long> last;
-  vrktest::lastNumbers(Received(server.lines()).texts, last);
+  lastNumbers(Received(server.lines()).texts, last);
   EXPECT_EQ(logged, last[0]);
   for (int child = 1; child <= CHILDREN; ++child) EXPECT_EQ(child % 5 == 0 ? 0 : EACH, last[child]) << child;
 }
@@ -380,7 +390,7 @@ TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
   ASSERT_TRUE(server.startAndWait());
   open(server.relpPort());
   logNumbers(0, 10);
-  ASSERT_TRUE(vrktest::eventually([&] { return appender.getAcknowledged() == 10; }));
+  ASSERT_TRUE(eventually([&] { return appender.getAcknowledged() == 10; }));
   server.stop();
   logNumbers(1, 300);
   const auto begin = Clock::now();
@@ -395,10 +405,10 @@ TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
   next.setRemoteHost("127.0.0.1");
   next.setPort(server.relpPort());
   next.activateOptions();
-  EXPECT_TRUE(vrktest::eventually([&] { return next.getAcknowledged() == 300; }));
+  EXPECT_TRUE(eventually([&] { return next.getAcknowledged() == 300; }));
   next.close();
   const Texts texts = Received(server.lines()).texts;
-  vrktest::expectEachOnceInOrder({texts.begin() + 10, texts.end()}, 1, 300);
+  expectEachOnceInOrder({texts.begin() + 10, texts.end()}, 1, 300);
   EXPECT_EQ(0, recoveryFiles());
 }
 
@@ -406,7 +416,7 @@ TEST(LogServerExample, ShowsWhatItsDocumentSends) {
   if (!Rsyslog::available(relp())) GTEST_SKIP() << Rsyslog::missing(relp());
   const std::string examples = LOG4VRK_SOURCE_DIR "/examples/log-server",
                     port = std::to_string(Rsyslog(relp()).relpPort());
-  const vrktest::TempDir dir;
+  const TempDir dir;
   const pid_t server = ::fork();
   if (server == 0) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -420,14 +430,14 @@ TEST(LogServerExample, ShowsWhatItsDocumentSends) {
   VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
   EXPECT_EQ(1, LOG4VRKConfigurator::initialize(dir.write("log.xml", document).c_str()));
   LOGManager::getLogger("shop.orders")->warn("two lines\nin one");
-  EXPECT_TRUE(vrktest::eventually([&] {
+  EXPECT_TRUE(eventually([&] {
     const std::string events = dir.read("server/events.log");
     return events.find(" warning shop.orders ") != events.npos &&
            events.find("/1 -two lines#012in one\n") != events.npos;
   })) << dir.read("server/events.log");
   LOG4VRKConfigurator::shutdown();
   ::kill(server, SIGKILL);
-  vrktest::statusOf(server);
+  statusOf(server);
 }
 
 }  // namespace

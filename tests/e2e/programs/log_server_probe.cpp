@@ -1,8 +1,9 @@
 // Logs to a log server on this machine, or delivers what a process before has left in the recovery files.
 //
-//   log_server_probe <directory> <port> log       numbered lines for ever, some thousand a second. The file "counters" in the
-//                                                 directory gets how many log calls have returned, and of how many it is
-//                                                 known at least that the server or a recovery file has them.
+//   log_server_probe <directory> <port> <writer>  that writer's numbered lines for ever, some thousand a second. The file
+//                                                 "counters" in the directory gets how many log calls have returned, and
+//                                                 of how many it is known at least that the server or a recovery file has
+//                                                 them.
 //   log_server_probe <directory> <port> deliver   ends with 0 when the recovery files are empty.
 
 #include <fcntl.h>
@@ -17,7 +18,7 @@
 
 namespace {
 
-void log(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
+void log(LOGLogger* logger, const LOGTCPSocketAppender& appender, const char* writer) {
   struct Counters {
     std::atomic<long> returned, safe;
   };
@@ -26,7 +27,7 @@ void log(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
   if (memory == MAP_FAILED) ::_exit(2);
   auto& counters = *static_cast<Counters*>(memory);
   for (long n = 1;; ++n) {
-    LOG4VRK_INFO(logger, "0 " << n << " end");
+    LOG4VRK_INFO(logger, writer << " " << n << " end");
     counters.returned = n;
     // In this order no event counts twice.
     const auto acknowledged = static_cast<long>(appender.getAcknowledged());
@@ -54,7 +55,7 @@ int main(int argc, char** argv) {
   LOGLogger* const logger = LOGManager::getLogger("probe");
   logger->addAppender(&appender);
   appender.activateOptions();
-  if (argv[3] == std::string("log")) log(logger, appender);
+  if (argv[3] != std::string("deliver")) log(logger, appender, argv[3]);
   const bool delivered = deliver(appender);
   logger->removeAppender(&appender);
   return delivered ? 0 : 1;
