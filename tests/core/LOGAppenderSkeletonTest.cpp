@@ -143,18 +143,6 @@ TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
   for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
 }
 
-TEST(LOGAppenderAttachableImpl, TakesNullForAnAnswerOnlyWhenItIsEmpty) {
-  LOGAppenderSkeleton* const none = nullptr;
-  LOGAppenderAttachableImpl list;
-  RecordingAppender appender("x");
-  EXPECT_FALSE(list.isAttached(none));
-  list.removeAppender(none);
-  EXPECT_THROW(list.addAppender(none), VRKAssertError);
-  list.addAppender(&appender);
-  EXPECT_THROW(list.isAttached(none), VRKAssertError);
-  EXPECT_THROW(list.removeAppender(none), VRKAssertError);
-}
-
 TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHolds) {
   RecordingAppender listed("listed"), replaced("replaced"), newer("replaced"), unlisted("unlisted");
   LOGHashtable table;

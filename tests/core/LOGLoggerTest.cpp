@@ -98,18 +98,6 @@ TEST(LOGLogger, EventsGoUpToTheFirstLoggerThatIsNotAdditive) {
   }
 }
 
-TEST(LOGLogger, WithoutARepositoryOnlyTheShortcutsLog) {
-  RecordingAppender appender;
-  LOGLogger logger("alone");
-  logger.addAppender(&appender);
-  logger.setLevel(LOGLevel::INFO_OBJ);
-  for (const auto& shortcut : SHORTCUTS) (logger.*shortcut.text)("text");
-  logger.log(LOGLevel::FATAL_OBJ, "text");
-  logger.l7dlog(nullptr, "key");
-  EXPECT_FALSE(logger.isEnabledFor(nullptr));
-  EXPECT_EQ(appender.texts, Texts(4, "(null)")) << "no repository, nothing to render with";
-}
-
 TEST(LOGLogger, LetsNothingButItsAssertionsOut) {
   RecordingAppender appender;
   Tree tree;

@@ -1,10 +1,7 @@
 // What a real syslog daemon stores of what the syslog appender sends.
 
-#include "log4vrk/layouts/LOGPatternLayout.h"
-#include "log4vrk/net/LOGSyslogAppender.h"
-#include "tests/support/Doubles.h"
-#include "tests/support/Logs.h"
 #include "tests/support/Rsyslog.h"
+#include "tests/support/Tests.h"
 
 using namespace vrktest;
 

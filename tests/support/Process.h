@@ -53,4 +53,14 @@ inline int statusInChild(const std::function<void()>& body, unsigned seconds = 3
   return statusOf(child);
 }
 
+/// Runs `body` in a new process of this program and test, where nothing of the library has been used. Once in a test.
+inline void expectInNewProcess(const std::function<void()>& body) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto run = [&] {
+    body();
+    ::_exit(testing::Test::HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
 }  // namespace vrktest

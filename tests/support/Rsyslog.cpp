@@ -31,14 +31,7 @@ constexpr const char* OPEN_AND_CLOSE =
 bool has(const std::string& program) { return std::system(("command -v " + program + " >/dev/null").c_str()) == 0; }
 
 bool hasRelpInput() {
-  std::error_code none;
-  for (const char* folder : {"/usr/lib", "/usr/lib64"}) {
-    for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
-      if (std::filesystem::exists(entry.path() / "rsyslog/imrelp.so", none)) return true;
-    }
-    if (std::filesystem::exists(std::string(folder) + "/rsyslog/imrelp.so", none)) return true;
-  }
-  return false;
+  return std::system("ls /usr/lib*/rsyslog/imrelp.so /usr/lib/*/rsyslog/imrelp.so 2>&- | grep -q .") == 0;
 }
 
 class Socket {
@@ -92,18 +85,15 @@ std::string Rsyslog::missing(const Options& options) {
   if ((options.relp || options.tls) && !hasRelpInput()) return "imrelp is not installed (Debian package rsyslog-relp)";
   if (options.tls && !has("openssl")) return "openssl is not installed";
   if (!has("setpriv")) return "setpriv is not installed (Debian package util-linux)";
-  if (options.udpPort > 0 && options.udpPort < 1024 && ::geteuid() != 0) return "a port below 1024 needs root";
+  if (options.udpPort != 0 && options.udpPort < 1024 && ::geteuid() != 0) return "a port below 1024 needs root";
   return "";
 }
 
 Rsyslog::Rsyslog(const Options& options) : m_options(options) {
-  if (m_options.udpPort > 0) {  // tests run side by side
+  if (m_options.udpPort != 0) {  // tests run side by side
     m_portLock = ::open(("/tmp/log4vrk-test-udp-" + std::to_string(m_options.udpPort)).c_str(),
                         O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (m_portLock < 0 || ::flock(m_portLock, LOCK_EX) != 0) throw std::runtime_error("no lock for the port");
-  }
-  if (m_options.udpPort != NONE) {
-    m_udpPort = m_options.udpPort == ANY_PORT ? Socket(SOCK_DGRAM).freePort() : m_options.udpPort;
   }
   Socket relp(SOCK_STREAM), tls(SOCK_STREAM);  // bound at once, so that the ports differ
   if (m_options.relp) m_relpPort = relp.freePort();
@@ -119,16 +109,15 @@ Rsyslog::~Rsyslog() {
 }
 
 std::string Rsyslog::configuration() const {
-  const std::string relp = " address=\"127.0.0.1\" ruleset=\"all\" maxDataSize=\"" + m_options.maxData + "\"" +
-                           (m_options.oversize.empty() ? "" : " oversizeMode=\"" + m_options.oversize + "\"");
-  std::string text = "global(workDirectory=\"" + m_dir.file("work") + "\" maxMessageSize=\"" + m_options.maxData +
-                     "\" net.enableDNS=\"off\" processInternalMessages=\"on\")\n"
+  const std::string relp = " address=\"127.0.0.1\" ruleset=\"all\" maxDataSize=\"64k\"";
+  std::string text = "global(workDirectory=\"" + m_dir.file("work") +
+                     "\" maxMessageSize=\"64k\" net.enableDNS=\"off\" processInternalMessages=\"on\")\n"
                      "template(name=\"raw\" type=\"list\") { property(name=\"rawmsg\") constant(value=\"\\n\") }\n"
                      "ruleset(name=\"all\" queue.type=\"Direct\") { action(type=\"omfile\" template=\"raw\" file=\"" +
                      m_dir.file("all.log") + "\" fileCreateMode=\"0600\") }\n";
-  if (m_udpPort) {
+  if (m_options.udpPort != 0) {
     text += "module(load=\"imudp\")\ninput(type=\"imudp\" address=\"127.0.0.1\" ruleset=\"all\" port=\"" +
-            std::to_string(m_udpPort) + "\" rcvbufSize=\"" + m_options.udpBuffer + "\")\n";
+            std::to_string(m_options.udpPort) + "\" rcvbufSize=\"8m\")\n";
   }
   if (m_relpPort || m_tlsPort) text += "module(load=\"imrelp\" tls.tlslib=\"openssl\")\n";
   if (m_relpPort) text += "input(type=\"imrelp\" port=\"" + std::to_string(m_relpPort) + "\"" + relp + ")\n";
@@ -163,8 +152,9 @@ void Rsyslog::start() {
 }
 
 bool Rsyslog::waitReady() {
-  const bool ready = eventually(
-      [&] { return (!m_udpPort || udpReady()) && (!m_relpPort || relpReady()) && (!m_tlsPort || tlsReady()); });
+  const bool ready = eventually([&] {
+    return (m_options.udpPort == 0 || udpReady()) && (!m_relpPort || relpReady()) && (!m_tlsPort || tlsReady());
+  });
   EXPECT_TRUE(ready) << "rsyslogd is not ready: " << messages() << m_dir.read("stderr");
   return ready;
 }
@@ -173,7 +163,8 @@ bool Rsyslog::udpReady() {
   lines();
   if (m_probed) return true;
   Socket socket(SOCK_DGRAM);
-  if (socket.connect(m_udpPort)) socket.send("<14>" + std::string(PROBE) + " " + std::to_string(m_starts) + " ");
+  if (socket.connect(m_options.udpPort))
+    socket.send("<14>" + std::string(PROBE) + " " + std::to_string(m_starts) + " ");
   return false;  // the next look finds it
 }
 
@@ -199,12 +190,8 @@ void Rsyslog::signal(int number) const {
 
 void Rsyslog::kill() {
   signal(SIGKILL);
-  reap();
-}
-
-void Rsyslog::terminate() {
-  signal(SIGTERM);
-  reap();
+  statusOf(m_process);
+  m_process = -1;
 }
 
 // A busy machine lets its threads run on for a while after the signal is sent.
@@ -215,11 +202,6 @@ void Rsyslog::stop() {
 }
 
 void Rsyslog::resume() { signal(SIGCONT); }
-
-void Rsyslog::reap() {
-  statusOf(m_process);
-  m_process = -1;
-}
 
 const std::vector<std::string>& Rsyslog::lines() {
   std::ifstream in(m_dir.file("all.log"), std::ios::binary);
