@@ -100,10 +100,15 @@ TEST_F(FileAppenderTest, AFailureIsReportedAndLosesOneEventAtMost) {
   VRKFault::arm(VRKFault::TEXT_CONVERSION);
   LOGRollingFileAppender rolling(&m_layout, path("rolling"));
   EXPECT_EQ(m_log.count("LOGRollingFileAppender::setFile -- some i18nstring exception occurred I18NRuntimeError"), 1);
+  VRKFault::arm(VRKFault::FILE_SEEK);
+  log(rolling, "lost");
+  EXPECT_EQ(m_log.count("LOGCountingQuietWriter::write -- VRKThrowable exception occurred VRKSystemError: " +
+                        m_dir.file("rolling") + ": Input/output error (5), at LOGQuietWriter::throwFileError:"),
+            1);
   FailingAppender failing;
   EXPECT_THROW(failing.setFile(path("failing"), 1, 0, 0), int);
-  EXPECT_EQ(m_log.lines().at(5), "log4vrk:ERROR LOGFileAppender::setFile -- generic exception happened");
-  EXPECT_EQ(m_log.lines().at(6), "log4vrk:ERROR LOGFileAppender::setFileOptions -- generic exception happened");
+  EXPECT_EQ(m_log.lines().at(6), "log4vrk:ERROR LOGFileAppender::setFile -- generic exception happened");
+  EXPECT_EQ(m_log.lines().at(7), "log4vrk:ERROR LOGFileAppender::setFileOptions -- generic exception happened");
 }
 
 TEST_F(FileAppenderTest, BuffersWholeEventsUntilThereAreEnough) {

@@ -8,7 +8,7 @@ class DOMConfiguratorTest : public testing::Test {
  protected:
   int configure(const std::string& content) {
     return LOG4VRKConfigurator::initialize(
-        dir.write("log.xml", "<log4j:configuration>" + content + "</log4j:configuration>").c_str());
+        dir.write("log.xml", "<log4j:configuration threshold='ALL'>" + content + "</log4j:configuration>").c_str());
   }
   std::string fileAppender(const std::string& name, const std::string& more = "") {
     return "<appender name='" + name + "' class='FileAppender'><param name='File' value='" + dir.file(name + ".log") +
@@ -63,12 +63,12 @@ TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
           "<param name='ThreadPrinting' value='false'/></layout></appender>"
           "<appender name='S' class='SyslogAppender'><param name='Host' value='127.0.0.2'/>"
           "<param name='Facility' value='LOCAL5'/><param name='facility' value='mail'/></appender>"
-          "<appender name='U' class='com.acme.LogLocalUDPAppender'><param name='Port' value='17'/>"
+          "<appender name='L' class='com.acme.LogLocalUDPAppender'><param name='Port' value='17'/>"
           "<param name='port' value='1'/></appender>"
           "<appender name='T' class='org.example.LogTCPSocketAppender'><param name='REMOTEHOST' value='::1'/>"
           "<param name='port' value='1'/><param name='Secure' value='no'/>"
           "<param name='locationinfo' value='FALSE'/><param name='ReconnectionDelay' value='5000'/></appender>"
-          "<logger name='param'><appender-ref ref='R'/><appender-ref ref='S'/><appender-ref ref='U'/>"
+          "<logger name='param'><appender-ref ref='R'/><appender-ref ref='S'/><appender-ref ref='L'/>"
           "<appender-ref ref='T'/></logger>"));
   LOGLogger* const logger = LOGManager::getLogger("param");
   const auto& rolling = dynamic_cast<LOGRollingFileAppender&>(*logger->getAppender("R"));
@@ -77,7 +77,7 @@ TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
   EXPECT_EQ(1, dynamic_cast<LOGTTCCLayout&>(*rolling.getLayout()).getThreadPrinting());
   const auto& syslog = dynamic_cast<LOGSyslogAppender&>(*logger->getAppender("S"));
   EXPECT_TRUE(syslog.getSyslogHost() == "127.0.0.2" && syslog.getFacility() == "local5");
-  EXPECT_EQ(17, dynamic_cast<LOGLocalUDPAppender&>(*logger->getAppender("U")).getPort());
+  EXPECT_EQ(17, dynamic_cast<LOGLocalUDPAppender&>(*logger->getAppender("L")).getPort());
   const auto& tcp = dynamic_cast<LOGTCPSocketAppender&>(*logger->getAppender("T"));
   EXPECT_TRUE(tcp.getRemoteHost() == "::1" && tcp.getPort() == 1 && tcp.getReconnectionDelay() == 5000);
   EXPECT_TRUE(tcp.getSecure() == 1 && tcp.getLocationInfo() == 0) << "only false is not true";

@@ -85,10 +85,8 @@ TEST(HTMLLayoutTest, EscapesIntoThePageBuffer) {
 TEST(HTMLLayoutTest, CopiesItsTitleAsItIsAndWantsALevel) {
   LOGHTMLLayout layout;
   layout.setTitle("Night & <b>day</b>");
-  const std::string header = layout.getHeader().toUtf8();
-  EXPECT_NE(header.find("\n<title>Night & <b>day</b></title>\n"), header.npos) << header;
+  EXPECT_NE(layout.getHeader().toUtf8().find("\n<title>Night & <b>day</b></title>\n"), std::string::npos);
   EXPECT_EQ(layout.format(nullptr), "");
-
   LOGLoggingEvent event = emptyEvent("app", nullptr);
   EXPECT_EQ(assertionOf([&] { layout.format(&event); }), "LOGHTMLLayout: VRK_ASSERT(logLevel);");
 }
