@@ -178,23 +178,4 @@ TEST_F(DOMConfiguratorTest, ConfiguresFromAnElementAndDoesNotWatch) {
   EXPECT_EQ(nullptr, LOGManager::exists("watched"));
 }
 
-TEST_F(DOMConfiguratorTest, ALockThatCannotBeTakenCostsTheElementAndNoMore) {
-  LOGManager::init();
-  // The first lock is that of the run itself, the second that of the element, the third that of the name table.
-  for (const auto& [skip, line] :
-       {std::pair{1, "LOGDOMConfigurator::parseLogger -- unable to lock mutex VRKSystemError: "},
-        std::pair{2, "LOGHierarchy::getLogger -- unable to lock mutex VRKSystemError: "}}) {
-    const InternalLog log;
-    VRKFault::arm(VRKFault::LOCK, 1, skip);
-    EXPECT_EQ(1, configure("<logger name='locked'/><root/>"));
-    VRKFault::disarm();
-    EXPECT_TRUE(log.contains(line)) << log.text();
-    EXPECT_TRUE(log.contains("remove all appenders from logger root")) << log.text();
-  }
-  VRKFault::arm(VRKFault::LOCK);
-  EXPECT_EQ(0, configure("<logger name='unlocked'/>"));
-  VRKFault::disarm();
-  EXPECT_EQ(nullptr, LOGManager::exists("unlocked"));
-}
-
 }  // namespace

@@ -9,13 +9,10 @@ TEST(OptionConverterTest, ReadsALevelWithOrWithoutItsClass) {
   } CASES[] = {
       {"", fallback},
       {"warn", LOGLevel::WARN_OBJ},
-      {" warn", fallback},
       {"null", nullptr},
-      {"NuLL#other", nullptr},
       {"WARN#LOGLevel", LOGLevel::WARN_OBJ, "class=[LOGLevel]:pri=[WARN]"},
       {"loud#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[loud]"},
       {"WARN#loglevel", nullptr, "class=[loglevel]:pri=[WARN]"},
-      {"#", nullptr, "class=[]:pri=[]"},
       {"a#b#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[a#b]"},
   };
   for (const auto& c : CASES) {

@@ -33,21 +33,3 @@ TEST(LOGLoggingEvent, KeepsWhatWasLoggedAndWhenAlsoInCopies) {
   EXPECT_EQ(untouched.getThreadName(), I18NString() + VRKThread::currentThreadId());
   EXPECT_THROW(LOGLoggingEvent("Fqn", nullptr, LOGLevel::WARN_OBJ, &message), VRKAssertError);
 }
-
-TEST(LOGLoggingEvent, RendersToNothingWithoutMessageLoggerOrRepository) {
-  Tree tree;
-  LOGLogger* const logger = tree.getLogger("a");
-  LOGLogger alone("alone");
-  LOGObject message("text");
-  const std::tuple<LOGLogger*, LOGObject*, const char*> CASES[] = {{logger, &message, "text"},
-                                                                   {logger, nullptr, "(null)"},
-                                                                   {&alone, &message, "(null)"},
-                                                                   {nullptr, &message, "(null)"}};
-  for (const auto& [owner, object, expected] : CASES) {
-    LOGLoggingEvent event("", logger, LOGLevel::INFO_OBJ, object);
-    event.setLogger(owner);
-    EXPECT_EQ(textOf(event), expected);
-    event.setRenderedMessage("set");
-    EXPECT_EQ(textOf(event), "set") << "a text that was set goes before";
-  }
-}

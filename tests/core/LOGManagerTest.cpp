@@ -50,26 +50,6 @@ TEST_F(LOGManagerTest, TakesAnotherSelectorFromWhoeverHasTheGuard) {
   });
 }
 
-// A guard that cannot be cloned is kept as it is, and the code of a guard may use the library.
-TEST_F(LOGManagerTest, AsksTheGuardWithoutALock) {
-  class Guard : public LOGLogger {
-   public:
-    bool operator!=(const LOGObject& guard) const override {
-      LOGManager::getLogger("guard")->info("compared");
-      return LOGObject::operator!=(guard);
-    }
-    LOGObject* clone() const override {
-      LOGManager::getLogger("guard")->info("cloned");
-      return LOGLogger::clone();
-    }
-  } guard;
-  expectInNewProcess([&] {
-    LOGManager::setRepositorySelector(&toMine, &guard);
-    LOGManager::setRepositorySelector(&toOther, &guard);
-    EXPECT_EQ(LOGManager::getLoggerRepository(), &other);
-  });
-}
-
 TEST_F(LOGManagerTest, LogsBeforeMainAndAfterItAndWhileAThreadEnds) {
   const TempDir dir;
   EXPECT_EQ(std::system(("timeout 30 " LOG4VRK_TEST_PROGRAM_DIR "/statics_probe >" + dir.file("out")).c_str()), 0);

@@ -1,6 +1,5 @@
 // The TCP socket appender against a real daemon.
 
-#include <sys/prctl.h>
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -99,6 +98,9 @@ class LogServerTest : public testing::Test {
     const std::filesystem::directory_iterator files(dir.file("logs/recovery/local"), missing);
     return missing ? 0 : std::distance(begin(files), end(files));
   }
+  bool acknowledges(std::uint64_t count) const {
+    return eventually([&] { return appender.getAcknowledged() >= count; });
+  }
   std::uint64_t settled() const { return appender.getAcknowledged() + appender.getDropped(); }
 
   // Threads log all the while; the server is killed whenever another part of the events has arrived.
@@ -110,7 +112,7 @@ class LogServerTest : public testing::Test {
     }
     for (int kill = 1; kill <= kills; ++kill) {
       const auto part = static_cast<std::uint64_t>(events * kill / (kills + 1));
-      EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() >= part; })) << kill;
+      EXPECT_TRUE(acknowledges(part)) << kill;
       server.kill();
       server.start();
     }
@@ -155,7 +157,7 @@ TEST_F(LogServerTest, DoesNotSlowLogCallsDownWhileTheServerStandsStill) {
   ASSERT_TRUE(server.startAndWait());
   open(server.relpPort());
   logNumbers(0, 1);
-  ASSERT_TRUE(eventually([&] { return appender.getAcknowledged() == 1; }));
+  ASSERT_TRUE(acknowledges(1));
   server.stop();
   std::vector<Clock::duration> times;
   const auto end = Clock::now() + STANDSTILL;
@@ -197,11 +199,8 @@ class Client {
 
  private:
   void start(const std::string& what) {
-    m_process = ::fork();
-    if (m_process != 0) return;
-    ::execl(LOG4VRK_TEST_PROGRAM_DIR "/log_server_probe", "log_server_probe", m_dir.file("work").c_str(),
-            std::to_string(m_port).c_str(), what.c_str(), nullptr);
-    ::_exit(127);
+    m_process =
+        startProgram({LOG4VRK_TEST_PROGRAM_DIR "/log_server_probe", m_dir.file("work"), std::to_string(m_port), what});
   }
   long counter(int index) const {
     long values[2] = {};
@@ -303,7 +302,7 @@ TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
   }
   openSecure(right);
   appender.activateOptions();
-  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() >= static_cast<std::uint64_t>(number); }));
+  EXPECT_TRUE(acknowledges(static_cast<std::uint64_t>(number)));
   expectEachOnceInOrder(Received(right.lines()).texts, 1, number);
 }
 
@@ -321,7 +320,7 @@ TEST_F(LogServerTest, ShowsItsCertificateAndWaitsInFilesWithoutTheLibrary) {
   EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 10; }));
   EXPECT_EQ(1, log.count("there is no TLS library (libssl.so.3) on this machine")) << log.text();
   VRKFault::disarm();
-  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() == 10; })) << log.text();
+  EXPECT_TRUE(acknowledges(10)) << log.text();
   expectEachOnceInOrder(Received(server.lines()).texts, 1, 10);
 }
 
@@ -370,7 +369,7 @@ TEST_F(LogServerTest, AForkedChildHasAStreamOfItsOwn) {
   }
   forking = false;
   parent.join();
-  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() == static_cast<std::uint64_t>(logged); }));
+  EXPECT_TRUE(acknowledges(static_cast<std::uint64_t>(logged)));
   std::map<int, long> last;
   lastNumbers(Received(server.lines()).texts, last);
   EXPECT_EQ(logged, last[0]);
@@ -383,7 +382,7 @@ TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
   ASSERT_TRUE(server.startAndWait());
   open(server.relpPort());
   logNumbers(0, 10);
-  ASSERT_TRUE(eventually([&] { return appender.getAcknowledged() == 10; }));
+  ASSERT_TRUE(acknowledges(10));
   server.stop();
   logNumbers(1, 300);
   const auto begin = Clock::now();
@@ -408,13 +407,7 @@ TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
 TEST_F(LogServerTest, OfTheExampleShowsWhatItsDocumentSends) {
   const std::string examples = LOG4VRK_SOURCE_DIR "/examples/log-server",
                     port = std::to_string(Rsyslog(relp()).relpPort());
-  const pid_t server = ::fork();
-  if (server == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::execl((examples + "/run-log-server.sh").c_str(), "run-log-server.sh", dir.file("server").c_str(), port.c_str(),
-            nullptr);
-    ::_exit(127);
-  }
+  const pid_t server = startProgram({examples + "/run-log-server.sh", dir.file("server"), port});
   std::ifstream in(examples + "/log.xml");
   std::string document{std::istreambuf_iterator<char>(in), {}};
   document.replace(document.find("2514"), 4, port);

@@ -1,6 +1,5 @@
 #include <set>
 
-#include "log4vrk/net/LOGSyslogQuietWriter.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "tests/net/UdpReceiver.h"
 #include "tests/support/Tests.h"
@@ -201,23 +200,6 @@ TEST_F(SyslogAppenderTest, ReportsWhatALayoutRaises) {
   raising.library = false;
   EXPECT_THROW(appender.append(&made), std::runtime_error);
   EXPECT_EQ(line, log.lines().back());
-}
-
-TEST(SyslogQuietWriterTest, HandsWhatItsWriterRaisesToTheErrorHandler) {
-  struct Writer : LOGSyslogWriter {
-    Writer() : LOGSyslogWriter("127.0.0.1") {}
-    void write(const I18NString&) override { throw std::runtime_error("broken"); }
-  } writer;
-  struct Handler : LOGErrorHandler {
-    void error(const I18NString& message) override {
-      text = message;
-      throw std::runtime_error("worse");
-    }
-    I18NString text;
-  } handler;
-  LOGSyslogQuietWriter(&writer, 8, nullptr).write("x");
-  LOGSyslogQuietWriter(&writer, 8, &handler).write("x");
-  EXPECT_EQ("broken", handler.text);
 }
 
 }  // namespace

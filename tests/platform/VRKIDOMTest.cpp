@@ -88,21 +88,14 @@ TEST(VRKIDOM, MovesNodesToWhereTheyMayStand) {
   VRKIDOM_Element a = document.getDocumentElement();
   VRKIDOM_Node b = a.getChildNodes().item(0), text = a.getChildNodes().item(1), c = a.getChildNodes().item(2);
   VRKIDOM_Node d = c.getChildNodes().item(0);
-  for (const auto& [parent, child] : std::vector<std::pair<VRKIDOM_Node, VRKIDOM_Node>>{
-           {a, a},
-           {d, a},
-           {text, b},
-           {document, b},
-           {document, text},
-           {a, document},
-           {a, VRKIDOM_DOMImplementation::getImplementation().createDocument().createElement("e")}}) {
-    EXPECT_THROW(VRKIDOM_Node(parent).appendChild(child), VRKThrowable) << parent.getNodeName().toUtf8();
+  const VRKIDOM_Element stranger = VRKIDOM_DOMImplementation::getImplementation().createDocument().createElement("e");
+  for (auto& [parent, child] : std::vector<std::pair<VRKIDOM_Node, VRKIDOM_Node>>{
+           {a, a}, {d, a}, {text, b}, {document, b}, {document, text}, {a, document}, {a, stranger}}) {
+    EXPECT_THROW(parent.appendChild(child), VRKThrowable) << parent.getNodeName().toUtf8();
   }
-  EXPECT_EQ(allText(document), "#document=\na=\nb=\n#text=x\nc=\nd=");
-  b.appendChild(d);  // the only child
-  a.appendChild(b);  // the first
-  a.appendChild(c);  // one between others
-  a.appendChild(c);  // the last
+  b.appendChild(d);                              // the only child
+  a.appendChild(b);                              // the first
+  for (int i = 0; i < 2; ++i) a.appendChild(c);  // one between others, the last
   EXPECT_EQ(allText(document), "#document=\na=\n#text=x\nb=\nd=\nc=");
 }
 

@@ -47,7 +47,7 @@ class Rsyslog {
 
   /// Also after kill(): on the same ports, adding to what is stored.
   void start();
-  /// Until every input has answered: UDP by storing a datagram (not one of lines()), RELP by accepting a session.
+  /// Until every input has answered: UDP by storing a datagram (not one of lines()), RELP by accepting a connection.
   bool waitReady();
   bool startAndWait() {
     start();
@@ -70,8 +70,6 @@ class Rsyslog {
  private:
   std::string configuration() const;
   bool udpReady();
-  bool relpReady() const;
-  bool tlsReady() const;
   void signal(int number) const;
 
   const Options m_options;
