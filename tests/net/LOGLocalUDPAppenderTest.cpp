@@ -87,10 +87,10 @@ TEST_F(LocalUDPAppenderTest, SendsNamesAndDataOfEverySizeThatFitsWithTheirExactL
         append(letters, "");
         append("", "", "no renderer");
         if (name + data <= most) {
-          EXPECT_TRUE(receiver.next() == datagram(letters, std::string(static_cast<std::size_t>(data), 'd')))
+          ASSERT_TRUE(receiver.next() == datagram(letters, std::string(static_cast<std::size_t>(data), 'd')))
               << name << " + " << data;
         }
-        EXPECT_EQ(datagram("", "", ""), receiver.next()) << "what was sent next";
+        ASSERT_EQ(datagram("", "", ""), receiver.next()) << "what was sent next";
       }
     }
   }

@@ -82,7 +82,9 @@ TEST_F(RecoveryFilesTest, MessagesStayUntilAcknowledgedAndSurviveTheStore) {
     files.acknowledge(1500);
     files.acknowledge(99);
     files.rewind();
-    EXPECT_EQ(numbered(1501, 1600, payload), take(files, 100));
+    LOGRecoveryFiles::Record next;
+    EXPECT_TRUE(files.next(next) && next.position == 1501);
+    EXPECT_EQ(numbered(1502, 1600, payload), take(files, 99));
     append(files, 3001, 3010, payload);
     EXPECT_EQ(numbered(1601, 3010, payload), take(files));
     EXPECT_EQ(1510u, files.pending());
