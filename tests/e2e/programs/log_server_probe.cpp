@@ -4,7 +4,8 @@
 //                                                 "counters" in the directory gets how many log calls have returned, and
 //                                                 of how many it is known at least that the server or a recovery file has
 //                                                 them.
-//   log_server_probe <directory> <port> deliver   ends with 0 when the recovery files are empty.
+//   log_server_probe <directory> <port> deliver   ends with 0 when the recovery files are empty; adds one line of
+//                                                 its own, with the process as the writer.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -36,10 +37,12 @@ void log(LOGLogger* logger, const LOGTCPSocketAppender& appender, const char* wr
   }
 }
 
-bool deliver(const LOGTCPSocketAppender& appender) {
-  for (int attempt = 0; attempt < 10000; ++attempt) {
+// An event of its own goes behind what is in the files: when anything is acknowledged, the files have been read.
+bool deliver(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
+  LOG4VRK_INFO(logger, ::getpid() << " 1 end");
+  for (int attempt = 0; attempt < 60000; ++attempt) {
     VRKThread::sleep(1000);
-    if (appender.getSent() > 0 ? appender.getInRecovery() == 0 : attempt > 100) return true;
+    if (appender.getAcknowledged() > 0 && appender.getInRecovery() == 0) return true;
   }
   return false;
 }
@@ -56,7 +59,7 @@ int main(int argc, char** argv) {
   logger->addAppender(&appender);
   appender.activateOptions();
   if (argv[3] != std::string("deliver")) log(logger, appender, argv[3]);
-  const bool delivered = deliver(appender);
+  const bool delivered = deliver(logger, appender);
   logger->removeAppender(&appender);
   return delivered ? 0 : 1;
 }
