@@ -8,7 +8,7 @@ class DOMConfiguratorTest : public testing::Test {
  protected:
   int configure(const std::string& content) {
     return LOG4VRKConfigurator::initialize(
-        dir.write("log.xml", "<log4j:configuration>" + content + "</log4j:configuration>").c_str());
+        dir.write("log.xml", "<log4j:configuration threshold='ALL'>" + content + "</log4j:configuration>").c_str());
   }
   std::string fileAppender(const std::string& name, const std::string& more = "") {
     return "<appender name='" + name + "' class='FileAppender'><param name='File' value='" + dir.file(name + ".log") +
@@ -52,6 +52,7 @@ TEST_F(DOMConfiguratorTest, WritesWhatTheDocumentSays) {
 }
 
 TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
+  VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
   EXPECT_EQ(
       1,
       configure(
@@ -60,31 +61,27 @@ TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
           "<param name='Append' value='no'/><param name='append' value='false'/><param name='Threshold' value='WARN'/>"
           "<layout class='TTCCLayout'><param name='dateformat' value='NULL'/><param name='TIMEZONE' value='UTC'/>"
           "<param name='ThreadPrinting' value='false'/></layout></appender>"
-          "<logger name='param'><appender-ref ref='R'/></logger>"));
-  auto* const appender = dynamic_cast<LOGRollingFileAppender*>(LOGManager::getLogger("param")->getAppender("R"));
-  ASSERT_NE(nullptr, appender);
-  EXPECT_EQ(1, appender->getMaximumFileSize());
-  EXPECT_EQ(7, appender->getMaxBackupIndex());
-  EXPECT_EQ(1, appender->getAppend());
-  EXPECT_EQ(nullptr, appender->getThreshold());
-  EXPECT_EQ(1, dynamic_cast<LOGTTCCLayout*>(appender->getLayout())->getThreadPrinting());
-}
-
-TEST_F(DOMConfiguratorTest, TakesTheParametersOfATCPSocketAppenderInAnyCase) {
-  VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
-  EXPECT_EQ(
-      1, configure("<appender name='T' class='org.example.LogTCPSocketAppender'><param name='REMOTEHOST' value='::1'/>"
-                   "<param name='port' value='1'/><param name='Secure' value='no'/>"
-                   "<param name='locationinfo' value='FALSE'/><param name='ReconnectionDelay' value='5000'/></appender>"
-                   "<logger name='tcp'><appender-ref ref='T'/></logger>"));
-  auto* const appender = dynamic_cast<LOGTCPSocketAppender*>(LOGManager::getLogger("tcp")->getAppender("T"));
-  ASSERT_NE(nullptr, appender);
-  EXPECT_EQ("::1", appender->getRemoteHost().toUtf8());
-  EXPECT_EQ(1, appender->getPort());
-  EXPECT_EQ(1, appender->getSecure()) << "only false is not true";
-  EXPECT_EQ(0, appender->getLocationInfo());
-  EXPECT_EQ(5000, appender->getReconnectionDelay());
-  LOGManager::getLogger("tcp")->removeAllAppenders();
+          "<appender name='S' class='SyslogAppender'><param name='Host' value='127.0.0.2'/>"
+          "<param name='Facility' value='LOCAL5'/><param name='facility' value='mail'/></appender>"
+          "<appender name='L' class='com.acme.LogLocalUDPAppender'><param name='Port' value='17'/>"
+          "<param name='port' value='1'/></appender>"
+          "<appender name='T' class='org.example.LogTCPSocketAppender'><param name='REMOTEHOST' value='::1'/>"
+          "<param name='port' value='1'/><param name='Secure' value='no'/>"
+          "<param name='locationinfo' value='FALSE'/><param name='ReconnectionDelay' value='5000'/></appender>"
+          "<logger name='param'><appender-ref ref='R'/><appender-ref ref='S'/><appender-ref ref='L'/>"
+          "<appender-ref ref='T'/></logger>"));
+  LOGLogger* const logger = LOGManager::getLogger("param");
+  const auto& rolling = dynamic_cast<LOGRollingFileAppender&>(*logger->getAppender("R"));
+  EXPECT_TRUE(rolling.getMaximumFileSize() == 1 && rolling.getMaxBackupIndex() == 7 && rolling.getAppend() == 1);
+  EXPECT_EQ(nullptr, rolling.getThreshold());
+  EXPECT_EQ(1, dynamic_cast<LOGTTCCLayout&>(*rolling.getLayout()).getThreadPrinting());
+  const auto& syslog = dynamic_cast<LOGSyslogAppender&>(*logger->getAppender("S"));
+  EXPECT_TRUE(syslog.getSyslogHost() == "127.0.0.2" && syslog.getFacility() == "local5");
+  EXPECT_EQ(17, dynamic_cast<LOGLocalUDPAppender&>(*logger->getAppender("L")).getPort());
+  const auto& tcp = dynamic_cast<LOGTCPSocketAppender&>(*logger->getAppender("T"));
+  EXPECT_TRUE(tcp.getRemoteHost() == "::1" && tcp.getPort() == 1 && tcp.getReconnectionDelay() == 5000);
+  EXPECT_TRUE(tcp.getSecure() == 1 && tcp.getLocationInfo() == 0) << "only false is not true";
+  logger->removeAllAppenders();
   VRKConfigurationFactory::getInstance().setBaseDirectory(I18NString());
 }
 
@@ -179,25 +176,6 @@ TEST_F(DOMConfiguratorTest, ConfiguresFromAnElementAndDoesNotWatch) {
   LOGDOMConfigurator::configureAndWatch(
       dir.write("other.xml", "<log4j:configuration><logger name='watched'/></log4j:configuration>").c_str(), 1);
   EXPECT_EQ(nullptr, LOGManager::exists("watched"));
-}
-
-TEST_F(DOMConfiguratorTest, ALockThatCannotBeTakenCostsTheElementAndNoMore) {
-  LOGManager::init();
-  // The first lock is that of the run itself, the second that of the element, the third that of the name table.
-  for (const auto& [skip, line] :
-       {std::pair{1, "LOGDOMConfigurator::parseLogger -- unable to lock mutex VRKSystemError: "},
-        std::pair{2, "LOGHierarchy::getLogger -- unable to lock mutex VRKSystemError: "}}) {
-    const InternalLog log;
-    VRKFault::arm(VRKFault::LOCK, 1, skip);
-    EXPECT_EQ(1, configure("<logger name='locked'/><root/>"));
-    VRKFault::disarm();
-    EXPECT_TRUE(log.contains(line)) << log.text();
-    EXPECT_TRUE(log.contains("remove all appenders from logger root")) << log.text();
-  }
-  VRKFault::arm(VRKFault::LOCK);
-  EXPECT_EQ(0, configure("<logger name='unlocked'/>"));
-  VRKFault::disarm();
-  EXPECT_EQ(nullptr, LOGManager::exists("unlocked"));
 }
 
 }  // namespace

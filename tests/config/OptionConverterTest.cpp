@@ -1,15 +1,5 @@
 #include "tests/support/Tests.h"
 
-TEST(OptionConverterTest, KnowsTwoWordsInAnyCaseAndGivesTheDefaultForAllElse) {
-  for (int fallback : {0, 1, 7}) {
-    for (const char* word : {"TRUE", "tRuE"}) EXPECT_EQ(LOGOptionConverter::toBoolean(word, fallback), 1) << word;
-    for (const char* word : {"false", "False"}) EXPECT_EQ(LOGOptionConverter::toBoolean(word, fallback), 0) << word;
-    for (const char* word : {"", "yes", "1", " true", "false ", "truex", "\u0131"}) {
-      EXPECT_EQ(LOGOptionConverter::toBoolean(word, fallback), fallback) << word;
-    }
-  }
-}
-
 TEST(OptionConverterTest, ReadsALevelWithOrWithoutItsClass) {
   LOGLevel* const fallback = LOGLevel::FATAL_OBJ;
   const struct {
@@ -19,13 +9,10 @@ TEST(OptionConverterTest, ReadsALevelWithOrWithoutItsClass) {
   } CASES[] = {
       {"", fallback},
       {"warn", LOGLevel::WARN_OBJ},
-      {" warn", fallback},
       {"null", nullptr},
-      {"NuLL#other", nullptr},
       {"WARN#LOGLevel", LOGLevel::WARN_OBJ, "class=[LOGLevel]:pri=[WARN]"},
       {"loud#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[loud]"},
       {"WARN#loglevel", nullptr, "class=[loglevel]:pri=[WARN]"},
-      {"#", nullptr, "class=[]:pri=[]"},
       {"a#b#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[a#b]"},
   };
   for (const auto& c : CASES) {

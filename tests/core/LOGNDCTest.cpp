@@ -24,13 +24,9 @@ TEST(NDCTest, IsAStackOfTextsThatOnlyPopAndRemoveShorten) {
   LOGNDC::setMaxDepth(0);
   LOGNDC::inherit(nullptr);
   expect("a b \u00fc ", "", 3);
-  EXPECT_EQ(LOGNDC::pop(), "");
-  EXPECT_EQ(LOGNDC::pop(), "b \u00fc");
+  for (const char* text : {"", "b \u00fc"}) EXPECT_EQ(LOGNDC::pop(), text);
   expect("a", "a", 1);
   LOGNDC::remove();
-  expect("", "", 0);
-  LOGNDC::push("new");
-  EXPECT_EQ(LOGNDC::pop(), "new");
   expect("", "", 0);
 }
 
@@ -87,12 +83,9 @@ TEST(StackTest, FindsByEqualityFromTheTopAndIsShortenedByPopOnly) {
   LOGObject a("a"), b("b"), sameAsB("b"), c("c");
   LOGStack stack;
   for (LOGObject* object : {&b, &a, &sameAsB}) stack.push(object);
-  for (const auto& [object, distance] : {std::pair{&b, 1}, {&a, 2}, {&c, -1}, {static_cast<LOGObject*>(nullptr), -1}}) {
-    EXPECT_EQ(stack.search(object), distance);
-  }
-  for (const int size : {0, -1, 1, 9}) stack.setSize(size);
+  EXPECT_TRUE(stack.search(&b) == 1 && stack.search(&a) == 2 && stack.search(&c) == -1 && stack.search(nullptr) == -1);
+  for (const int size : {0, -1, 9}) stack.setSize(size);
   const std::unique_ptr<LOGStack> copy(stack.clone());
   for (LOGObject* object : {&sameAsB, &a, &b}) EXPECT_EQ(stack.pop(), object);
-  EXPECT_EQ(stack.pop(), nullptr);
-  EXPECT_EQ(copy->peek(), &sameAsB);
+  EXPECT_TRUE(stack.pop() == nullptr && copy->peek() == &sameAsB);
 }

@@ -70,7 +70,7 @@ TEST(Async, SharesAFileWithThoseWhoLogDirectly) {
 // a close in the middle.
 TEST(Async, OutlivesWhateverMeets) {
   const Deadline deadline(110);
-  for (int round = 0; round < 1000; ++round) {
+  for (int round = 0; round < 200; ++round) {
     Tree tree;
     LOGLogger* const logger = tree.getLogger("a.b");
     LOGLogger* const other = tree.getLogger("a");

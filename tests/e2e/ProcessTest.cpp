@@ -8,16 +8,6 @@ namespace {
 
 const std::string PROGRAMS = LOG4VRK_TEST_PROGRAM_DIR;
 
-pid_t start(const std::vector<std::string>& command) {
-  const pid_t child = ::fork();
-  if (child != 0) return child;
-  std::vector<char*> arguments;
-  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-  arguments.push_back(nullptr);
-  ::execv(arguments[0], arguments.data());
-  ::_exit(127);
-}
-
 TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
   const TempDir dir;
   const std::string document = fileDocument(dir);
@@ -25,7 +15,7 @@ TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
   for (int kill = 0; kill < 100; ++kill) {
     dir.write("all.log", "");
     const std::string counter = dir.write("counter", std::string(sizeof(long), '\0'));
-    const pid_t child = start({PROGRAMS + "/crash_probe", document, counter});
+    const pid_t child = startProgram({PROGRAMS + "/crash_probe", document, counter});
     const auto returned = [&] {
       long value = 0;
       std::ifstream(counter, std::ios::binary).read(reinterpret_cast<char*>(&value), sizeof value);

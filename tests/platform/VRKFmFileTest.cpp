@@ -39,17 +39,6 @@ TEST(VRKFmFile, GivesNewFilesAModeUnderTheMaskAndLeavesOldOnesAlone) {
   ::umask(before);
 }
 
-TEST(VRKFmFile, AnAttachedFileIsWrittenAtItsEndAndNotClosed) {
-  const TempDir dir;
-  const int descriptor = ::open(dir.write("redirected", "before ").c_str(), O_RDWR);
-  VRKFmFile file;
-  EXPECT_TRUE(file.attach(descriptor) && write(file, "event"));
-  file.close();
-  EXPECT_EQ(::write(descriptor, " after", 6), 6);
-  EXPECT_EQ(dir.read("redirected"), "before event after");
-  ::close(descriptor);
-}
-
 // As a terminal that another program has made non-blocking.
 TEST(VRKFmFile, AFullPipeIsWaitedForUntilEverythingIsWritten) {
   const Deadline deadline(30);

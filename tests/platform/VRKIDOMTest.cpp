@@ -29,21 +29,20 @@ std::string allText(const VRKIDOM_Node& node) {
   return text;
 }
 
+std::string repeated(const std::string& text, int times) {
+  std::string result;
+  while (times-- > 0) result += text;
+  return result;
+}
+
 // `kind` is "" for general and "%" for parameter entities. The last stands for a thousand million copies of the first.
 std::string laughs(const std::string& kind, const std::string& reference, const std::string& first) {
   std::string text = "<!DOCTYPE a [<!ENTITY " + kind + " z0 \"" + first + "\">";
   for (int i = 1; i <= 9; ++i) {
-    text += "<!ENTITY " + kind + " z" + std::to_string(i) + " \"";
-    for (int copy = 0; copy < 10; ++copy) text += reference + "z" + std::to_string(i - 1) + ";";
-    text += "\">";
+    text += "<!ENTITY " + kind + " z" + std::to_string(i) + " \"" +
+            repeated(reference + "z" + std::to_string(i - 1) + ";", 10) + "\">";
   }
   return text;
-}
-
-std::string repeated(const std::string& text, int times) {
-  std::string result;
-  for (int i = 0; i < times; ++i) result += text;
-  return result;
 }
 
 }  // namespace
@@ -53,46 +52,21 @@ TEST(VRKIDOM, HandlesOutliveTheParserAndTheirDocument) {
   VRKIDOM_Node second;
   {
     VRKIDOM_DOMImplementation::initialize();
-    const VRKIDOM_Document document =
-        parseText(directory,
-                  "<log4j:configuration debug='true'>\n <a n='1'/><b><a n='2'\n  m=''/></b>\n"
-                  "<a n='3'/></log4j:configuration>");
+    const VRKIDOM_Document document = parseText(
+        directory, "<log4j:configuration debug='true'>\n <a n='1'/><b><a n='2'\n  m=''/></b></log4j:configuration>");
     const VRKIDOM_Element root = document.getDocumentElement();
-    EXPECT_EQ(root.getTagName(), "log4j:configuration");
-    EXPECT_EQ(root.getAttribute("debug"), "true");
-    EXPECT_EQ(root.getChildNodes().getLength(), 5);
+    EXPECT_TRUE(root.getTagName() == "log4j:configuration" && root.getAttribute("debug") == "true");
     EXPECT_TRUE(VRKIDOM_Element(root.getChildNodes().item(0)).isNull()) << "white space is no element";
     second = document.getElementsByTagName("a").item(1);
     VRKIDOM_DOMImplementation::terminate();
   }
   EXPECT_TRUE(second.getNodeType() == VRKIDOM_Node::ELEMENT_NODE && second.getLineNumber() == 3);
   EXPECT_EQ(second.getAttributes().getNamedItem("n").getNodeValue(), "2");
-  EXPECT_TRUE(second.getAttributes().getNamedItem("none").isNull());
-  EXPECT_EQ(VRKIDOM_Element(second).getAttribute("none"), "");
   const VRKIDOM_NodeList all = second.getOwnerDocument().getElementsByTagName("a");
-  EXPECT_TRUE(all.getLength() == 3 && all.item(3).isNull() && all.item(-1).isNull());
-}
-
-TEST(VRKIDOM, NullHandlesAnswerEverything) {
-  VRKIDOM_Document none;
-  VRKIDOM_Element element = none.createElement("a");
-  element.setAttribute("a", "b");
-  element.appendChild(element);
-  EXPECT_TRUE(element.isNull() && none.getDocumentElement().isNull() && element.getOwnerDocument().isNull());
-  EXPECT_TRUE(element.getAttributes().getNamedItem("a").isNull() && element.getChildNodes().item(0).isNull());
-  EXPECT_EQ(element.getNodeType() + none.getElementsByTagName("a").getLength() + element.getLineNumber(), 0);
-  EXPECT_EQ(element.getTagName() + element.getNodeValue() + element.getAttribute("a"), "");
-}
-
-TEST(VRKIDOM, BuildsDocuments) {
-  VRKIDOM_Document document = VRKIDOM_DOMImplementation::getImplementation().createDocument();
-  EXPECT_TRUE(document.getDocumentElement().isNull());
-  VRKIDOM_Element root = document.createElement("root");
-  root.setAttribute("name", u"\u00e9\U0001F600");
-  document.appendChild(root);
-  EXPECT_EQ(document.getDocumentElement().getAttribute("name"), u"\u00e9\U0001F600");
-  EXPECT_THROW(document.createElement("not a name"), VRKThrowable);
-  EXPECT_THROW(document.appendChild(document.createElement("second")), VRKThrowable);
+  const VRKIDOM_Element none(all.item(2));
+  EXPECT_TRUE(all.getLength() == 2 && none.isNull() && all.item(-1).isNull()) << "null handles answer everything";
+  EXPECT_TRUE(none.getTagName() + none.getAttribute("a") == "" && none.getChildNodes().item(0).isNull() &&
+              none.getAttributes().getNamedItem("a").isNull() && none.getOwnerDocument().getDocumentElement().isNull());
 }
 
 TEST(VRKIDOM, HoldsNodesOfEveryKind) {
@@ -105,10 +79,7 @@ TEST(VRKIDOM, HoldsNodesOfEveryKind) {
       allText(document),
       "#document=\n#comment=head\na=\na=\n#text=\n xent\nb=\n#text=taily\n#cdata-section=<\n#text=z&\n#comment=c\n"
       "go=now\nb=\n#text=\n\nend=");
-  EXPECT_EQ(document.getElementsByTagName("*").getLength(), 3);
-  const VRKIDOM_NodeList found = document.getElementsByTagName("b");
-  EXPECT_EQ(VRKIDOM_Element(found.item(0)).getAttribute("v"), "dflt");
-  EXPECT_EQ(VRKIDOM_Element(found.item(1)).getAttribute("v"), "1");
+  EXPECT_EQ(VRKIDOM_Element(document.getElementsByTagName("*").item(1)).getAttribute("v"), "dflt");
 }
 
 TEST(VRKIDOM, MovesNodesToWhereTheyMayStand) {
@@ -117,33 +88,31 @@ TEST(VRKIDOM, MovesNodesToWhereTheyMayStand) {
   VRKIDOM_Element a = document.getDocumentElement();
   VRKIDOM_Node b = a.getChildNodes().item(0), text = a.getChildNodes().item(1), c = a.getChildNodes().item(2);
   VRKIDOM_Node d = c.getChildNodes().item(0);
-  for (const auto& [parent, child] : std::vector<std::pair<VRKIDOM_Node, VRKIDOM_Node>>{
-           {a, a},
-           {d, a},
-           {text, b},
-           {document, b},
-           {document, text},
-           {a, document},
-           {a, VRKIDOM_DOMImplementation::getImplementation().createDocument().createElement("e")}}) {
-    EXPECT_THROW(VRKIDOM_Node(parent).appendChild(child), VRKThrowable) << parent.getNodeName().toUtf8();
+  const VRKIDOM_Element stranger = VRKIDOM_DOMImplementation::getImplementation().createDocument().createElement("e");
+  for (auto& [parent, child] : std::vector<std::pair<VRKIDOM_Node, VRKIDOM_Node>>{
+           {a, a}, {d, a}, {text, b}, {document, b}, {document, text}, {a, document}, {a, stranger}}) {
+    EXPECT_THROW(parent.appendChild(child), VRKThrowable) << parent.getNodeName().toUtf8();
   }
-  EXPECT_EQ(allText(document), "#document=\na=\nb=\n#text=x\nc=\nd=");
-  b.appendChild(d);  // the only child
-  a.appendChild(b);  // the first
-  a.appendChild(c);  // one between others
-  a.appendChild(c);  // the last
+  b.appendChild(d);                              // the only child
+  a.appendChild(b);                              // the first
+  for (int i = 0; i < 2; ++i) a.appendChild(c);  // one between others, the last
   EXPECT_EQ(allText(document), "#document=\na=\n#text=x\nb=\nd=\nc=");
 }
 
-TEST(VRKIDOM, KnowsXmlNames) {
+TEST(VRKIDOM, BuildsDocumentsOfXmlNames) {
   VRKIDOM_Document document = VRKIDOM_DOMImplementation::getImplementation().createDocument();
+  EXPECT_TRUE(document.getDocumentElement().isNull());
   for (const char* name : {"a", "_", ":", "log4j:x", "a-1.b", "\xC3\xA9t\xC3\xA9", "a\xC2\xB7", "\xF0\x90\x80\x80"}) {
     EXPECT_EQ(document.createElement(name).getTagName(), name);
   }
-  for (const char* name : {"", "1", "-a", ".", "a b", "a<", "\xC3\x97", "\xC2\xB7", "a\xEF\xBF\xBF"}) {
-    EXPECT_THROW(document.createElement(name), VRKThrowable) << name;
+  for (const char16_t* name : {u"", u"1", u"-a", u".", u"a b", u"a<", u"\u00d7", u"\u00b7", u"a\uffff", u"a\xD800"}) {
+    EXPECT_THROW(document.createElement(name), VRKThrowable) << I18NString(name).toUtf8();
   }
-  EXPECT_THROW(document.createElement(I18NString(u"a\xD800")), VRKThrowable);
+  VRKIDOM_Element root = document.createElement("root");
+  root.setAttribute("name", u"\u00e9\U0001F600");
+  document.appendChild(root);
+  EXPECT_EQ(document.getDocumentElement().getAttribute("name"), u"\u00e9\U0001F600");
+  EXPECT_THROW(document.appendChild(document.createElement("second")), VRKThrowable);
 }
 
 TEST(VRKIDOM, ReadsTextInEveryEncoding) {
@@ -216,11 +185,10 @@ TEST(VRKIDOM, RefusesDocumentsThatMultiplyThemselves) {
       "<!DOCTYPE a [<!ATTLIST b v CDATA '" + large + "'>]><a>" + repeated("<b/>", 9000) + "</a>",
   };
   for (const std::string& document : documents) {
-    const auto start = std::chrono::steady_clock::now();
+    const Deadline deadline(60);
     const std::string text = failureOf(directory.write("log.xml", document));
     EXPECT_TRUE(text.find("512 MB") != std::string::npos || text.find("entity expansions") != std::string::npos)
         << text;
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
   }
 }
 

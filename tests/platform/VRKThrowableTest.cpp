@@ -29,13 +29,3 @@ TEST(VRKThrowable, TellsItsClassTextAndWayOnOneLine) {
   EXPECT_THROW(std::unique_ptr<int>(vrkNew<int>(VRK_HERE, 7)), VRKOutOfMemoryError);
   VRKFault::disarm();
 }
-
-TEST(VRKThrowable, AnAssertionCarriesItsExpressionAndPlace) {
-  try {
-    VRK_ASSERT(1 + 1 == 3);
-    FAIL();
-  } catch (const VRKAssertError& error) {
-    EXPECT_TRUE(error.getText() == "VRK_ASSERT(1 + 1 == 3);" && error.getSource() == "VRKThrowableTest");
-    EXPECT_EQ(error.getLine(), __LINE__ - 4);
-  }
-}

@@ -8,9 +8,9 @@
 
 namespace vrktest {
 
-/// A directory with a certificate authority ("ca"), another one that signed none of the others ("stranger"), and what
-/// "ca" has signed: "server" (for localhost and 127.0.0.1), "expired" (the same, but no longer valid), "other" (for
-/// other.example) and "client" (for relp-client). Keys have no password. Making them takes a tenth of a second.
+/// A directory with a certificate authority ("ca") and what it has signed: "server" (for localhost and 127.0.0.1),
+/// "expired" (the same, but no longer valid), "other" (for other.example) and "client" (for relp-client). Keys have no
+/// password. Making them takes a tenth of a second.
 ///
 /// Errors: raises std::runtime_error when openssl fails.
 class Certificates {

@@ -36,11 +36,10 @@ inline std::string textOf(LOGLoggingEvent& event) {
 
 /// Where the assertion stands that `operation` raises, and its text; "none" when it raises none.
 template <typename Operation>
-std::string assertionOf(Operation operation, long* line = nullptr) {
+std::string assertionOf(Operation operation) {
   try {
     operation();
   } catch (const VRKAssertError& error) {
-    if (line != nullptr) *line = error.getLine();
     return (error.getSource() + ": " + error.getText()).toUtf8();
   }
   return "none";

@@ -21,25 +21,19 @@ namespace vrktest {
 /// Errors: operations that fail add a failure to the test; the constructor raises when there are no certificates.
 class Rsyslog {
  public:
-  static constexpr int NONE = -1, ANY_PORT = 0;
-
   struct Options {
-    int udpPort = NONE;  // the UDP input: 514 (needs root), another port, or any free one
-    std::string udpBuffer = "8m";
+    int udpPort = 0;                  // the UDP input, 0 for none; below 1024 needs root
     bool relp = false;                // a RELP input without TLS, on a free port
     bool tls = false;                 // a RELP input with TLS, on a free port of its own
-    std::string maxData = "64k";      // the longest message of the RELP inputs
-    std::string oversize = "";        // "abort" closes the connection on a longer one; it is cut off otherwise
     std::string identity = "server";  // the server's certificate, see Certificates
     bool clientCertificate = false;   // TLS clients have to show a certificate for relp-client
   };
 
   /// Empty when this machine can run such a daemon, otherwise what is missing: `GTEST_SKIP() << Rsyslog::missing(options)`.
   static std::string missing(const Options& options);
-  static bool available(const Options& options) { return missing(options).empty(); }
 
-  /// Picks the ports, makes certificates for TLS and writes the configuration; starts nothing. Whoever wants port 514 waits
-  /// until no other test has it.
+  /// Picks the ports, makes certificates for TLS and writes the configuration; starts nothing. Whoever wants a UDP port
+  /// waits until no other test has it.
   explicit Rsyslog(const Options& options);
   /// Kills the daemon when it runs.
   ~Rsyslog();
@@ -47,15 +41,13 @@ class Rsyslog {
   Rsyslog& operator=(const Rsyslog&) = delete;
 
   /// 0 when there is no such input.
-  int udpPort() const { return m_udpPort; }
   int relpPort() const { return m_relpPort; }
   int tlsPort() const { return m_tlsPort; }
   const Certificates& certificates() const { return *m_certificates; }
-  const std::string& directory() const { return m_dir.path(); }
 
-  /// Also after kill() or terminate(): on the same ports, adding to what is stored.
+  /// Also after kill(): on the same ports, adding to what is stored.
   void start();
-  /// Until every input has answered: UDP by storing a datagram (not one of lines()), RELP by accepting a session.
+  /// Until every input has answered: UDP by storing a datagram (not one of lines()), RELP by accepting a connection.
   bool waitReady();
   bool startAndWait() {
     start();
@@ -63,8 +55,6 @@ class Rsyslog {
   }
   /// kill -9; at once.
   void kill();
-  /// SIGTERM, which says goodbye to its clients first; takes a second or two.
-  void terminate();
   /// SIGSTOP and SIGCONT.
   void stop();
   void resume();
@@ -80,16 +70,13 @@ class Rsyslog {
  private:
   std::string configuration() const;
   bool udpReady();
-  bool relpReady() const;
-  bool tlsReady() const;
   void signal(int number) const;
-  void reap();
 
   const Options m_options;
   TempDir m_dir;
   std::unique_ptr<Certificates> m_certificates;
   int m_portLock = -1;
-  int m_udpPort = 0, m_relpPort = 0, m_tlsPort = 0;
+  int m_relpPort = 0, m_tlsPort = 0;
   pid_t m_process = -1;
   int m_starts = 0;
   bool m_probed = false;

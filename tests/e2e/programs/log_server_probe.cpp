@@ -1,9 +1,11 @@
 // Logs to a log server on this machine, or delivers what a process before has left in the recovery files.
 //
-//   log_server_probe <directory> <port> log       numbered lines for ever, some thousand a second. The file "counters" in the
-//                                                 directory gets how many log calls have returned, and of how many it is
-//                                                 known at least that the server or a recovery file has them.
-//   log_server_probe <directory> <port> deliver   ends with 0 when the recovery files are empty.
+//   log_server_probe <directory> <port> <writer>  that writer's numbered lines for ever, some thousand a second. The file
+//                                                 "counters" in the directory gets how many log calls have returned, and
+//                                                 of how many it is known at least that the server or a recovery file has
+//                                                 them.
+//   log_server_probe <directory> <port> deliver   ends with 0 when the recovery files are empty; adds one line of
+//                                                 its own, with the process as the writer.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -17,7 +19,7 @@
 
 namespace {
 
-void log(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
+void log(LOGLogger* logger, const LOGTCPSocketAppender& appender, const char* writer) {
   struct Counters {
     std::atomic<long> returned, safe;
   };
@@ -26,7 +28,7 @@ void log(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
   if (memory == MAP_FAILED) ::_exit(2);
   auto& counters = *static_cast<Counters*>(memory);
   for (long n = 1;; ++n) {
-    LOG4VRK_INFO(logger, "0 " << n << " end");
+    LOG4VRK_INFO(logger, writer << " " << n << " end");
     counters.returned = n;
     // In this order no event counts twice.
     const auto acknowledged = static_cast<long>(appender.getAcknowledged());
@@ -35,10 +37,12 @@ void log(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
   }
 }
 
-bool deliver(const LOGTCPSocketAppender& appender) {
-  for (int attempt = 0; attempt < 10000; ++attempt) {
+// An event of its own goes behind what is in the files: when anything is acknowledged, the files have been read.
+bool deliver(LOGLogger* logger, const LOGTCPSocketAppender& appender) {
+  LOG4VRK_INFO(logger, ::getpid() << " 1 end");
+  for (int attempt = 0; attempt < 60000; ++attempt) {
     VRKThread::sleep(1000);
-    if (appender.getSent() > 0 ? appender.getInRecovery() == 0 : attempt > 100) return true;
+    if (appender.getAcknowledged() > 0 && appender.getInRecovery() == 0) return true;
   }
   return false;
 }
@@ -54,8 +58,8 @@ int main(int argc, char** argv) {
   LOGLogger* const logger = LOGManager::getLogger("probe");
   logger->addAppender(&appender);
   appender.activateOptions();
-  if (argv[3] == std::string("log")) log(logger, appender);
-  const bool delivered = deliver(appender);
+  if (argv[3] != std::string("deliver")) log(logger, appender, argv[3]);
+  const bool delivered = deliver(logger, appender);
   logger->removeAppender(&appender);
   return delivered ? 0 : 1;
 }
