@@ -172,7 +172,6 @@ void LOGThreadState::forget() {
   taken = 0;
   deferred.clear();
   renderers.clear();
-  spareEvent.reset();
   context.reset();
 }
 

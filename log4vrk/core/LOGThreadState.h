@@ -58,7 +58,6 @@ struct alignas(128) LOGThreadState {
   I18NString threadName;       // the text of threadId
   std::string threadNameUtf8;
   long threadId = 0;
-  std::unique_ptr<LOGLoggingEvent> spareEvent;  // for the next event that goes into a queue
 
   std::atomic<bool> inside{false};
   std::atomic<bool> serving{false};  // inside as a dispatcher
