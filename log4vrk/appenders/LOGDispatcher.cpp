@@ -75,6 +75,7 @@ void LOGDispatcher::run() {
 
 bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
+  m_seen = 0;
   LOGLoggingEvent* event = next();
   if (event == nullptr) return false;
   try {
@@ -95,10 +96,14 @@ bool LOGDispatcher::deliverSome() {
   return true;
 }
 
+// To ask the queue for its length at every event would cost those who put as much as the rest of it.
 LOGLoggingEvent* LOGDispatcher::next() {
+  if (m_seen == 0) m_seen = m_bf->length();
+  if (m_seen == 0) return nullptr;
   LOGLoggingEvent* const event = m_bf->get(m_event);
   m_object.reset(event != &m_event ? event : nullptr);
-  if (event != nullptr && m_bf->wasFull()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+  if (event == nullptr) return nullptr;
+  if (m_seen-- == m_bf->getMaxSize()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
   return event;
 }
 
