@@ -14,8 +14,7 @@
 namespace {
 
 constexpr std::size_t CACHE_LINE = 64;
-constexpr std::uint64_t FIRST_CAPACITY = 64;  // a power of two, as all are
-// The bit of a ring's tail that says that nothing is put into the ring any more.
+// The bit of a ring's tail that says that nothing more is put into the ring.
 constexpr std::uint64_t SEALED = std::uint64_t{1} << 63;
 
 std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast<std::int64_t>(to - from); }
@@ -40,23 +39,33 @@ struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   char text[SIZE - 3 * sizeof(std::uint64_t) - 2 * sizeof(void*)];
 };
 
-// The slots of the positions from the one at which the ring began to the one at which it was sealed. The first is small, so that it
-// stays in the processor's cache. When there are about to be more events than slots, the queue goes on in one of twice the size: there
-// is a slot for every event, whatever happens to the maximum size.
+// Slots for some events in a row. As long as the queue is short it stays in one ring, and so in the processor's cache. When the slots
+// are used up it goes on in another ring: there is one for every event, whatever happens to the maximum size. A ring that has been
+// emptied waits for its next use; rings stay as long as the queue, for a thread may still be looking at one. Positions in the queue
+// are never used twice, by which it will find out.
 struct LOGBoundedFIFO::Ring {
-  Ring(std::uint64_t capacity, std::uint64_t head)
-      : mask(capacity - 1), slots(new Slot[capacity]), tail(head), knownHead(head) {}
+  static constexpr std::uint64_t CAPACITY = 128;  // a power of two
+  static_assert(sizeof(Slot) == Slot::SIZE);
 
-  std::uint64_t capacity() const { return mask + 1; }
-  Slot& at(std::uint64_t position) const { return slots[position & mask]; }
+  // Before anything can be put into it: what is stored last lets them in.
+  void begin(std::uint64_t position, std::uint64_t head) {
+    next.store(nullptr, std::memory_order_relaxed);
+    first.store(position, std::memory_order_relaxed);
+    knownHead.store(head, std::memory_order_relaxed);
+    tail.store(position, std::memory_order_release);
+  }
+  bool isSealed() const { return (tail.load(std::memory_order_relaxed) & SEALED) != 0; }
+  Slot& at(std::uint64_t position) { return slots[position % CAPACITY]; }
 
-  const std::uint64_t mask;
-  std::unique_ptr<Slot[]> slots;  // freed by the getting side when it has left the ring
-  std::atomic<Ring*> next{nullptr};
+  // Of those who put: how many events there have been in the queue, a value that m_head has had, and the position of the first event
+  // that went into this ring.
+  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};
+  std::atomic<std::uint64_t> knownHead{0};
+  std::atomic<std::uint64_t> first{0};
 
-  // Of those who put: how many events there have been, and a value that m_head has had.
-  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail;
-  std::atomic<std::uint64_t> knownHead;
+  // The ring after this one, or the next of those that are not in use.
+  alignas(CACHE_LINE) std::atomic<Ring*> next{nullptr};
+  Slot slots[CAPACITY];
 };
 
 // A position in the queue that nobody else has, and its slot.
@@ -69,21 +78,19 @@ struct LOGBoundedFIFO::Claim {
   Slot* slot = nullptr;
 };
 
-LOGBoundedFIFO::LOGBoundedFIFO(int maxSize)
-    : m_maxSize(maxSize),
-      m_last(vrkNew<Ring>(VRK_HERE, FIRST_CAPACITY, std::uint64_t{0})),
-      m_rings(m_last),
-      m_first(m_rings) {
+LOGBoundedFIFO::LOGBoundedFIFO(int maxSize) : m_maxSize(maxSize), m_last(vrkNew<Ring>(VRK_HERE)), m_first(m_last) {
   if (maxSize <= 0) {
     LOGLogLog::error("LOGBoundedFIFO::LOGBoundedFIFO --- The maxSize argument is not a positive integer.");
   }
 }
 
 LOGBoundedFIFO::~LOGBoundedFIFO() {
-  for (Ring* ring = m_rings; ring != nullptr;) delete std::exchange(ring, ring->next.load());
+  for (Ring* ring : {m_first, m_unused}) {
+    while (ring != nullptr) delete std::exchange(ring, ring->next.load());
+  }
 }
 
-// The head first: what was got had been put, and whoever sees the one sees the other. A newer ring's tail counts on from the older's.
+// The head first: what was got had been put, and whoever sees the one sees the other.
 int LOGBoundedFIFO::length() const {
   const std::uint64_t head = m_head.load(std::memory_order_acquire);
   const Ring& last = *m_last.load(std::memory_order_acquire);
@@ -92,29 +99,29 @@ int LOGBoundedFIFO::length() const {
 
 // What the head was some time ago is good enough as long as that leaves room. Whoever finds room may write the slot, so its reading
 // must have happened before, by whichever thread the news of the head came: hence acquire and release for the known head, too.
-// The slot itself is published by its `turn`; for the tail it is enough to be one number that all agree on.
+// A tail that is no longer true does no harm, since nothing is claimed by it.
 LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
   Ring* ring = m_last.load(std::memory_order_acquire);
   std::uint64_t tail = ring->tail.load(std::memory_order_acquire);
   for (;;) {
     if ((tail & SEALED) != 0) {
-      Ring* const now = last();
-      if (now == ring) return {CLOSED};
-      ring = now;
+      ring = lastOpen();
+      if (ring == nullptr) return {CLOSED};
       tail = ring->tail.load(std::memory_order_acquire);
       continue;
     }
     const int size = getMaxSize();
     const std::uint64_t known = ring->knownHead.load(std::memory_order_acquire);
-    if (distance(known, tail) >= std::min<std::int64_t>(size, ring->capacity())) {
+    const std::uint64_t first = ring->first.load(std::memory_order_relaxed);
+    if (distance(known, tail) >= size || distance(std::max(known, first), tail) >= distance(0, Ring::CAPACITY)) {
       const std::uint64_t head = m_head.load(std::memory_order_acquire);
       ring->knownHead.store(head, std::memory_order_release);
-      // Unchanged before and after, it was the tail when the head was read. Otherwise the two say nothing.
+      // The same before and after, it was the tail when the head was read. Otherwise the two say nothing.
       const std::uint64_t before = std::exchange(tail, ring->tail.load(std::memory_order_acquire));
       if (before != tail) continue;
       if (static_cast<int>(tail - head) == size) return {FULL};
-      if (tail - head == ring->capacity()) {
-        grow(*ring);
+      if (tail - std::max(head, first) == Ring::CAPACITY) {
+        goOn(*ring);
         tail = ring->tail.load(std::memory_order_acquire);
         continue;
       }
@@ -125,20 +132,23 @@ LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
   }
 }
 
-// A ring is sealed before there is another, but under the lock.
-LOGBoundedFIFO::Ring* LOGBoundedFIFO::last() {
+// Null when the queue is closed. A ring is sealed before there is another, but under the lock.
+LOGBoundedFIFO::Ring* LOGBoundedFIFO::lastOpen() {
   const LOGLeafGuard guard(m_changing);
-  return m_last.load(std::memory_order_relaxed);
+  Ring* const last = m_last.load(std::memory_order_relaxed);
+  return last->isSealed() ? nullptr : last;
 }
 
 // The getting side may follow `next`, and others go by what it has got, only when they would find the new ring to be the last.
-void LOGBoundedFIFO::grow(Ring& crowded) {
+void LOGBoundedFIFO::goOn(const Ring& usedUp) {
   const LOGLeafGuard guard(m_changing);
-  if ((crowded.tail.load(std::memory_order_relaxed) & SEALED) != 0) return;
-  Ring* const next = vrkNew<Ring>(VRK_HERE, 2 * crowded.capacity(), crowded.knownHead.load(std::memory_order_acquire));
-  next->tail.store(crowded.tail.fetch_or(SEALED, std::memory_order_relaxed), std::memory_order_relaxed);
+  Ring* const last = m_last.load(std::memory_order_relaxed);
+  if (last != &usedUp || last->isSealed()) return;
+  Ring* const next = m_unused != nullptr ? m_unused : vrkNew<Ring>(VRK_HERE);
+  if (next == m_unused) m_unused = next->next.load(std::memory_order_relaxed);
+  next->begin(last->tail.fetch_or(SEALED, std::memory_order_relaxed), last->knownHead.load(std::memory_order_acquire));
   m_last.store(next, std::memory_order_release);
-  crowded.next.store(next, std::memory_order_release);
+  last->next.store(next, std::memory_order_release);
 }
 
 void LOGBoundedFIFO::close() {
@@ -182,8 +192,7 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
   return QUEUED;
 }
 
-// The oldest event's slot, when it has been published. In a ring that was sealed there is nothing to come once all that was claimed
-// has been got.
+// The oldest event's slot, when it has been published. A sealed ring is left when all that was claimed in it has been got.
 LOGBoundedFIFO::Slot* LOGBoundedFIFO::oldest() {
   const std::uint64_t head = m_head.load(std::memory_order_relaxed);
   for (;;) {
@@ -191,8 +200,9 @@ LOGBoundedFIFO::Slot* LOGBoundedFIFO::oldest() {
     if (slot.turn.load(std::memory_order_acquire) == head + 1) return &slot;
     Ring* const next = m_first->next.load(std::memory_order_acquire);
     if (next == nullptr || m_first->tail.load(std::memory_order_relaxed) != (head | SEALED)) return nullptr;
-    m_first->slots.reset();
-    m_first = next;
+    const LOGLeafGuard guard(m_changing);
+    m_first->next.store(m_unused, std::memory_order_relaxed);
+    m_unused = std::exchange(m_first, next);
   }
 }
 

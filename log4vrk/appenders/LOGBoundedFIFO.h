@@ -60,14 +60,14 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   struct Claim;
 
   Claim claim();
-  Ring* last();
-  void grow(Ring& crowded);
+  Ring* lastOpen();
+  void goOn(const Ring& usedUp);
   Slot* oldest();
 
   std::atomic<int> m_maxSize;
   std::atomic<Ring*> m_last;  // into which events are put
-  Ring* const m_rings;        // all there have been; they stay, for somebody may be looking at one
   VRKMutex m_changing;        // held while the last ring is replaced or sealed
+  Ring* m_unused VRK_GUARDED_BY(m_changing) = nullptr;
 
   // The getting side's, on a cache line of its own: those who put look at it only when there might be no space.
   alignas(64) std::atomic<std::uint64_t> m_head{0};  // how many events have been got
