@@ -69,7 +69,8 @@ void LOGAsyncAppender::activateOptions() {
   start();
 }
 
-// In a forked child the dispatcher is the parent's, and so is what is queued, if the fork has not caught it in the middle of a step.
+// In a forked child the dispatcher is the parent's, and so is what is queued, if the fork has not caught it in the
+// middle of a step.
 void LOGAsyncAppender::start() {
   if (m_forks != VRKThread::forks()) {
     discard(*m_queue);
@@ -113,8 +114,8 @@ void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
   if (outcome == LOGBoundedFIFO::FULL) LOGBoundedFIFO::reportFull();
 }
 
-// Waits without a lock. There is nothing to wait for in a queue of size 0, without a dispatcher, and for an event that a dispatcher
-// itself had put off: then the queue stays full.
+// Waits without a lock. There is nothing to wait for in a queue of size 0, without a dispatcher, and for an event that
+// a dispatcher itself had put off: then the queue stays full.
 LOGBoundedFIFO::Outcome LOGAsyncAppender::waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                        std::unique_ptr<LOGLoggingEvent>& copy) {
   const Counted waiting(*m_waiting);

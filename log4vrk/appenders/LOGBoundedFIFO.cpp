@@ -21,8 +21,8 @@ std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast
 
 }  // namespace
 
-// An event, or the record of one that is nothing but a text. It is written by whoever has claimed its position, who sets `turn` then,
-// and read by the getting side, which advances m_head then.
+// An event, or the record of one that is nothing but a text. It is written by whoever has claimed its position, who
+// sets `turn` then, and read by the getting side, which advances m_head then.
 struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   static constexpr std::size_t SIZE = 3 * CACHE_LINE;
   static constexpr std::uint32_t OBJECT = UINT32_MAX;
@@ -39,10 +39,10 @@ struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   char text[SIZE - 3 * sizeof(std::uint64_t) - 2 * sizeof(void*)];
 };
 
-// Slots for some events in a row. As long as the queue is short it stays in one ring, and so in the processor's cache. When the slots
-// are used up it goes on in another ring: there is one for every event, whatever happens to the maximum size. A ring that has been
-// emptied waits for its next use; rings stay as long as the queue, for a thread may still be looking at one. Positions in the queue
-// are never used twice, by which it will find out.
+// Slots for some events in a row. As long as the queue is short it stays in one ring, and so in the processor's cache.
+// When the slots are used up it goes on in another ring: there is one for every event, whatever happens to the maximum
+// size. A ring that has been emptied waits for its next use; rings stay as long as the queue, for a thread may still be
+// looking at one. Positions in the queue are never used twice, by which it will find out.
 struct LOGBoundedFIFO::Ring {
   static constexpr std::uint64_t CAPACITY = 128;  // a power of two
   static_assert(sizeof(Slot) == Slot::SIZE);
@@ -57,8 +57,8 @@ struct LOGBoundedFIFO::Ring {
   bool isSealed() const { return (tail.load(std::memory_order_relaxed) & SEALED) != 0; }
   Slot& at(std::uint64_t position) { return slots[position % CAPACITY]; }
 
-  // Of those who put: how many events there have been in the queue, a value that m_head has had, and the position of the first event
-  // that went into this ring.
+  // Of those who put: how many events there have been in the queue, a value that m_head has had, and the position of
+  // the first event that went into this ring.
   alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};
   std::atomic<std::uint64_t> knownHead{0};
   std::atomic<std::uint64_t> first{0};
@@ -97,9 +97,9 @@ int LOGBoundedFIFO::length() const {
   return static_cast<int>((last.tail.load(std::memory_order_relaxed) & ~SEALED) - head);
 }
 
-// What the head was some time ago is good enough as long as that leaves room. Whoever finds room may write the slot, so its reading
-// must have happened before, by whichever thread the news of the head came: hence acquire and release for the known head, too.
-// A tail that is no longer true does no harm, since nothing is claimed by it.
+// What the head was some time ago is good enough as long as that leaves room. Whoever finds room may write the slot, so
+// its reading must have happened before, by whichever thread the news of the head came: hence acquire and release for
+// the known head, too. A tail that is no longer true does no harm, since nothing is claimed by it.
 LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
   Ring* ring = m_last.load(std::memory_order_acquire);
   std::uint64_t tail = ring->tail.load(std::memory_order_acquire);
@@ -139,7 +139,8 @@ LOGBoundedFIFO::Ring* LOGBoundedFIFO::lastOpen() {
   return last->isSealed() ? nullptr : last;
 }
 
-// The getting side may follow `next`, and others go by what it has got, only when they would find the new ring to be the last.
+// The getting side may follow `next`, and others go by what it has got, only when they would find the new ring to be
+// the last.
 void LOGBoundedFIFO::goOn(const Ring& usedUp) {
   const LOGLeafGuard guard(m_changing);
   Ring* const last = m_last.load(std::memory_order_relaxed);
@@ -192,7 +193,8 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
   return QUEUED;
 }
 
-// The oldest event's slot, when it has been published. A sealed ring is left when all that was claimed in it has been got.
+// The oldest event's slot, when it has been published. A sealed ring is left when all that was claimed in it has been
+// got.
 LOGBoundedFIFO::Slot* LOGBoundedFIFO::oldest() {
   const std::uint64_t head = m_head.load(std::memory_order_relaxed);
   for (;;) {

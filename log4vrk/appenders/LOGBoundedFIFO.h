@@ -43,13 +43,15 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   void resize(int newSize);
   static int minimum(int a, int b) { return a < b ? a : b; }
 
-  // What the asynchronous appender and its dispatcher use instead, so that an event needs no memory of its own on its way.
+  // What the asynchronous appender and its dispatcher use instead, so that an event needs no memory of its own on its
+  // way.
   enum Outcome { QUEUED, FULL, CLOSED };
-  /// Puts a copy into the queue, without a word when it is refused. Of an event that has more than a short text it is an object, made
-  /// in `copy` before the first attempt and left there for the next.
+  /// Puts a copy into the queue, without a word when it is refused. Of an event that has more than a short text it is
+  /// an object, made in `copy` before the first attempt and left there for the next.
   Outcome putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy);
   static void reportFull();
-  /// get() without an object for an event that came without: it is returned in `place`, everything else as the caller's own.
+  /// get() without an object for an event that came without: it is returned in `place`, everything else as the caller's
+  /// own.
   LOGLoggingEvent* get(LOGLoggingEvent& place);
   /// For good: nothing is put any more, and length() says what is still to be got.
   void close();

@@ -44,9 +44,9 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
   const std::shared_ptr<std::atomic<int>> m_waiting;  // log calls that wait for space in the queue
-  int m_seen = 0;                                     // how many events were queued when it looked, less those it has got since
-  std::unique_ptr<LOGLoggingEvent> m_object;          // the event that is delivered, when it came as an object
-  LOGLoggingEvent m_event;                            // the thread's, for those that come without an object
+  int m_seen = 0;                             // how many events were queued when it looked, less those it has got since
+  std::unique_ptr<LOGLoggingEvent> m_object;  // the event that is delivered, when it came as an object
+  LOGLoggingEvent m_event;                    // the thread's, for those that come without an object
   std::atomic<long> m_threadId{0};
   std::atomic<int> m_interrupted{0};
   std::atomic<bool> m_deletesItself{false};

@@ -115,8 +115,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// Of a message that is nothing but a text, well-formed and lent for the life of the event.
   LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);
   void begin(const I18NString& fqnOfLoggerClass);
-  /// Whether it is what a log call of a text has made, and nobody has looked up or set anything: as much as a queue remembers. Then
-  /// setPlain() makes a copy, in the memory that the event has.
+  /// Whether it is what a log call of a text has made, and nobody has looked up or set anything: as much as a queue
+  /// remembers. Then setPlain() makes a copy, in the memory that the event has.
   bool isPlain() const;
   void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
                 std::string_view utf8);
