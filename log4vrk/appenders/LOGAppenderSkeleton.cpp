@@ -91,13 +91,16 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
   }
   logContain(APPEND_FAILURES, [&] {
     VRK_ASSERT(event);
-    {
+    // Only filters need the lock for themselves: they are the program's code.
+    if (m_appending == UNDER_LOCK || getFilter() != nullptr) {
       const LOGGuard guard(*this);
       if (!admits(event)) return;
       if (m_appending == UNDER_LOCK) {
         append(event);
         return;
       }
+    } else if (!admits(event)) {
+      return;
     }
     append(event);
   });

@@ -1,13 +1,10 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 
-#include "log4vrk/appenders/LOGBoundedFIFO.h"
 #include "log4vrk/appenders/LOGDispatcher.h"
-#include "log4vrk/appenders/LOGEventPool.h"
 #include "log4vrk/appenders/LOGPolling.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/LOGThreadState.h"
 #include "log4vrk/platform/VRKNoCancellation.h"
 #include "log4vrk/platform/VRKThread.h"
 
@@ -16,7 +13,7 @@ const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NStrin
 
 namespace {
 
-// Counts a log call from before it looks whether the appender is closing until its event is queued.
+// Counts a log call that waits: the dispatcher does not end before it has made space for it.
 class Counted {
  public:
   explicit Counted(std::atomic<int>& count) : m_count(count) { ++m_count; }
@@ -37,8 +34,7 @@ void discard(LOGBoundedFIFO& queue) {
 LOGAsyncAppender::LOGAsyncAppender()
     : LOGAppenderSkeleton(WITHOUT_LOCK),
       m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)),
-      m_appending(std::make_shared<std::atomic<int>>(0)),
-      m_pool(std::make_shared<LOGEventPool>()),
+      m_waiting(std::make_shared<std::atomic<int>>(0)),
       m_forks(VRKThread::forks()) {
   instance("LOGAsyncAppender");
   setClosed(1);
@@ -62,7 +58,7 @@ LOGAsyncAppender::~LOGAsyncAppender() {
 
 std::shared_ptr<LOGBoundedFIFO> LOGAsyncAppender::queue() {
   const LOGGuard guard(*this);
-  return m_queue;
+  return m_bf != nullptr ? m_queue : nullptr;
 }
 
 void LOGAsyncAppender::activateOptions() {
@@ -73,12 +69,16 @@ void LOGAsyncAppender::activateOptions() {
   start();
 }
 
-// In a forked child the dispatcher is the parent's, and so is what is queued.
+// In a forked child the dispatcher is the parent's, and so is what is queued, if the fork has not caught it in the
+// middle of a step.
 void LOGAsyncAppender::start() {
   if (m_forks != VRKThread::forks()) {
     discard(*m_queue);
-    m_pool = std::make_shared<LOGEventPool>();  // the parent's may have been caught in the middle of a step
-    *m_appending = 0;
+    auto queue = std::make_shared<LOGBoundedFIFO>(DEFAULT_BUFFER_SIZE);
+    queue->resize(m_queue->getMaxSize());
+    m_bf = queue.get();
+    m_queue = std::move(queue);
+    *m_waiting = 0;
     m_dispatcher = std::make_unique<LOGDispatcher>(m_queue, this);
     m_forks = VRKThread::forks();
   }
@@ -89,7 +89,6 @@ void LOGAsyncAppender::start() {
 void LOGAsyncAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   if (getClosed() == 0) activateOptions();
-  const Counted counted(*m_appending);
   if (m_closing) {
     reportClosed();
     return;
@@ -102,31 +101,29 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
                  event->getThreadName();
                  event->getNDC();
                }
-               enqueue(event);
+               enqueue(*event);
              });
 }
 
-// A copy in the event that the thread has kept from its last call.
-std::unique_ptr<LOGLoggingEvent> LOGAsyncAppender::copyOf(const LOGLoggingEvent& event) {
-  std::unique_ptr<LOGLoggingEvent> copy = std::move(LOGThreadState::current().spareEvent);
-  if (copy) {
-    *copy = event;
-  } else {
-    copy = std::make_unique<LOGLoggingEvent>(event);
-  }
-  return copy;
+void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
+  LOGBoundedFIFO* const queue = m_bf;
+  std::unique_ptr<LOGLoggingEvent> copy;
+  LOGBoundedFIFO::Outcome outcome = queue != nullptr ? queue->putCopy(event, copy) : LOGBoundedFIFO::CLOSED;
+  if (outcome == LOGBoundedFIFO::FULL) outcome = waitForSpace(*queue, event, copy);
+  if (outcome == LOGBoundedFIFO::CLOSED) reportClosed();
+  if (outcome == LOGBoundedFIFO::FULL) LOGBoundedFIFO::reportFull();
 }
 
-// Waits for space without a lock. There is none to wait for in a queue of size 0, without a dispatcher, and for an event that a
-// dispatcher itself had put off: then the queue says that it is full.
-void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
-  VRK_ASSERT(m_bf);
-  LOGBoundedFIFO& queue = *m_bf;
-  std::unique_ptr<LOGLoggingEvent> copy = copyOf(*event);
+// Waits without a lock. There is nothing to wait for in a queue of size 0, without a dispatcher, and for an event that
+// a dispatcher itself had put off: then the queue stays full.
+LOGBoundedFIFO::Outcome LOGAsyncAppender::waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
+                                                       std::unique_ptr<LOGLoggingEvent>& copy) {
+  const Counted waiting(*m_waiting);
   LOGPolling polling;
   for (;;) {
-    const bool neverWaits = queue.getMaxSize() == 0 || getClosed() != 0 || LOGDeferral::mustNotWait();
-    if (put(queue, copy, neverWaits) || neverWaits) return;
+    const bool inVain = queue.getMaxSize() == 0 || (getClosed() != 0 && !m_closing) || LOGDeferral::mustNotWait();
+    const LOGBoundedFIFO::Outcome outcome = queue.putCopy(event, copy);
+    if (outcome != LOGBoundedFIFO::FULL || inVain) return outcome;
     if (polling.beginsPeriod()) LOGLogLog::debug("Waiting for free space in buffer, ");
     try {
       polling.waitShortly();
@@ -135,20 +132,6 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent* event) {
                                                      : "AsyncAppender interrupted again.");
     }
   }
-}
-
-// Tests and puts in one step, because another thread may resize the queue or fill it. What the dispatcher has done with is taken in
-// exchange, for the thread's next event.
-bool LOGAsyncAppender::put(LOGBoundedFIFO& queue, std::unique_ptr<LOGLoggingEvent>& event, bool evenIfFull) {
-  std::unique_ptr<LOGLoggingEvent> spare;
-  {
-    const LOGLeafGuard guard(m_putting);
-    if ((queue.isFullToPut() && !evenIfFull) || !queue.put(event.get())) return false;
-    static_cast<void>(event.release());
-    spare = m_pool->take();
-  }
-  LOGThreadState::current().spareEvent = std::move(spare);
-  return true;
 }
 
 // No lock is held while the dispatcher finishes: what it delivers to may want any of them.
@@ -183,7 +166,6 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
                dispatcher.reset();
                const LOGGuard guard(*this);
                m_bf = nullptr;
-               m_queue.reset();
              });
 }
 

@@ -8,12 +8,10 @@
 #include "log4vrk/appenders/LOGAppenderAttachable.h"
 #include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
 #include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/appenders/LOGBoundedFIFO.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKMutex.h"
 
-class LOGBoundedFIFO;
 class LOGDispatcher;
-class LOGEventPool;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A logging
 /// thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped: close() delivers
@@ -64,14 +62,13 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
 
   // What the dispatcher shares.
   const std::shared_ptr<LOGAppenderAttachableImpl>& container() const { return m_aai; }
-  const std::shared_ptr<std::atomic<int>>& appending() const { return m_appending; }
-  const std::shared_ptr<LOGEventPool>& pool() const { return m_pool; }
+  const std::shared_ptr<std::atomic<int>>& waiting() const { return m_waiting; }
 
  private:
   std::shared_ptr<LOGBoundedFIFO> queue();
-  void enqueue(LOGLoggingEvent* event);
-  static std::unique_ptr<LOGLoggingEvent> copyOf(const LOGLoggingEvent& event);
-  bool put(LOGBoundedFIFO& queue, std::unique_ptr<LOGLoggingEvent>& event, bool evenIfFull);
+  void enqueue(const LOGLoggingEvent& event);
+  LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
+                                       std::unique_ptr<LOGLoggingEvent>& copy);
   void start() VRK_REQUIRES(m_critSection);
   std::unique_ptr<LOGDispatcher> takeDispatcher();
   void finish(std::unique_ptr<LOGDispatcher> dispatcher);
@@ -83,19 +80,16 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
 
   // Constant after construction.
   const std::shared_ptr<LOGAppenderAttachableImpl> m_aai;
-  const std::shared_ptr<std::atomic<int>> m_appending;  // log calls that are putting an event into the queue
+  const std::shared_ptr<std::atomic<int>> m_waiting;  // log calls that wait for space
 
-  std::shared_ptr<LOGEventPool> m_pool;  // of events that the dispatcher has done with; changes in a forked child only
-
+  // Read by log calls.
   std::atomic<int> m_locationInfo{0};
   std::atomic<int> m_interrupted{0};
   std::atomic<bool> m_closing{false};
-  std::atomic<unsigned> m_forks;  // of the process whose dispatcher this is
+  std::atomic<unsigned> m_forks;               // of the process whose dispatcher this is
+  std::atomic<LOGBoundedFIFO*> m_bf{nullptr};  // the queue, or null when the dispatcher has finished
 
-  // For log calls: stays as long as one of them is counted as appending.
-  std::atomic<LOGBoundedFIFO*> m_bf{nullptr};
-
+  // Stays as long as the appender: a log call may be about to find it closed. Another one in a forked child.
   std::shared_ptr<LOGBoundedFIFO> m_queue VRK_GUARDED_BY(m_critSection);
   std::unique_ptr<LOGDispatcher> m_dispatcher VRK_GUARDED_BY(m_critSection);
-  VRKMutex m_putting;  // one putting side at a time
 };

@@ -1,68 +1,231 @@
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
 
+#include <algorithm>
+#include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGObject.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
-// Events in a row. The counter of puts publishes what the putting side has written, and the link to the next block.
-struct LOGBoundedFIFO::Block {
-  static constexpr int SIZE = 256;
+namespace {
 
-  LOGLoggingEvent* events[SIZE];
-  Block* next = nullptr;
+constexpr std::size_t CACHE_LINE = 64;
+// The bit of a ring's tail that says that nothing more is put into the ring.
+constexpr std::uint64_t SEALED = std::uint64_t{1} << 63;
+
+std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast<std::int64_t>(to - from); }
+
+}  // namespace
+
+// An event, or the record of one that is nothing but a text. It is written by whoever has claimed its position, who
+// sets `turn` then, and read by the getting side, which advances m_head then.
+struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
+  static constexpr std::size_t SIZE = 3 * CACHE_LINE;
+  static constexpr std::uint32_t OBJECT = UINT32_MAX;
+
+  std::atomic<std::uint64_t> turn{0};  // the position after that of the event that can be read
+  std::int64_t timeStamp;
+  std::int32_t timeStampNanos;
+  std::uint32_t length;  // of the text, or OBJECT
+  LOGLevel* level;
+  union {
+    LOGLogger* logger;
+    LOGLoggingEvent* object;
+  };
+  char text[SIZE - 3 * sizeof(std::uint64_t) - 2 * sizeof(void*)];
 };
 
-LOGBoundedFIFO::LOGBoundedFIFO(int maxSize) : m_maxSize(maxSize), m_last(vrkNew<Block>(VRK_HERE)), m_first(m_last) {
+// Slots for some events in a row. As long as the queue is short it stays in one ring, and so in the processor's cache.
+// When the slots are used up it goes on in another ring: there is one for every event, whatever happens to the maximum
+// size. A ring that has been emptied waits for its next use; rings stay as long as the queue, for a thread may still be
+// looking at one. Positions in the queue are never used twice, by which it will find out.
+struct LOGBoundedFIFO::Ring {
+  static constexpr std::uint64_t CAPACITY = 128;  // a power of two
+  static_assert(sizeof(Slot) == Slot::SIZE);
+
+  // Before anything can be put into it: what is stored last lets them in.
+  void begin(std::uint64_t position, std::uint64_t head) {
+    next.store(nullptr, std::memory_order_relaxed);
+    first.store(position, std::memory_order_relaxed);
+    knownHead.store(head, std::memory_order_relaxed);
+    tail.store(position, std::memory_order_release);
+  }
+  bool isSealed() const { return (tail.load(std::memory_order_relaxed) & SEALED) != 0; }
+  Slot& at(std::uint64_t position) { return slots[position % CAPACITY]; }
+
+  // Of those who put: how many events there have been in the queue, a value that m_head has had, and the position of
+  // the first event that went into this ring.
+  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};
+  std::atomic<std::uint64_t> knownHead{0};
+  std::atomic<std::uint64_t> first{0};
+
+  // The ring after this one, or the next of those that are not in use.
+  alignas(CACHE_LINE) std::atomic<Ring*> next{nullptr};
+  Slot slots[CAPACITY];
+};
+
+// A position in the queue that nobody else has, and its slot.
+struct LOGBoundedFIFO::Claim {
+  // The slot is the getting side's from here on.
+  void publish() { slot->turn.store(position + 1, std::memory_order_release); }
+
+  Outcome outcome;
+  std::uint64_t position = 0;
+  Slot* slot = nullptr;
+};
+
+LOGBoundedFIFO::LOGBoundedFIFO(int maxSize) : m_maxSize(maxSize), m_last(vrkNew<Ring>(VRK_HERE)), m_first(m_last) {
   if (maxSize <= 0) {
     LOGLogLog::error("LOGBoundedFIFO::LOGBoundedFIFO --- The maxSize argument is not a positive integer.");
   }
 }
 
 LOGBoundedFIFO::~LOGBoundedFIFO() {
-  while (m_first != nullptr) delete std::exchange(m_first, m_first->next);
-  delete m_spare.load();
+  for (Ring* ring : {m_first, m_unused}) {
+    while (ring != nullptr) delete std::exchange(ring, ring->next.load());
+  }
 }
 
-bool LOGBoundedFIFO::isFullToPut() {
-  const int size = getMaxSize();
-  // What the other side has got since can only make the queue shorter.
-  if (static_cast<int>(m_puts.load(std::memory_order_relaxed) - m_seenGets) < size) return false;
-  m_seenGets = m_gets.load(std::memory_order_acquire);
-  return static_cast<int>(m_puts.load(std::memory_order_relaxed) - m_seenGets) == size;
+// The head first: what was got had been put, and whoever sees the one sees the other.
+int LOGBoundedFIFO::length() const {
+  const std::uint64_t head = m_head.load(std::memory_order_acquire);
+  const Ring& last = *m_last.load(std::memory_order_acquire);
+  return static_cast<int>((last.tail.load(std::memory_order_relaxed) & ~SEALED) - head);
 }
+
+// What the head was some time ago is good enough as long as that leaves room. Whoever finds room may write the slot, so
+// its reading must have happened before, by whichever thread the news of the head came: hence acquire and release for
+// the known head, too. A tail that is no longer true does no harm, since nothing is claimed by it.
+LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
+  Ring* ring = m_last.load(std::memory_order_acquire);
+  std::uint64_t tail = ring->tail.load(std::memory_order_acquire);
+  for (;;) {
+    if ((tail & SEALED) != 0) {
+      ring = lastOpen();
+      if (ring == nullptr) return {CLOSED};
+      tail = ring->tail.load(std::memory_order_acquire);
+      continue;
+    }
+    const int size = getMaxSize();
+    const std::uint64_t known = ring->knownHead.load(std::memory_order_acquire);
+    const std::uint64_t first = ring->first.load(std::memory_order_relaxed);
+    if (distance(known, tail) >= size || distance(std::max(known, first), tail) >= distance(0, Ring::CAPACITY)) {
+      const std::uint64_t head = m_head.load(std::memory_order_acquire);
+      ring->knownHead.store(head, std::memory_order_release);
+      // The same before and after, it was the tail when the head was read. Otherwise the two say nothing.
+      const std::uint64_t before = std::exchange(tail, ring->tail.load(std::memory_order_acquire));
+      if (before != tail) continue;
+      if (static_cast<int>(tail - head) == size) return {FULL};
+      if (tail - std::max(head, first) == Ring::CAPACITY) {
+        goOn(*ring);
+        tail = ring->tail.load(std::memory_order_acquire);
+        continue;
+      }
+    }
+    if (ring->tail.compare_exchange_weak(tail, tail + 1, std::memory_order_acquire)) {
+      return {QUEUED, tail, &ring->at(tail)};
+    }
+  }
+}
+
+// Null when the queue is closed. A ring is sealed before there is another, but under the lock.
+LOGBoundedFIFO::Ring* LOGBoundedFIFO::lastOpen() {
+  const LOGLeafGuard guard(m_changing);
+  Ring* const last = m_last.load(std::memory_order_relaxed);
+  return last->isSealed() ? nullptr : last;
+}
+
+// The getting side may follow `next`, and others go by what it has got, only when they would find the new ring to be
+// the last.
+void LOGBoundedFIFO::goOn(const Ring& usedUp) {
+  const LOGLeafGuard guard(m_changing);
+  Ring* const last = m_last.load(std::memory_order_relaxed);
+  if (last != &usedUp || last->isSealed()) return;
+  Ring* const next = m_unused != nullptr ? m_unused : vrkNew<Ring>(VRK_HERE);
+  if (next == m_unused) m_unused = next->next.load(std::memory_order_relaxed);
+  next->begin(last->tail.fetch_or(SEALED, std::memory_order_relaxed), last->knownHead.load(std::memory_order_acquire));
+  m_last.store(next, std::memory_order_release);
+  last->next.store(next, std::memory_order_release);
+}
+
+void LOGBoundedFIFO::close() {
+  const LOGLeafGuard guard(m_changing);
+  m_last.load(std::memory_order_relaxed)->tail.fetch_or(SEALED, std::memory_order_relaxed);
+}
+
+void LOGBoundedFIFO::reportFull() { LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full."); }
 
 bool LOGBoundedFIFO::put(LOGLoggingEvent* event) {
-  if (isFullToPut()) {
-    LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
+  Claim mine = claim();
+  if (mine.outcome != QUEUED) {
+    reportFull();
     return false;
   }
-  if (m_put == Block::SIZE) {
-    Block* const spare = m_spare.exchange(nullptr, std::memory_order_acquire);
-    Block* const block = spare != nullptr ? spare : vrkNew<Block>(VRK_HERE);
-    block->next = nullptr;
-    m_last->next = block;
-    m_last = block;
-    m_put = 0;
-  }
-  m_last->events[m_put++] = event;
-  m_puts.store(m_puts.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+  mine.slot->length = Slot::OBJECT;
+  mine.slot->object = event;
+  mine.publish();
   return true;
 }
 
-LOGLoggingEvent* LOGBoundedFIFO::get() {
-  const unsigned gets = m_gets.load(std::memory_order_relaxed);
-  if (m_seenPuts == gets) m_seenPuts = m_puts.load(std::memory_order_acquire);
-  if (m_seenPuts == gets) return nullptr;
-  if (m_got == Block::SIZE) {
-    Block* const empty = std::exchange(m_first, m_first->next);
-    delete m_spare.exchange(empty, std::memory_order_release);
-    m_got = 0;
+LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy) {
+  const bool asRecord = event.isPlain() && event.m_text.size() <= sizeof(Slot::text);
+  if (!asRecord && !copy) copy = std::make_unique<LOGLoggingEvent>(event);
+  const LOGGate::Pass inside;  // a fork finds no slot claimed and not published
+  Claim mine = claim();
+  if (mine.outcome != QUEUED) return mine.outcome;
+  Slot& slot = *mine.slot;
+  if (asRecord) {
+    slot.timeStamp = event.m_timeStamp;
+    slot.timeStampNanos = event.m_timeStampNanos;
+    slot.length = static_cast<std::uint32_t>(event.m_text.size());
+    slot.level = event.m_level;
+    slot.logger = event.m_logger;
+    std::memcpy(slot.text, event.m_text.data(), event.m_text.size());
+  } else {
+    slot.length = Slot::OBJECT;
+    slot.object = copy.release();
   }
-  LOGLoggingEvent* const event = m_first->events[m_got++];
-  m_gets.store(gets + 1, std::memory_order_release);
+  mine.publish();
+  return QUEUED;
+}
+
+// The oldest event's slot, when it has been published. A sealed ring is left when all that was claimed in it has been
+// got.
+LOGBoundedFIFO::Slot* LOGBoundedFIFO::oldest() {
+  const std::uint64_t head = m_head.load(std::memory_order_relaxed);
+  for (;;) {
+    Slot& slot = m_first->at(head);
+    if (slot.turn.load(std::memory_order_acquire) == head + 1) return &slot;
+    Ring* const next = m_first->next.load(std::memory_order_acquire);
+    if (next == nullptr || m_first->tail.load(std::memory_order_relaxed) != (head | SEALED)) return nullptr;
+    const LOGLeafGuard guard(m_changing);
+    m_first->next.store(m_unused, std::memory_order_relaxed);
+    m_unused = std::exchange(m_first, next);
+  }
+}
+
+LOGLoggingEvent* LOGBoundedFIFO::get(LOGLoggingEvent& place) {
+  const Slot* const slot = oldest();
+  if (slot == nullptr) return nullptr;
+  LOGLoggingEvent* event = &place;
+  if (slot->length == Slot::OBJECT) {
+    event = slot->object;
+  } else {
+    place.setPlain(slot->timeStamp, slot->timeStampNanos, slot->level, slot->logger, {slot->text, slot->length});
+  }
+  m_head.store(m_head.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   return event;
+}
+
+LOGLoggingEvent* LOGBoundedFIFO::get() {
+  if (oldest() == nullptr) return nullptr;
+  auto place = std::make_unique<LOGLoggingEvent>();
+  LOGLoggingEvent* const event = get(*place);
+  return event == place.get() ? place.release() : event;
 }
 
 void LOGBoundedFIFO::resize(int newSize) {

@@ -3,16 +3,18 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
+#include <memory>
 
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKMutex.h"
 
 class LOGLoggingEvent;
 
 /// The queue between the threads that log and the dispatcher thread. It never blocks and never waits.
 ///
-/// Thread safety: one putting thread and one getting thread at a time; they may run at once. Everything else from any
-/// thread.
+/// Thread safety: any thread, but one getting thread at a time.
 /// Ownership: events in the queue are lent; an event that get() returned belongs to the caller.
 class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
  public:
@@ -28,10 +30,7 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// The oldest event, or null.
   LOGLoggingEvent* get();
 
-  int length() const {
-    const unsigned got = m_gets.load(std::memory_order_acquire);  // first: it is never more than what was put
-    return static_cast<int>(m_puts.load(std::memory_order_acquire) - got);
-  }
+  int length() const;
   int getMaxSize() const { return m_maxSize.load(std::memory_order_relaxed); }
   /// Exactly as many events as the size: after shrinking below its length the queue takes more, on purpose, until it has
   /// been drained to the size.
@@ -43,23 +42,36 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Keeps what is queued.
   void resize(int newSize);
   static int minimum(int a, int b) { return a < b ? a : b; }
-  /// isFull() for the putting side, which looks at the getting side's counter only when it has to.
-  bool isFullToPut();
+
+  // What the asynchronous appender and its dispatcher use instead, so that an event needs no memory of its own on its
+  // way.
+  enum Outcome { QUEUED, FULL, CLOSED };
+  /// Puts a copy into the queue, without a word when it is refused. Of an event that has more than a short text it is
+  /// an object, made in `copy` before the first attempt and left there for the next.
+  Outcome putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy);
+  static void reportFull();
+  /// get() without an object for an event that came without: it is returned in `place`, everything else as the caller's
+  /// own.
+  LOGLoggingEvent* get(LOGLoggingEvent& place);
+  /// For good: nothing is put any more, and length() says what is still to be got.
+  void close();
 
  private:
-  struct Block;
+  struct Slot;
+  struct Ring;
+  struct Claim;
+
+  Claim claim();
+  Ring* lastOpen();
+  void goOn(const Ring& usedUp);
+  Slot* oldest();
 
   std::atomic<int> m_maxSize;
-  std::atomic<Block*> m_spare{nullptr};  // an empty block on its way back from the getting side
+  std::atomic<Ring*> m_last;  // into which events are put
+  VRKMutex m_changing;        // held while the last ring is replaced or sealed
+  Ring* m_unused VRK_GUARDED_BY(m_changing) = nullptr;
 
-  // How many events there have been, the putting side's own, and what it last saw of the other; then the same of the getting side.
-  // On cache lines of their own, so that the sides disturb each other only when one has caught up with the other.
-  alignas(64) std::atomic<unsigned> m_puts{0};
-  unsigned m_seenGets = 0;
-  Block* m_last;
-  int m_put = 0;
-  alignas(64) std::atomic<unsigned> m_gets{0};
-  unsigned m_seenPuts = 0;
-  Block* m_first;
-  int m_got = 0;
+  // The getting side's, on a cache line of its own: those who put look at it only when there might be no space.
+  alignas(64) std::atomic<std::uint64_t> m_head{0};  // how many events have been got
+  Ring* m_first;
 };

@@ -2,11 +2,9 @@
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
-#include "log4vrk/appenders/LOGEventPool.h"
 #include "log4vrk/appenders/LOGPolling.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
-#include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
@@ -36,8 +34,7 @@ LOGDispatcher::LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppe
     : VRKThread(STACK_SIZE),
       m_bf(std::move(queue)),
       m_container(containerOf(container)),
-      m_appending(container->appending()),
-      m_pool(container->pool()) {}
+      m_waiting(container->waiting()) {}
 
 LOGDispatcher::~LOGDispatcher() { join(); }
 
@@ -57,14 +54,16 @@ void LOGDispatcher::run() {
   m_threadId = VRKThread::currentThreadId();
   const LOGDeferral::DispatcherThread here;
   LOGPolling polling;
-  for (;;) {
-    // Asked before the queue is looked at: what was put before the interruption is seen.
-    const bool last = m_interrupted != 0 && *m_appending == 0;
+  for (bool closed = false;;) {
+    if (!closed && m_interrupted != 0 && *m_waiting == 0) {
+      m_bf->close();
+      closed = true;
+    }
     const bool delivered = deliverSome();
     LOGDeferral::deliverPutOff();
     if (delivered) {
       polling.reset();
-    } else if (last) {
+    } else if (closed && m_bf->length() == 0) {
       break;
     } else {
       rest(polling);
@@ -76,16 +75,16 @@ void LOGDispatcher::run() {
 
 bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
-  std::unique_ptr<LOGLoggingEvent> event = next();
-  if (!event) return false;
+  m_seen = 0;
+  LOGLoggingEvent* event = next();
+  if (event == nullptr) return false;
   try {
     const LOGGuard guard(*m_container);
     const LOGAppenderAttachableImpl::HoldingBack held(*m_container);
     const int most = held.all() ? MOST_AT_ONCE : 1;
     for (int delivered = 1;; ++delivered) {
-      deliver(event.get());
-      m_pool->give(std::move(event));
-      if (delivered == most || LOGDeferral::hasPutOff() || !(event = next())) break;
+      deliver(event);
+      if (delivered == most || LOGDeferral::hasPutOff() || (event = next()) == nullptr) break;
     }
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);
@@ -97,9 +96,14 @@ bool LOGDispatcher::deliverSome() {
   return true;
 }
 
-std::unique_ptr<LOGLoggingEvent> LOGDispatcher::next() {
-  std::unique_ptr<LOGLoggingEvent> event(m_bf->get());
-  if (event && m_bf->wasFull()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+// To ask the queue for its length at every event would cost those who put as much as the rest of it.
+LOGLoggingEvent* LOGDispatcher::next() {
+  if (m_seen == 0) m_seen = m_bf->length();
+  if (m_seen == 0) return nullptr;
+  LOGLoggingEvent* const event = m_bf->get(m_event);
+  m_object.reset(event != &m_event ? event : nullptr);
+  if (event == nullptr) return nullptr;
+  if (m_seen-- == m_bf->getMaxSize()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
   return event;
 }
 
@@ -113,4 +117,5 @@ void LOGDispatcher::deliver(LOGLoggingEvent* event) {
   catch (...) {
     // The appender's doAppend() has written its line, and the next event is not to blame.
   }
+  m_object.reset();
 }

@@ -5,14 +5,13 @@
 #include <atomic>
 #include <memory>
 
+#include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKThread.h"
 
 class LOGAppenderAttachableImpl;
 class LOGAsyncAppender;
 class LOGBoundedFIFO;
-class LOGEventPool;
-class LOGLoggingEvent;
 
 /// Takes events from a queue and hands each to the appenders of a container. It looks again and again; nobody wakes it. What an
 /// appender raises is written to the internal log, and the thread goes on.
@@ -39,13 +38,15 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
  private:
   /// False when the queue is empty.
   bool deliverSome();
-  std::unique_ptr<LOGLoggingEvent> next();
+  LOGLoggingEvent* next();
   void deliver(LOGLoggingEvent* event);
 
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
-  const std::shared_ptr<std::atomic<int>> m_appending;  // log calls that are putting an event into the queue
-  const std::shared_ptr<LOGEventPool> m_pool;
+  const std::shared_ptr<std::atomic<int>> m_waiting;  // log calls that wait for space in the queue
+  int m_seen = 0;                             // how many events were queued when it looked, less those it has got since
+  std::unique_ptr<LOGLoggingEvent> m_object;  // the event that is delivered, when it came as an object
+  LOGLoggingEvent m_event;                    // the thread's, for those that come without an object
   std::atomic<long> m_threadId{0};
   std::atomic<int> m_interrupted{0};
   std::atomic<bool> m_deletesItself{false};

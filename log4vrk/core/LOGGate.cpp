@@ -178,7 +178,6 @@ void LOGThreadState::forget() {
   deferred.clear();
   departures.clear();
   renderers.clear();
-  spareEvent.reset();
   patterns.reset();
   context.reset();
 }

@@ -236,7 +236,7 @@ void LOGLogger::callAppenders(LOGLoggingEvent* event) {
     return;
   }
   const LOGDeferral deferral(thread);
-  const Borrowing borrowing(thread, thread.passes == 0 && event->isPlain() ? firstWithAppenders() : nullptr);
+  const Borrowing borrowing(thread, thread.passes == 0 && event->isText() ? firstWithAppenders() : nullptr);
   const LOGGate::Pass pass(thread);
   if (walk(event, thread) != 0) return;
   if (LOGLoggerRepository* const repository = getRepository()) repository->emitNoAppenderWarning(this);

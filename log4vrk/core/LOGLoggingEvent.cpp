@@ -92,6 +92,28 @@ void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
   if (m_ndc == &other.m_own->ndc) m_ndc = &m_own->ndc;
 }
 
+bool LOGLoggingEvent::isPlain() const {
+  return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NONE && m_logger != nullptr &&
+         m_loggerName == &m_logger->getName() && m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
+}
+
+void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
+                               std::string_view utf8) {
+  m_message.reset();
+  m_own.reset();
+  m_timeStamp = seconds;
+  m_timeStampNanos = nanoseconds;
+  m_isText = m_ndcLookupRequired = true;
+  m_level = level;
+  m_logger = logger;
+  m_loggerName = &logger->getName();
+  m_fqnOfLoggerClass = &LOGLogger::m_FQCN;
+  m_threadName = m_ndc = &NONE;
+  m_ownText.clear();
+  m_ownText.appendChecked(utf8);
+  m_text = m_ownText.view();
+}
+
 LOGLoggingEvent::~LOGLoggingEvent() = default;
 
 const I18NString& LOGLoggingEvent::getNDC() {

@@ -85,9 +85,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
   /// Whether the message is a text and nothing else.
-  bool isPlain() const { return m_isText && !(m_own && !m_own->renderedMessage.isEmpty()); }
-  /// Whether it holds no more than a text of up to `most` bytes.
-  bool isSmall(std::size_t most) const { return !m_message && !m_own && m_ownText.capacity() <= most; }
+  bool isText() const { return m_isText && !(m_own && !m_own->renderedMessage.isEmpty()); }
 
   // There is no mapped context, and an event has no stored form of its own.
   LOGObject* getMDC(const I18NString& /*key*/) { return nullptr; }
@@ -100,6 +98,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   static std::int32_t getStartTimeNanos();
 
  private:
+  friend class LOGBoundedFIFO;
   friend class LOGLogger;
 
   static const I18NString& NONE;
@@ -118,6 +117,11 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// Of a message that is nothing but a text, well-formed and lent for the life of the event.
   LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);
   void begin(const I18NString& fqnOfLoggerClass);
+  /// Whether it is what a log call of a text has made, and nobody has looked up or set anything: as much as a queue
+  /// remembers. Then setPlain() makes a copy, in the memory that the event has.
+  bool isPlain() const;
+  void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
+                std::string_view utf8);
   void copyMessage(const LOGLoggingEvent& other);
   void copyOwn(const LOGLoggingEvent& other);
 

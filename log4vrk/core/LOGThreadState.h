@@ -67,10 +67,9 @@ struct alignas(128) LOGThreadState {
   bool isNamed = false;                        // the next two are the thread's
   I18NString threadName;
   std::string threadNameUtf8;
-  std::unique_ptr<LOGLoggingEvent> spareEvent;  // for the next event that goes into a queue
 
-  std::atomic<const LOGLogger*> borrowsFrom{
-      nullptr};  // whose appender the thread uses without the logger's lock; if inside
+  // Whose appender the thread uses without the logger's lock. Counts only as long as the thread is inside.
+  std::atomic<const LOGLogger*> borrowsFrom{nullptr};
   std::atomic<bool> inside{false};
   std::atomic<bool> serving{false};  // inside as a dispatcher
   std::atomic<bool> used{true};

@@ -46,6 +46,79 @@ TEST(LOGBoundedFIFO, IsFullAtExactlyItsSizeAndKeepsTheOrder) {
   for (LOGLoggingEvent& event : events) EXPECT_EQ(&event, never.get());
 }
 
+TEST(LOGBoundedFIFO, KeepsTheOrderOfEachThreadWhileItsSizeChanges) {
+  constexpr int THREADS = 4;
+  constexpr int EACH = 20000;
+  struct Keeper : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent* event) override { kept = *event; }
+    LOGLoggingEvent kept;
+  } keeper;
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a");
+  logger->addAppender(&keeper);
+  logger->info("text");
+  LOGBoundedFIFO queue(200);
+  std::thread putting([&] {
+    onThreads(THREADS, [&](int t) {
+      for (int n = 1; n <= EACH; ++n) {
+        LOGLoggingEvent event(keeper.kept);
+        event.setTimeStamp(t, n);
+        if (n % 3 == 0) event.setThreadName("set");  // so that it is more than a text
+        std::unique_ptr<LOGLoggingEvent> copy;
+        while (queue.putCopy(event, copy) != LOGBoundedFIFO::QUEUED) std::this_thread::yield();
+      }
+    });
+    queue.close();
+  });
+  LOGLoggingEvent place;
+  int last[THREADS] = {};
+  for (int got = 0; got < THREADS * EACH;) {
+    LOGLoggingEvent* const event = queue.get(place);
+    if (event == nullptr) {
+      std::this_thread::yield();
+      continue;
+    }
+    const std::unique_ptr<LOGLoggingEvent> object(event != &place ? event : nullptr);
+    int& number = last[event->getTimeStamp()];
+    ASSERT_EQ(++number, event->getTimeStampNanos());
+    ASSERT_EQ(number % 3 == 0, event->getThreadName() == "set");
+    if (++got % 1000 == 0) queue.resize(100 + got % 700);
+  }
+  putting.join();
+  EXPECT_EQ(0, queue.length());
+  std::unique_ptr<LOGLoggingEvent> copy;
+  EXPECT_EQ(LOGBoundedFIFO::CLOSED, queue.putCopy(keeper.kept, copy));
+}
+
+TEST_F(AsyncAppenderTest, DeliversTextsOfAnyLengthAndNothingOfTheEventBefore) {
+  struct Changing : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent* event) override {
+      EXPECT_TRUE(event->getThrowableStrRep().isEmpty());
+      EXPECT_EQ("a", event->getLoggerName());
+      EXPECT_EQ(LOGLevel::INFO_OBJ, event->getLevel());
+      texts.push_back(event->getMessage()->toString().toUtf8() + " by " + event->getThreadName().toUtf8());
+      event->setRenderedMessage("changed");
+      event->setThreadName("changed");
+      event->setThrowableStrRep("changed");
+      event->setLevel(LOGLevel::FATAL_OBJ);
+      event->setLogger(nullptr);
+    }
+    Texts texts;
+  } changing;
+  appender.addAppender(&changing);
+  Texts expected;
+  std::string dispatcher;
+  sink.onAppend = [&](const std::string&) { dispatcher = std::to_string(VRKThread::currentThreadId()); };
+  for (const std::size_t length : {0, 1, 100, 151, 152, 153, 160, 161, 5000, 2}) {
+    expected.push_back(std::string(length, static_cast<char>('a' + length % 26)));
+    LOG4VRK_INFO(logger, expected.back());
+  }
+  appender.close();
+  EXPECT_EQ(expected, sink.texts);
+  for (std::string& text : expected) text += " by " + dispatcher;
+  EXPECT_EQ(expected, changing.texts);
+}
+
 TEST_F(AsyncAppenderTest, DeliversEverythingBeforeItIsClosedAndNothingLater) {
   const InternalLog log;
   for (int i = 0; i < 1000; ++i) LOG4VRK_INFO(logger, i);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/core/LOGManager.h"
 #include "log4vrk/core/LOGMessage.h"
@@ -83,4 +84,18 @@ TEST(Allocation, AnEnabledCallHasAFixedPrice) {
   EXPECT_LT(0, counts.locks) << "the appender's lock, at least: is it still counted?";
   EXPECT_GE(ENABLED_ALLOCATIONS, counts.allocations);
   EXPECT_GE(ENABLED_LOCKS, counts.locks);
+}
+
+TEST(Allocation, ACallIntoAQueueAllocatesNothingOnEitherSide) {
+  const vrktest::TempDir dir;
+  LOGPatternLayout layout("%d [%t] %-5p %c - %m%n");
+  LOGFileAppender file(&layout, dir.file("log").c_str());
+  LOGAsyncAppender queue;
+  queue.addAppender(&file);
+  LOGManager::getRootLogger()->addAppender(&queue);
+  LOGLogger* const logger = LOGManager::getLogger("com.acme.Server");
+  const Counts counts = counted([&] { LOG4VRK_INFO(logger, "request " << 123456 << " from host-042.example.org ok"); });
+  queue.close();
+  LOGManager::getRootLogger()->removeAppender(&queue);
+  EXPECT_EQ(0, counts.allocations);
 }

@@ -23,6 +23,7 @@ std::string asyncDocument(const TempDir& dir) {
     </appender>
     <appender name="async" class="AsyncAppender"><param name="BufferSize" value="512"/><appender-ref ref="file"/></appender>
     <logger name="load"><level value="INFO"/><appender-ref ref="async"/></logger>
+    <logger name="more"><level value="INFO"/><appender-ref ref="async"/></logger>
   </log4j:configuration>)");
 }
 
@@ -35,7 +36,7 @@ TEST(Async, EveryEventArrivesOnceAndInOrder) {
     for (int runs = 0; !done && runs < 20; ++runs) LOG4VRKConfigurator::initialize(document.c_str());
   });
   onThreads(8, [](int t) {
-    LOGLogger* const logger = LOGManager::getLogger("load.a");
+    LOGLogger* const logger = LOGManager::getLogger(t % 2 == 0 ? "load.a" : "more.a");
     for (long n = 1; n <= EACH; ++n) LOG4VRK_INFO(logger, t << " " << n << " end");
   });
   done = true;
