@@ -1,5 +1,7 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 
+#include <typeinfo>
+
 #include "log4vrk/appenders/LOGDispatcher.h"
 #include "log4vrk/appenders/LOGPolling.h"
 #include "log4vrk/core/LOGContainment.h"
@@ -103,6 +105,14 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
                }
                enqueue(*event);
              });
+}
+
+bool LOGAsyncAppender::takesPlain() const { return typeid(*this) == typeid(LOGAsyncAppender); }
+
+bool LOGAsyncAppender::appendPlain(LOGLoggingEvent& event) {
+  if (getClosed() != 0 || getFilter() != nullptr || m_forks != VRKThread::forks()) return false;
+  doAppend(&event);
+  return true;
 }
 
 void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {

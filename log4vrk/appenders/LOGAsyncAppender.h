@@ -38,6 +38,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void activateOptions() override;
   void append(LOGLoggingEvent* event) override;
   bool requiresLayout() override { return false; }
+  bool takesPlain() const override;
+  bool appendPlain(LOGLoggingEvent& event) override;
   /// Delivers everything that is queued and ends the dispatcher. Called by an attached appender it does not wait for that.
   void close() override;
 
