@@ -199,7 +199,7 @@ class Borrowing {
 
 const LOGLogger* LOGLogger::firstWithAppenders() const {
   const LOGLogger* logger = this;
-  while (logger != nullptr && !logger->m_aai.mayHaveAppenders()) logger = logger->getParent();
+  while (logger != nullptr && !logger->mayHaveAppenders()) logger = logger->getParent();
   return logger;
 }
 
@@ -222,7 +222,7 @@ const LOGLogger* LOGLogger::firstWithAppenders() const {
   return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
     int writes = 0;
     for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-      if (logger->m_aai.mayHaveAppenders()) writes += logger->append(event, thread);
+      if (logger->mayHaveAppenders()) writes += logger->append(event, thread);
       if (logger->getAdditivity() == 0) break;
     }
     return writes;

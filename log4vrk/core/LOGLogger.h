@@ -169,6 +169,8 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread has the lock.
   bool tryAppend(LOGLoggingEvent* event, int& writes);
+  /// As of some moment, without the lock.
+  bool mayHaveAppenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.mayHaveAppenders(); }
   const LOGLogger* firstWithAppenders() const;
   class Removal;
   LOGAppenderAttachableImpl::Snapshot attachedAppenders();
