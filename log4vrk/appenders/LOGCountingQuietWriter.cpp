@@ -28,7 +28,8 @@ void LOGCountingQuietWriter::write(VRKFmFile* outStream, const I18NString& text)
 
 void LOGCountingQuietWriter::writeUtf8(VRKFmFile* outStream, std::string_view text) {
   logContain(FAILURES, [&] {
-    if (!text.empty()) m_count.store(m_count.load(std::memory_order_relaxed) + writeAtEnd(outStream, text));
+    if (text.empty()) return;
+    m_count.store(m_count.load(std::memory_order_relaxed) + writeAtEnd(outStream, text), std::memory_order_relaxed);
   });
 }
 
