@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 /// What an operation writes to the internal log, by the kind of error.
@@ -15,28 +16,33 @@ struct LOGFailureTexts {
   const char* unknown;
 };
 
+/// What the functions below do with the error that is being handled. Out of line, so that each use costs one call.
+/// The rule of logContain(): returns when the error ends here.
+LOG4VRK_EXPORT void logFailureContained(const LOGFailureTexts& texts);
+/// The rule of logContainAll().
+LOG4VRK_EXPORT void logFailureContainedAll(const LOGFailureTexts& texts);
+/// The rule of logReport().
+[[noreturn]] LOG4VRK_EXPORT void logFailureReported(const char* text);
+
 /// Runs `operation`. The library's own errors are written with their description and end here; anything else is written
 /// and raised again, because it is not the library's to judge.
 template <typename Operation>
 [[gnu::always_inline]] inline void logContain(const LOGFailureTexts& texts, Operation&& operation) {
   try {
     operation();
-  } catch (I18NRuntimeError& error) {
-    LOGLogLog::error(texts.textError, error);
-  } catch (VRKThrowable& error) {
-    LOGLogLog::error(texts.throwable, error);
-  }
-  VRK_RETHROW_FORCED_UNWIND
-  catch (...) {
-    LOGLogLog::error(texts.unknown);
-    throw;
+  } catch (...) {
+    logFailureContained(texts);
   }
 }
 
 /// The same with one text for every kind.
 template <typename Operation>
 [[gnu::always_inline]] inline void logContain(const char* text, Operation&& operation) {
-  logContain({text, text, text}, operation);
+  try {
+    operation();
+  } catch (...) {
+    logFailureContained({text, text, text});
+  }
 }
 
 /// Runs `operation` and lets nothing out: what it raises is written, and `failed` returned.
@@ -45,14 +51,8 @@ auto logContainAll(const LOGFailureTexts& texts, decltype(std::declval<Operation
     -> decltype(operation()) {
   try {
     return operation();
-  } catch (I18NRuntimeError& error) {
-    LOGLogLog::error(texts.textError, error);
-  } catch (VRKThrowable& error) {
-    LOGLogLog::error(texts.throwable, error);
-  }
-  VRK_RETHROW_FORCED_UNWIND
-  catch (...) {
-    LOGLogLog::error(texts.unknown);
+  } catch (...) {
+    logFailureContainedAll(texts);
   }
   return failed;
 }
@@ -62,13 +62,7 @@ template <typename Operation>
 [[gnu::always_inline]] inline auto logReport(const char* text, Operation&& operation) -> decltype(operation()) {
   try {
     return operation();
-  } catch (VRKThrowable& error) {
-    LOGLogLog::error(text, error);
-    throw;
-  }
-  VRK_RETHROW_FORCED_UNWIND
-  catch (...) {
-    LOGLogLog::error(text);
-    throw;
+  } catch (...) {
+    logFailureReported(text);
   }
 }

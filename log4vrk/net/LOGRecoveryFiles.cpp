@@ -144,7 +144,7 @@ void LOGRecoveryFiles::findSetAside() {
     m_setAside.push_back({pathOf(name), file.size()});
     m_bytes += file.size();
   }
-  std::sort(m_setAside.begin(), m_setAside.end(), [](const SetAside& a, const SetAside& b) { return a.path < b.path; });
+  m_setAside.sort([](const SetAside& a, const SetAside& b) { return a.path < b.path; });
 }
 
 // In the order in which they were written. Names alone do not tell: local time goes back once a year. They are good enough

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -104,7 +105,7 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   std::deque<std::unique_ptr<File>> m_files;   // oldest first; all of them locked
   File* m_writing = nullptr;                   // null or the last of m_files
   std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody delivers them again
-  std::deque<SetAside> m_setAside;             // oldest first
+  std::list<SetAside> m_setAside;              // oldest first
   bool m_moreFree = false;                     // more files than could be adopted at once
   std::int64_t m_bytes = 0;
 

@@ -108,3 +108,16 @@ VRKSystemError::VRKSystemError(int errorCode, const I18NString& subject, const c
     : VRKThrowable("VRKSystemError", I18NString(std::string_view(systemErrorText(errorCode, subject))), location, line),
       m_errorCode(errorCode) {}
 VRKSystemError::~VRKSystemError() = default;
+
+void vrkRaiseTranslated(const char* source, int line) {
+  try {
+    throw;
+  } catch (VRKThrowable& error) {
+    error.addBackTrace("VRK_RETHROW", source, line);
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw VRKOutOfMemoryError(source, line);
+  } catch (const std::exception& error) {
+    throw VRKStdExceptionError(error, source, line);
+  }
+}

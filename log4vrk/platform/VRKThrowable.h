@@ -114,19 +114,17 @@ constexpr const char* vrkSourceName(const char* path) {
     throw;                        \
   }
 
+/// Raises the error that is being handled again as vrkTranslateErrors does. Out of line, so that each use costs one call.
+[[noreturn]] LOG4VRK_EXPORT void vrkRaiseTranslated(const char* source, int line);
+
 /// Runs `operation` and lets only the library's own errors out: a VRKThrowable gets a back-trace entry, memory shortage
 /// becomes VRKOutOfMemoryError, any other standard exception VRKStdExceptionError.
 template <typename Operation>
 auto vrkTranslateErrors(const char* source, int line, Operation&& operation) -> decltype(operation()) {
   try {
     return operation();
-  } catch (VRKThrowable& error) {
-    error.addBackTrace("VRK_RETHROW", source, line);
-    throw;
-  } catch (const std::bad_alloc&) {
-    throw VRKOutOfMemoryError(source, line);
-  } catch (const std::exception& error) {
-    throw VRKStdExceptionError(error, source, line);
+  } catch (...) {
+    vrkRaiseTranslated(source, line);
   }
 }
 
