@@ -7,15 +7,14 @@ int main(int argc, char** argv) {
     bench::seconds(
         threads, events, [&](long i) { log.log(i); }, [&] { log.close(); });
   };
-  // A program, or, when there is a document beside the file, by that.
+  // By calls, or, when it is given a document, by that.
   const auto setUp = [](const std::string& path) {
-    const std::string document = path + ".xml";
-    if (!std::ifstream(document)) {
+    if (path.rfind(".xml") == std::string::npos) {
       const bench::OurLog log(path);
       log.log(0);
       return;
     }
-    LOG4VRKConfigurator::initialize(document.c_str());
+    LOG4VRKConfigurator::initialize(path.c_str());
     LOG4VRK_INFO(LOGManager::getLogger(bench::LOGGER), "request " << 123456 << " from " << bench::HOST << " ok");
   };
   return bench::footprint(argc, argv, logAll, setUp);
