@@ -171,25 +171,33 @@ const I18NString& LOGLoggingEvent::getThreadName() {
 
 I18NString* LOGLoggingEvent::getRenderedMessage() {
   const Rendered rendered = render();
-  if (rendered.isNull()) return nullptr;
-  return rendered.m_utf16 != nullptr ? vrkNew<I18NString>(VRK_HERE, *rendered.m_utf16)
-                                     : vrkNew<I18NString>(VRK_HERE, rendered.m_utf8);
+  if (rendered.isNull) return nullptr;
+  return rendered.utf16 != nullptr ? vrkNew<I18NString>(VRK_HERE, *rendered.utf16)
+                                   : vrkNew<I18NString>(VRK_HERE, rendered.utf8);
+}
+
+std::string_view LOGLoggingEvent::renderUtf8(I18NUtf8Buffer& room) {
+  const Rendered rendered = render();
+  if (rendered.utf16 == nullptr) return rendered.utf8;
+  room.clear();
+  room.append(*rendered.utf16);
+  return room.view();
 }
 
 LOGLoggingEvent::Rendered LOGLoggingEvent::render() {
   Rendered rendered;
   if (m_own && !m_own->renderedMessage.isEmpty()) {
-    rendered.m_utf16 = &m_own->renderedMessage;
+    rendered.utf16 = &m_own->renderedMessage;
   } else if (m_logger == nullptr || m_logger->getRepository() == nullptr) {
     return rendered;
   } else if (m_isText) {
-    rendered.m_utf8 = m_text;
-    rendered.m_null = false;
+    rendered.utf8 = m_text;
+    rendered.isNull = false;
     return rendered;
   } else {
-    rendered.m_utf16 = LOGRendererMap::findAndRender(m_message.get(), rendered.m_made);
+    rendered.utf16 = LOGRendererMap::findAndRender(m_message.get(), rendered.made);
   }
-  rendered.m_null = rendered.m_utf16 == nullptr;
+  rendered.isNull = rendered.utf16 == nullptr;
   return rendered;
 }
 

@@ -57,35 +57,17 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.
   I18NString* getRenderedMessage();
-  /// The same text for those who write it, without a copy of what the event has already. Valid as long as the event does
-  /// not change.
-  class Rendered {
-   public:
-    bool isNull() const { return m_null; }
-    void appendTo(I18NUtf8Buffer& out) const {
-      if (m_utf16 != nullptr) {
-        out.append(*m_utf16);
-      } else {
-        out.appendChecked(m_utf8);
-      }
-    }
-
-   private:
-    friend class LOGLoggingEvent;
-
-    bool m_null = true;
-    std::string_view m_utf8;
-    const I18NString* m_utf16 = nullptr;
-    std::unique_ptr<I18NString> m_made;
-  };
-  Rendered render();
+  /// The same text for those who write it, empty where that is null: the event's own if it is in UTF-8, otherwise converted into
+  /// `room`. Valid as long as neither changes.
+  std::string_view renderUtf8(I18NUtf8Buffer& room);
   void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
   /// Empty unless the program has set it.
   const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
-  /// Whether the message is a text and nothing else.
+  /// Whether the message is a text and nothing else, and that text.
   bool isText() const { return m_isText && !(m_own && !m_own->renderedMessage.isEmpty()); }
+  std::string_view getText() const { return m_text; }
 
   // There is no mapped context, and an event has no stored form of its own.
   LOGObject* getMDC(const I18NString& /*key*/) { return nullptr; }
@@ -113,6 +95,15 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
     LOGLocationInfo location;
   };
   Own& own();
+
+  // One of the three, or nothing.
+  struct Rendered {
+    bool isNull = true;
+    std::string_view utf8;
+    const I18NString* utf16 = nullptr;
+    std::unique_ptr<I18NString> made;
+  };
+  Rendered render();
 
   /// Of a message that is nothing but a text, well-formed and lent for the life of the event.
   LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);

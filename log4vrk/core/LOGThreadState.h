@@ -62,6 +62,7 @@ struct alignas(128) LOGThreadState {
   std::vector<const LOGObjectRenderer*> renderers;  // by which it is rendering, the innermost last
   std::shared_ptr<LOGStack> context;                // the nested context
   unsigned contextGeneration = 0;
+  I18NUtf8Buffer messageText;                  // as rendered, where that took a conversion
   I18NUtf8Buffer lineText;                     // of the event that has been formatted last, for whoever writes it
   std::shared_ptr<LOGPatternCopies> patterns;  // that the thread has used last
   bool isNamed = false;                        // the next two are the thread's

@@ -68,8 +68,7 @@ LOGPatternConverter::LOGPatternConverter(const LOGPatternConverter& other)
   setText(std::string(other.text));
 }
 
-void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event,
-                                 const LOGLoggingEvent::Rendered& message) {
+void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message) {
   if (text.size() <= sizeof shortText) {
     out.appendChecked(shortText, text.size());
   } else {
@@ -78,7 +77,7 @@ void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event,
   if (letter == 0) return;
   // The most frequent ones by themselves.
   if (letter == u'm' && !isFitted()) {
-    if (!message.isNull()) message.appendTo(out);
+    out.appendChecked(message);
   } else if (letter == u'p' && event.getLevel() != nullptr) {
     appendLevel(out, event.getLevel()->toString());
   } else {
@@ -119,8 +118,7 @@ void LOGPatternConverter::appendLoggerName(I18NUtf8Buffer& out, const LOGLogging
   }
 }
 
-inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event,
-                                            const LOGLoggingEvent::Rendered& message) {
+inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message) {
   switch (letter) {
     case u'c':
       appendLoggerName(out, event);
@@ -135,7 +133,7 @@ inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent
       out.appendChecked("%");
       break;
     case u'm':
-      if (!message.isNull()) message.appendTo(out);
+      out.appendChecked(message);
       break;
     case u't':
       event.appendThreadName(out);

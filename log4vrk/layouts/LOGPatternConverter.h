@@ -25,7 +25,7 @@ struct LOGPatternConverter {
   LOGPatternConverter& operator=(LOGPatternConverter&&) noexcept = default;
 
   bool isFitted() const { return minimumWidth > 0 || maximumWidth != I18NString::npos; }
-  void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);
+  void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message);
 
   char16_t letter = 0;  // of the item; 0 when there is none, only the text
   bool leftAligned = false;
@@ -40,7 +40,7 @@ struct LOGPatternConverter {
   void setText(std::string&& utf8);
 
  private:
-  void appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, const LOGLoggingEvent::Rendered& message);
+  void appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message);
   void appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const;
   void appendLevel(I18NUtf8Buffer& out, const I18NString& name);
   void fit(I18NUtf8Buffer& out, std::size_t start) const;

@@ -7,6 +7,7 @@
 
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGThreadState.h"
 #include "log4vrk/layouts/LOGPatternConverter.h"
@@ -35,8 +36,8 @@ class LOGPatternCopy {
   LOGPatternConverter* begin() { return m_converters.data(); }
   LOGPatternConverter* end() { return m_converters.data() + m_converters.size(); }
   /// Appends to `out` all items from `next`, which is behind the one that raised if one does.
-  void write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event,
-             const LOGLoggingEvent::Rendered& message, const LOGThreadState& thread);
+  void write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event, std::string_view message,
+             const LOGThreadState& thread);
 
  private:
   bool isSteady(const LOGPatternConverter& converter) const;
@@ -93,7 +94,7 @@ void LOGPatternCopy::makeBeginning(LOGLoggingEvent& event) {
       for (const std::size_t position : date.positions) made.positions.push_back(text.size() + position);
       text.appendChecked(date.text);
     } else {
-      converter->append(text, event, LOGLoggingEvent::Rendered());
+      converter->append(text, event, {});
     }
   }
   made.text = text.view();
@@ -117,7 +118,7 @@ bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, const LOGThreadState& 
 }
 
 inline void LOGPatternCopy::write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event,
-                                  const LOGLoggingEvent::Rendered& message, const LOGThreadState& thread) {
+                                  std::string_view message, const LOGThreadState& thread) {
   if (next == begin() && hasBeginning(event, thread)) {
     m_beginning.show(event.getTimeStampNanos() / 1000000);
     out.appendChecked(m_beginning.text);
@@ -188,11 +189,12 @@ std::string_view LOGPatternLayout::buildAny(LOGLoggingEvent* event) {
     return {};
   }
   LOGThreadState& thread = LOGThreadState::current();
+  thread.messageText.limitMemory(MOST_KEPT);
   // First, because it may run application code, and that may even format, and set another pattern.
-  LOGLoggingEvent::Rendered message;
+  std::string_view message;
   LOGPatternCopy* copy = nullptr;
   logContain(FAILURES, [&] {
-    if (copyOf(thread).hasMessage()) message = event->render();
+    if (copyOf(thread).hasMessage()) message = event->renderUtf8(thread.messageText);
   });
   logContain(FAILURES, [&] { copy = &copyOf(thread); });
   return copy != nullptr ? build(thread, *copy, *event, message) : std::string_view();
@@ -201,12 +203,13 @@ std::string_view LOGPatternLayout::buildAny(LOGLoggingEvent* event) {
 bool LOGPatternLayout::formatPlain(LOGLoggingEvent& event, std::string_view& line) {
   if (typeid(*this) != typeid(LOGPatternLayout)) return false;
   LOGThreadState& thread = LOGThreadState::current();
-  line = build(thread, copyOf(thread), event, event.render());
+  const bool renders = event.getLogger() != nullptr && event.getLogger()->getRepository() != nullptr;
+  line = build(thread, copyOf(thread), event, renders ? event.getText() : std::string_view());
   return true;
 }
 
 std::string_view LOGPatternLayout::build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
-                                         const LOGLoggingEvent::Rendered& message) {
+                                         std::string_view message) {
   I18NUtf8Buffer& text = thread.lineText;
   text.limitMemory(MOST_KEPT);
   text.clear();

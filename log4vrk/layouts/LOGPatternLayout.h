@@ -52,7 +52,7 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
  private:
   std::string_view buildAny(LOGLoggingEvent* event);
   static std::string_view build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
-                                const LOGLoggingEvent::Rendered& message);
+                                std::string_view message);
   LOGPatternCopy& copyOf(LOGThreadState& thread);
   LOGPatternCopy& takeCopy(LOGThreadState& thread);
 

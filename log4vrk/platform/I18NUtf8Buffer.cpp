@@ -54,8 +54,8 @@ void I18NUtf8Buffer::append(long long value) {
 
 namespace {
 
-template <typename Number>
-char* putDigitsBefore(char* end, Number value) {
+// Two digits at a time from the end, in half of the time that std::to_chars takes.
+char* putDigitsBefore(char* end, unsigned long long value) {
   for (; value >= 100; value /= 100) std::memcpy(end -= 2, &DIGIT_PAIRS[2 * (value % 100)], 2);
   if (value >= 10) {
     std::memcpy(end -= 2, &DIGIT_PAIRS[2 * value], 2);
@@ -65,27 +65,46 @@ char* putDigitsBefore(char* end, Number value) {
   return end;
 }
 
-std::size_t digitsOf(std::uint32_t value) {
-  std::size_t digits = 1;
-  for (std::uint64_t limit = 10; value >= limit; limit *= 10) ++digits;
-  return digits;
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+constexpr std::uint32_t MOST_AT_ONCE = 99999999;
+
+std::uint64_t pairAt(std::uint32_t value) {
+  std::uint16_t pair;
+  std::memcpy(&pair, &DIGIT_PAIRS[2 * value], sizeof pair);
+  return pair;
 }
+
+// The bytes of eight digits, filled up with zeros in front: all at once, so that no step waits for the one before.
+std::uint64_t eightDigits(std::uint32_t value) {
+  const std::uint32_t high = value / 10000, low = value % 10000;
+  return pairAt(high / 100) | pairAt(high % 100) << 16 | pairAt(low / 100) << 32 | pairAt(low % 100) << 48;
+}
+
+std::size_t digitsOf(std::uint32_t value) {
+  static constexpr std::uint32_t POWERS[] = {0, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+  const auto bits = static_cast<std::size_t>(32 - __builtin_clz(value | 1));
+  const std::size_t least = bits * 1233 / 4096;  // which is a little more than the logarithm of two
+  return least + (value >= POWERS[least] ? 1 : 0);
+}
+#endif
 
 }  // namespace
 
-// Two digits at a time from the end, in half of the time that std::to_chars takes, and with narrow divisions where they do.
 void I18NUtf8Buffer::append(unsigned long long value) {
-  if (value <= UINT32_MAX) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  if (value <= MOST_AT_ONCE) {
     const auto narrow = static_cast<std::uint32_t>(value);
-    const std::size_t digits = digitsOf(narrow);
-    putDigitsBefore(room(digits) + digits, narrow);
-    m_size += digits;
-  } else {
-    char digits[MOST_DIGITS];
-    char* const end = digits + sizeof digits;
-    const char* const first = putDigitsBefore(end, value);
-    appendChecked({first, static_cast<std::size_t>(end - first)});
+    const std::size_t count = digitsOf(narrow);
+    const std::uint64_t bytes = eightDigits(narrow) >> 8 * (8 - count);
+    std::memcpy(room(sizeof bytes), &bytes, sizeof bytes);
+    m_size += count;
+    return;
   }
+#endif
+  char digits[MOST_DIGITS];
+  char* const end = digits + sizeof digits;
+  const char* const first = putDigitsBefore(end, value);
+  appendChecked({first, static_cast<std::size_t>(end - first)});
 }
 
 void I18NUtf8Buffer::insertBlanks(std::size_t position, std::size_t count) {
