@@ -17,6 +17,7 @@ class LOG4VRK_EXPORT VRKTime {
     std::int32_t nanoseconds;
   };
 
+  /// Some microseconds behind the system's clock, never ahead of it.
   static Moment now();
   /// In the process's time zone.
   static std::tm local(std::int64_t seconds);

@@ -1,0 +1,42 @@
+#include <ctime>
+
+#include "log4vrk/platform/VRKTime.h"
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
+
+namespace {
+
+constexpr long SECOND = 1000000000;
+constexpr long MOST_BEHIND = 100000;
+
+long inNanoseconds(const VRKTime::Moment& moment) { return moment.seconds % 1000000 * SECOND + moment.nanoseconds; }
+
+long systemTime() {
+  timespec time;
+  clock_gettime(CLOCK_REALTIME, &time);
+  return inNanoseconds({time.tv_sec, static_cast<std::int32_t>(time.tv_nsec)});
+}
+
+}  // namespace
+
+// For long enough that the processor's counter is used, and across the end of a second.
+TEST(VRKTimeTest, IsBehindTheSystemsClockByMicrosecondsAndNeverAhead) {
+  std::atomic<int> ahead{0}, behind{0}, backwards{0};
+  onThreads(3, [&](int) {
+    const long end = systemTime() + SECOND + SECOND / 5;
+    long last = 0;
+    for (long after = 0; after < end;) {
+      const long before = systemTime();
+      const long now = inNanoseconds(VRKTime::now());
+      after = systemTime();
+      ahead += now > after ? 1 : 0;
+      behind += now < before - MOST_BEHIND ? 1 : 0;
+      backwards += now < last ? 1 : 0;
+      last = now;
+    }
+  });
+  EXPECT_EQ(ahead, 0);
+  EXPECT_EQ(behind, 0);
+  EXPECT_EQ(backwards, 0);
+}
