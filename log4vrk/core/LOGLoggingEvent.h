@@ -54,6 +54,10 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThreadName();
   void appendThreadName(I18NUtf8Buffer& out);
   void setThreadName(const I18NString& name);
+  /// Whether `nameOfThread` is what the thread that has it gets from getThreadName().
+  bool isNamedAfter(const I18NString& nameOfThread) const {
+    return m_threadName == &NONE || m_threadName == &nameOfThread;
+  }
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.
   I18NString* getRenderedMessage();

@@ -69,42 +69,30 @@ LOGPatternConverter::LOGPatternConverter(const LOGPatternConverter& other)
 }
 
 void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message) {
-  if (text.size() <= sizeof shortText) {
-    out.appendChecked(shortText, text.size());
-  } else {
-    out.appendChecked(text);
-  }
-  if (letter == 0) return;
-  // The most frequent ones by themselves.
-  if (letter == u'm' && !isFitted()) {
-    out.appendChecked(message);
-  } else if (letter == u'p' && event.getLevel() != nullptr) {
-    appendLevel(out, event.getLevel()->toString());
-  } else {
-    const std::size_t start = out.size();
-    appendItem(out, event, message);
-    if (isFitted()) fit(out, start);
-  }
+  out.appendChecked(text);
+  const std::size_t start = out.size();
+  appendItem(out, event, message);
+  if (isFitted()) fit(out, start);
+}
+
+bool LOGPatternConverter::isFrequent() const {
+  if (text.size() > sizeof shortText) return false;
+  return letter == 0 || letter == u'p' || (!isFitted() && (letter == u'm' || (letter == u'c' && precision == 0)));
+}
+
+bool LOGPatternConverter::setLevel(const I18NString& name) {
+  char room[64];
+  I18NUtf8Buffer written(room, sizeof room);
+  written.append(name);
+  if (isFitted()) fit(written, 0);
+  if (written.size() > sizeof m_level) return false;
+  m_levelSize = written.view().copy(m_level, sizeof m_level);
+  return true;
 }
 
 void LOGPatternConverter::setText(std::string&& utf8) {
   text = std::move(utf8);
   if (text.size() <= sizeof shortText) std::copy(text.begin(), text.end(), shortText);
-}
-
-void LOGPatternConverter::appendLevel(I18NUtf8Buffer& out, const I18NString& name) {
-  if (m_levelName == &name) {
-    out.appendChecked(m_levelText, m_levelSize);
-    return;
-  }
-  const std::size_t start = out.size();
-  out.append(name);
-  fit(out, start);
-  const std::string_view written = out.view().substr(start);
-  if (written.size() > sizeof m_levelText) return;
-  std::copy(written.begin(), written.end(), m_levelText);
-  m_levelSize = written.size();
-  m_levelName = &name;
 }
 
 void LOGPatternConverter::appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const {
@@ -138,11 +126,14 @@ inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent
     case u't':
       event.appendThreadName(out);
       break;
+    case u'p':
+      if (event.getLevel() != nullptr) out.append(event.getLevel()->toString());
+      break;
     case u'x':
       out.append(event.getNDC());
       break;
     default:
-      if (letter != u'p') appendLocation(out, letter, *event.getLocationInformation());
+      if (letter != 0) appendLocation(out, letter, *event.getLocationInformation());
   }
 }
 

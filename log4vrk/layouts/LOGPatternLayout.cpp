@@ -32,21 +32,30 @@ class LOGPatternCopy {
  public:
   bool isOf(std::uint64_t number) const { return m_number == number; }
   bool hasMessage() const { return m_hasMessage; }
-  void take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters);
-  LOGPatternConverter* begin() { return m_converters.data(); }
-  LOGPatternConverter* end() { return m_converters.data() + m_converters.size(); }
-  /// Appends to `out` all items from `next`, which is behind the one that raised if one does.
-  void write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event, std::string_view message,
+  [[gnu::cold]] void take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters);
+  std::size_t size() const { return m_converters.size(); }
+  /// Appends to `out` all items from `next`, which is behind what raised if anything does.
+  void write(I18NUtf8Buffer& out, std::size_t& next, LOGLoggingEvent& event, std::string_view message,
              const LOGThreadState& thread);
 
  private:
+  /// So many converters of the frequent kind one behind the other, with so many logger names and messages.
+  struct Run {
+    std::size_t length = 0, names = 0, messages = 0;
+  };
+
   bool isSteady(const LOGPatternConverter& converter) const;
+  void findRuns();
+  bool takesRuns(const LOGLoggingEvent& event);
   bool hasBeginning(LOGLoggingEvent& event, const LOGThreadState& thread);
-  void makeBeginning(LOGLoggingEvent& event);
+  [[gnu::cold]] void makeBeginning(LOGLoggingEvent& event);
 
   std::uint64_t m_number = 0;  // none
   std::vector<LOGPatternConverter> m_converters;
   bool m_hasMessage = false;
+  std::vector<Run> m_runs;              // that begin at the converter of the same index
+  const I18NString* m_level = nullptr;  // which the converters have; the names of levels are never freed
+  bool m_levelFits = false;             // and all of them could take
 
   std::size_t m_steady = 0;  // how many items there are in the beginning
   bool m_namesThread = false;
@@ -67,7 +76,37 @@ void LOGPatternCopy::take(std::uint64_t number, const std::vector<LOGPatternConv
   m_steady = static_cast<std::size_t>(end - converters.begin());
   m_namesThread = std::any_of(converters.begin(), end, has(u't'));
   m_filled = false;
+  m_level = nullptr;
+  findRuns();
   m_number = number;
+}
+
+void LOGPatternCopy::findRuns() {
+  m_runs.assign(m_converters.size() + 1, Run());
+  for (std::size_t i = m_converters.size(); i-- > 0;) {
+    const LOGPatternConverter& converter = m_converters[i];
+    if (!converter.isFrequent()) continue;
+    m_runs[i] = m_runs[i + 1];
+    ++m_runs[i].length;
+    if (converter.letter == u'c') ++m_runs[i].names;
+    if (converter.letter == u'm') ++m_runs[i].messages;
+  }
+}
+
+// What is frequent in an event, too: that it has a level with a short name, and a logger of which it has the name.
+inline bool LOGPatternCopy::takesRuns(const LOGLoggingEvent& event) {
+  const LOGLevel* const level = event.getLevel();
+  const LOGLogger* const logger = event.getLogger();
+  if (level == nullptr || logger == nullptr || &event.getLoggerName() != &logger->getName()) return false;
+  const I18NString* const name = &level->toString();
+  if (name != m_level) {
+    m_level = nullptr;
+    m_levelFits = std::all_of(m_converters.begin(), m_converters.end(), [name](LOGPatternConverter& each) {
+      return each.letter != u'p' || each.setLevel(*name);
+    });
+    m_level = name;
+  }
+  return m_levelFits;
 }
 
 bool LOGPatternCopy::isSteady(const LOGPatternConverter& converter) const {
@@ -87,14 +126,15 @@ bool LOGPatternCopy::isSteady(const LOGPatternConverter& converter) const {
 void LOGPatternCopy::makeBeginning(LOGLoggingEvent& event) {
   I18NUtf8Buffer text;
   LOGSecondText made;
-  for (LOGPatternConverter* converter = begin(); converter != begin() + m_steady; ++converter) {
-    if (converter->letter == u'd' && converter->date != nullptr) {
-      text.appendChecked(converter->text);
-      const LOGSecondText& date = *converter->date->textOf(event.getTimeStamp());
+  for (std::size_t i = 0; i < m_steady; ++i) {
+    LOGPatternConverter& converter = m_converters[i];
+    if (converter.letter == u'd' && converter.date != nullptr) {
+      text.appendChecked(converter.text);
+      const LOGSecondText& date = *converter.date->textOf(event.getTimeStamp());
       for (const std::size_t position : date.positions) made.positions.push_back(text.size() + position);
       text.appendChecked(date.text);
     } else {
-      converter->append(text, event, {});
+      converter.append(text, event, {});
     }
   }
   made.text = text.view();
@@ -102,7 +142,7 @@ void LOGPatternCopy::makeBeginning(LOGLoggingEvent& event) {
 }
 
 bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, const LOGThreadState& thread) {
-  if (m_steady == 0 || (m_namesThread && &event.getThreadName() != &thread.threadName)) return false;
+  if (m_steady == 0 || (m_namesThread && !event.isNamedAfter(thread.threadName))) return false;
   if (m_filled && m_second == event.getTimeStamp()) return true;
   m_filled = false;
   try {
@@ -117,14 +157,28 @@ bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, const LOGThreadState& 
   return m_filled;
 }
 
-inline void LOGPatternCopy::write(I18NUtf8Buffer& out, LOGPatternConverter*& next, LOGLoggingEvent& event,
+inline void LOGPatternCopy::write(I18NUtf8Buffer& out, std::size_t& next, LOGLoggingEvent& event,
                                   std::string_view message, const LOGThreadState& thread) {
-  if (next == begin() && hasBeginning(event, thread)) {
+  if (next == 0 && hasBeginning(event, thread)) {
     m_beginning.show(event.getTimeStampNanos() / 1000000);
     out.appendChecked(m_beginning.text);
-    next += m_steady;
+    next = m_steady;
   }
-  for (LOGPatternConverter* const last = end(); next != last;) (next++)->append(out, event, message);
+  const bool takes = takesRuns(event);
+  while (next != size()) {
+    const Run& run = m_runs[next];
+    const LOGPatternConverter* const converter = &m_converters[next];
+    if (!takes || run.length == 0) {
+      m_converters[next++].append(out, event, message);
+      continue;
+    }
+    next += run.length;
+    const std::string& logger = event.getLogger()->getUtf8Name();
+    char* to = out.room(run.length * LOGPatternConverter::MOST_PUT + run.names * logger.size() +
+                        run.messages * message.size());
+    for (std::size_t i = 0; i < run.length; ++i) to = converter[i].put(to, logger, message);
+    out.extendTo(to);
+  }
 }
 
 // Those that a thread has used last, each at the place that follows from its number.
@@ -213,10 +267,10 @@ std::string_view LOGPatternLayout::build(LOGThreadState& thread, LOGPatternCopy&
   I18NUtf8Buffer& text = thread.lineText;
   text.limitMemory(MOST_KEPT);
   text.clear();
-  LOGPatternConverter* next = copy.begin();
+  std::size_t next = 0;
   do {  // again behind an item that failed
     logContain(FAILURES, [&] { copy.write(text, next, event, message, thread); });
-  } while (next != copy.end());
+  } while (next != copy.size());
   return text.view();
 }
 

@@ -43,6 +43,8 @@ void I18NUtf8Buffer::append(std::u16string_view utf16) {
   m_size += utf16.size();
 }
 
+void I18NUtf8Buffer::appendChecked(std::string_view utf8) { extendTo(copy(room(utf8.size()), utf8)); }
+
 void I18NUtf8Buffer::append(long long value) {
   if (value < 0) {
     appendChecked("-");

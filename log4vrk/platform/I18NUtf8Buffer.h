@@ -60,14 +60,28 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void append(long long value);
   void append(unsigned long long value);
   /// A piece that is known to be well-formed.
-  [[gnu::always_inline]] void appendChecked(std::string_view utf8) {
-    copy(room(utf8.size()), utf8.data(), utf8.size());
-    m_size += utf8.size();
+  void appendChecked(std::string_view utf8);
+  // For pieces that are written one behind the other.
+  /// Where the next `count` bytes go.
+  [[gnu::always_inline]] char* room(std::size_t count) {
+    if (m_capacity - m_size < count) grow(count);
+    return m_bytes + m_size;
   }
-  /// The first `size` of these bytes, which costs less than a size that can be anything.
-  void appendChecked(const char (&bytes)[8], std::size_t size) {
-    std::memcpy(room(sizeof bytes), bytes, sizeof bytes);
-    m_size += size;
+  /// Takes in what has been written from room() to `end`, well-formed.
+  void extendTo(const char* end) { m_size = static_cast<std::size_t>(end - m_bytes); }
+  /// As blocks that may overlap, without a call for up to 64 bytes. Returns the end.
+  [[gnu::always_inline]] static char* copy(char* to, std::string_view bytes) {
+    const std::size_t count = bytes.size();
+    if (count > 64) {
+      std::memcpy(to, bytes.data(), count);
+    } else if (count >= 16) {
+      copyBlocks<16>(to, bytes.data(), count);
+    } else if (count >= 4) {
+      copyBlocks<4>(to, bytes.data(), count);
+    } else {
+      for (std::size_t i = 0; i < count; ++i) to[i] = bytes[i];
+    }
+    return to + count;
   }
 
   // These leave it to the caller that characters stay whole.
@@ -77,18 +91,6 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void erase(std::size_t position, std::size_t count);
 
  private:
-  /// As blocks that may overlap, without a call for up to 64 bytes.
-  static void copy(char* to, const char* from, std::size_t count) {
-    if (count > 64) {
-      std::memcpy(to, from, count);
-    } else if (count >= 16) {
-      copyBlocks<16>(to, from, count);
-    } else if (count >= 4) {
-      copyBlocks<4>(to, from, count);
-    } else {
-      for (; count > 0; --count) *to++ = *from++;
-    }
-  }
   /// `size` to four times that.
   template <std::size_t size>
   static void copyBlocks(char* to, const char* from, std::size_t count) {
@@ -109,11 +111,6 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
     std::swap(m_capacity, other.m_capacity);
   }
   bool ownsBytes() const noexcept { return m_capacity % 2 == 0; }
-  /// Where the next `count` bytes go.
-  [[gnu::always_inline]] char* room(std::size_t count) {
-    if (m_capacity - m_size < count) grow(count);
-    return m_bytes + m_size;
-  }
   void grow(std::size_t count);
   void appendDecoded(std::string_view utf8);
 
