@@ -6,15 +6,10 @@
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGLayout.h"
 
-namespace {
-
-constexpr LOGFailureTexts APPEND_FAILURES = {"LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
-                                             "LOGAppenderSkeleton::doAppend -- VRK Exception occured",
-                                             "LOGAppenderSkeleton::doAppend -- An Exception occured"};
-
-}  // namespace
+const LOGFailureTexts LOGAppenderSkeleton::APPEND_FAILURES = {
+    "LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
+    "LOGAppenderSkeleton::doAppend -- VRK Exception occured", "LOGAppenderSkeleton::doAppend -- An Exception occured"};
 
 // Frees a handler that a program handed over, unless it has been given back.
 struct LOGAppenderSkeleton::HandlerOwner {
@@ -105,24 +100,6 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
     append(event);
   });
 }
-
-// What comes before the lock is the threads' own business, so that they get in each other's way only while they write.
-bool LOGAppenderSkeleton::appendPlain(LOGLoggingEvent& event) {
-  if (getClosed() == 1 || getFilter() != nullptr) return false;
-  bool done = true;
-  logContain(APPEND_FAILURES, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-    if (!isAsSevereAsThreshold(event.getLevel())) return;
-    LOGLayout* const layout = getLayout();
-    std::string_view line;
-    done = layout != nullptr && layout->formatPlain(event, line);
-    if (!done) return;
-    const VRKThreadGuard guard(m_critSection);  // the log call brings the rest
-    done = getClosed() != 1 && appendLine(event, line);
-  });
-  return done;
-}
-
-bool LOGAppenderSkeleton::appendLine(LOGLoggingEvent&, std::string_view) { return false; }
 
 bool LOGAppenderSkeleton::admits(LOGLoggingEvent* event) const {
   // It may have been closed by the thread that had the lock.

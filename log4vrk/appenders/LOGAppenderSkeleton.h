@@ -14,6 +14,7 @@
 
 class LOGAppenderBundle;
 class LOGLevel;
+struct LOGFailureTexts;
 
 /// Takes an event through the steps that all appenders share: closed test, threshold, filters, and then the concrete
 /// append() under the appender's lock. append() needs no locking of its own, and may log: such log calls are delivered
@@ -65,7 +66,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   /// Whether the appender has such a way. Constant once it is constructed.
   virtual bool takesPlain() const { return false; }
   /// doAppend() of such an event. False, with nothing done, when it takes the ordinary way for what the appender's state is.
-  virtual bool appendPlain(LOGLoggingEvent& event);
+  virtual bool appendPlain(LOGLoggingEvent& /*event*/) { return false; }
 
   // For dispatcher threads, which hand over many events at once. From the first call to the second an appender need not let go of
   // each event before append() returns, if it is the calling thread that appends; it returns whether it makes use of that. An
@@ -81,8 +82,9 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   bool operator!=(const LOGObject& other) const override;
 
  protected:
-  /// The last step of appendPlain(), under the lock: writes the formatted event. False when the appender cannot do it now.
-  virtual bool appendLine(LOGLoggingEvent& event, std::string_view line);
+  /// appendPlain() of an appender that writes lines: `write(line)` is called under the lock, and returns false when it cannot write now.
+  template <typename Write>
+  bool appendFormatted(LOGLoggingEvent& event, Write write);
 
   /// Whether append() runs with the appender's lock held, which is what an appender wants that does not wait in it.
   enum Appending { UNDER_LOCK, WITHOUT_LOCK };
@@ -105,6 +107,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   friend class LOGAppenderAttachableImpl;
 
   struct HandlerOwner;
+  static const LOGFailureTexts APPEND_FAILURES;
 
   std::shared_ptr<LOGErrorHandler> ownerOf(LOGErrorHandler* handler) const;
   void storeErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);

@@ -2,6 +2,7 @@
 
 #include <typeinfo>
 
+#include "log4vrk/appenders/LOGPlainAppend.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/layouts/LOGLayout.h"
@@ -107,10 +108,12 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
 
 bool LOGConsoleAppender::takesPlain() const { return typeid(*this) == typeid(LOGConsoleAppender); }
 
-bool LOGConsoleAppender::appendLine(LOGLoggingEvent&, std::string_view line) {
-  if (getOpen() == 0 || !m_qw || !hasOwnWriter()) return false;
-  m_qw->stWriteUtf8(m_outFile.get(), line);
-  return true;
+bool LOGConsoleAppender::appendPlain(LOGLoggingEvent& event) {
+  return appendFormatted(event, [this](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+    if (getOpen() == 0 || !m_qw || !hasOwnWriter()) return false;
+    m_qw->stWriteUtf8(m_outFile.get(), line);
+    return true;
+  });
 }
 
 void LOGConsoleAppender::closeWriter() {

@@ -33,9 +33,7 @@ class LOG4VRK_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
   bool takesPlain() const override;
-
- protected:
-  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
+  bool appendPlain(LOGLoggingEvent& event) override;
 
  private:
   void takeStream(int descriptor) VRK_REQUIRES(m_critSection);

@@ -3,6 +3,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "log4vrk/appenders/LOGPlainAppend.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGThreadState.h"
@@ -137,12 +138,15 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
 // A derived class may have changed any of the steps.
 bool LOGFileAppender::takesPlain() const { return typeid(*this) == typeid(LOGFileAppender); }
 
-bool LOGFileAppender::appendLine(LOGLoggingEvent&, std::string_view line) {
-  if (getOpen() != 1 || !m_qw || !hasOwnWriter()) return false;
-  m_file->setHoldingBack(false);
-  m_qw->writeUtf8(m_file.get(), line);
-  if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
-  return true;
+bool LOGFileAppender::appendPlain(LOGLoggingEvent& event) {
+  return appendFormatted(event, [this](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+    if (getOpen() != 1 || !m_qw || !hasOwnWriter()) return false;
+    m_file->setHoldingBack(false);
+    m_qw->writeUtf8(m_file.get(), line);
+    if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
+    afterPlain();
+    return true;
+  });
 }
 
 bool LOGFileAppender::holdBack() { return true; }

@@ -51,6 +51,7 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   int checkEntryConditions() override VRK_REQUIRES(m_critSection);
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
   bool takesPlain() const override;
+  bool appendPlain(LOGLoggingEvent& event) override;
   void resetWriter() override VRK_REQUIRES(m_critSection);
   /// Makes the writer for the file that has been opened.
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
@@ -60,7 +61,8 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   void closeFile() VRK_REQUIRES(m_critSection);
 
  protected:
-  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
+  /// Called after each event that appendPlain() has written.
+  virtual void afterPlain() VRK_REQUIRES(m_critSection) {}
 
   /// What setFile() writes to the internal log when it fails.
   virtual const LOGFailureTexts& setFileFailures() const;

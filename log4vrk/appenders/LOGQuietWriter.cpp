@@ -59,17 +59,6 @@ void LOGQuietWriter::writeAndFlush(VRKFmFile* outStream, const Text& text) {
   });
 }
 
-template <typename Text>
-long LOGQuietWriter::writeAtEnd(VRKFmFile* file, const Text& text) {
-  if (file->seekFromEnd(0) == -1) throwFileError(file);
-  const long length = file->write(text);
-  if (length == -1) throwFileError(file);
-  return length;
-}
-
-template long LOGQuietWriter::writeAtEnd(VRKFmFile*, const I18NString&);
-template long LOGQuietWriter::writeAtEnd(VRKFmFile*, const std::string_view&);
-
 void LOGQuietWriter::throwFileError(VRKFmFile* file) {
   VRK_ASSERT_AS(file != nullptr, "VRK_ASSERT(file != NULL);", __LINE__);
   throw VRKSystemError(file->getLastError(), file->getName(), "LOGQuietWriter::throwFileError", __LINE__);

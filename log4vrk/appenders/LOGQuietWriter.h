@@ -7,6 +7,7 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKFileLockRW.h"
+#include "log4vrk/platform/VRKFmFile.h"
 
 class LOGErrorHandler;
 class LOGWriter;
@@ -50,7 +51,12 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
   /// `text` is an I18NString, or a std::string_view in UTF-8. Returns the number of bytes written. Raises what
   /// throwFileError() raises.
   template <typename Text>
-  long writeAtEnd(VRKFmFile* file, const Text& text);
+  [[gnu::always_inline]] long writeAtEnd(VRKFmFile* file, const Text& text) {
+    if (file->seekFromEnd(0) == -1) throwFileError(file);
+    const long length = file->write(text);
+    if (length == -1) throwFileError(file);
+    return length;
+  }
 
   LOGErrorHandler* getErrorHandler() const { return m_errorHandler; }
 

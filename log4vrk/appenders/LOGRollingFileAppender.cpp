@@ -76,11 +76,7 @@ void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
 
 bool LOGRollingFileAppender::takesPlain() const { return typeid(*this) == typeid(LOGRollingFileAppender); }
 
-bool LOGRollingFileAppender::appendLine(LOGLoggingEvent& event, std::string_view line) {
-  if (!LOGFileAppender::appendLine(event, line)) return false;
-  rollOverIfFull();
-  return true;
-}
+void LOGRollingFileAppender::afterPlain() { rollOverIfFull(); }
 
 void LOGRollingFileAppender::rollOverIfFull() {
   if (m_fileName.isEmpty() || m_counter == nullptr) return;

@@ -43,7 +43,7 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   bool takesPlain() const override;
 
  protected:
-  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
+  void afterPlain() override VRK_REQUIRES(m_critSection);
   const LOGFailureTexts& setFileFailures() const override;
 
  private:

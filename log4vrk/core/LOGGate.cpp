@@ -95,7 +95,7 @@ void waitOutside(LOGThreadState& self, std::atomic<bool>& flag) {
   for (long waited = 0; waited < LONGEST_WAIT_OUTSIDE && !mayEnter(self); waited += LOOK_AGAIN) {
     flag.store(false, std::memory_order_release);
     rest(LOOK_AGAIN);
-    VRKAsymmetricFence::raise(flag);
+    VRKAsymmetricFence::store(flag, true);
   }
 }
 
@@ -166,7 +166,7 @@ LOGThreadState& LOGThreadState::make() {
 
 void LOGThreadState::enter() {
   std::atomic<bool>& mine = flag();
-  VRKAsymmetricFence::raise(mine);
+  VRKAsymmetricFence::store(mine, true);
   if (!mayEnter(*this)) waitOutside(*this, mine);
 }
 
@@ -190,7 +190,7 @@ LOGGate::Pass::~Pass() { m_thread.goOut(); }
 
 LOGGate::TryPass::TryPass() : m_thread(LOGThreadState::current()) {
   std::atomic<bool>& flag = m_thread.flag();
-  VRKAsymmetricFence::raise(flag);
+  VRKAsymmetricFence::store(flag, true);
   m_inside = mayEnter(m_thread);
   if (m_inside) {
     ++m_thread.passes;

@@ -163,15 +163,17 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message);
   /// callAppenders() for those who have nobody to raise an error to.
   void deliver(LOGLoggingEvent* event);
+  void callEach(LOGLoggingEvent* event);
   int walk(LOGLoggingEvent* event, LOGThreadState& thread);
   int append(LOGLoggingEvent* event, LOGThreadState& thread);
+  /// False when that takes the lock.
+  bool appendPlain(LOGLoggingEvent& event, LOGThreadState& thread);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
   static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread has the lock.
   bool tryAppend(LOGLoggingEvent* event, int& writes);
   /// As of some moment, without the lock.
   bool mayHaveAppenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.mayHaveAppenders(); }
-  const LOGLogger* firstWithAppenders() const;
   class Removal;
   LOGAppenderAttachableImpl::Snapshot attachedAppenders();
   LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);

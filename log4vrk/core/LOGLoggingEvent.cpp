@@ -25,6 +25,19 @@ const I18NString& LOGLoggingEvent::NONE = vrkImmortal<I18NString>();
 
 LOGSerializable::~LOGSerializable() = default;
 
+[[gnu::always_inline]] inline void LOGLoggingEvent::begin(const I18NString& fqnOfLoggerClass) {
+  VRK_ASSERT(m_logger);
+  m_fqnOfLoggerClass = &fqnOfLoggerClass;
+  if (m_fqnOfLoggerClass != &LOGLogger::m_FQCN) {
+    own().fqnOfLoggerClass = fqnOfLoggerClass;
+    m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
+  }
+  m_loggerName = &m_logger->getName();
+  const VRKTime::Moment now = VRKTime::now();
+  m_timeStamp = now.seconds;
+  m_timeStampNanos = now.nanoseconds;
+}
+
 LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level,
                                  LOGObject* message)
     : m_level(level), m_logger(logger) {
@@ -38,19 +51,6 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* 
                                  std::string_view utf8)
     : m_isText(true), m_level(level), m_logger(logger), m_text(utf8) {
   vrkTranslateErrors(VRK_HERE, [&] { begin(fqnOfLoggerClass); });
-}
-
-void LOGLoggingEvent::begin(const I18NString& fqnOfLoggerClass) {
-  VRK_ASSERT(m_logger);
-  m_fqnOfLoggerClass = &fqnOfLoggerClass;
-  if (m_fqnOfLoggerClass != &LOGLogger::m_FQCN) {
-    own().fqnOfLoggerClass = fqnOfLoggerClass;
-    m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
-  }
-  m_loggerName = &m_logger->getName();
-  const VRKTime::Moment now = VRKTime::now();
-  m_timeStamp = now.seconds;
-  m_timeStampNanos = now.nanoseconds;
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other) : LOGSerializable(other) { *this = other; }

@@ -3,6 +3,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "log4vrk/appenders/LOGPlainAppend.h"
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int USER = 8;
 constexpr int UNKNOWN = -1;
+constexpr const char* APPEND_FAILURE = "LOGSyslogAppender::append --- An unknown exception occurred.";
 
 }  // namespace
 
@@ -100,12 +102,31 @@ void LOGSyslogAppender::openWriter(const I18NString& host) {
 
 bool LOGSyslogAppender::requiresLayout() { return true; }
 
+[[gnu::always_inline]] inline void LOGSyslogAppender::prepare(const LOGLoggingEvent& event) {
+  const LOGLevel* const logLevel = event.getLevel();
+  VRK_ASSERT(logLevel);
+  m_qw->setErrorHandler(getErrorHandler());
+  m_qw->setLevel(logLevel->getSyslogEquivalent());
+}
+
+// Sent as it lies there, as far as nothing stands in front.
+[[gnu::always_inline]] inline void LOGSyslogAppender::sendText(std::string_view text) {
+  const std::string_view datagram = m_facilityPrinting != 1 ? m_qw->asciiDatagram(text) : std::string_view();
+  if (datagram.empty()) {
+    m_message.clear();
+    if (m_facilityPrinting == 1) m_message = m_facilityString;
+    m_message.append(text);
+    m_qw->write(m_message);
+  } else {
+    m_writer->writeAscii(datagram);
+  }
+}
+
 void LOGSyslogAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   try {
     const LOGGuard guard(*this);
-    logContain("LOGSyslogAppender::append --- An unknown exception occurred.",
-               [&]() VRK_NO_THREAD_SAFETY_ANALYSIS { send(*event); });
+    logContain(APPEND_FAILURE, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS { send(*event); });
   } catch (VRKThrowable& error) {
     LOGLogLog::error("LOGSyslogAppender::append --- enable to lock mutex.", error);
   }
@@ -130,31 +151,17 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
   if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());
 }
 
-void LOGSyslogAppender::prepare(const LOGLoggingEvent& event) {
-  const LOGLevel* const logLevel = event.getLevel();
-  VRK_ASSERT(logLevel);
-  m_qw->setErrorHandler(getErrorHandler());
-  m_qw->setLevel(logLevel->getSyslogEquivalent());
-}
-
-// Sent as it lies there, as far as nothing stands in front.
-void LOGSyslogAppender::sendText(std::string_view text) {
-  if (m_facilityPrinting != 1 && m_qw->writeIfAscii(text)) return;
-  m_message.clear();
-  if (m_facilityPrinting == 1) m_message = m_facilityString;
-  m_message.append(text);
-  m_qw->write(m_message);
-}
-
 bool LOGSyslogAppender::takesPlain() const { return typeid(*this) == typeid(LOGSyslogAppender); }
 
-bool LOGSyslogAppender::appendLine(LOGLoggingEvent& event, std::string_view line) {
-  if (!m_qw || event.getLevel() == nullptr) return false;
-  logContain("LOGSyslogAppender::append --- An unknown exception occurred.", [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-    prepare(event);
-    sendText(line);
+bool LOGSyslogAppender::appendPlain(LOGLoggingEvent& event) {
+  return appendFormatted(event, [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+    if (!m_qw || event.getLevel() == nullptr) return false;
+    logContain(APPEND_FAILURE, [&]() VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+      prepare(event);
+      sendText(line);
+    });
+    return true;
   });
-  return true;
 }
 
 void LOGSyslogAppender::close() {

@@ -48,9 +48,7 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   /// True: without a layout nothing is sent.
   bool requiresLayout() override;
   bool takesPlain() const override;
-
- protected:
-  bool appendLine(LOGLoggingEvent& event, std::string_view line) override VRK_REQUIRES(m_critSection);
+  bool appendPlain(LOGLoggingEvent& event) override;
 
  private:
   struct Facility;

@@ -5,7 +5,7 @@
 #include "log4vrk/platform/VRKThrowable.h"
 
 LOGSyslogQuietWriter::LOGSyslogQuietWriter(LOGSyslogWriter* writer, int facility, LOGErrorHandler* errorHandler)
-    : LOGQuietWriter(writer, errorHandler), m_writer(writer), m_facility(facility) {}
+    : LOGQuietWriter(writer, errorHandler), m_facility(facility) {}
 
 LOGSyslogQuietWriter::~LOGSyslogQuietWriter() = default;
 
@@ -26,14 +26,12 @@ void LOGSyslogQuietWriter::write(const I18NString& text) {
   }
 }
 
-bool LOGSyslogQuietWriter::writeIfAscii(std::string_view text) {
+std::string_view LOGSyslogQuietWriter::asciiDatagram(std::string_view text) {
   m_asciiLine.clear();
   m_asciiLine.appendChecked("<");
   m_asciiLine.append(static_cast<long long>(m_facility));
   m_asciiLine.appendChecked(">");
-  if (!m_asciiLine.appendIfAscii(text)) return false;
-  m_writer->writeAscii(m_asciiLine.view());
-  return true;
+  return m_asciiLine.appendIfAscii(text) ? m_asciiLine.view() : std::string_view();
 }
 
 void LOGSyslogQuietWriter::reportFailure(const char* description) {

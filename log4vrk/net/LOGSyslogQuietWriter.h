@@ -22,8 +22,8 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
   /// Nothing is raised: what the writer raises goes to the error handler.
   void write(const I18NString& text) override;
 
-  /// The same of a text in UTF-8, without a conversion. False when it is not ASCII; then nothing is written.
-  bool writeIfAscii(std::string_view text);
+  /// What write() would have the writer send of a text in UTF-8, valid until the next call. Empty when it is not ASCII.
+  std::string_view asciiDatagram(std::string_view text);
 
   void setFacility(int facility) { m_facility = facility; }
   /// Of the event that is written next; kept for derived writers, and not sent.
@@ -36,7 +36,6 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
  private:
   void reportFailure(const char* description);
 
-  LOGSyslogWriter* const m_writer;
   int m_facility;
   int m_level = 0;
   // These keep their room.

@@ -52,8 +52,7 @@ void LOGSyslogWriter::write(const I18NString& text) {
   writeAscii(std::string_view(m_bytes).substr(0, text.length()));
 }
 
-void LOGSyslogWriter::writeAscii(std::string_view text) {
-  if (m_socket.send(text.data(), text.size())) return;
+void LOGSyslogWriter::reportLoss() {
   // The wrong way round on purpose: existing tools look for the lines as they are.
   const I18NString host = getSyslogHost();
   if (host.isEmpty()) {

@@ -26,13 +26,17 @@ class LOG4VRK_EXPORT LOGSyslogWriter : public LOGWriter {
   /// text as much at its end. Never waits.
   void write(const I18NString& text) override;
   /// The same of a text that is ASCII.
-  void writeAscii(std::string_view text);
+  void writeAscii(std::string_view text) {
+    if (!m_socket.send(text.data(), text.size())) reportLoss();
+  }
   void flush() override {}
   void close() override {}
 
   static I18NString getSyslogHost();
 
  private:
+  static void reportLoss();
+
   VRKDatagramSocket m_socket;
   std::string m_bytes;  // keeps its room
 };

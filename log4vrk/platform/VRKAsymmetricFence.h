@@ -13,13 +13,14 @@
 /// Thread safety: any thread.
 class LOG4VRK_EXPORT VRKAsymmetricFence {
  public:
-  /// A's: sets `flag`. What A has stored before is seen by whoever sees the flag, and what it loads afterwards is loaded afterwards.
-  static void raise(std::atomic<bool>& flag) {
+  /// A's: stores `value`. What A has stored before is seen by whoever sees it, and what it loads afterwards is loaded afterwards.
+  template <typename Value>
+  static void store(std::atomic<Value>& place, Value value) {
     if (m_oneSided) {
-      flag.store(true, std::memory_order_release);
+      place.store(value, std::memory_order_release);
       std::atomic_signal_fence(std::memory_order_seq_cst);
     } else {
-      flag.store(true, std::memory_order_seq_cst);
+      place.store(value, std::memory_order_seq_cst);
     }
   }
   /// B's, between its sequentially consistent store and its first load.

@@ -74,6 +74,13 @@ void VRKDatagramSocket::connect() {
       m_destination.isValid() && ::connect(m_descriptor, systemForm(m_destination), m_destination.getLength()) == 0;
 }
 
+[[gnu::always_inline]] inline bool VRKDatagramSocket::sendOnce(const void* bytes, std::size_t count) {
+  const ssize_t sent =
+      m_connected ? ::send(m_descriptor, bytes, count, 0)
+                  : ::sendto(m_descriptor, bytes, count, 0, systemForm(m_destination), m_destination.getLength());
+  return sent >= 0;
+}
+
 bool VRKDatagramSocket::send(const void* bytes, std::size_t count) {
   if (!m_destination.isValid()) return false;
   if (sendOnce(bytes, count)) return true;
@@ -82,13 +89,6 @@ bool VRKDatagramSocket::send(const void* bytes, std::size_t count) {
   // the network has changed since. Neither may cost this one.
   if (errno != ECONNREFUSED) connect();
   return sendOnce(bytes, count);
-}
-
-bool VRKDatagramSocket::sendOnce(const void* bytes, std::size_t count) {
-  const ssize_t sent =
-      m_connected ? ::send(m_descriptor, bytes, count, 0)
-                  : ::sendto(m_descriptor, bytes, count, 0, systemForm(m_destination), m_destination.getLength());
-  return sent >= 0;
 }
 
 void VRKDatagramSocket::close() {

@@ -34,7 +34,8 @@ class LOG4VRK_EXPORT VRKFault {
   static void disarm();
 
   /// True when the operation is to fail.
-  static bool hit(Point point) { return m_armed.load(std::memory_order_relaxed) && take(point); }
+  static bool hit(Point point) { return armed() && take(point); }
+  static bool armed() { return m_armed.load(std::memory_order_relaxed); }
 
  private:
   static bool take(Point point);

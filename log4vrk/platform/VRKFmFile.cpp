@@ -118,7 +118,7 @@ bool VRKFmFile::adopt(int descriptor, const I18NString& name) {
   return true;
 }
 
-long VRKFmFile::seekFromEnd(long offset) {
+long VRKFmFile::seek(long offset) {
   if (injected(VRKFault::FILE_SEEK)) return fails(-1);
   if (!m_seeks) return 0;
   if (::lseek(m_descriptor, offset, SEEK_END) < 0) return fails(-1);
@@ -127,16 +127,11 @@ long VRKFmFile::seekFromEnd(long offset) {
 
 long VRKFmFile::write(const I18NString& text) { return write(std::string_view(text.toUtf8())); }
 
-long VRKFmFile::write(std::string_view bytes) {
+long VRKFmFile::collect(std::string_view bytes) {
   const std::size_t limit = std::max(g_exiting ? 0 : m_bufferSize, m_holding ? MOST_HELD_BACK : 0);
-  if (limit == 0 && m_collected.size() == 0) {
-    if (!writeAll(bytes)) return -1;
-  } else {
-    dropThoseOfTheParent();
-    m_collected.appendChecked(bytes);
-    if (m_collected.size() >= limit && !writeOut()) return -1;
-  }
-  return static_cast<long>(bytes.size());
+  dropThoseOfTheParent();
+  m_collected.appendChecked(bytes);
+  return m_collected.size() >= limit && !writeOut() ? -1 : static_cast<long>(bytes.size());
 }
 
 bool VRKFmFile::writeAll(std::string_view bytes) {

@@ -10,6 +10,7 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKFault.h"
 
 /// A file that is written at its end, or read word by word. What write() accepted is in the kernel when it returns, so
 /// it outlives a crash of the process, unless the owner has asked for a buffer or holds back. Failures are returned, not raised;
@@ -37,9 +38,12 @@ class LOG4VRK_EXPORT VRKFmFile {
 
   /// Moves `offset` bytes from the end. Succeeds without effect where there is nothing to do: on files opened for
   /// appending, and on terminals and pipes. -1 on failure.
-  long seekFromEnd(long offset);
+  long seekFromEnd(long offset) { return m_seeks || VRKFault::armed() ? seek(offset) : 0; }
   /// The number of bytes written, all of them, or -1: then they are lost, and with them what had been collected.
-  long write(std::string_view bytes);
+  long write(std::string_view bytes) {
+    if (m_bufferSize > 0 || m_holding || m_collected.size() > 0) return collect(bytes);
+    return writeAll(bytes) ? static_cast<long>(bytes.size()) : -1;
+  }
   long write(const char* bytes, long count) { return write({bytes, static_cast<std::size_t>(count)}); }
   /// The same of a text, in UTF-8.
   long write(const I18NString& text);
@@ -71,6 +75,8 @@ class LOG4VRK_EXPORT VRKFmFile {
 
  private:
   bool adopt(int descriptor, const I18NString& name);
+  long seek(long offset);
+  long collect(std::string_view bytes);
   long fails(long result);
   bool failed() { return fails(0) != 0; }
   bool writeAll(std::string_view bytes);

@@ -1,0 +1,162 @@
+// The way of an event from a log call to the appenders: the part of a logger that has to be fast.
+
+#include <typeinfo>
+
+#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGLoggerRepository.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGMessage.h"
+#include "log4vrk/core/LOGThreadState.h"
+#include "log4vrk/platform/VRKAsymmetricFence.h"
+
+namespace {
+
+// Runs what makes and delivers an event, and lets nothing out: what an application class raises in its clone() ends here too,
+// for the program's log call is not the place to hear of it.
+template <typename Operation>
+[[gnu::always_inline]] inline void contained(Operation operation) {
+  try {
+    operation();
+  } catch (VRKThrowable& error) {
+    LOGLogLog::error(error);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+  }
+}
+
+// Runs a delivery, which has written its line when it raises something.
+template <typename Operation>
+[[gnu::always_inline]] inline void delivered(Operation operation) {
+  try {
+    operation();
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+  }
+}
+
+// A text and nothing else, whose copy is as good as its clone().
+bool isText(const LOGObject* message) {
+  return message != nullptr && typeid(*message) == typeid(LOGObject) && message->instanceOf().isEmpty();
+}
+
+}  // namespace
+
+void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
+  if (isText(message)) {
+    logText(fqn, level, message->toString());
+    return;
+  }
+  contained([&] {
+    LOGLoggingEvent event(fqn, this, level, message);
+    deliver(&event);
+  });
+}
+
+void LOGLogger::forcedLog(LOGLevel* level, const LOGMessage& message) { logText(m_FQCN, level, message); }
+
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString& text) {
+  contained([&] {
+    LOGMessage message;
+    message << text;
+    logText(fqn, level, message);
+  });
+}
+
+namespace {
+
+// Tells those who remove appenders whose appender the thread uses, before it looks which one that is.
+class Borrowing {
+ public:
+  Borrowing(LOGThreadState& thread, const LOGLogger* logger) : m_from(thread.borrowsFrom) {
+    VRKAsymmetricFence::store(m_from, logger);
+  }
+  ~Borrowing() { m_from.store(nullptr, std::memory_order_release); }
+  Borrowing(const Borrowing&) = delete;
+  Borrowing& operator=(const Borrowing&) = delete;
+
+ private:
+  std::atomic<const LOGLogger*>& m_from;
+};
+
+}  // namespace
+
+[[gnu::always_inline]] inline bool LOGLogger::appendPlain(LOGLoggingEvent& event,
+                                                          LOGThreadState& thread) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  const Borrowing borrowing(thread, this);
+  LOGAppenderSkeleton* const appender = m_aai.onlyPlainAppender();
+  return appender != nullptr && appender->appendPlain(event);
+}
+
+// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write, and whoever
+// removes an appender that is written to without it waits for those who borrow it. Most loggers have no appender.
+[[gnu::always_inline]] inline int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) {
+  if (event->isText() && appendPlain(*event, thread)) return 1;
+  const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already
+  return m_aai.appendLoopOnAppenders(event);
+}
+
+// One logger at a time, the child before the parent.
+[[gnu::always_inline]] inline int LOGLogger::walk(LOGLoggingEvent* event, LOGThreadState& thread) {
+  return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&]() VRK_INLINED {
+    int writes = 0;
+    for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+      if (logger->mayHaveAppenders()) writes += logger->append(event, thread);
+      if (logger->getAdditivity() == 0) break;
+    }
+    return writes;
+  });
+}
+
+[[gnu::always_inline]] inline void LOGLogger::callEach(LOGLoggingEvent* event) {
+  LOGThreadState& thread = LOGThreadState::current();
+  if (thread.calls > 0) {
+    LOGDeferral::defer(this, *event);
+    return;
+  }
+  const LOGDeferral deferral(thread);
+  const LOGGate::Pass pass(thread);
+  if (walk(event, thread) != 0) return;
+  if (LOGLoggerRepository* const repository = getRepository()) repository->emitNoAppenderWarning(this);
+}
+
+void LOGLogger::callAppenders(LOGLoggingEvent* event) { callEach(event); }
+
+void LOGLogger::deliver(LOGLoggingEvent* event) {
+  delivered([&] { callAppenders(event); });
+}
+
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message) {
+  contained([&]() VRK_INLINED {
+    LOGLoggingEvent event(fqn, this, level, message.utf8());
+    delivered([&]() VRK_INLINED { callEach(&event); });
+  });
+}
+
+bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  const LOGTryGuard guard(*this);
+  if (guard.holds()) writes += m_aai.appendLoopOnAppenders(event);
+  return guard.holds();
+}
+
+bool LOGLogger::deliverOn(LOGDeferredEvent& putOff) {
+  try {
+    return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&] {
+      while (putOff.logger != nullptr) {
+        if (!putOff.logger->tryAppend(putOff.event.get(), putOff.writes)) return false;
+        putOff.logger = putOff.logger->getAdditivity() == 0 ? nullptr : putOff.logger->getParent();
+      }
+      LOGLoggerRepository* const repository = putOff.origin->getRepository();
+      if (putOff.writes == 0 && repository != nullptr) repository->emitNoAppenderWarning(putOff.origin);
+      return true;
+    });
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    return true;  // reported; the event has had its chance
+  }
+}
