@@ -110,26 +110,30 @@ void LOGHierarchy::setThreshold(const I18NString& level) {
 
 void LOGHierarchy::setThreshold(LOGLevel* level) {
   if (level == nullptr) return;
-  const LOGGuard guard(*this);
-  m_threshold.store(level, std::memory_order_release);
-  m_thresholdRank.store(level->toInt(), std::memory_order_relaxed);
-  LOGLogger::noteLevelChange();
+  logReport("LOGHierarchy::setThreshold -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    m_threshold.store(level, std::memory_order_release);
+    m_thresholdRank.store(level->toInt(), std::memory_order_relaxed);
+    LOGLogger::noteLevelChange();
+  });
 }
 
 void LOGHierarchy::fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) {
-  std::vector<LOGHierarchyEventListener*> listeners;
-  {
+  const auto listeners = logReport("LOGHierarchy::fireAddAppenderEvent -- unable to lock mutex", [&] {
     const LOGGuard guard(*this);
-    listeners = m_listeners;
-  }
+    return m_listeners;
+  });
   const LOGCallScope scope;
   for (LOGHierarchyEventListener* listener : listeners) listener->addAppenderEvent(logger, appender);
 }
 
 void LOGHierarchy::addHierarchyEventListener(LOGHierarchyEventListener* listener) {
   VRK_ASSERT(listener);
-  const LOGGuard guard(*this);
-  if (std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end()) m_listeners.push_back(listener);
+  logReport("LOGHierarchy::addHierarchyEventListener -- unable to lock mutex", [&] {
+    const LOGGuard guard(*this);
+    const bool isNew = std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end();
+    if (isNew) m_listeners.push_back(listener);
+  });
 }
 
 LOGLogger* LOGHierarchy::getLogger(const I18NString& name) { return getLogger(name, &m_defaultFactory); }

@@ -22,6 +22,8 @@ TEST(LOGContainment, WhatCannotBeLockedIsReportedInTheOperationsWordsAndRaisedOr
     bool raises;
   } CASES[] = {
       {"LOGHierarchy::getLogger" + ANY, [&] { tree.getLogger("new"); }, true},
+      {"LOGHierarchy::setThreshold" + ANY, [&] { tree.setThreshold(LOGLevel::ALL_OBJ); }, true},
+      {"LOGHierarchy::fireAddAppenderEvent" + ANY, [&] { tree.fireAddAppenderEvent(&logger, &appender); }, true},
       {"LOGLogger::addAppender" + ANY, [&] { logger.addAppender(&appender); }, true},
       {"LOGLogger::callAppenders" + ANY, [&] { logger.callAppenders(&event); }, true},
       {"LOGLogger::callAppenders" + ANY, [&] { logger.forcedLog("fqn", LOGLevel::INFO_OBJ, nullptr); }, false},
