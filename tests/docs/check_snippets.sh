@@ -33,7 +33,8 @@ split_document() {
 
 for document in README.md docs/*.md; do
   [ -f "$document" ] || continue
-  while read -r file line; do
+  promises=$(split_document "$document")  # first, so that all blocks have been written
+  while read -r file line && [ -n "$file" ]; do
     checked=$((checked + 1))
     if [ ! -f "$scratch/$line" ]; then
       echo "$document:$line: no code block follows the comment about $file"
@@ -42,7 +43,7 @@ for document in README.md docs/*.md; do
       echo "$document:$line: the code block differs from $file"
       failed=1
     fi
-  done < <(split_document "$document")
+  done <<<"$promises"
   rm -f "$scratch"/*
 done
 
