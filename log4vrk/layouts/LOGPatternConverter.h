@@ -36,7 +36,7 @@ struct LOGPatternConverter {
   /// The same as append() to `out`, where there is room. Returns the end.
   char* put(char* out, const std::string& logger, std::string_view message) const;
   /// How many bytes put() may need beside those of logger and message.
-  static constexpr std::size_t MOST_PUT = 24;
+  static constexpr std::size_t MOST_PUT = 32;
 
   char16_t letter = 0;  // of the item; 0 when there is none, only the text
   bool leftAligned = false;
@@ -56,7 +56,7 @@ struct LOGPatternConverter {
   void fit(I18NUtf8Buffer& out, std::size_t start) const;
   std::size_t fitUtf16(I18NUtf8Buffer& out, std::size_t start) const;
 
-  char m_level[8] = {};  // as it is written
+  char m_level[16] = {};  // as it is written
   std::size_t m_levelSize = 0;
 };
 

@@ -55,7 +55,7 @@ class LOGPatternCopy {
   bool m_hasMessage = false;
   std::vector<Run> m_runs;              // that begin at the converter of the same index
   const I18NString* m_level = nullptr;  // which the converters have; the names of levels are never freed
-  bool m_levelFits = false;             // and all of them could take
+  bool m_levelFits = false;             // and whether all of them could take it
 
   std::size_t m_steady = 0;  // how many items there are in the beginning
   bool m_namesThread = false;
@@ -100,11 +100,11 @@ inline bool LOGPatternCopy::takesRuns(const LOGLoggingEvent& event) {
   if (level == nullptr || logger == nullptr || &event.getLoggerName() != &logger->getName()) return false;
   const I18NString* const name = &level->toString();
   if (name != m_level) {
-    m_level = nullptr;
+    m_level = name;
+    m_levelFits = false;  // even if this raises
     m_levelFits = std::all_of(m_converters.begin(), m_converters.end(), [name](LOGPatternConverter& each) {
       return each.letter != u'p' || each.setLevel(*name);
     });
-    m_level = name;
   }
   return m_levelFits;
 }
