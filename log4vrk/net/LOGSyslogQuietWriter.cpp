@@ -5,7 +5,9 @@
 #include "log4vrk/platform/VRKThrowable.h"
 
 LOGSyslogQuietWriter::LOGSyslogQuietWriter(LOGSyslogWriter* writer, int facility, LOGErrorHandler* errorHandler)
-    : LOGQuietWriter(writer, errorHandler), m_facility(facility) {}
+    : LOGQuietWriter(writer, errorHandler) {
+  setFacility(facility);
+}
 
 LOGSyslogQuietWriter::~LOGSyslogQuietWriter() = default;
 
@@ -26,11 +28,17 @@ void LOGSyslogQuietWriter::write(const I18NString& text) {
   }
 }
 
-std::string_view LOGSyslogQuietWriter::asciiDatagram(std::string_view text) {
+void LOGSyslogQuietWriter::setFacility(int facility) {
+  m_facility = facility;
   m_asciiLine.clear();
   m_asciiLine.appendChecked("<");
   m_asciiLine.append(static_cast<long long>(m_facility));
   m_asciiLine.appendChecked(">");
+  m_prioritySize = m_asciiLine.size();
+}
+
+std::string_view LOGSyslogQuietWriter::asciiDatagram(std::string_view text) {
+  m_asciiLine.cutTo(m_prioritySize);
   return m_asciiLine.appendIfAscii(text) ? m_asciiLine.view() : std::string_view();
 }
 

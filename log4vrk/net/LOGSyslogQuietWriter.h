@@ -25,7 +25,7 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
   /// What write() would have the writer send of a text in UTF-8, valid until the next call. Empty when it is not ASCII.
   std::string_view asciiDatagram(std::string_view text);
 
-  void setFacility(int facility) { m_facility = facility; }
+  void setFacility(int facility);
   /// Of the event that is written next; kept for derived writers, and not sent.
   void setLevel(int level) { m_level = level; }
 
@@ -36,9 +36,10 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
  private:
   void reportFailure(const char* description);
 
-  int m_facility;
+  int m_facility = 0;
   int m_level = 0;
   // These keep their room.
   I18NString m_line;
-  I18NUtf8Buffer m_asciiLine;
+  I18NUtf8Buffer m_asciiLine;  // begins with the priority
+  std::size_t m_prioritySize = 0;
 };

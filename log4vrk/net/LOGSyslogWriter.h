@@ -26,7 +26,7 @@ class LOG4VRK_EXPORT LOGSyslogWriter : public LOGWriter {
   /// text as much at its end. Never waits.
   void write(const I18NString& text) override;
   /// The same of a text that is ASCII.
-  void writeAscii(std::string_view text) {
+  [[gnu::always_inline]] void writeAscii(std::string_view text) {
     if (!m_socket.send(text.data(), text.size())) reportLoss();
   }
   void flush() override {}

@@ -85,6 +85,8 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   }
 
   // These leave it to the caller that characters stay whole.
+  /// Keeps the first `size` bytes.
+  void cutTo(std::size_t size) { m_size = size; }
   /// Puts `count` blanks in front of the byte at `position`.
   void insertBlanks(std::size_t position, std::size_t count);
   /// Takes out `count` bytes from `position`.
