@@ -1,5 +1,7 @@
 #include "tests/appenders/AppenderFixture.h"
 
+using namespace vrktest;
+
 namespace {
 
 using FileAppenderTest = AppenderFixture;
@@ -7,11 +9,6 @@ using FileAppenderTest = AppenderFixture;
 struct FailingAppender : LOGFileAppender {
   void setQWForFiles() override { throw 7; }
 };
-
-long openDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return std::distance(begin(all), end(all));
-}
 
 }  // namespace
 

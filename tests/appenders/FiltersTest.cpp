@@ -13,22 +13,18 @@ int decide(const LOGFilter& filter, const char* text, LOGLevel* level) {
 }  // namespace
 
 TEST(FiltersTest, LevelRangeDeniesWhatIsOutsideItsBounds) {
-  const struct {
-    LOGLevel *min, *max;
-    int accept;
-    LOGLevel* level;
-    int expected;
-  } CASES[] = {{LOGLevel::INFO_OBJ, nullptr, 0, LOGLevel::DEBUG_OBJ, DENY},
-               {LOGLevel::INFO_OBJ, nullptr, 0, LOGLevel::INFO_OBJ, NEUTRAL},
-               {nullptr, LOGLevel::WARN_OBJ, 1, LOGLevel::ERROR_OBJ, DENY},
-               {nullptr, LOGLevel::WARN_OBJ, 2, LOGLevel::WARN_OBJ, ACCEPT},
-               {nullptr, nullptr, 0, nullptr, NEUTRAL}};
-  for (const auto& c : CASES) {
+  const std::tuple<LOGLevel*, LOGLevel*, int, LOGLevel*, int> CASES[] = {
+      {LOGLevel::INFO_OBJ, nullptr, 0, LOGLevel::DEBUG_OBJ, DENY},
+      {LOGLevel::INFO_OBJ, nullptr, 0, LOGLevel::INFO_OBJ, NEUTRAL},
+      {nullptr, LOGLevel::WARN_OBJ, 1, LOGLevel::ERROR_OBJ, DENY},
+      {nullptr, LOGLevel::WARN_OBJ, 2, LOGLevel::WARN_OBJ, ACCEPT},
+      {nullptr, nullptr, 0, nullptr, NEUTRAL}};
+  for (const auto& [min, max, accept, level, expected] : CASES) {
     LOGLevelRangeFilter filter;
-    filter.setLevelMin(c.min);
-    filter.setLevelMax(c.max);
-    filter.setAcceptOnMatch(c.accept);
-    EXPECT_EQ(decide(filter, "text", c.level), c.expected) << &c - CASES;
+    filter.setLevelMin(min);
+    filter.setLevelMax(max);
+    filter.setAcceptOnMatch(accept);
+    EXPECT_EQ(decide(filter, "text", level), expected) << accept;
   }
 }
 

@@ -3,6 +3,8 @@
 
 namespace {
 
+using QuietWriterTest = AppenderFixture;
+
 struct Sink : LOGWriter {
   void write(const I18NString& text) override { calls += text.toUtf8() + " "; }
   void flush() override { calls += "flush "; }
@@ -10,33 +12,25 @@ struct Sink : LOGWriter {
   std::string calls;
 };
 
-class QuietWriterTest : public AppenderFixture {
- protected:
-  QuietWriterTest() { m_file.open(path("log"), VRKFmFile::CREATE_EXCLUSIVE); }
-
-  VRKFmFile m_file;
-  LOGQuietWriter m_plain{nullptr, &m_file};
-  LOGCountingQuietWriter m_counting{nullptr, &m_file};
-};
-
 }  // namespace
 
-TEST_F(QuietWriterTest, WritesUtf8WithoutTheTerminatingZeroAndCountsItsBytes) {
-  m_plain.write(&m_file, "-");
-  m_counting.setCount(10);
-  m_counting.write(&m_file, "Z\u00fcrich \u65e5");
-  EXPECT_EQ(m_counting.getCount(), 10 + 11);
-  m_plain.stWrite(&m_file, "end");
+TEST_F(QuietWriterTest, WritesUtf8ToItsFileAndPassesTextsToItsSink) {
+  VRKFmFile file;
+  file.open(path("log"), VRKFmFile::CREATE_EXCLUSIVE);
+  LOGQuietWriter plain(nullptr, &file);
+  LOGCountingQuietWriter counting(nullptr, &file);
+  plain.write(&file, "-");
+  counting.setCount(10);
+  counting.write(&file, "Z\u00fcrich \u65e5");
+  EXPECT_EQ(counting.getCount(), 10 + 11) << "bytes";
+  plain.stWrite(&file, "end");
   EXPECT_EQ(m_dir.read("log"), "-Z\u00fcrich \u65e5end");
-}
-
-TEST_F(QuietWriterTest, PassesTextsToItsSink) {
   Sink sink;
   LOGQuietWriter writer(&sink, nullptr);
-  writer.write("hello");
-  writer.write("");
-  writer.close();
+  for (LOGQuietWriter* each : {&writer, &plain}) {
+    for (const char* text : {"hello", ""}) each->write(text);
+    each->close();
+  }
   EXPECT_EQ(sink.calls, "hello flush close ");
-  m_plain.write("nobody is there");
-  m_plain.close();
+  EXPECT_EQ(m_log.text(), "");
 }

@@ -7,19 +7,13 @@ using namespace vrktest;
 
 namespace {
 
-Rsyslog::Options onPort514() {
-  Rsyslog::Options options;
-  options.udpPort = 514;
-  return options;
-}
-
 class SyslogDaemonTest : public testing::Test {
  protected:
   void SetUp() override {
-    const std::string missing = Rsyslog::missing(onPort514());
+    const std::string missing = Rsyslog::missing(Rsyslog::UDP);
     if (!missing.empty()) GTEST_SKIP() << missing;
-    daemon = std::make_unique<Rsyslog>(onPort514());
-    ASSERT_TRUE(daemon->startAndWait());
+    ASSERT_TRUE(daemon.startAndWait());
+    appender.setSyslogHost(ownAddress().c_str());
     appender.setLayout(&layout);
     appender.setFacility("local0");
     tree.getRootLogger()->addAppender(&appender);
@@ -29,7 +23,7 @@ class SyslogDaemonTest : public testing::Test {
   LOGSyslogAppender appender;
   Tree tree;
   LOGLogger* const logger = tree.getLogger("shop");
-  std::unique_ptr<Rsyslog> daemon;
+  Rsyslog daemon{Rsyslog::UDP};
   InternalLog log;
 };
 
@@ -44,16 +38,13 @@ TEST_F(SyslogDaemonTest, StoresEveryFacilityAndEveryKindOfText) {
     const std::string name = LOGSyslogAppender::getFacilityString(code).toUtf8();
     if (!name.empty()) send(name.c_str(), "order 17", "<" + std::to_string(code) + ">order 17");
   }
-  appender.setFacilityPrinting(1);
-  send("local1", "printed", "<136>local1:printed");
-  appender.setFacilityPrinting(0);
   for (const std::size_t length : {1000u, 8000u, 65000u}) {
     send("local0", std::string(length, 'x') + "!", "<128>" + std::string(length, 'x') + "!");
   }
   send("local0", "caf\u00e9 cr\u00e8me 12", "<128>caf\u00e9 cr\u00e8me ");  // two letters, two bytes
   send("local0", "one\ntwo\tthree\x1b[0m", "<128>one#012two#011three#033[0m");
   send("local0", "%s <1> \\ \"'", "<128>%s <1> \\ \"'");
-  EXPECT_EQ(expected, daemon->waitForLines(expected.size()));
+  EXPECT_EQ(expected, daemon.waitForLines(expected.size()));
   EXPECT_EQ("", log.text());
 }
 
@@ -62,36 +53,35 @@ TEST_F(SyslogDaemonTest, StoresBurstsInOrder) {
   layout.setConversionPattern("0 %m end");
   for (int burst = 0; burst < BURSTS; ++burst) {
     for (int i = 1; i <= EACH; ++i) logger->info(std::to_string(burst * EACH + i).c_str());
-    ASSERT_EQ(static_cast<std::size_t>((burst + 1) * EACH), daemon->waitForLines((burst + 1) * EACH).size());
+    ASSERT_EQ(static_cast<std::size_t>((burst + 1) * EACH), daemon.waitForLines((burst + 1) * EACH).size());
   }
-  Texts stored = daemon->lines();
+  Texts stored = daemon.lines();
   for (std::string& line : stored) line.erase(0, line.find('>') + 1);
   expectEachOnceInOrder(stored, 1, BURSTS * EACH);
 }
 
 TEST_F(SyslogDaemonTest, ADaemonThatGoesAwayCostsNothingButWhatIsSentMeanwhile) {
   const Deadline deadline(100);
-  const std::string line = "<128>event ";
   int sent = 0;
   const auto logOne = [&] { logger->info(("event " + std::to_string(++sent)).c_str()); };
   const auto isStored = [&](int number) {
-    const Texts& lines = daemon->lines();
-    return std::find(lines.begin(), lines.end(), line + std::to_string(number)) != lines.end();
+    const Texts& lines = daemon.lines();
+    return std::find(lines.begin(), lines.end(), "<128>event " + std::to_string(number)) != lines.end();
   };
   logOne();
   ASSERT_TRUE(eventually([&] { return isStored(1); }));
 
-  daemon->kill();
+  daemon.kill();
   for (int i = 0; i < 999; ++i) logOne();
-  ASSERT_TRUE(daemon->startAndWait());
+  ASSERT_TRUE(daemon.startAndWait());
   logOne();  // the first one after its return
   EXPECT_TRUE(eventually([&] { return isStored(1001); }));
-  EXPECT_EQ(2u, daemon->lines().size());
+  EXPECT_EQ(2u, daemon.lines().size());
 
-  daemon->stop();  // its socket fills up, and the system drops what it has no room for
+  daemon.stop();  // its socket fills up, and the system drops what it has no room for
   const I18NString large(std::u16string(60000, u'x'));
   for (int i = 0; i < 1000; ++i) logger->info(large);
-  daemon->resume();
+  daemon.resume();
   EXPECT_TRUE(eventually([&] {
     logOne();
     return isStored(sent - 1);

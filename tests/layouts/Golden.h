@@ -6,13 +6,6 @@
 
 namespace vrktest {
 
-/// All occurrences.
-inline std::string replaced(std::string text, const std::string& what, const std::string& with) {
-  for (std::size_t at = 0; (at = text.find(what, at)) != text.npos; at += with.size())
-    text.replace(at, what.size(), with);
-  return text;
-}
-
 /// tests/layouts/golden/<name>
 inline std::string golden(const std::string& name) {
   std::ifstream in(LOG4VRK_SOURCE_DIR "/tests/layouts/golden/" + name, std::ios::binary);

@@ -33,11 +33,7 @@ TEST(PatternLayoutTest, WritesTheItemsOfThePattern) {
 }
 
 TEST(PatternLayoutTest, NeverSplitsACharacter) {
-  const struct {
-    const char* pattern;
-    const char16_t* message;
-    const char* expected;
-  } CASES[] = {
+  const std::tuple<const char*, const char16_t*, const char*> CASES[] = {
       {"[%6m]", u"\u0436\u0443\u043a", "[   \u0436\u0443\u043a]"},
       {"[%.2m]", u"a\U0001F600", "[\U0001F600]"},
       {"[%.1m]", u"a\U0001F600", "[]"},
@@ -47,16 +43,11 @@ TEST(PatternLayoutTest, NeverSplitsACharacter) {
       {"[%-3.1m]", u"x\xDE00", "[\uFFFD  ]"},
       {"[%m]", u"\xD83D", "[\uFFFD]"},
   };
-  for (const auto& test : CASES) {
-    EXPECT_EQ(written(test.pattern, test.message), test.expected) << test.pattern << " of " << test.expected;
-  }
+  for (const auto& [pattern, message, expected] : CASES) EXPECT_EQ(written(pattern, message), expected) << pattern;
 }
 
 TEST(PatternLayoutTest, WritesWhatItDoesNotUnderstandAsItStandsAndReportsItOnce) {
-  const struct {
-    const char *pattern, *expected, *item;
-    int position;
-  } CASES[] = {
+  const std::tuple<const char*, const char*, const char*, int> CASES[] = {
       {"%m %-", "order 17 %-", "%-", 4},
       {"%5.", "%5.", "%5.", 1},
       {"%5.x%m", "%5.xorder 17", "%5.", 1},
@@ -67,12 +58,12 @@ TEST(PatternLayoutTest, WritesWhatItDoesNotUnderstandAsItStandsAndReportsItOnce)
       {"%m %c{-1}", "order 17 %c{-1}", "%c{-1}", 4},
   };
   written("");  // makes the logger, which is noted in the internal log
-  for (const auto& test : CASES) {
+  for (const auto& [pattern, expected, item, position] : CASES) {
     const InternalLog log;
-    LOGPatternLayout layout(test.pattern);
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(formatted(layout, "order 17"), test.expected) << test.pattern;
-    EXPECT_EQ(log.text(), std::string("log4vrk:ERROR LOGPatternLayout::setConversionPattern -- [") + test.item +
-                              "] at character " + std::to_string(test.position) +
+    LOGPatternLayout layout(pattern);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(formatted(layout, "order 17"), expected) << pattern;
+    EXPECT_EQ(log.text(), std::string("log4vrk:ERROR LOGPatternLayout::setConversionPattern -- [") + item +
+                              "] at character " + std::to_string(position) +
                               " of the pattern is not understood and is written as it stands.\n");
   }
   const InternalLog log;

@@ -49,22 +49,19 @@ TEST(LayoutTest, ReportsAMessageThatCannotBeRenderedAndGoesOn) {
 }
 
 TEST(TTCCLayoutTest, WritesWhatTheFlagsAskFor) {
-  const struct {
-    int thread, context;
-    const char *nested, *expected;
-  } CASES[] = {
+  const std::tuple<int, int, const char*, const char*> CASES[] = {
       {1, 0, "", "[main] INFO com.acme.shop.Orders - connected\n"},
       {0, -1, "", "INFO com.acme.shop.Orders  - connected\n"},
       {2, 0, "request", "[main] INFO com.acme.shop.Orders - connected\n"},
       {1, 1, "request", "[main] INFO com.acme.shop.Orders - connected\n"},
   };
-  for (const auto& test : CASES) {
+  for (const auto& [thread, context, nested, expected] : CASES) {
     LOGTTCCLayout layout(LOGDateLayout::NULL_DATE_FORMAT);
-    layout.setThreadPrinting(test.thread);
-    layout.setContextPrinting(test.context);
+    layout.setThreadPrinting(thread);
+    layout.setContextPrinting(context);
     layout.setLoggerPrefixing(0);  // changes nothing
-    if (*test.nested != '\0') LOGNDC::push(test.nested);
-    EXPECT_EQ(formatted(layout), test.expected);
+    if (*nested != '\0') LOGNDC::push(nested);
+    EXPECT_EQ(formatted(layout), expected);
     LOGNDC::remove();
   }
 }

@@ -56,15 +56,12 @@ class LocalUDPAppenderTest : public testing::Test {
     VRKFault::disarm();
   }
 
-  void append(const std::string& loggerName, const I18NString& text, const char* className = "Piece") {
-    appendTo(appender, loggerName, text, className);
-  }
-  void appendTo(LOGLocalUDPAppender& target, const std::string& loggerName, const I18NString& text,
-                const char* className = "Piece") {
+  void append(const std::string& loggerName, const I18NString& text, const char* className = "Piece",
+              LOGLocalUDPAppender* other = nullptr) {
     LOGObject message(text);
     message.instance(className);
     LOGLoggingEvent event("test", tree.getLogger(loggerName.c_str()), LOGLevel::INFO_OBJ, &message);
-    target.doAppend(&event);
+    (other ? other : &appender)->doAppend(&event);
   }
 
   Tree tree;
@@ -142,7 +139,7 @@ TEST_F(LocalUDPAppenderTest, NeitherAClosedPortNorABadOneIsNoticed) {
     LOGLocalUDPAppender other;
     other.setPort(bad);
     other.activateOptions();
-    appendTo(other, "shop", "lost");
+    append("shop", "lost", "Piece", &other);
   }
   EXPECT_TRUE(later.isEmpty());
   EXPECT_EQ(0, log.count("ERROR"));
@@ -154,7 +151,7 @@ TEST_F(LocalUDPAppenderTest, OpensAgainAfterAFailureAndAfterCloseWithOneDescript
     LOGLocalUDPAppender other;
     EXPECT_EQ(9362, other.getPort());
     other.setPort(receiver.port());
-    appendTo(other, "shop", "without a socket");
+    append("shop", "without a socket", "Piece", &other);
     for (const VRKFault::Point fault : {VRKFault::SOCKET_OPEN, VRKFault::SOCKET_MODE}) {
       VRKFault::arm(fault);
       other.activateOptions();
@@ -164,7 +161,7 @@ TEST_F(LocalUDPAppenderTest, OpensAgainAfterAFailureAndAfterCloseWithOneDescript
       other.activateOptions();
       EXPECT_EQ(before + 1, openDescriptors());
       other.close();
-      appendTo(other, "shop", "through the socket that is left");
+      append("shop", "through the socket that is left", "Piece", &other);
       EXPECT_NE("(nothing)", receiver.next());
     }
     UdpReceiver elsewhere;
@@ -172,7 +169,7 @@ TEST_F(LocalUDPAppenderTest, OpensAgainAfterAFailureAndAfterCloseWithOneDescript
     other.activateOptions();
     const auto copy = std::make_unique<LOGLocalUDPAppender>(other);
     other = appender;  // a copy sends by itself
-    appendTo(*copy, "shop", "x");
+    append("shop", "x", "Piece", copy.get());
     EXPECT_EQ(datagram("shop", "\0\1x"s), elsewhere.next());
   }
   EXPECT_EQ(before, openDescriptors());
@@ -181,22 +178,22 @@ TEST_F(LocalUDPAppenderTest, OpensAgainAfterAFailureAndAfterCloseWithOneDescript
 
 TEST_F(LocalUDPAppenderTest, ThreadsLogWhileItIsClosedAndCopied) {
   std::multiset<std::string> expected, received;
-  std::vector<std::thread> threads;
   for (const std::string letter : {"a", "b"}) {
     for (int i = 0; i < 100; ++i) expected.insert(datagram(letter, "\0\1"s + letter));
-    threads.emplace_back([this, letter] {
-      for (int i = 0; i < 100; ++i) append(letter, letter.c_str());
-    });
   }
   LOGLocalUDPAppender copy;
   EXPECT_FALSE(copy == appender);
-  for (int i = 0; i < 50; ++i) {
-    appender.close();
-    appender.activateOptions();
-    copy = appender;
-    EXPECT_TRUE(copy == appender);
+  {
+    const Meanwhile changing({[&] {
+      appender.close();
+      appender.activateOptions();
+      copy = appender;
+      EXPECT_TRUE(copy == appender);
+    }});
+    onThreads(2, [&](int t) {
+      for (int i = 0; i < 100; ++i) append(t == 0 ? "a" : "b", t == 0 ? "a" : "b");
+    });
   }
-  for (std::thread& thread : threads) thread.join();
   while (!receiver.isEmpty()) received.insert(receiver.last());
   EXPECT_EQ(expected, received);
 }

@@ -107,21 +107,15 @@ TEST_F(RecoveryFilesTest, OneOwnerAtATimeAndTheNextOneComesAfterAKill) {
   LOGRecoveryFiles mine(directory());
   ASSERT_TRUE(mine.open());
   append(mine, 1, 2, "mine");
-  int ready[2];
-  ASSERT_EQ(0, ::pipe(ready));
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const pid_t child = startChild([&] {
     mine.abandon();
     LOGRecoveryFiles theirs(directory());
     theirs.open();
-    for (std::uint64_t i = 1; i <= 3; ++i) theirs.append(i, "theirs");
-    const bool alone = theirs.pending() == 3;
-    if (::write(ready[1], alone ? "y" : "n", 1) == 1) ::pause();
-    ::_exit(1);
-  }
-  char alone = 0;
-  ASSERT_EQ(1, ::read(ready[0], &alone, 1));
-  EXPECT_EQ('y', alone);
+    append(theirs, 1, 3, "theirs");
+    if (theirs.pending() == 3) m_dir.write("ready", "");
+    ::pause();
+  });
+  EXPECT_TRUE(eventually([&] { return std::filesystem::exists(m_dir.file("ready")); }));
   EXPECT_EQ(2u, names().size());
   mine.adopt();
   EXPECT_EQ(Texts({"1 mine", "2 mine"}), take(mine));
@@ -132,7 +126,6 @@ TEST_F(RecoveryFilesTest, OneOwnerAtATimeAndTheNextOneComesAfterAKill) {
   EXPECT_EQ(Texts({"1 theirs", "2 theirs", "3 theirs", "3 mine"}), take(mine));
   mine.acknowledge(6);
   EXPECT_EQ(Texts(), names());
-  for (const int end : ready) ::close(end);
 }
 
 TEST_F(RecoveryFilesTest, ManyFilesAreAdoptedInOrderAndNotAllAtOnce) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "log4vrk/net/LOGRelpSession.h"
@@ -43,11 +44,7 @@ struct Opened : LOGRelpSession {
 };
 
 TEST(LOGRelpParser, TakesFramesInPiecesOfAnySizeAndStopsAtWhatIsNone) {
-  struct {
-    const char* bytes;
-    Parser::Result last;
-    std::vector<std::string> frames;
-  } const cases[] = {
+  const std::tuple<std::string, Parser::Result, std::vector<std::string>> CASES[] = {
       {"1 rsp 6 200 OK\n2 rsp 0\n0 serverclose 0\n", Parser::NEEDS_MORE, {"1 rsp 200 OK", "2 rsp ", "0 serverclose "}},
       {"7 rsp 0 \n", Parser::NEEDS_MORE, {"7 rsp "}},
       {"1 rsp 6 200 O", Parser::NEEDS_MORE, {}},
@@ -61,8 +58,7 @@ TEST(LOGRelpParser, TakesFramesInPiecesOfAnySizeAndStopsAtWhatIsNone) {
       {"1 abcdefghijklmnopqrstuvwxyzabcdefg 0\n", Parser::BROKEN, {}},
       {"\x15\x03\x03", Parser::BROKEN, {}},
   };
-  for (const auto& each : cases) {
-    const std::string bytes(each.bytes);
+  for (const auto& [bytes, last, expected] : CASES) {
     for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
       Parser parser;
       std::vector<std::string> frames;
@@ -74,8 +70,8 @@ TEST(LOGRelpParser, TakesFramesInPiecesOfAnySizeAndStopsAtWhatIsNone) {
           frames.push_back(std::to_string(frame.number) + " " + frame.command + " " + frame.data);
         }
       }
-      EXPECT_EQ(each.last, result) << bytes << " in steps of " << step;
-      EXPECT_EQ(each.frames, frames) << bytes << " in steps of " << step;
+      EXPECT_EQ(last, result) << bytes << " in steps of " << step;
+      EXPECT_EQ(expected, frames) << bytes << " in steps of " << step;
     }
   }
 }
@@ -152,10 +148,7 @@ TEST(LOGRelpSession, SaysWhyItIsOver) {
   constexpr const char *NO_SYSLOG = "the server accepts sessions, but no syslog messages",
                        *NO_RELP = "what answers there does not speak RELP",
                        *NOT_ASKED = "the server answered what it was not asked";
-  const struct {
-    bool opened;
-    const char *bytes, *reason;
-  } cases[] = {
+  const std::tuple<bool, const char*, const char*> CASES[] = {
       {false, "1 rsp 17 500 not\x01 allowed\n\n", "the server refused the session: \"500 not? allowed\""},
       {false, "1 rsp 22 200 OK\nrelp_version=0\n\n", NO_SYSLOG},
       {false, "1 rsp 32 200 OK\ncommands=syslogs,eventlog\n", NO_SYSLOG},
@@ -168,14 +161,14 @@ TEST(LOGRelpSession, SaysWhyItIsOver) {
       {true, "2 rsp 6 200 OK\n2 rsp 6 200 OK\n", NOT_ASKED},
       {true, "?", "the server sent what is no RELP frame"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [isOpened, bytes, reason] : CASES) {
     Opened opened(1);
     LOGRelpSession opening;
     opening.begin();
-    LOGRelpSession& session = c.opened ? opened : opening;
-    session.receive(c.bytes);
-    EXPECT_EQ(LOGRelpSession::OVER, session.state()) << c.bytes;
-    EXPECT_EQ(c.reason, session.reason());
+    LOGRelpSession& session = isOpened ? opened : opening;
+    session.receive(bytes);
+    EXPECT_EQ(LOGRelpSession::OVER, session.state()) << bytes;
+    EXPECT_EQ(reason, session.reason());
   }
 }
 

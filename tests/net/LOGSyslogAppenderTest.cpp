@@ -10,13 +10,6 @@ namespace {
 
 constexpr const char* FAILED = "log4vrk:ERROR LOGSyslogWriter::write --- Could not send data to the localhost";
 
-// A loopback address of this test process alone, so that no other test's daemon hears it.
-std::string ownAddress() {
-  const int id = static_cast<int>(::getpid());
-  return "127." + std::to_string(1 + id / 64516 % 254) + "." + std::to_string(id / 254 % 254) + "." +
-         std::to_string(1 + id % 254);
-}
-
 class SyslogAppenderTest : public testing::Test {
  protected:
   SyslogAppenderTest() : layout("%m") { appender.setLayout(&layout); }
@@ -56,27 +49,17 @@ TEST_F(SyslogAppenderTest, KnowsFacilitiesByNameInAnyCaseAndByCode) {
                                "local0", "local1", "local2",   "local3", "local4", "local5", "local6", "local7"};
   EXPECT_EQ("user", appender.getFacility());
   for (int code = 0; code < 24 * 8; code += 8) {
-    const std::string name = NAMES[code / 8];
-    EXPECT_EQ(name.c_str(), LOGSyslogAppender::getFacilityString(code));
-    if (name.empty()) continue;
-    std::string capitals = name;
-    for (char& c : capitals) c = static_cast<char>(c >= 'a' ? c - 'a' + 'A' : c);
-    for (const std::string& spelling : {name, capitals}) {
-      EXPECT_EQ(code, LOGSyslogAppender::getFacility(spelling.c_str()));
-    }
+    const I18NString name = NAMES[code / 8];
+    EXPECT_EQ(name, LOGSyslogAppender::getFacilityString(code));
+    EXPECT_EQ(name.isEmpty() ? -1 : code, LOGSyslogAppender::getFacility(name));
   }
   for (const int code : {-1, 1, 192}) EXPECT_EQ("", LOGSyslogAppender::getFacilityString(code));
   EXPECT_EQ(-1, LOGSyslogAppender::getFacility("local8"));
+  EXPECT_EQ(16, LOGSyslogAppender::getFacility("MAIL"));
 }
 
 TEST_F(SyslogDatagramTest, SendsTheFacilityAndTheTextWhateverTheLevel) {
-  const struct {
-    const char* facility;
-    int printing;
-    LOGLevel* level;
-    const char* text;
-    std::string expected;
-  } cases[] = {
+  const std::tuple<const char*, int, LOGLevel*, const char*, const char*> CASES[] = {
       {"", 0, LOGLevel::INFO_OBJ, "hello", "<8>hello"},
       {"local0", 1, LOGLevel::FATAL_OBJ, "hello", "<128>local0:hello"},
       {"LOCAL3", 1, LOGLevel::DEBUG_OBJ, "", "<152>local3:"},
@@ -88,11 +71,11 @@ TEST_F(SyslogDatagramTest, SendsTheFacilityAndTheTextWhateverTheLevel) {
       {"kern", 0, LOGLevel::ERROR_OBJ, "\u20ac", "<0>\xe2"},
       {"kern", 0, LOGLevel::ERROR_OBJ, "a\nb\tc\x01", "<0>a\nb\tc\x01"},
   };
-  for (const auto& c : cases) {
-    appender.setFacility(c.facility);
-    appender.setFacilityPrinting(c.printing);
-    append(c.text, c.level);
-    EXPECT_EQ(c.expected, receiver.next());
+  for (const auto& [facility, printing, level, text, expected] : CASES) {
+    appender.setFacility(facility);
+    appender.setFacilityPrinting(printing);
+    append(text, level);
+    EXPECT_EQ(expected, receiver.next());
   }
   LOGLoggingEvent failed = event("failed");
   failed.setThrowableStrRep("why\nwhere");
@@ -129,19 +112,17 @@ TEST_F(SyslogDatagramTest, TheHostOfOneIsTheHostOfAllThatAreActivatedLater) {
 
 TEST_F(SyslogDatagramTest, ThreadsLogWhileHostAndFacilityChange) {
   std::set<std::string> expected, received;
-  std::vector<std::thread> threads;
-  for (const char letter : {'a', 'b'}) {
-    for (int i = 0; i < 100; ++i) expected.insert(letter + std::to_string(i));
-    threads.emplace_back([this, letter] {
-      for (int i = 0; i < 100; ++i) append((letter + std::to_string(i)).c_str());
+  for (int i = 0; i < 100; ++i) expected.insert({"a" + std::to_string(i), "b" + std::to_string(i)});
+  {
+    const Meanwhile changing({[&] {
+      appender.setSyslogHost(address.c_str());
+      for (const char* facility : {"kern", "user"}) appender.setFacility(facility);
+      appender.activateOptions();
+    }});
+    onThreads(2, [&](int t) {
+      for (int i = 0; i < 100; ++i) append(((t == 0 ? "a" : "b") + std::to_string(i)).c_str());
     });
   }
-  for (int i = 0; i < 50; ++i) {
-    appender.setSyslogHost(address.c_str());
-    appender.setFacility(i % 2 == 0 ? "kern" : "user");
-    appender.activateOptions();
-  }
-  for (std::thread& thread : threads) thread.join();
   while (!receiver.isEmpty()) received.insert(receiver.last().substr(3));
   EXPECT_EQ(expected, received);
 }

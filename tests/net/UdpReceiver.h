@@ -8,8 +8,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <iterator>
 #include <string>
 
 namespace vrktest {
@@ -64,10 +62,5 @@ class UdpReceiver {
   std::string m_last;
   bool m_bound = false;
 };
-
-/// How many descriptors this process has open.
-inline long openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
-}
 
 }  // namespace vrktest

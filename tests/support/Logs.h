@@ -21,6 +21,13 @@ inline std::vector<std::string> linesOf(const std::string& path) {
   return lines;
 }
 
+/// The text with `with` for every `what`.
+inline std::string replaced(std::string text, const std::string& what, const std::string& with) {
+  for (std::size_t at = 0; (at = text.find(what, at)) != text.npos; at += with.size())
+    text.replace(at, what.size(), with);
+  return text;
+}
+
 /// Writes a document that lets the root log to the file all.log in that directory, and returns its path.
 inline std::string fileDocument(const TempDir& dir) {
   return dir.write("log.xml",
@@ -42,8 +49,8 @@ inline std::vector<std::string> linesWithBackups(const std::string& path) {
   return lines;
 }
 
-/// The last number of each writer, from lines of the form "<writer> <number> end". Every line is whole, and the numbers of each
-/// writer go up from 1, once and in order.
+/// The last number of each writer, from lines of the form "<writer> <number> end". Every line is whole, and the
+/// numbers of each writer go up from 1, once and in order.
 inline void lastNumbers(const std::vector<std::string>& lines, std::map<int, long>& last) {
   for (const std::string& line : lines) {
     std::istringstream fields(line);

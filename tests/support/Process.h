@@ -3,13 +3,18 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <functional>
+#include <iterator>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -44,29 +49,54 @@ inline int statusOf(pid_t process) {
 }
 
 /// Starts a program, which dies with the thread that started it.
-inline pid_t startProgram(const std::vector<std::string>& command) {
-  const pid_t child = ::fork();
-  if (child != 0) return child;
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+inline pid_t startProgram(std::vector<std::string> command) {
+  command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});  // becomes the program
   std::vector<char*> arguments;
-  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  for (std::string& argument : command) arguments.push_back(argument.data());
   arguments.push_back(nullptr);
-  ::execv(arguments[0], arguments.data());
-  ::_exit(127);
+  pid_t process = -1;
+  EXPECT_EQ(0, ::posix_spawnp(&process, arguments[0], nullptr, nullptr, arguments.data(), environ));
+  return process;
 }
 
-/// Runs `body` in a forked child and returns its status: 0, 1 when an expectation in it failed, -SIGALRM when it took too
-/// long.
-inline int statusInChild(const std::function<void()>& body, unsigned seconds = 30) {
+/// How many descriptors this process has open.
+inline long openDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+}
+
+/// A loopback address of this process alone, so that no other test's receiver hears what it sends.
+inline std::string ownAddress() {
+  const int id = ::getpid();
+  return "127." + std::to_string(1 + id / 64516 % 254) + "." + std::to_string(id / 254 % 254) + "." +
+         std::to_string(1 + id % 254);
+}
+
+/// Runs `body` in a forked child, which dies with the thread that forked it. Its status is 0, or 1 when an
+/// expectation in it failed.
+inline pid_t startChild(const std::function<void()>& body) {
   const testing::TestResult& result = *testing::UnitTest::GetInstance()->current_test_info()->result();
   const int before = result.total_part_count();
   const pid_t child = ::fork();
-  if (child == 0) {
+  if (child != 0) return child;
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  body();
+  ::_exit(result.total_part_count() == before ? 0 : 1);
+}
+
+/// The same, and waits: the child's status, -SIGALRM when it took too long.
+inline int statusInChild(const std::function<void()>& body, unsigned seconds = 30) {
+  return statusOf(startChild([&] {
     ::alarm(seconds);
     body();
-    ::_exit(result.total_part_count() == before ? 0 : 1);
-  }
-  return statusOf(child);
+  }));
+}
+
+/// Memory that forked children share, all zero, until the process ends.
+template <typename T>
+T& sharedWithChildren() {
+  void* const memory = ::mmap(nullptr, sizeof(T), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  return *static_cast<T*>(memory);
 }
 
 /// Runs `body` in a new process of this program and test, where nothing of the library has been used. Once in a test.

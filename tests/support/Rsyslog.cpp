@@ -1,203 +1,162 @@
 #include "tests/support/Rsyslog.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
-#include <spawn.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
+#include "tests/support/Logs.h"
 #include "tests/support/Process.h"
 
 namespace vrktest {
 
 namespace {
 
-constexpr const char* DAEMON = "/usr/sbin/rsyslogd";
-constexpr const char* PROBE = "vrktest-is-it-ready";
+constexpr const char *DAEMON = "/usr/sbin/rsyslogd", *LOOPBACK = "127.0.0.1";
+constexpr int SYSLOG_PORT = 514;
 
-bool has(const std::string& program) { return std::system(("command -v " + program + " >/dev/null").c_str()) == 0; }
+constexpr const char* ALL = R"(global(workDirectory="@DIR@" maxMessageSize="64k" net.enableDNS="off")
+template(name="raw" type="list") { property(name="rawmsg") constant(value="\n") }
+ruleset(name="all" queue.type="Direct") { action(type="omfile" template="raw" file="@DIR@/all.log") }
+action(type="omfile" file="@DIR@/internal.log")
+)";
+constexpr const char* UDP_INPUT = R"(module(load="imudp")
+input(type="imudp" address="@ADDRESS@" ruleset="all" port="514" rcvbufSize="8m")
+)";
+constexpr const char* RELP_INPUTS = R"(module(load="imrelp" tls.tlslib="openssl")
+input(type="imrelp" port="@RELP@" address="127.0.0.1" ruleset="all" maxDataSize="64k")
+input(type="imrelp" port="@TLS@" address="127.0.0.1" ruleset="all" maxDataSize="64k" tls="on"
+      tls.cacert="@DIR@/ca.pem" tls.mycert="@DIR@/@IDENTITY@.pem" tls.myprivkey="@DIR@/@IDENTITY@.key" @CLIENTS@)
+)";
 
-bool hasRelpInput() {
-  return std::system("ls /usr/lib*/rsyslog/imrelp.so /usr/lib/*/rsyslog/imrelp.so 2>&- | grep -q .") == 0;
+constexpr const char* CERTIFICATES = R"(set -e
+new='-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes'
+openssl req -x509 -days 2 -subj /CN=ca $new -keyout ca.key -out ca.pem
+sign() {  # name, host, alternative names, days
+  openssl req -subj /CN=$2 -addext subjectAltName=$3 -addext basicConstraints=CA:FALSE $new -keyout $1.key -out $1.csr
+  openssl x509 -req -in $1.csr -CA ca.pem -CAkey ca.key -CAcreateserial -copy_extensions copy -days $4 -out $1.pem
 }
+sign server localhost DNS:localhost,IP:127.0.0.1 2
+sign expired localhost DNS:localhost,IP:127.0.0.1 -1
+sign other other.example DNS:other.example 2
+sign client relp-client DNS:relp-client 2
+)";
 
-class Socket {
- public:
-  explicit Socket(int type) : m_descriptor(::socket(AF_INET, type | SOCK_CLOEXEC, 0)) {}
-  ~Socket() { ::close(m_descriptor); }
-  Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
+bool runs(const std::string& command) { return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0; }
 
-  bool connect(int port) {
-    const sockaddr_in address = loopback(port);
-    return ::connect(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  }
-  void send(const std::string& text) { ::send(m_descriptor, text.data(), text.size(), MSG_NOSIGNAL); }
-  int freePort() {
-    sockaddr_in address = loopback(0);
-    socklen_t size = sizeof address;
-    if (::bind(m_descriptor, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-        ::getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-      throw std::runtime_error("no free port");
-    }
-    return ntohs(address.sin_port);
-  }
-
- private:
-  static sockaddr_in loopback(int port) {
+// Both are bound at once, so that they differ.
+void takeFreePorts(int (&ports)[2]) {
+  int sockets[2];
+  for (int i : {0, 1}) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<in_port_t>(port));
-    return address;
+    address.sin_addr.s_addr = ::inet_addr(LOOPBACK);
+    socklen_t size = sizeof address;
+    sockets[i] = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (::bind(sockets[i], reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+        ::getsockname(sockets[i], reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+      throw std::runtime_error("no free port");
+    }
+    ports[i] = ntohs(address.sin_port);
   }
+  for (int socket : sockets) ::close(socket);
+}
 
-  int m_descriptor;
-};
+// Without sending anything, which the daemon would store or complain about.
+bool isOpen(const std::string& protocol, const std::string& address, int port) {
+  char withoutPeer[64];
+  std::snprintf(withoutPeer, sizeof withoutPeer, " %08X:%04X 00000000:0000 ", ::inet_addr(address.c_str()),
+                static_cast<unsigned>(port));
+  for (const std::string& line : linesOf("/proc/net/" + protocol)) {
+    if (line.find(withoutPeer) != line.npos) return true;
+  }
+  return false;
+}
 
 }  // namespace
 
-std::string Rsyslog::missing(const Options& options) {
+std::string Rsyslog::missing(Input input) {
   if (::access(DAEMON, X_OK) != 0) return "rsyslogd is not installed (Debian package rsyslog)";
-  if ((options.relp || options.tls) && !hasRelpInput()) return "imrelp is not installed (Debian package rsyslog-relp)";
-  if (options.tls && !has("openssl")) return "openssl is not installed";
-  if (!has("setpriv")) return "setpriv is not installed (Debian package util-linux)";
-  if (options.udpPort != 0 && options.udpPort < 1024 && ::geteuid() != 0) return "a port below 1024 needs root";
-  return "";
+  if (input == UDP) return ::geteuid() == 0 ? "" : "port 514 needs root";
+  if (!runs("ls /usr/lib*/rsyslog/imrelp.so || ls /usr/lib/*/rsyslog/imrelp.so"))
+    return "imrelp is not installed (Debian package rsyslog-relp)";
+  return runs("openssl version") ? "" : "openssl is not installed";
 }
 
-Rsyslog::Rsyslog(const Options& options) : m_options(options) {
-  if (m_options.udpPort != 0) {  // tests run side by side
-    m_portLock = ::open(("/tmp/log4vrk-test-udp-" + std::to_string(m_options.udpPort)).c_str(),
-                        O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (m_portLock < 0 || ::flock(m_portLock, LOCK_EX) != 0) throw std::runtime_error("no lock for the port");
+Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificate) : m_input(input) {
+  std::string text = ALL + std::string(input == UDP ? UDP_INPUT : RELP_INPUTS);
+  if (input == RELP) {
+    takeFreePorts(m_ports);
+    m_dir.write("make", CERTIFICATES);
+    if (!runs("cd '" + m_dir.path() + "' && sh make")) throw std::runtime_error("no certificates");
   }
-  Socket relp(SOCK_STREAM), tls(SOCK_STREAM);  // bound at once, so that the ports differ
-  if (m_options.relp) m_relpPort = relp.freePort();
-  if (m_options.tls) m_tlsPort = tls.freePort();
-  if (m_options.tls) m_certificates = std::make_unique<Certificates>();
-  std::filesystem::create_directory(m_dir.file("work"));
-  m_dir.write("rsyslog.conf", configuration());
+  const std::pair<const char*, std::string> VALUES[] = {
+      {"@DIR@", m_dir.path()},
+      {"@ADDRESS@", ownAddress()},
+      {"@RELP@", std::to_string(relpPort())},
+      {"@TLS@", std::to_string(tlsPort())},
+      {"@IDENTITY@", identity},
+      {"@CLIENTS@", clientCertificate ? "tls.authmode=\"name\" tls.permittedpeer=[\"relp-client\"]" : ""}};
+  for (const auto& [name, value] : VALUES) text = replaced(text, name, value);
+  m_dir.write("rsyslog.conf", text);
 }
 
 Rsyslog::~Rsyslog() {
-  if (running()) kill();
-  if (m_portLock >= 0) ::close(m_portLock);
+  if (m_process > 0) kill();
 }
 
-std::string Rsyslog::configuration() const {
-  const std::string relp = " address=\"127.0.0.1\" ruleset=\"all\" maxDataSize=\"64k\"";
-  std::string text = "global(workDirectory=\"" + m_dir.file("work") +
-                     "\" maxMessageSize=\"64k\" net.enableDNS=\"off\" processInternalMessages=\"on\")\n"
-                     "template(name=\"raw\" type=\"list\") { property(name=\"rawmsg\") constant(value=\"\\n\") }\n"
-                     "ruleset(name=\"all\" queue.type=\"Direct\") { action(type=\"omfile\" template=\"raw\" file=\"" +
-                     m_dir.file("all.log") + "\" fileCreateMode=\"0600\") }\n";
-  if (m_options.udpPort != 0) {
-    text += "module(load=\"imudp\")\ninput(type=\"imudp\" address=\"127.0.0.1\" ruleset=\"all\" port=\"" +
-            std::to_string(m_options.udpPort) + "\" rcvbufSize=\"8m\")\n";
-  }
-  if (m_relpPort || m_tlsPort) text += "module(load=\"imrelp\" tls.tlslib=\"openssl\")\n";
-  if (m_relpPort) text += "input(type=\"imrelp\" port=\"" + std::to_string(m_relpPort) + "\"" + relp + ")\n";
-  if (m_tlsPort) {
-    text += "input(type=\"imrelp\" port=\"" + std::to_string(m_tlsPort) + "\"" + relp + " tls=\"on\" tls.cacert=\"" +
-            m_certificates->certificate("ca") + "\" tls.mycert=\"" + m_certificates->certificate(m_options.identity) +
-            "\" tls.myprivkey=\"" + m_certificates->key(m_options.identity) + "\"";
-    if (m_options.clientCertificate) text += " tls.authmode=\"name\" tls.permittedpeer=[\"relp-client\"]";
-    text += ")\n";
-  }
-  return text + "action(type=\"omfile\" file=\"" + m_dir.file("internal.log") + "\" fileCreateMode=\"0600\")\n";
-}
-
+// One that was killed leaves its pid file behind.
 void Rsyslog::start() {
-  ASSERT_FALSE(running());
-  std::filesystem::remove(m_dir.file("pid"));  // one that was killed leaves it behind
-  const std::string configurationFile = m_dir.file("rsyslog.conf"), pidFile = m_dir.file("pid");
-  // setpriv becomes the daemon, and sees to it that a test that crashes leaves none behind.
-  const char* arguments[] = {"setpriv", "--pdeathsig",   "KILL", DAEMON, "-n", "-f", configurationFile.c_str(),
-                             "-i",      pidFile.c_str(), nullptr};
-  posix_spawn_file_actions_t files;
-  ::posix_spawn_file_actions_init(&files);
-  ::posix_spawn_file_actions_addopen(&files, STDERR_FILENO, m_dir.file("stderr").c_str(), O_WRONLY | O_CREAT | O_APPEND,
-                                     0600);
-  const int error =
-      ::posix_spawnp(&m_process, arguments[0], &files, nullptr, const_cast<char* const*>(arguments), environ);
-  ::posix_spawn_file_actions_destroy(&files);
-  if (error != 0) m_process = -1;
-  ASSERT_EQ(0, error);
-  ++m_starts;
-  m_probed = false;
+  m_process = startProgram(
+      {"/bin/sh", "-c",
+       "cd " + m_dir.path() + " && rm -f pid && exec " + DAEMON + " -n -f $PWD/rsyslog.conf -i $PWD/pid 2>>stderr"});
 }
 
-bool Rsyslog::waitReady() {
-  const auto accepts = [](int port) { return port == 0 || Socket(SOCK_STREAM).connect(port); };
-  const bool ready =
-      eventually([&] { return (m_options.udpPort == 0 || udpReady()) && accepts(m_relpPort) && accepts(m_tlsPort); });
-  EXPECT_TRUE(ready) << "rsyslogd is not ready: " << messages() << m_dir.read("stderr");
+bool Rsyslog::startAndWait() {
+  start();
+  const bool ready = eventually([&] {
+    if (m_input == UDP) return isOpen("udp", ownAddress(), SYSLOG_PORT);
+    return isOpen("tcp", LOOPBACK, relpPort()) && isOpen("tcp", LOOPBACK, tlsPort());
+  });
+  EXPECT_TRUE(ready) << "rsyslogd is not ready: " << m_dir.read("internal.log") << m_dir.read("stderr");
   return ready;
 }
 
-bool Rsyslog::udpReady() {
-  lines();
-  if (m_probed) return true;
-  Socket socket(SOCK_DGRAM);
-  if (socket.connect(m_options.udpPort))
-    socket.send("<14>" + std::string(PROBE) + " " + std::to_string(m_starts) + " ");
-  return false;  // the next look finds it
-}
-
-void Rsyslog::signal(int number) const {
-  ASSERT_TRUE(running());
-  ASSERT_EQ(0, ::kill(m_process, number));
-}
-
 void Rsyslog::kill() {
-  signal(SIGKILL);
+  EXPECT_EQ(0, ::kill(m_process, SIGKILL));
   statusOf(m_process);
   m_process = -1;
 }
 
 // A busy machine lets its threads run on for a while after the signal is sent.
-void Rsyslog::stop() {
-  signal(SIGSTOP);
+void Rsyslog::stop() const {
+  ASSERT_EQ(0, ::kill(m_process, SIGSTOP));
   siginfo_t stopped;
   ASSERT_EQ(0, ::waitid(P_PID, static_cast<id_t>(m_process), &stopped, WSTOPPED));
 }
 
-void Rsyslog::resume() { signal(SIGCONT); }
+void Rsyslog::resume() const { ASSERT_EQ(0, ::kill(m_process, SIGCONT)); }
 
 const std::vector<std::string>& Rsyslog::lines() {
   std::ifstream in(m_dir.file("all.log"), std::ios::binary);
-  in.seekg(static_cast<std::streamoff>(m_read));
-  const std::string more{std::istreambuf_iterator<char>(in), {}};
-  std::size_t begin = 0;
-  for (std::size_t end; (end = more.find('\n', begin)) != std::string::npos; begin = end + 1) {
-    const std::string line = more.substr(begin, end - begin);
-    if (line.find(PROBE) == std::string::npos) {
-      m_lines.push_back(line);
-    } else if (line.find(" " + std::to_string(m_starts) + " ") != std::string::npos) {
-      m_probed = true;
-    }
+  in.seekg(m_read);
+  for (std::string line; std::getline(in, line) && !in.eof();) {
+    m_read += static_cast<long>(line.size()) + 1;
+    m_lines.push_back(line);
   }
-  m_read += begin;
   return m_lines;
 }
 
-const std::vector<std::string>& Rsyslog::waitForLines(std::size_t count, int seconds) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-  while (lines().size() < count && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
+const std::vector<std::string>& Rsyslog::waitForLines(std::size_t count) {
+  eventually([&] { return lines().size() >= count; });
   return m_lines;
 }
 

@@ -4,84 +4,65 @@
 
 #include <sys/types.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "tests/support/Certificates.h"
 #include "tests/support/TempDir.h"
 
 namespace vrktest {
 
-/// A daemon in the foreground, listening on 127.0.0.1, with a directory, a work directory and ports of its own. It stores
-/// every message that any of its inputs accepts as one line: the message as it came, from the PRI on, control characters
-/// as #ooo (octal).
+/// A daemon in the foreground with a directory of its own. It stores every message that its inputs accept as one line:
+/// the message as it came, from the PRI on, control characters as #ooo (octal).
 ///
 /// Thread safety: not thread-safe. The daemon dies with the thread that started it: start it on the test's main thread.
 /// Errors: operations that fail add a failure to the test; the constructor raises when there are no certificates.
 class Rsyslog {
  public:
-  struct Options {
-    int udpPort = 0;                  // the UDP input, 0 for none; below 1024 needs root
-    bool relp = false;                // a RELP input without TLS, on a free port
-    bool tls = false;                 // a RELP input with TLS, on a free port of its own
-    std::string identity = "server";  // the server's certificate, see Certificates
-    bool clientCertificate = false;   // TLS clients have to show a certificate for relp-client
+  enum Input {
+    RELP,  // on 127.0.0.1, a free port without TLS and another one with it
+    UDP,   // on ownAddress(), port 514, which needs root
   };
 
-  /// Empty when this machine can run such a daemon, otherwise what is missing: `GTEST_SKIP() << Rsyslog::missing(options)`.
-  static std::string missing(const Options& options);
+  /// Empty when this machine can run such a daemon, otherwise what is missing, for GTEST_SKIP().
+  static std::string missing(Input input);
 
-  /// Picks the ports, makes certificates for TLS and writes the configuration; starts nothing. Whoever wants a UDP port
-  /// waits until no other test has it.
-  explicit Rsyslog(const Options& options);
+  /// Picks the ports and makes certificates; starts nothing. `identity` is the certificate that the server shows. When
+  /// `clientCertificate`, clients have to show one for relp-client.
+  explicit Rsyslog(Input input, const std::string& identity = "server", bool clientCertificate = false);
   /// Kills the daemon when it runs.
   ~Rsyslog();
   Rsyslog(const Rsyslog&) = delete;
   Rsyslog& operator=(const Rsyslog&) = delete;
 
-  /// 0 when there is no such input.
-  int relpPort() const { return m_relpPort; }
-  int tlsPort() const { return m_tlsPort; }
-  const Certificates& certificates() const { return *m_certificates; }
+  int relpPort() const { return m_ports[0]; }
+  int tlsPort() const { return m_ports[1]; }
+  /// With RELP there are an authority, "ca", and what it has signed: "server" (for localhost and 127.0.0.1), "expired"
+  /// (the same, but no longer valid), "other" (for other.example), "client" (for relp-client). Keys have no password.
+  std::string certificate(const std::string& name) const { return m_dir.file(name + ".pem"); }
+  std::string key(const std::string& name) const { return m_dir.file(name + ".key"); }
 
   /// Also after kill(): on the same ports, adding to what is stored.
   void start();
-  /// Until every input has answered: UDP by storing a datagram (not one of lines()), RELP by accepting a connection.
-  bool waitReady();
-  bool startAndWait() {
-    start();
-    return waitReady();
-  }
+  /// Until it listens on every port.
+  bool startAndWait();
   /// kill -9; at once.
   void kill();
   /// SIGSTOP and SIGCONT.
-  void stop();
-  void resume();
-  bool running() const { return m_process > 0; }
+  void stop() const;
+  void resume() const;
 
   /// What is stored, in order; a line that is being written is left out.
   const std::vector<std::string>& lines();
   /// Waits until there are so many lines, or the time is up. Then what there is.
-  const std::vector<std::string>& waitForLines(std::size_t count, int seconds = 10);
-  /// What the daemon has to say about itself, for the message of a failed expectation.
-  std::string messages() const { return m_dir.read("internal.log"); }
+  const std::vector<std::string>& waitForLines(std::size_t count);
 
  private:
-  std::string configuration() const;
-  bool udpReady();
-  void signal(int number) const;
-
-  const Options m_options;
-  TempDir m_dir;
-  std::unique_ptr<Certificates> m_certificates;
-  int m_portLock = -1;
-  int m_relpPort = 0, m_tlsPort = 0;
+  const TempDir m_dir;
+  const Input m_input;
+  int m_ports[2] = {};
   pid_t m_process = -1;
-  int m_starts = 0;
-  bool m_probed = false;
 
-  std::size_t m_read = 0;  // bytes of the file that are in m_lines
+  long m_read = 0;  // bytes of the file that are in m_lines
   std::vector<std::string> m_lines;
 };
 

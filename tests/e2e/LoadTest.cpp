@@ -1,0 +1,167 @@
+// Loggers under load: while they are configured anew, through a queue and beside it, in forked children.
+
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
+
+namespace {
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr long EACH = 25000;
+#else
+constexpr long EACH = 250000;
+#endif
+
+// Which logger has which appender: "file", of that class, or "async" before it.
+using References = std::map<std::string, std::string>;
+
+std::string loadDocument(const TempDir& dir, const References& references,
+                         const std::string& fileClass = "RollingFileAppender", long fileSize = 1000000) {
+  std::string document = R"(<log4j:configuration>
+    <appender name="file" class="@CLASS@">
+      <param name="File" value="@DIR@/all.log"/>
+      <param name="MaximumFileSize" value="@SIZE@"/>
+      <param name="MaxBackupIndex" value="1000"/>
+      <layout class="SimpleLayout"/>
+    </appender>
+    <appender name="async" class="AsyncAppender"><param name="BufferSize" value="512"/><appender-ref ref="file"/></appender>
+    <logger name="load.inner"><level value="inherited"/></logger>)";
+  for (const auto& [logger, appender] : references) {
+    document += "<logger name='" + logger + "'><level value='INFO'/><appender-ref ref='" + appender + "'/></logger>";
+  }
+  document = replaced(replaced(document, "@CLASS@", fileClass), "@SIZE@", std::to_string(fileSize));
+  return dir.write("log.xml", replaced(document, "@DIR@", dir.path()) + "</log4j:configuration>");
+}
+
+void logNumbers(const std::string& loggerName, int writer, long count) {
+  LOGLogger* const logger = LOGManager::getLogger(loggerName.c_str());
+  for (long n = 1; n <= count; ++n) LOG4VRK_ERROR(logger, writer << " " << n << " end");
+}
+
+// While threads log, their loggers are configured anew, and get other levels and appenders.
+void loseAndRepeatNothing(const References& references, const char* other, long each, long fileSize,
+                          int configurations) {
+  const TempDir dir;
+  const std::string document = loadDocument(dir, references, "RollingFileAppender", fileSize);
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  std::atomic<bool> done{false};
+  std::thread logging([&] {
+    onThreads(8, [&](int t) { logNumbers(t % 2 == 0 ? "load.inner.most" : other, t, each); });
+    done = true;
+  });
+  LOGLogger* const logger = LOGManager::getLogger("load");
+  LOGLogger* const inner = LOGManager::getLogger("load.inner");
+  LOGLevel* const levels[] = {LOGLevel::DEBUG_OBJ, LOGLevel::ERROR_OBJ, LOGLevel::WARN_OBJ, LOGLevel::ALL_OBJ};
+  struct : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent*) override {}
+  } passing;
+  passing.setName("passing");
+  for (int run = 0; run < configurations || !done; ++run) {
+    logger->addAppender(&passing);
+    logger->setLevel(levels[run % 4]);
+    inner->setLevel(run % 3 == 0 ? nullptr : levels[run % 4]);
+    logger->removeAppender(&passing);
+    if (run < configurations) {
+      EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+    }
+  }
+  logging.join();
+  LOG4VRKConfigurator::shutdown();
+  expectEachOnceInOrder(linesWithBackups(dir.file("all.log")), 8, each);
+  EXPECT_EQ(nullptr, logger->getAppender("passing"));
+}
+
+TEST(Reconfiguration, LosesAndRepeatsNothing) { loseAndRepeatNothing({{"load", "file"}}, "load", 20000, 50000, 100); }
+TEST(Reconfiguration, LosesAndRepeatsNothingThroughAQueue) {
+  loseAndRepeatNothing({{"load", "async"}, {"more", "async"}}, "more.a", EACH, 1000000, 20);
+}
+
+// The dispatcher holds events back to write many at once; those who log directly write at once, and behind them.
+TEST(Async, SharesAFileWithThoseWhoLogDirectly) {
+  const TempDir dir;
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(
+                   loadDocument(dir, {{"direct", "file"}, {"queued", "async"}}, "FileAppender").c_str()));
+  onThreads(4, [](int t) { logNumbers(t % 2 == 0 ? "queued" : "direct", t, EACH / 10); });
+  LOGManager::getLogger("queued")->closeNestedAppenders();  // before the file is closed with the other logger
+  LOG4VRKConfigurator::shutdown();
+  expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, EACH / 10);
+}
+
+// Everything that may meet, in rounds: threads that log, resizing, appenders that come and go, that log themselves and
+// that raise, and a close in the middle.
+TEST(Async, OutlivesWhateverMeets) {
+  const Deadline deadline(110);
+  for (int round = 0; round < 200; ++round) {
+    Tree tree;
+    LOGLogger* const logger = tree.getLogger("a.b");
+    LOGLogger* const other = tree.getLogger("a");
+    std::atomic<long> delivered{0}, inner{0};
+    RecordingAppender sink("sink"), passing("passing"), direct("direct");
+    sink.onAppend = [&](const std::string& text) {
+      ++delivered;
+      if (text.rfind("inner", 0) == 0) return;
+      LOG4VRK_INFO(round % 2 == 0 ? logger : other, "inner " << ++inner);
+      if (delivered % 17 == 0) throw VRKThrowable("raised", VRK_HERE);
+    };
+    LOGAsyncAppender async;
+    async.setBufferSize(4);
+    async.addAppender(&sink);
+    logger->addAppender(&async);
+    other->addAppender(&direct);
+    {
+      int size = 0;
+      const Meanwhile changing({[&] {
+        async.addAppender(&passing);
+        async.removeAppender(&passing);
+        try {
+          async.setBufferSize(2 + ++size % 8);
+        } catch (const VRKAssertError&) {
+          std::this_thread::yield();  // it has been closed
+        }
+      }});
+      onThreads(9, [&](int t) {
+        for (int n = 0; t < 8 && n < 8; ++n) LOG4VRK_INFO(t % 2 == 0 ? logger : other, t << " " << n);
+        while (t == 8 && delivered < 20) std::this_thread::yield();
+        if (t == 8 && round % 4 == 3) async.close();
+      });
+    }
+    async.close();
+    if (round % 4 != 3) {
+      EXPECT_GE(delivered, 32) << "round " << round;
+    }
+    logger->removeAppender(&async);
+    other->removeAppender(&direct);
+  }
+}
+
+TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
+#endif
+  const TempDir dir;
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(loadDocument(dir, {{"load", "async"}}).c_str()));
+  LOGLogger* const logger = LOGManager::getLogger("load");
+  std::atomic<bool> done{false};
+  std::atomic<long> counts[4] = {};
+  std::thread forking([&] {
+    for (int child = 0; child < 1000; ++child) {
+      const auto log = [&] {
+        logNumbers("load", 100 + child, 2);
+        LOG4VRKConfigurator::shutdown();
+      };
+      ASSERT_EQ(0, statusInChild(log, 10)) << "child " << child;
+    }
+    done = true;
+  });
+  onThreads(4, [&](int t) {
+    while (!done && counts[t] < 5000) LOG4VRK_INFO(logger, t << " " << ++counts[t] << " end");
+  });
+  forking.join();
+  LOG4VRKConfigurator::shutdown();
+  std::map<int, long> last;
+  ASSERT_NO_FATAL_FAILURE(lastNumbers(linesWithBackups(dir.file("all.log")), last));
+  for (int t = 0; t < 4; ++t) EXPECT_EQ(counts[t], last[t]);
+  for (int child = 0; child < 1000; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
+}
+
+}  // namespace
