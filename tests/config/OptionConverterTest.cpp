@@ -2,22 +2,18 @@
 
 TEST(OptionConverterTest, ReadsALevelWithOrWithoutItsClass) {
   LOGLevel* const fallback = LOGLevel::FATAL_OBJ;
-  const struct {
-    const char* value;
-    LOGLevel* expected;
-    const char* logged = nullptr;  // class and level between them
-  } CASES[] = {
-      {"", fallback},
-      {"warn", LOGLevel::WARN_OBJ},
-      {"null", nullptr},
-      {"WARN#LOGLevel", LOGLevel::WARN_OBJ, "class=[LOGLevel]:pri=[WARN]"},
-      {"loud#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[loud]"},
-      {"WARN#loglevel", nullptr, "class=[loglevel]:pri=[WARN]"},
-      {"a#b#LOGLevel", LOGLevel::DEBUG_OBJ, "class=[LOGLevel]:pri=[a#b]"},
+  const std::tuple<const char*, LOGLevel*, const char*> CASES[] = {
+      {"", fallback, ""},
+      {"warn", LOGLevel::WARN_OBJ, ""},
+      {"null", nullptr, ""},
+      {"WARN#LOGLevel", LOGLevel::WARN_OBJ, "log4vrk: toLevel:class=[LOGLevel]:pri=[WARN]\n"},
+      {"loud#LOGLevel", LOGLevel::DEBUG_OBJ, "log4vrk: toLevel:class=[LOGLevel]:pri=[loud]\n"},
+      {"WARN#loglevel", nullptr, "log4vrk: toLevel:class=[loglevel]:pri=[WARN]\n"},
+      {"a#b#LOGLevel", LOGLevel::DEBUG_OBJ, "log4vrk: toLevel:class=[LOGLevel]:pri=[a#b]\n"},
   };
-  for (const auto& c : CASES) {
+  for (const auto& [value, level, logged] : CASES) {
     const InternalLog log;
-    EXPECT_EQ(LOGOptionConverter::toLevel(c.value, fallback), c.expected) << c.value;
-    EXPECT_EQ(log.text(), c.logged ? std::string("log4vrk: toLevel:") + c.logged + "\n" : "") << c.value;
+    EXPECT_EQ(LOGOptionConverter::toLevel(value, fallback), level) << value;
+    EXPECT_EQ(log.text(), logged) << value;
   }
 }

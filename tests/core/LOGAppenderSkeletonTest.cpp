@@ -4,16 +4,8 @@ using namespace vrktest;
 
 namespace {
 
-/// Gives its answers one after the other, the last one for ever.
-class ScriptedFilter : public LOGFilter {
- public:
-  explicit ScriptedFilter(std::vector<int> answers) : m_answers(std::move(answers)) {}
-  int decide(LOGLoggingEvent*) override { return m_answers[std::min(asks++, m_answers.size() - 1)]; }
-  std::size_t asks = 0;
-
- private:
-  std::vector<int> m_answers;
-};
+using LOGAppenderSkeletonTest = TreeTest;
+using LOGAppenderAttachableImplTest = TreeTest;
 
 struct Event : LOGLoggingEvent {
   explicit Event(LOGLevel* level = LOGLevel::INFO_OBJ) : LOGLoggingEvent("", &logger, level, nullptr) {}
@@ -22,25 +14,21 @@ struct Event : LOGLoggingEvent {
 
 }  // namespace
 
-TEST(LOGAppenderSkeleton, OnlyReportsOnceItIsClosed) {
-  const InternalLog log;
-  RecordingAppender appender("x");
+TEST_F(LOGAppenderSkeletonTest, OnlyReportsOnceItIsClosed) {
   Event event;
-  appender.doAppend(nullptr);
-  appender.finalize();
-  appender.finalize();
-  appender.doAppend(&event);
-  appender.doAppend(nullptr);
-  EXPECT_TRUE(appender.closings == 1 && appender.texts.empty());
-  const std::string line =
-      "log4vrk:ERROR LOGAppenderSkeleton::doAppend -- VRK Exception occured VRKAssertError: VRK_ASSERT(event);, at ";
-  EXPECT_EQ(log.count(line + "LOGAppenderSkeleton:"), 1);
-  EXPECT_EQ(log.count("log4vrk:ERROR Attempted to append to closed appender named [x]."), 2);
+  root.doAppend(nullptr);
+  for (int i = 0; i < 2; ++i) root.finalize();
+  root.doAppend(&event);
+  root.doAppend(nullptr);
+  EXPECT_TRUE(root.closings == 1 && root.texts.empty());
+  EXPECT_EQ(log.count("log4vrk:ERROR LOGAppenderSkeleton::doAppend -- VRK Exception occured VRKAssertError: "
+                      "VRK_ASSERT(event);, at LOGAppenderSkeleton:"),
+            1);
+  EXPECT_EQ(log.count("log4vrk:ERROR Attempted to append to closed appender named [root]."), 2);
 }
 
 TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
-  class Closing : public LOGAppenderSkeleton {
-   public:
+  struct Closing : LOGAppenderSkeleton {
     void append(LOGLoggingEvent*) override { EXPECT_EQ(getClosed(), 0); }
     void close() override {
       const LOGGuard guard(*this);
@@ -75,32 +63,36 @@ TEST(LOGAppenderSkeleton, ItsThresholdIsAnUpperBound) {
 TEST(LOGAppenderSkeleton, AsksItsFiltersInOrderUntilOneDecides) {
   constexpr int D = LOGFilter::m_DENY, N = LOGFilter::m_NEUTRAL, A = LOGFilter::m_ACCEPT;
   const struct {
-    std::vector<std::vector<int>> answers;
-    std::vector<std::size_t> asks;
+    int filters;
+    std::vector<int> answers;  // one after the other, whoever is asked
+    const char* asked;
     bool written;
   } CASES[] = {
-      {{}, {}, true},
-      {{{D}, {A}}, {1, 0}, false},
-      {{{N}, {N}}, {1, 1}, true},
-      {{{N}, {A}, {D}}, {1, 1, 0}, true},
-      {{{7, -2, N}, {2, D}}, {3, 2}, false},  // no answer: asked again
+      {0, {}, "", true},
+      {2, {D}, "1", false},
+      {2, {N, N}, "12", true},
+      {3, {N, A}, "12", true},
+      {2, {7, -2, N, 2, D}, "11122", false},  // no answer: asked again
   };
   for (const auto& c : CASES) {
     RecordingAppender appender;
-    std::vector<ScriptedFilter*> filters;
-    for (const auto& answers : c.answers) appender.addFilter(filters.emplace_back(new ScriptedFilter(answers)));
+    std::string asked;
+    std::list<HookFilter> filters;
+    for (int f = 1; f <= c.filters; ++f) {
+      appender.addFilter(&filters.emplace_back([&asked, &c, f] {
+        asked += std::to_string(f);
+        return c.answers.at(asked.size() - 1);
+      }));
+    }
     Event event;
     appender.doAppend(&event);
+    EXPECT_EQ(asked, c.asked);
     EXPECT_EQ(appender.texts.size(), c.written ? 1u : 0u);
     appender.clearFilters();
     EXPECT_EQ(appender.getFirstFilter(), nullptr);
-    for (std::size_t i = 0; i < filters.size(); ++i) {
-      EXPECT_EQ(filters[i]->asks, c.asks[i]);
-      delete filters[i];
-    }
   }
   RecordingAppender appender;
-  ScriptedFilter filter({A});
+  HookFilter filter([] { return A; });
   appender.addFilter(&filter);
   appender.addFilter(nullptr);
   EXPECT_THROW(appender.addFilter(&filter), VRKAssertError) << "the chain has lost its tail";
@@ -108,7 +100,7 @@ TEST(LOGAppenderSkeleton, AsksItsFiltersInOrderUntilOneDecides) {
 
 TEST(LOGAppenderSkeleton, EqualityIsByValueAndDecidesAttachingAndRemoving) {
   LOGLayout layout;
-  ScriptedFilter filter({LOGFilter::m_ACCEPT});
+  LOGDenyAllFilter filter;
   const std::function<void(LOGAppenderSkeleton&)> DIFFERENCES[] = {
       [](auto& a) { a.setName("other"); },
       [](auto& a) { a.close(); },
@@ -156,24 +148,22 @@ TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHol
   EXPECT_TRUE(listed.isStale() && !replaced.isStale() && !newer.isStale() && !unlisted.isStale());
 }
 
-TEST(LOGAppenderAttachableImpl, WhileAnAppenderClosesItsLoggerCanBeUsed) {
-  const Deadline deadline(60);
+TEST_F(LOGAppenderAttachableImplTest, WhileAnAppenderClosesItsLoggerCanBeUsed) {
   for (const bool removing : {false, true}) {
-    RecordingAppender slow("slow"), root("root"), late("late");
-    Tree tree;
-    LOGLogger* const logger = tree.getLogger("a");
+    RecordingAppender slow("slow");
     logger->addAppender(&slow);
-    tree.getRootLogger()->addAppender(&root);
     slow.onClose = [&] {
       std::thread([&] {
         logger->info("while it closes");
-        logger->addAppender(&late);
+        logger->addAppender(&other);
         logger->setLevel(LOGLevel::INFO_OBJ);
       }).join();
-      slow.onClose = nullptr;
     };
     removing ? logger->removeAllAppenders() : logger->closeNestedAppenders();
-    EXPECT_EQ(root.texts, (Texts{"while it closes"}));
-    EXPECT_TRUE(logger->isAttached(&late) && logger->isAttached(&slow) != removing) << "what came meanwhile stays";
+    slow.onClose = nullptr;
+    EXPECT_EQ(root.texts.back(), "while it closes");
+    EXPECT_TRUE(logger->isAttached(&other) && logger->isAttached(&slow) != removing) << "what came meanwhile stays";
+    root.texts.clear();
+    for (RecordingAppender* each : {&slow, &other}) logger->removeAppender(each);
   }
 }

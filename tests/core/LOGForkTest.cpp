@@ -7,10 +7,9 @@ using namespace vrktest;
 namespace {
 
 /// A logger whose appender logs twice for each "outer".
-struct Fork : testing::Test {
+struct Fork : TreeTest {
   Fork() {
-    logger->addAppender(&appender);
-    appender.onAppend = [&](const std::string& text) {
+    root.onAppend = [&](const std::string& text) {
       if (text != "outer") return;
       if (onOuter) onOuter();
       for (const char* inner : {"inner 1", "inner 2"}) logger->info(inner);
@@ -19,17 +18,12 @@ struct Fork : testing::Test {
 
   void SetUp() override {
 #ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP()
-        << "the address sanitizer's allocator may be left locked in a forked child; the release build runs this";
+    GTEST_SKIP() << "the sanitizer's allocator may be left locked in a forked child; the release build runs this";
 #endif
   }
 
   const Texts ALL{"outer", "inner 1", "inner 2"};
-  const Deadline deadline{110};
-  RecordingAppender appender;
   std::function<void()> onOuter;
-  Tree tree;
-  LOGLogger* const logger = tree.getLogger("a");
 };
 
 }  // namespace
@@ -40,8 +34,8 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
   LOGLayout layout;
   LOGFileAppender file(&layout, dir.file("all.log").c_str());
   RecordingAppender passing("passing");
+  tree.getRootLogger()->removeAppender(&root);
   tree.getRootLogger()->addAppender(&file);
-  logger->removeAppender(&appender);
   std::map<int, long> written;
   long* const counts[] = {&written[0], &written[1], &written[2], &written[3]};
   const auto write = [&](LOGLogger* to, int writer) { LOG4VRK_INFO(to, writer << " " << ++*counts[writer] << " end"); };
@@ -62,7 +56,7 @@ TEST_F(Fork, ChildrenLogWhileTheParentGoesOnWithoutLoss) {
         RecordingAppender own("own");
         logger->addAppender(&own);
         LOG4VRK_INFO(logger, child << " 1 end");
-        LOG4VRK_INFO(tree.getLogger(I18NString("a.child.") + child), child << " 2 end");
+        LOG4VRK_INFO(tree.getLogger(I18NString("a.b.child.") + child), child << " 2 end");
         EXPECT_EQ(own.texts.size(), 2u);
         tree.getRootLogger()->closeNestedAppenders();
       };
@@ -105,13 +99,13 @@ TEST_F(Fork, FromInsideALogCallTheChildGoesOnLikeItsParent) {
     child = ::fork();
     if (child == 0) ::alarm(20);
   };
-  const Meanwhile busy({[&] { tree.getLogger("a.b.c"); }, [] { LOGLogLog::debug("line"); }});
+  const Meanwhile busy({[&] { tree.getLogger("a.b.c.d"); }, [] { LOGLogLog::debug("line"); }});
   for (int fork = 0; fork < 50; ++fork) {
-    appender.texts.clear();
+    root.texts.clear();
     logger->info("outer");
-    if (child == 0) ::_exit(appender.texts == ALL ? 0 : 1);
+    if (child == 0) ::_exit(root.texts == ALL ? 0 : 1);
     ASSERT_EQ(statusOf(child), 0);
-    ASSERT_EQ(appender.texts, ALL);
+    ASSERT_EQ(root.texts, ALL);
   }
 }
 
@@ -122,20 +116,15 @@ TEST_F(Fork, TheChildsNewThreadsStartAfresh) {
 #endif
   const Meanwhile busy({[&] { logger->info("outer"); }, [&] { logger->info("outer"); }});
   const auto startThreads = [&] {
-    std::atomic<int> finished{0};
-    std::vector<std::thread> threads;
-    for (int t = 1; t <= 3; ++t) {
-      appender.texts.clear();
-      threads.emplace_back([&] {
-        logger->info("outer");
-        ++finished;
-        eventually([&] { return finished > 3; });
-      });
-      EXPECT_TRUE(eventually([&] { return finished == t; }));
-      EXPECT_EQ(appender.texts, ALL);
+    std::list<Meanwhile> threads;  // of which each logs once and stays until the end
+    for (int t = 0; t < 3; ++t) {
+      root.texts.clear();
+      const auto logOnce = [&, logged = false]() mutable {
+        std::exchange(logged, true) ? std::this_thread::yield() : logger->info("outer");
+      };
+      threads.emplace_back(std::vector<std::function<void()>>{logOnce});
+      EXPECT_EQ(root.texts, ALL);
     }
-    ++finished;
-    for (std::thread& thread : threads) thread.join();
   };
   for (int fork = 0; fork < 50; ++fork) ASSERT_EQ(statusInChild(startThreads), 0) << "fork " << fork;
 }

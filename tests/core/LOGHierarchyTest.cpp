@@ -4,10 +4,7 @@ using namespace vrktest;
 
 namespace {
 
-class ProgramsLogger : public LOGLogger {
- public:
-  explicit ProgramsLogger(const I18NString& name) : LOGLogger(name) { instance("ProgramsLogger"); }
-};
+using LOGHierarchyTest = TreeTest;
 
 }  // namespace
 
@@ -45,21 +42,19 @@ TEST(LOGHierarchy, ReportsNewLoggersAndTheLinksThatItChanges) {
 }
 
 TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
-  const Deadline deadline(30);
   Tree tree;
-  int asked = 0;
+  std::list<LOGLogger*> made;
   HookFactory factory([&](const I18NString& name) {
-    ++asked;
     tree.getLogger("a");  // a factory may get loggers itself
-    return new ProgramsLogger(name);
+    return made.emplace_back(new LOGLogger(name));
   });
   LOGLogger* const below = tree.getLogger("a.b.c");
   EXPECT_TRUE(tree.exists("a") == nullptr && tree.exists("a.b") == nullptr);
   LOGLogger* const logger = tree.getLogger("a.b", &factory);
-  EXPECT_TRUE(asked == 1 && logger->getRepository() == &tree && logger->instanceOf() == "ProgramsLogger");
+  EXPECT_TRUE(logger == made.front() && logger->getRepository() == &tree);
   EXPECT_TRUE(below->getParent() == logger && tree.getLogger("a.b.d")->getParent() == logger);
   for (int i = 0; i < 500; ++i) tree.getLogger(I18NString("many.") + i);
-  EXPECT_TRUE(tree.getLogger("a.b", &factory) == logger && tree.exists("a.b") == logger && asked == 1);
+  EXPECT_TRUE(tree.getLogger("a.b", &factory) == logger && tree.exists("a.b") == logger && made.size() == 1);
   EXPECT_EQ(std::unique_ptr<VRKList<LOGLogger*>>(tree.getCurrentLoggers())->size(), 504u);
   HookFactory none([](const I18NString&) { return nullptr; });
   EXPECT_EQ(assertionOf([&] { tree.getLogger("new", nullptr); }), "LOGHierarchy: VRK_ASSERT(factory);");
@@ -67,13 +62,10 @@ TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
 }
 
 // A program's logger class may log through a new logger, which may lose against one that was made meanwhile.
-TEST(LOGHierarchy, AFactoryMayLogThroughTheLoggerThatItMakes) {
-  RecordingAppender appender;
-  Tree tree;
-  tree.getRootLogger()->addAppender(&appender);
+TEST_F(LOGHierarchyTest, AFactoryMayLogThroughTheLoggerThatItMakes) {
   LOGLogger* first = nullptr;
   HookFactory factory([&](const I18NString& name) {
-    auto* const made = new ProgramsLogger(name);
+    auto* const made = new LOGLogger(name);
     made->setLevel(LOGLevel::DEBUG_OBJ);
     made->info("made");
     first = tree.getLogger(name);
@@ -82,26 +74,10 @@ TEST(LOGHierarchy, AFactoryMayLogThroughTheLoggerThatItMakes) {
   LOGLogger* const got = tree.getLogger("a", &factory);
   got->info("got");
   EXPECT_EQ(got, first);
-  EXPECT_EQ(appender.texts.back(), "got");
+  EXPECT_EQ(root.texts.back(), "got");
 }
 
-TEST(LOGHierarchy, GivesAllThreadsTheSameLoggers) {
-  Tree tree;
-  std::vector<std::vector<LOGLogger*>> got(4);
-  onThreads(4, [&](int t) {
-    for (int i = 0; i < 300; ++i) {
-      got[static_cast<std::size_t>(t)].push_back(tree.getLogger(I18NString("s.") + (i % 50) + "." + i));
-      got[static_cast<std::size_t>(t)].push_back(tree.getLogger(I18NString("s.") + (i % 50)));
-    }
-  });
-  for (const auto& mine : got) EXPECT_EQ(mine, got[0]);
-  for (std::size_t i = 0; i < got[0].size(); i += 2) EXPECT_EQ(got[0][i]->getParent(), got[0][i + 1]);
-}
-
-TEST(LOGHierarchy, ItsThresholdGoesBeforeEveryLevel) {
-  const InternalLog log;
-  Tree tree;
-  LOGLogger* const logger = tree.getLogger("a");
+TEST_F(LOGHierarchyTest, ItsThresholdGoesBeforeEveryLevel) {
   logger->setLevel(LOGLevel::ALL_OBJ);
   const std::pair<const char*, LOGLevel*> CASES[] = {{"WARN", LOGLevel::WARN_OBJ}, {"nonsense", LOGLevel::WARN_OBJ},
                                                      {"", LOGLevel::WARN_OBJ},     {"info", LOGLevel::INFO_OBJ},
@@ -117,49 +93,36 @@ TEST(LOGHierarchy, ItsThresholdGoesBeforeEveryLevel) {
   EXPECT_EQ(log.count("log4vrk:WARN Could not convert [nonsense to Level."), 1);
 }
 
-TEST(LOGHierarchy, WarnsOnceOfAnEventThatFoundNoAppender) {
-  const InternalLog log;
-  RecordingAppender appender;
-  Tree tree;
-  LOGLogger* const logger = tree.getLogger("a.b");
-  tree.getRootLogger()->addAppender(&appender);
-  appender.finalize();
+TEST_F(LOGHierarchyTest, WarnsOnceOfAnEventThatFoundNoAppender) {
+  root.finalize();
   logger->info("an attached appender counts, although it is closed");
-  tree.getRootLogger()->removeAppender(&appender);
+  tree.getRootLogger()->removeAppender(&root);
   for (LOGLogger* each : {logger, logger, tree.getLogger("other")}) each->info("nobody hears");
   EXPECT_EQ(log.count("log4vrk:WARN No appenders could be found for logger (a.b)."), 1);
   EXPECT_EQ(log.count("No appenders"), 1);
   EXPECT_EQ(assertionOf([&] { tree.emitNoAppenderWarning(nullptr); }), "LOGHierarchy: VRK_ASSERT(logger);");
 }
 
-TEST(LOGHierarchy, ListenersHearOfEveryAdditionOnceAndInOrder) {
-  const InternalLog log;
-  RecordingAppender appender("x");
+TEST_F(LOGHierarchyTest, ListenersHearOfEveryAdditionOnceAndInOrder) {
   Texts heard;
-  HookListener one(
-      [&](auto* logger, auto* added) { heard.push_back((logger->getName() + added->getName()).toUtf8()); });
+  HookListener one([&](auto* to, auto* added) { heard.push_back((to->getName() + " " + added->getName()).toUtf8()); });
   HookListener two([&](auto*, auto*) { heard.push_back("two"); });
   HookListener angry([](auto*, auto*) { throw VRKThrowable("angry", VRK_HERE); });
-  Tree tree;
   for (HookListener* listener : {&one, &two, &one}) tree.addHierarchyEventListener(listener);
-  LOGLogger* const logger = tree.getLogger("a");
-  for (int i = 0; i < 2; ++i) logger->addAppender(&appender);
-  EXPECT_EQ(heard, (Texts{"ax", "two", "ax", "two"}));
+  for (int i = 0; i < 2; ++i) logger->addAppender(&other);
+  EXPECT_EQ(heard, (Texts{"a.b other", "two", "a.b other", "two"}));
+  logger->removeAppender(&other);
   tree.addHierarchyEventListener(&angry);
-  EXPECT_THROW(logger->addAppender(&appender), VRKThrowable);
-  EXPECT_TRUE(logger->isAttached(&appender));
+  EXPECT_THROW(logger->addAppender(&other), VRKThrowable);
+  EXPECT_TRUE(logger->isAttached(&other));
   EXPECT_EQ(log.count("log4vrk:ERROR LOGLogger::addAppender -- unable to lock mutex VRKThrowable: angry"), 1);
 }
 
 // In a child, because it closes the internal log for good.
-TEST(LOGHierarchy, AResetBringsBackTheFirstStateWithEveryAppenderClosed) {
-  const auto reset = [] {
-    const InternalLog log;
-    RecordingAppender root("root"), angry("angry"), last("last");
+TEST_F(LOGHierarchyTest, AResetBringsBackTheFirstStateWithEveryAppenderClosed) {
+  const auto reset = [this] {
+    RecordingAppender angry("angry"), last("last");
     LOGDefaultRenderer renderer;
-    Tree tree;
-    LOGLogger* const logger = tree.getLogger("a");
-    tree.getRootLogger()->addAppender(&root);
     for (RecordingAppender* each : {&angry, &last}) logger->addAppender(each);
     tree.setThreshold(LOGLevel::ERROR_OBJ);
     tree.setRenderer("Rendered", &renderer);
@@ -182,7 +145,6 @@ TEST(LOGHierarchy, AResetBringsBackTheFirstStateWithEveryAppenderClosed) {
     EXPECT_TRUE(log.contains("still open") && !log.contains("it is closed"));
     EXPECT_TRUE(logger->getLevel() == nullptr && logger->getAdditivity() == 1 && logger->getAppender("last") == &last);
     EXPECT_EQ(tree.getRendererMap().getFromListRenderers("Rendered"), LOGRendererMap::getDefaultRenderer());
-    root.onClose = angry.onClose = nullptr;
   };
   EXPECT_EQ(statusInChild(reset), 0);
 }
@@ -191,15 +153,13 @@ TEST(LOGHierarchy, ALoggerForWhichMemoryWasShortIsLinkedAllTheSame) {
   const InternalLog log;
   for (int skipped = 0; skipped < 8; ++skipped) {
     Tree tree;
-    LOGLogger* logger = nullptr;
     VRKFault::arm(VRKFault::ALLOCATION, 1, skipped);
     try {
-      logger = tree.getLogger("a.b.c");
+      tree.getLogger("a.b.c");
     } catch (const VRKOutOfMemoryError&) {
     }
     VRKFault::disarm();
-    if (logger == nullptr) logger = tree.getLogger("a.b.c");
-    EXPECT_EQ(logger->getParent(), tree.getRootLogger()) << skipped;
+    EXPECT_EQ(tree.getLogger("a.b.c")->getParent(), tree.getRootLogger()) << skipped;
   }
   EXPECT_TRUE(log.contains("log4vrk:ERROR LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable"));
 }

@@ -21,13 +21,13 @@ const struct {
 
 TEST(LOGLevel, TheSevenAreFoundByRankAndByNameAndOrderedByRank) {
   for (const auto& l : LEVELS) {
-    EXPECT_TRUE(l.level->toInt() == l.rank && l.level->toString() == l.name &&
-                l.level->getSyslogEquivalent() == l.syslog);
-    EXPECT_EQ(LOGLevel::toLevel(l.rank), l.level);
+    EXPECT_TRUE(LOGLevel::toLevel(l.rank) == l.level && *l.level == LOGLevel(l.rank, "a name", l.syslog)) << l.name;
+    EXPECT_EQ(l.level->toString(), l.name);
     EXPECT_TRUE(LOGLevel::toLevel(l.name) == l.level && LOGLevel::toLevel(l.otherCase, nullptr) == l.level) << l.name;
     for (const auto& other : LEVELS) EXPECT_EQ(l.level->isGreaterOrEqual(other.level), l.rank >= other.rank);
   }
   EXPECT_EQ(assertionOf([] { LOGLevel::INFO_OBJ->isGreaterOrEqual(nullptr); }), "LOGLevel: VRK_ASSERT(otherLevel);");
+  EXPECT_TRUE(LOGLevel(20000, "INFO", 5) != *LOGLevel::INFO_OBJ && LOGLevel(20001, "INFO", 6) != *LOGLevel::INFO_OBJ);
 }
 
 TEST(LOGLevel, WhatNamesNoneGivesTheDefault) {
@@ -37,9 +37,4 @@ TEST(LOGLevel, WhatNamesNoneGivesTheDefault) {
   for (const long rank : {0L, 30001L, LOWEST + 1, HIGHEST - 1, (1L << 32) + 10000}) {
     EXPECT_EQ(LOGLevel::toLevel(rank, LOGLevel::OFF_OBJ), LOGLevel::OFF_OBJ) << rank;
   }
-}
-
-TEST(LOGLevel, EqualityIsRankAndSyslogPriorityWithoutTheName) {
-  EXPECT_TRUE(LOGLevel(20000, "first", 6) == *LOGLevel::INFO_OBJ);
-  EXPECT_TRUE(LOGLevel(20000, "INFO", 5) != *LOGLevel::INFO_OBJ && LOGLevel(20001, "INFO", 6) != *LOGLevel::INFO_OBJ);
 }

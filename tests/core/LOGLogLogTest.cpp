@@ -9,10 +9,10 @@ constexpr char SETTINGS[] = "configuration/logdebug.ini";
 /// The program beside a directory "configuration".
 struct Probe : TempDir {
   explicit Probe(const char* settings) { write(SETTINGS, settings); }
-  void run(const std::string& what) const {
+  void run(const std::string& words) const {
     std::filesystem::create_directory(file("work"));
     const std::string program = "timeout 30 " LOG4VRK_TEST_PROGRAM_DIR "/internal_log_probe ";
-    EXPECT_EQ(std::system(("cd " + file("work") + " && " + program + what + " > ../out").c_str()), 0) << what;
+    EXPECT_EQ(std::system(("cd " + file("work") + " && " + program + words + " > ../out").c_str()), 0) << words;
   }
   bool hasMadeNothing() const { return std::filesystem::is_empty(file("work")); }
 };
@@ -24,22 +24,21 @@ TEST(LOGLogLog, WritesWhereTheSettingsFileSaysWhateverItsSwitch) {
   const std::string LINES = "log4vrk: debug\nlog4vrk:WARN Gr\xC3\xBC\xC3\x9F\nlog4vrk:ERROR error\nlog4vrk: debug" +
                             CAUSE + "log4vrk:WARN ends in a blank" + CAUSE + "log4vrk:ERROR error" + CAUSE +
                             "log4vrk:ERROR" + CAUSE;
-  const struct {
-    const char *settings, *log, *flags;
-  } CASES[] = {{"", "work/log4vrk.log", "00"},
-               {"1", "work/log4vrk.log", "10"},
-               {"0\n", "work/log4vrk.log", "00"},
-               {"01 other.log", "work/other.log", "00"},
-               {"\n\t1 \v\n ../internal.log\fignored words\n", "internal.log", "10"},
-               {"log4vrk.debug=1 log4vrk.configDebug=x", "work/log4vrk.configDebug=x", "00"}};
-  for (const auto& c : CASES) {
-    const Probe probe(c.settings);
-    probe.write(c.log, "of the process before\n");
+  const std::tuple<const char*, const char*, const char*> CASES[] = {
+      {"", "work/log4vrk.log", "00"},
+      {"1", "work/log4vrk.log", "10"},
+      {"0\n", "work/log4vrk.log", "00"},
+      {"01 other.log", "work/other.log", "00"},
+      {"\n\t1 \v\n ../internal.log\fignored words\n", "internal.log", "10"},
+      {"log4vrk.debug=1 log4vrk.configDebug=x", "work/log4vrk.configDebug=x", "00"}};
+  for (const auto& [settings, log, flags] : CASES) {
+    const Probe probe(settings);
+    probe.write(log, "of the process before\n");
     probe.run("levels");
-    EXPECT_EQ(probe.read(c.log), LINES) << c.settings;
-    probe.run("flags");
-    EXPECT_EQ(probe.read("out"), c.flags) << c.settings;
-    EXPECT_EQ(probe.read(c.log), "") << "afresh with each process";
+    EXPECT_EQ(probe.read(log), LINES) << settings;
+    probe.run("quiet init");
+    EXPECT_EQ(probe.read("out"), flags) << settings;
+    EXPECT_EQ(probe.read(log), "") << "afresh with each process";
   }
 }
 
@@ -55,12 +54,12 @@ TEST(LOGLogLog, StaysOffWithoutSettingsThatCanBeFollowed) {
 
 TEST(LOGLogLog, EndsWithAShutdownOrAFailureForGood) {
   const Probe probe("1");
-  for (const char* what : {"fault", "shutdown-first"}) {
-    probe.run(what);
-    EXPECT_TRUE(probe.hasMadeNothing()) << what;
+  for (const char* words : {"fault debug levels", "shutdown levels"}) {
+    probe.run(words);
+    EXPECT_TRUE(probe.hasMadeNothing()) << words;
   }
-  probe.run("shutdown");
-  EXPECT_EQ(probe.read("work/log4vrk.log"), "log4vrk: before\n") << "whatever the flags say";
+  probe.run("quiet off debug shutdown levels init levels");
+  EXPECT_EQ(probe.read("work/log4vrk.log"), "log4vrk: debug\n") << "whatever the flags say";
 }
 
 TEST(LOGLogLog, LinesOfManyThreadsAreWhole) {

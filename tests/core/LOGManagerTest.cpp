@@ -2,39 +2,31 @@
 
 using namespace vrktest;
 
-namespace {
-
-struct LOGManagerTest : testing::Test {
-  LOGHierarchy mine{new LOGRootLogger(nullptr)}, other{new LOGRootLogger(nullptr)};
-  LOGDefaultRepositorySelector toMine{&mine}, toOther{&other};
-};
-
-}  // namespace
-
-TEST_F(LOGManagerTest, MayBeShutDownFirst) {
+TEST(LOGManager, IsMadeOnceByThreadsThatMeetAtTheFirstUseAndNotByAShutdown) {
   expectInNewProcess([] {
     LOGManager::shutdown();
     LOG4VRKConfigurator::shutdown();
     EXPECT_FALSE(LOGManager::hasSelector());
-  });
-}
-
-TEST_F(LOGManagerTest, IsMadeOnceByThreadsThatMeetAtTheFirstUse) {
-  expectInNewProcess([] {
-    std::vector<std::pair<LOGLogger*, LOGLogger*>> got(8);  // the logger and the root
+    std::vector<LOGLogger*> got[8];  // the root, then children before their parents
     onThreads(8, [&](int t) {
-      got[static_cast<std::size_t>(t)] = {LOGManager::getLogger("x"), LOGManager::getRootLogger()};
+      got[t].push_back(LOGManager::getRootLogger());
+      for (int i = 0; i < 300; ++i) {
+        const I18NString parent = I18NString("s.") + (i % 50);
+        for (const I18NString& name : {parent + "." + i, parent}) got[t].push_back(LOGManager::getLogger(name));
+      }
     });
-    for (const auto& each : got) EXPECT_EQ(each, got[0]);
-    const auto [logger, root] = got[0];
-    EXPECT_TRUE(*root->getLevel() == *LOGLevel::DEBUG_OBJ && logger->getParent() == root);
+    for (const auto& mine : got) EXPECT_EQ(mine, got[0]);
+    for (std::size_t i = 1; i < got[0].size(); i += 2) EXPECT_EQ(got[0][i]->getParent(), got[0][i + 1]);
+    EXPECT_TRUE(*got[0][0]->getLevel() == *LOGLevel::DEBUG_OBJ && got[0][2]->getParent() == got[0][0]);
     LOGLogger::shutdown();
-    EXPECT_TRUE(LOGLogger::getLogger("x") == logger && LOGLogger::exists("x") == logger);
+    EXPECT_TRUE(LOGLogger::getLogger("s.0") == got[0][2] && LOGLogger::exists("s.0") == got[0][2]);
   });
 }
 
-TEST_F(LOGManagerTest, TakesAnotherSelectorFromWhoeverHasTheGuard) {
-  expectInNewProcess([this] {
+TEST(LOGManager, TakesAnotherSelectorFromWhoeverHasTheGuard) {
+  expectInNewProcess([] {
+    LOGHierarchy mine(new LOGRootLogger(nullptr)), other(new LOGRootLogger(nullptr));
+    LOGDefaultRepositorySelector toMine(&mine), toOther(&other);
     const auto current = [] { return LOGManager::getLoggerRepository(); };
     LOGObject stranger("stranger"), same("guard");
     EXPECT_THROW(LOGManager::setRepositorySelector(&toMine, nullptr), VRKAssertError);
@@ -50,7 +42,7 @@ TEST_F(LOGManagerTest, TakesAnotherSelectorFromWhoeverHasTheGuard) {
   });
 }
 
-TEST_F(LOGManagerTest, LogsBeforeMainAndAfterItAndWhileAThreadEnds) {
+TEST(LOGManager, LogsBeforeMainAndAfterItAndWhileAThreadEnds) {
   const TempDir dir;
   EXPECT_EQ(std::system(("timeout 30 " LOG4VRK_TEST_PROGRAM_DIR "/statics_probe >" + dir.file("out")).c_str()), 0);
   EXPECT_EQ(dir.read("out"), "static begins\nmain begins\nthread begins\nthread ends\nmain ends\nstatic ends\n");

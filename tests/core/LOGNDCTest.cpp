@@ -2,32 +2,18 @@
 
 using namespace vrktest;
 
-namespace {
-
-void pushAndPop(int times, const I18NString& text) {
-  for (int i = 0; i < times; ++i) {
-    LOGNDC::push(text);
-    LOGNDC::pop();
-  }
-}
-
-}  // namespace
-
 TEST(NDCTest, IsAStackOfTextsThatOnlyPopAndRemoveShorten) {
-  const auto expect = [](const char* all, const char* last, int depth) {
-    EXPECT_TRUE(LOGNDC::get() == all && LOGNDC::peek() == last && LOGNDC::getDepth() == depth)
-        << LOGNDC::get().toUtf8();
-  };
+  const auto state = [] { return (LOGNDC::get() + "|" + LOGNDC::peek() + "|" + LOGNDC::getDepth()).toUtf8(); };
   EXPECT_EQ(LOGNDC::pop(), "");
   for (const char* text : {"a", "b \u00fc", ""}) LOGNDC::push(text);
   LOGNDC::clear();
   LOGNDC::setMaxDepth(0);
   LOGNDC::inherit(nullptr);
-  expect("a b \u00fc ", "", 3);
+  EXPECT_EQ(state(), "a b \u00fc ||3");
   for (const char* text : {"", "b \u00fc"}) EXPECT_EQ(LOGNDC::pop(), text);
-  expect("a", "a", 1);
+  EXPECT_EQ(state(), "a|a|1");
   LOGNDC::remove();
-  expect("", "", 0);
+  EXPECT_EQ(state(), "||0");
 }
 
 TEST(NDCTest, IsDroppedForAllThreadsByLazyRemoveAndByTheEndOfAnObject) {
@@ -50,12 +36,14 @@ TEST(NDCTest, IsDroppedForAllThreadsByLazyRemoveAndByTheEndOfAnObject) {
     EXPECT_EQ(LOGNDC::get(), "");
   }
   const Meanwhile dropping({LOGNDC::lazyRemove});
-  pushAndPop(100000, "a text that is too long for a string's own buffer");
+  for (int i = 0; i < 100000; ++i) {
+    LOGNDC::push("a text that is too long for a string's own buffer");
+    LOGNDC::pop();
+  }
 }
 
 TEST(NDCTest, IsHandedOnAsACopyThatSharesTheEntriesOrAsAStackOfBoth) {
-  LOGNDC::push("a");
-  LOGNDC::push("b");
+  for (const char* text : {"a", "b"}) LOGNDC::push(text);
   LOGStack* const copy = LOGNDC::cloneStack();
   LOGNDC::pop();
   std::thread([&] {
@@ -70,7 +58,10 @@ TEST(NDCTest, IsHandedOnAsACopyThatSharesTheEntriesOrAsAStackOfBoth) {
   for (int i = 0; i < 2; ++i) LOGNDC::inherit(shared);
   const auto change = [&] {
     LOGNDC::inherit(shared);
-    pushAndPop(1000, "x");
+    for (int i = 0; i < 1000; ++i) {
+      LOGNDC::push("x");
+      LOGNDC::pop();
+    }
   };
   std::thread(change).join();
   EXPECT_EQ(LOGNDC::pop(), "a");

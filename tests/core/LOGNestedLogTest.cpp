@@ -6,34 +6,17 @@ using namespace vrktest;
 
 namespace {
 
-class HookFilter : public LOGFilter {
- public:
-  explicit HookFilter(std::function<void()> hook) : m_hook(std::move(hook)) {}
-  int decide(LOGLoggingEvent*) override {
-    m_hook();
-    return m_NEUTRAL;
-  }
+/// With a second appender at the logger.
+struct NestedLog : TreeTest {
+  NestedLog() { logger->addAppender(&child); }
 
- private:
-  std::function<void()> m_hook;
-};
-
-/// A tree with one appender at the root, and a second one below at the logger "a".
-struct NestedLog : testing::Test {
-  NestedLog() {
-    tree.getRootLogger()->addAppender(&root);
-    a->addAppender(&child);
-  }
-
-  const Deadline deadline{60};
-  RecordingAppender root{"root"}, child{"child"}, other{"other"};
-  Tree tree;
-  LOGLogger* const a = tree.getLogger("a");
+  RecordingAppender& child = other;
 };
 
 }  // namespace
 
 TEST_F(NestedLog, IsDeliveredOnceTheOuterCallIsOverWhereverItCameFrom) {
+  RecordingAppender passing("passing");
   LOGLogger* target = nullptr;
   bool armed = false;
   const auto inner = [&] {
@@ -42,7 +25,7 @@ TEST_F(NestedLog, IsDeliveredOnceTheOuterCallIsOverWhereverItCameFrom) {
     target->info("inner 2");
   };
   HookMessage message("outer", inner);
-  HookFilter filter(inner);
+  HookFilter filter([&] { return inner(), LOGFilter::m_NEUTRAL; });
   HookListener listener([&](auto*, auto*) { inner(); });
   HookFactory factory([&](const I18NString& name) {
     inner();
@@ -54,20 +37,19 @@ TEST_F(NestedLog, IsDeliveredOnceTheOuterCallIsOverWhereverItCameFrom) {
     if (text == "outer") inner();
   };
   int made = 0;
+  LOGLogger* const z = tree.getLogger("z");
   const std::pair<std::function<void()>, bool> PLACES[] = {
-      {[&] { a->info(&message); }, true},  // activateOptions()
-      {[&] { child.onActivate = nullptr, child.addFilter(&filter), a->info("outer"), child.clearFilters(); }, true},
-      {[&] { a->info("outer"); }, true},  // append()
-      {[&] { child.onAppend = nullptr, a->info(&message); }, true},
+      {[&] { logger->info(&message); }, true},  // activateOptions()
+      {[&] { child.onActivate = nullptr, child.addFilter(&filter), logger->info("outer"), child.clearFilters(); },
+       true},
+      {[&] { logger->info("outer"); }, true},  // append()
+      {[&] { child.onAppend = nullptr, logger->info(&message); }, true},
       {[&] { tree.getLogger(I18NString("new.") + ++made, &factory); }, false},
-      {[&] { a->addAppender(&other), a->removeAppender(&other); }, false},
-      {[&] {
-         other.onClose = inner, tree.getLogger("z")->addAppender(&other), tree.getLogger("z")->removeAllAppenders();
-       },
-       false},
+      {[&] { logger->addAppender(&passing), logger->removeAppender(&passing); }, false},
+      {[&] { passing.onClose = inner, z->addAppender(&passing), z->removeAllAppenders(); }, false},
   };
   for (const auto& [outer, logsItself] : PLACES) {
-    for (const char* name : {"a", "a.b", "z"}) {
+    for (const char* name : {"a.b", "a.b.c", "z"}) {
       root.texts.clear();
       target = tree.getLogger(name);
       armed = true;
@@ -81,11 +63,11 @@ TEST_F(NestedLog, IsDeliveredOnceTheOuterCallIsOverWhereverItCameFrom) {
 TEST_F(NestedLog, KeepsTheOrderAtEveryDepthAndOutlivesAnAppenderThatRaises) {
   child.onAppend = [&](const std::string& text) {
     for (const char* next : {"1", "2"}) {
-      if (text.size() < 3) a->info(I18NString(std::string_view(text + next)));
+      if (text.size() < 3) logger->info(I18NString(std::string_view(text + next)));
     }
     if (text == "x1") throw std::runtime_error("after it has logged");
   };
-  a->info("x");
+  logger->info("x");
   EXPECT_EQ(child.texts, (Texts{"x", "x1", "x2", "x11", "x12", "x21", "x22"}));
   EXPECT_EQ(root.texts, (Texts{"x", "x2", "x11", "x12", "x21", "x22"}));
 }
@@ -93,8 +75,9 @@ TEST_F(NestedLog, KeepsTheOrderAtEveryDepthAndOutlivesAnAppenderThatRaises) {
 // Two appenders that log into each other's logger, each with a thread of its own: the locks would be taken in both orders.
 TEST_F(NestedLog, BothWaysBetweenTwoThreadsNeitherHangsNorLoses) {
   constexpr int EVENTS = 2000;
-  LOGLogger* const b = tree.getLogger("a.b");
-  b->addAppender(&other);
+  RecordingAppender below;
+  LOGLogger* const b = tree.getLogger("a.b.c");
+  b->addAppender(&below);
   b->setAdditivity(0);
   const auto forward = [](LOGLogger* to, char own) {
     return [to, own](const std::string& text) {
@@ -102,14 +85,11 @@ TEST_F(NestedLog, BothWaysBetweenTwoThreadsNeitherHangsNorLoses) {
     };
   };
   child.onAppend = forward(b, 'A');
-  other.onAppend = forward(a, 'B');
-  const auto run = [&](LOGLogger* logger, const char* name) {
-    for (int i = 0; i < EVENTS; ++i) logger->info(I18NString(name) + i);
-  };
-  std::thread one(run, a, "A"), two(run, b, "B");
-  one.join();
-  two.join();
-  for (const auto& [texts, own, others] : {std::tuple(&child.texts, "A", "from B"), {&other.texts, "B", "from A"}}) {
+  below.onAppend = forward(logger, 'B');
+  onThreads(2, [&](int t) {
+    for (int i = 0; i < EVENTS; ++i) LOG4VRK_INFO(t == 0 ? logger : b, (t == 0 ? "A" : "B") << i);
+  });
+  for (const auto& [texts, own, others] : {std::tuple(&child.texts, "A", "from B"), {&below.texts, "B", "from A"}}) {
     int next[2] = {0, 0};
     for (const std::string& text : *texts) {
       const bool isOwn = text[0] == own[0];
@@ -117,30 +97,28 @@ TEST_F(NestedLog, BothWaysBetweenTwoThreadsNeitherHangsNorLoses) {
     }
     EXPECT_TRUE(next[0] == EVENTS && next[1] == EVENTS);
   }
+  b->removeAppender(&below);
 }
 
 TEST_F(NestedLog, WithoutEndIsStoppedWithOneLine) {
-  child.onAppend = [&](const std::string&) { a->info("again"); };
+  child.onAppend = [&](const std::string&) { logger->info("again"); };
   for (const std::size_t expected : {1001u, 2002u}) {
-    const InternalLog log;
-    a->info("first");
+    const InternalLog reported;
+    logger->info("first");
     EXPECT_EQ(child.texts.size(), expected);
-    EXPECT_EQ(log.text(), "log4vrk:ERROR Too many log calls from inside a log call, dropping events.\n");
+    EXPECT_EQ(reported.text(), "log4vrk:ERROR Too many log calls from inside a log call, dropping events.\n");
   }
 }
 
 TEST_F(NestedLog, AnEventThatCannotBePutOffIsReported) {
-  const InternalLog log;
   int copies = 0;
-  HookMessage message(
-      "inner", [] {},
-      [&] {
-        if (++copies == 2) throw VRKThrowable("copied once", "Test.cpp", 1);  // it takes a second copy
-      });
+  HookMessage message("inner", nullptr, [&] {
+    if (++copies == 2) throw VRKThrowable("copied once", "Test.cpp", 1);  // it takes a second copy
+  });
   child.onAppend = [&](const std::string& text) {
-    if (text == "outer") a->info(&message);
+    if (text == "outer") logger->info(&message);
   };
-  a->info("outer");
+  logger->info("outer");
   EXPECT_EQ(log.count("VRKThrowable: copied once"), 1);
 }
 
@@ -154,17 +132,17 @@ TEST_F(NestedLog, TheLibraryIsNotTakenDownOrConfiguredFromInside) {
         {[&] { EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 0); }, "LOGDOMConfigurator::doConfigure"},
         {[] { LOG4VRKConfigurator::shutdown(); }, "LOGHierarchy::shutdown"},
     };
-    a->setLevel(LOGLevel::INFO_OBJ);
+    logger->setLevel(LOGLevel::INFO_OBJ);
     LOGManager::init();
     for (const auto& [call, operation] : CASES) {
-      const InternalLog log;
+      const InternalLog reported;
       child.onAppend = [&call = call](const std::string&) { call(); };
-      a->info("outer");
+      logger->info("outer");
       LOGLogLog::debug("the internal log is open");
-      EXPECT_EQ(log.text(), "log4vrk:ERROR " + operation +
-                                " -- called from inside a log call, ignored\nlog4vrk: the internal log is open\n");
+      EXPECT_EQ(reported.text(), "log4vrk:ERROR " + operation +
+                                     " -- called from inside a log call, ignored\nlog4vrk: the internal log is open\n");
     }
-    EXPECT_TRUE(root.closings == 0 && child.closings == 0 && *a->getLevel() == *LOGLevel::INFO_OBJ);
+    EXPECT_TRUE(root.closings == 0 && child.closings == 0 && *logger->getLevel() == *LOGLevel::INFO_OBJ);
     EXPECT_EQ(LOGManager::getLoggerRepository()->getThreshold(), LOGLevel::ALL_OBJ);
   };
   EXPECT_EQ(statusInChild(refuse), 0);

@@ -2,10 +2,7 @@
 
 TEST(I18NString, DecodesAndEncodesAndReplacesWhatIsIllFormed) {
   using namespace std::string_view_literals;
-  const struct {
-    std::string_view utf8;
-    std::u16string_view utf16;
-  } CASES[] = {
+  const std::pair<std::string_view, std::u16string_view> CASES[] = {
       {"", u""},
       {"a\0b"sv, u"a\0b"sv},
       {"\xE2\x82\xAC\xF0\x9F\x98\x80", u"\u20AC\U0001F600"},
@@ -14,7 +11,7 @@ TEST(I18NString, DecodesAndEncodesAndReplacesWhatIsIllFormed) {
       {"\xC0\xAF", u"\uFFFD\uFFFD"},            // overlong
       {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},  // a surrogate
   };
-  for (const auto& c : CASES) EXPECT_TRUE(I18NString(c.utf8).view() == c.utf16) << c.utf8;
+  for (const auto& [utf8, utf16] : CASES) EXPECT_TRUE(I18NString(utf8).view() == utf16) << utf8;
   const char16_t high = 0xD83D, low = 0xDE00;
   EXPECT_EQ((I18NString(u"\u20AC") + high + low).toUtf8(), "\xE2\x82\xAC\xF0\x9F\x98\x80");
   EXPECT_EQ((I18NString() + high + 'b' + low + -7 + std::numeric_limits<long long>::min()).toUtf8(),

@@ -7,18 +7,13 @@ using namespace vrktest;
 
 namespace {
 
-I18NString text(const std::string& path) { return I18NString(std::string_view(path)); }
-
 /// As an appender writes.
 bool write(VRKFmFile& file, const std::string& bytes) {
   const auto count = static_cast<long>(bytes.size());
   return file.seekFromEnd(0) == 0 && file.write(bytes.data(), count) == count && file.flush() != 0;
 }
 
-unsigned modeOf(const std::string& path) {
-  struct stat status;
-  return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
+unsigned modeOf(const std::string& path) { return static_cast<unsigned>(std::filesystem::status(path).permissions()); }
 
 }  // namespace
 
@@ -28,13 +23,13 @@ TEST(VRKFmFile, GivesNewFilesAModeUnderTheMaskAndLeavesOldOnesAlone) {
   for (const auto& [mask, expected] : {std::pair(0u, 0640u), {027u, 0640u}, {077u, 0600u}}) {
     ::umask(mask);
     const std::string path = dir.file("log" + std::to_string(mask));
+    const I18NString name(path.c_str());
     VRKFmFile file, again;
-    EXPECT_TRUE(file.open(text(path), VRKFmFile::CREATE_EXCLUSIVE) && modeOf(path) == expected) << mask;
-    EXPECT_TRUE(!again.open(text(path), VRKFmFile::CREATE_EXCLUSIVE) && again.getLastError() == EEXIST);
-    EXPECT_EQ(std::system(("ls -l /proc/self/fd | grep -q " + path).c_str()) == 0, false)
-        << "programs that are started";
+    EXPECT_TRUE(file.open(name, VRKFmFile::CREATE_EXCLUSIVE) && modeOf(path) == expected) << mask;
+    EXPECT_TRUE(!again.open(name, VRKFmFile::CREATE_EXCLUSIVE) && again.getLastError() == EEXIST);
+    EXPECT_NE(std::system(("ls -l /proc/self/fd | grep -q " + path).c_str()), 0) << "programs that are started";
     ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
-    EXPECT_TRUE(VRKFmFile().open(text(path), VRKFmFile::TRUNCATE) && modeOf(path) == 0666u);
+    EXPECT_TRUE(VRKFmFile().open(name, VRKFmFile::TRUNCATE) && modeOf(path) == 0666u);
   }
   ::umask(before);
 }
@@ -67,6 +62,6 @@ TEST(VRKConfigurationFactory, ResolvesRelativeNamesOnce) {
   EXPECT_EQ(factory.resolvePath("logs/a.log"), "logs/a.log");
   factory.setBaseDirectory("here");
   const I18NString resolved = factory.resolvePath("logs/a.log");
-  EXPECT_EQ(resolved, text(std::filesystem::current_path().string() + "/here/logs/a.log"));
+  EXPECT_EQ(resolved.toUtf8(), std::filesystem::current_path().string() + "/here/logs/a.log");
   EXPECT_TRUE(factory.resolvePath(resolved) == resolved && factory.resolvePath("").isEmpty());
 }

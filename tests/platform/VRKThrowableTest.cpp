@@ -2,10 +2,7 @@
 
 TEST(VRKThrowable, TellsItsClassTextAndWayOnOneLine) {
   const std::string WAY = ", at Low:5, VRK_RETHROW dir.d/Upper:20";
-  const struct {
-    std::function<void()> raise;
-    std::string what;
-  } CASES[] = {
+  const std::pair<std::function<void()>, std::string> CASES[] = {
       {[] { throw VRKThrowable("two\nlines\r\n", "Low.cpp", 5); }, "VRKThrowable: two lines  " + WAY},
       {[] { throw I18NRuntimeError("\xC3\xBC", "Low.cpp", 5); }, "I18NRuntimeError: \xC3\xBC" + WAY},
       {[] { throw VRKAssertError("VRK_ASSERT(x);", "Low.cpp", 5); }, "VRKAssertError: VRK_ASSERT(x);" + WAY},
@@ -15,12 +12,12 @@ TEST(VRKThrowable, TellsItsClassTextAndWayOnOneLine) {
        "VRKOutOfMemoryError: out of memory, at Mid:9, VRK_RETHROW dir.d/Upper:20"},
       {[] { throw std::logic_error("cause"); }, "VRKStdExceptionError: cause, at dir.d/Upper:20"},
   };
-  for (const auto& c : CASES) {
+  for (const auto& [raise, what] : CASES) {
     try {
-      vrkTranslateErrors("dir.d/Upper.cpp", 20, c.raise);
-      ADD_FAILURE() << c.what;
+      vrkTranslateErrors("dir.d/Upper.cpp", 20, raise);
+      ADD_FAILURE() << what;
     } catch (const std::exception& error) {
-      EXPECT_EQ(error.what(), c.what);
+      EXPECT_EQ(error.what(), what);
     }
   }
   EXPECT_EQ(VRKThrowable("two\nlines", "Low.cpp", 5).getText(), "two\nlines");

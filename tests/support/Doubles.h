@@ -13,14 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/core/LOGHierarchy.h"
-#include "log4vrk/core/LOGHierarchyEventListener.h"
-#include "log4vrk/core/LOGLogger.h"
-#include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/LOGRootLogger.h"
+#include "log4vrk/log4vrk.h"
 #include "log4vrk/platform/VRKFault.h"
-#include "log4vrk/platform/VRKThrowable.h"
 #include "tests/support/InternalLog.h"
 #include "tests/support/Process.h"
 
@@ -70,49 +64,60 @@ class RecordingAppender : public LOGAppenderSkeleton {
 };
 
 /// A message that runs the program's code when it is rendered, and when an event copies it.
-class HookMessage : public LOGObject {
- public:
+struct HookMessage : LOGObject {
   using Hook = std::function<void()>;
-  HookMessage(
-      const I18NString& text, Hook onRender, Hook onClone = [] {})
-      : LOGObject(text), m_onRender(std::move(onRender)), m_onClone(std::move(onClone)) {}
+  explicit HookMessage(const I18NString& text, Hook render = nullptr, Hook copy = nullptr)
+      : LOGObject(text), onRender(std::move(render)), onClone(std::move(copy)) {}
   const I18NString& toString() const override {
-    m_onRender();
+    if (onRender) onRender();
     return LOGObject::toString();
   }
   LOGObject* clone() const override {
-    m_onClone();
+    if (onClone) onClone();
     return new HookMessage(*this);
   }
 
- private:
-  Hook m_onRender, m_onClone;
+  Hook onRender, onClone;
 };
 
-class HookListener : public LOGHierarchyEventListener {
- public:
+struct HookFilter : LOGFilter {
+  explicit HookFilter(std::function<int()> hook) : onDecide(std::move(hook)) {}
+  int decide(LOGLoggingEvent*) override { return onDecide(); }
+
+  std::function<int()> onDecide;
+};
+
+struct HookListener : LOGHierarchyEventListener {
   using Hook = std::function<void(LOGLogger*, LOGAppenderSkeleton*)>;
-  explicit HookListener(Hook hook) : m_hook(std::move(hook)) {}
-  void addAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) override { m_hook(logger, appender); }
+  explicit HookListener(Hook hook) : onAdd(std::move(hook)) {}
+  void addAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) override { onAdd(logger, appender); }
 
- private:
-  Hook m_hook;
+  Hook onAdd;
 };
 
-class HookFactory : public LOGLoggerFactory {
- public:
+struct HookFactory : LOGLoggerFactory {
   using Hook = std::function<LOGLogger*(const I18NString&)>;
-  explicit HookFactory(Hook hook) : m_hook(std::move(hook)) {}
-  LOGLogger* makeNewLoggerInstance(const I18NString& name) override { return m_hook(name); }
+  explicit HookFactory(Hook hook) : onMake(std::move(hook)) {}
+  LOGLogger* makeNewLoggerInstance(const I18NString& name) override { return onMake(name); }
 
- private:
-  Hook m_hook;
+  Hook onMake;
 };
 
 /// A repository of the test's own. Declare what is attached to it before it: its destructor closes appenders.
 class Tree : public LOGHierarchy {
  public:
   Tree() : LOGHierarchy(new LOGRootLogger(LOGLevel::DEBUG_OBJ)) {}
+};
+
+/// A tree with an appender at its root, and one more that a test may attach.
+struct TreeTest : testing::Test {
+  TreeTest() { tree.getRootLogger()->addAppender(&root); }
+
+  const Deadline deadline{110};
+  RecordingAppender root{"root"}, other{"other"};
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a.b");
+  const InternalLog log;
 };
 
 }  // namespace vrktest

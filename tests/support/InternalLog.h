@@ -5,15 +5,14 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "log4vrk/core/LOGLogLog.h"
+#include "tests/support/TempDir.h"
 
 /// Sees what is written to the internal log after it was made. The library reads the log's settings once in a process,
 /// so the file is set up before main() for every test program that includes this.
@@ -37,29 +36,23 @@ class InternalLog {
 
  private:
   struct File {
-    File() : owner(::getpid()) {
-      char name[] = "/tmp/log4vrk-test-XXXXXX";
-      folder = ::mkdtemp(name);
-      std::filesystem::create_directories(folder / "configuration");
-      std::filesystem::create_directories(folder / "work");
-      std::ofstream(folder / "configuration/logdebug.ini") << "1 " << (folder / "internal.log").string() << "\n";
+    File() {
       const std::filesystem::path before = std::filesystem::current_path();
-      std::filesystem::current_path(folder / "work");
+      folder->write("configuration/logdebug.ini", "1 " + folder->file("internal.log") + "\n");
+      std::filesystem::create_directory(folder->file("work"));
+      std::filesystem::current_path(folder->file("work"));
       LOGLogLog::init();
       std::filesystem::current_path(before);
     }
     ~File() {
-      if (::getpid() == owner) std::filesystem::remove_all(folder);
+      if (::getpid() != owner) static_cast<void>(folder.release());  // a forked child leaves the folder alone
     }
 
-    const pid_t owner;  // a forked child leaves the folder alone
-    std::filesystem::path folder;
+    const pid_t owner = ::getpid();
+    std::unique_ptr<vrktest::TempDir> folder = std::make_unique<vrktest::TempDir>();
   };
 
-  static std::string whole() {
-    std::ifstream in(s_file.folder / "internal.log", std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
+  static std::string whole() { return s_file.folder->read("internal.log"); }
 
   inline static const File s_file;
   std::size_t m_seen;

@@ -6,15 +6,12 @@
 struct CountingFactory : LOGLoggerFactory {
   LOGLogger* makeNewLoggerInstance(const I18NString& name) override {
     auto* const logger = new LOGLogger(name);
-    logger->instance("Counted" + (I18NString() += number));
+    logger->instance(I18NString("Counted") + number);
     return logger;
   }
-  int number = 0;
+
+  inline static int count = 0;
+  const int number = ++count;
 };
 
-extern "C" LOG4VRK_EXPORT LOGLoggerFactory* getLoggerFactory() {
-  static int count = 0;
-  auto* const factory = new CountingFactory;
-  factory->number = ++count;
-  return factory;
-}
+extern "C" LOG4VRK_EXPORT LOGLoggerFactory* getLoggerFactory() { return new CountingFactory; }
