@@ -73,6 +73,8 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   // appender is released as often as it was told to hold back, or more often.
   virtual bool holdBack() { return false; }
   virtual void release() {}
+  /// Returns when what was appended before has been delivered. For appenders that deliver later.
+  virtual void drain() {}
   /// Closes the appender unless it is closed.
   void finalize();
 

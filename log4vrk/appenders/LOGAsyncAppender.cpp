@@ -1,5 +1,6 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 
+#include <chrono>
 #include <typeinfo>
 
 #include "log4vrk/appenders/LOGDispatcher.h"
@@ -7,6 +8,7 @@
 #include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGThreadState.h"
 #include "log4vrk/platform/VRKNoCancellation.h"
 #include "log4vrk/platform/VRKThread.h"
 
@@ -14,6 +16,9 @@ const I18NString& LOGAsyncAppender::BUFFER_SIZE_OPTION = vrkImmortal<I18NString>
 const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NString>("LocationInfo");
 
 namespace {
+
+// As long as the sink hangs, nobody else should.
+constexpr std::chrono::seconds LONGEST_DRAINING{10};
 
 // Counts a log call that waits: the dispatcher does not end before it has made space for it.
 class Counted {
@@ -177,6 +182,25 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
                const LOGGuard guard(*this);
                m_bf = nullptr;
              });
+}
+
+// A dispatcher that drained its own queue would wait for itself.
+void LOGAsyncAppender::drain() {
+  const std::shared_ptr<LOGBoundedFIFO> owned = queue();
+  if (!owned || m_forks != VRKThread::forks() || LOGThreadState::current().dispatcher) return;
+  const std::uint64_t end = owned->putSoFar();
+  const auto deadline = std::chrono::steady_clock::now() + LONGEST_DRAINING;
+  LOGPolling polling;
+  while (owned->gotSoFar() < end && getClosed() == 0 && std::chrono::steady_clock::now() < deadline) {
+    try {
+      polling.waitShortly();
+    } catch (const VRKThrowable&) {
+      // Then it looks again at once.
+    }
+  }
+  for (const LOGAppenderAttachableImpl::Attached& each : attached()) {  // which waits for what the dispatcher has got
+    each.appender->drain();
+  }
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {

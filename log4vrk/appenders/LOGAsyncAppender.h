@@ -40,6 +40,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   bool requiresLayout() override { return false; }
   bool takesPlain() const override;
   bool appendPlain(LOGLoggingEvent& event) override;
+  /// Waits ten seconds at most.
+  void drain() override;
   /// Delivers everything that is queued and ends the dispatcher. Called by an attached appender it does not wait for that.
   void close() override;
 

@@ -92,9 +92,13 @@ LOGBoundedFIFO::~LOGBoundedFIFO() {
 
 // The head first: what was got had been put, and whoever sees the one sees the other.
 int LOGBoundedFIFO::length() const {
-  const std::uint64_t head = m_head.load(std::memory_order_acquire);
+  const std::uint64_t got = gotSoFar();  // first: it is never more than what has been put
+  return static_cast<int>(putSoFar() - got);
+}
+
+std::uint64_t LOGBoundedFIFO::putSoFar() const {
   const Ring& last = *m_last.load(std::memory_order_acquire);
-  return static_cast<int>((last.tail.load(std::memory_order_relaxed) & ~SEALED) - head);
+  return last.tail.load(std::memory_order_relaxed) & ~SEALED;
 }
 
 // What the head was some time ago is good enough as long as that leaves room. Whoever finds room may write the slot, so

@@ -55,6 +55,9 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   LOGLoggingEvent* get(LOGLoggingEvent& place);
   /// For good: nothing is put any more, and length() says what is still to be got.
   void close();
+  // How many events, since the queue was made.
+  std::uint64_t putSoFar() const;
+  std::uint64_t gotSoFar() const { return m_head.load(std::memory_order_acquire); }
 
  private:
   struct Slot;

@@ -75,16 +75,16 @@ void LOGDispatcher::run() {
 
 bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
-  m_seen = 0;
-  LOGLoggingEvent* event = next();
-  if (event == nullptr) return false;
+  m_seen = m_bf->length();
+  if (m_seen == 0) return false;
+  int delivered = 0;
   try {
-    const LOGGuard guard(*m_container);
+    const LOGGuard guard(*m_container);  // before the first event is got, see LOGAsyncAppender::drain()
     const LOGAppenderAttachableImpl::HoldingBack held(*m_container);
     const int most = held.all() ? MOST_AT_ONCE : 1;
-    for (int delivered = 1;; ++delivered) {
+    while (LOGLoggingEvent* const event = next()) {
       deliver(event);
-      if (delivered == most || LOGDeferral::hasPutOff() || (event = next()) == nullptr) break;
+      if (++delivered == most || LOGDeferral::hasPutOff()) break;
     }
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);
@@ -93,7 +93,7 @@ bool LOGDispatcher::deliverSome() {
   catch (...) {
     // The line has been written.
   }
-  return true;
+  return delivered > 0;
 }
 
 // To ask the queue for its length at every event would cost those who put as much as the rest of it.

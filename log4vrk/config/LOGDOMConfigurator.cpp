@@ -187,6 +187,7 @@ int LOGDOMConfigurator::parse(const VRKIDOM_Element& root) {
   }
   // From here on the others see the tree as it was, until it is as it shall be.
   const LOGGate::Closure atRest;
+  if (auto* const hierarchy = dynamic_cast<LOGHierarchy*>(m_repository)) hierarchy->drainAppenders();
   parseAttributes(root);
   const std::vector<VRKIDOM_Element> children = logChildElements(root);
   for (const VRKIDOM_Element& child : children) {

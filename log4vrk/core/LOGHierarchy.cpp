@@ -261,8 +261,15 @@ void LOGHierarchy::resetConfiguration() {
   });
 }
 
+void LOGHierarchy::drainAppenders() {
+  if (m_root) m_root->drainAppenders();
+  const std::unique_ptr<VRKList<LOGLogger*>> loggers(getCurrentLoggers());
+  for (LOGLogger* logger : *loggers) logger->drainAppenders();
+}
+
 void LOGHierarchy::closeAllAppenders() {
   static constexpr char OPERATION[] = "LOGHierarchy::shutdown -- ";
+  attempt(OPERATION, [&] { drainAppenders(); });
   attempt(OPERATION, [&] {
     if (m_root) m_root->closeNestedAppenders();
   });

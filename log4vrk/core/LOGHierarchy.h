@@ -57,6 +57,9 @@ class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository,
   void resetConfiguration() override;
   void setRenderer(LOGObject* renderedClass, LOGObjectRenderer* renderer) override;
   void setRenderer(const I18NString& renderedClassName, LOGObjectRenderer* renderer) override;
+  /// Returns when the asynchronous appenders of all loggers have delivered what they had queued: a file that stands behind one and on
+  /// a logger of its own is closed with the first that has it, and nothing may come after that.
+  void drainAppenders();
   /// Closes the appenders of the root, then those of every other logger, then the configurator and the internal log.
   /// Raises nothing; what one appender raises does not keep the others from being closed.
   void shutdown() override;

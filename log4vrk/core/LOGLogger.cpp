@@ -226,6 +226,11 @@ void LOGLogger::removeAppender(const I18NString& name) {
   });
 }
 
+void LOGLogger::drainAppenders() {
+  if (!mayHaveAppenders()) return;
+  for (const LOGAppenderAttachableImpl::Attached& each : attachedAppenders()) each.appender->drain();
+}
+
 void LOGLogger::closeNestedAppenders() {
   logReport("LOGLogger::closeNestedAppenders -- unable to lock mutex", [&] {
     const LOGCallScope scope;

@@ -174,6 +174,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   bool tryAppend(LOGLoggingEvent* event, int& writes);
   /// As of some moment, without the lock.
   bool mayHaveAppenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.mayHaveAppenders(); }
+  void drainAppenders();
   class Removal;
   LOGAppenderAttachableImpl::Snapshot attachedAppenders();
   LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);

@@ -23,8 +23,8 @@ TEST(FactoryLibrariesTest, MakeTheLoggersOfADocument) {
     SCOPED_TRACE(name);
     const InternalLog log;
     // The factory counts for the loggers that stand before it.
-    const std::string document =
-        "<log4j:configuration><logger name='" + name + "' class='my.Counted'/>" + content + "</log4j:configuration>";
+    std::string document = replaced("<log4j:configuration><logger name='@' class='my.Counted'/>", "@", name);
+    document.append(content).append("</log4j:configuration>");
     EXPECT_EQ(LOG4VRKConfigurator::initialize(dir.write("log.xml", document).c_str()), madeClass != nullptr);
     EXPECT_NE(log.text().find(line), std::string::npos) << log.text();
     LOGLogger* const logger = LOGManager::exists(name.c_str());

@@ -83,8 +83,9 @@ TEST_F(PlainEvent, ReadsLikeAnyOtherInEveryProcessAndThread) {
     const std::string year = std::to_string(1970 + static_cast<long>(std::time(nullptr)) / 31556952);
     const Texts lines = linesOf(dir.file("steady"));
     ASSERT_GE(lines.size(), 6u);
+    const std::string expected = "% " + year + " [" + padding + thread + "] WARN  b text";
     for (auto line = lines.end() - 6; line != lines.end(); ++line) {
-      EXPECT_EQ(line->substr(0, 2) + line->substr(6), "% " + year + " [" + padding + thread + "] WARN  b text");
+      EXPECT_EQ(line->substr(0, 2) + line->substr(6), expected);
     }
   };
   logAndRead();

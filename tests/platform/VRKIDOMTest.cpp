@@ -42,7 +42,7 @@ std::string repeated(const std::string& text, int times) {
 std::string laughs(const std::string& kind, const std::string& reference, const std::string& first) {
   std::string text = "<!DOCTYPE a [", value = first;
   for (char i = '0'; i <= '9'; ++i) {
-    text += "<!ENTITY " + kind + " z" + i + " \"" + value + "\">";
+    text.append("<!ENTITY ").append(kind).append(" z").append(1, i).append(" \"").append(value).append("\">");
     value = repeated(reference + "z" + i + ";", 10);
   }
   return text;
