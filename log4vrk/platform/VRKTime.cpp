@@ -30,7 +30,7 @@ VRKTime::Moment read(clockid_t clock) {
 namespace {
 
 constexpr std::int32_t SECOND = 1000000000;             // in nanoseconds
-constexpr double CALIBRATION = 0.1 * SECOND;            // for how long the counter is compared with the clock, at least
+constexpr double CALIBRATION = 0.01 * SECOND;           // for how long the counter is compared with the clock, at least
 constexpr double LEAST_RATE = 0.125, LARGEST_RATE = 2;  // what processors have, in nanoseconds for a tick
 constexpr double CAUTION = 0.999;                       // the system may be slowing its clock down
 constexpr int FRACTION = 32;                            // bits behind the point of the rate
