@@ -54,7 +54,8 @@ TEST_F(VRKThreadTest, RunsJoinsAndStartsAgain) {
   runner.start();
   runner.join();
   EXPECT_EQ(runs, 2);
-  EXPECT_THROW(Runner([] {}, std::size_t{1} << 60).start(), VRKSystemError) << "there is no such stack";
+  EXPECT_THROW(Runner([] {}, std::numeric_limits<std::size_t>::max() - 65535).start(), VRKSystemError)
+      << "there is no such stack";
 }
 
 TEST_F(VRKThreadTest, UnwindsWhenItIsCancelledAndLeavesNoLockBehind) {
