@@ -29,12 +29,11 @@ inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
   }
 #endif
   if (count <= 16) return i18nCopyShortAscii(bytes, count, out);
-  unsigned char seen = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    out[i] = bytes[i];
-    seen |= static_cast<unsigned char>(bytes[i]);
-  }
-  return seen < 0x80;
+  std::uint64_t seen = 0;
+  const auto copy = [&](std::size_t at) { seen |= i18nCopyWords<std::uint64_t>(bytes + at, 8, out + at); };
+  for (std::size_t i = 0; i + 8 < count; i += 8) copy(i);
+  copy(count - 8);
+  return (seen & 0x8080808080808080u) == 0;
 }
 
 inline bool i18nNarrowAscii(const char16_t* units, std::size_t count, char* out) {

@@ -34,7 +34,8 @@ TEST(LOGLevel, WhatNamesNoneGivesTheDefault) {
   for (const char* text : {"", " warn", "warn ", "war", "warnn", "\xC4\xB0nfo", "\xC4\xB1nfo", "30000"}) {
     EXPECT_TRUE(LOGLevel::toLevel(text, nullptr) == nullptr && LOGLevel::toLevel(text) == LOGLevel::DEBUG_OBJ) << text;
   }
-  for (const long rank : {0L, 30001L, LOWEST + 1, HIGHEST - 1, (1L << 32) + 10000}) {
+  for (const long rank : {0L, 30001L, LOWEST + 1, HIGHEST - 1,
+                          static_cast<long>((std::int64_t{1} << 32) + (sizeof(long) > 4 ? 10000 : 1))}) {
     EXPECT_EQ(LOGLevel::toLevel(rank, LOGLevel::OFF_OBJ), LOGLevel::OFF_OBJ) << rank;
   }
 }
