@@ -17,7 +17,7 @@ const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NStrin
 
 namespace {
 
-// As long as the sink hangs, nobody else should.
+// A queue that is not delivered by then has a sink that hangs.
 constexpr std::chrono::seconds LONGEST_DRAINING{10};
 
 // Counts a log call that waits: the dispatcher does not end before it has made space for it.

@@ -9,9 +9,7 @@
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
-#include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGThreadState.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
