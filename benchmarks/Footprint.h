@@ -1,6 +1,7 @@
 // What the programs have in common that g starts, each with one logger and nothing else in it:
 //   footprint_NAME memory FILE EVENTS   four threads log behind a queue; prints the peak of the resident memory in kB
-//   footprint_NAME setup FILE           sets up and logs one event; prints the nanoseconds since main() began; ours also takes a
+//   footprint_NAME setup FILE           sets up and logs one event; prints the nanoseconds since main() began; ours
+//   also takes a
 //                                       document that names the file
 
 #pragma once

@@ -33,8 +33,9 @@ struct Item {
   std::string unit;
 };
 
-/// Runs floors, peers and ours one after the other, then in the reverse order, and so on, so that whatever slows the machine
-/// down meets all of them. What is reported are medians: of the values, and of the ratios within each repetition.
+/// Runs floors, peers and ours one after the other, then in the reverse order, and so on, so that whatever slows the
+/// machine down meets all of them. What is reported are medians: of the values, and of the ratios within each
+/// repetition.
 class Comparison {
  public:
   enum Bound { AT_MOST, AT_LEAST };

@@ -65,7 +65,8 @@ class SpdlogAsyncLog {
 
 #ifdef LOG4VRK_PEER_GLOG
 
-/// glog, with the prefix of its own that it puts before each message; every event is in the kernel when the call returns.
+/// glog, with the prefix of its own that it puts before each message; every event is in the kernel when the call
+/// returns.
 class GlogLog {
  public:
   explicit GlogLog(const std::string& path) {

@@ -20,8 +20,8 @@
 
 namespace bench {
 
-/// Each logging thread has a ring of its own with 64-byte records. Nobody is woken: the consumer polls, and a producer that
-/// finds its ring full yields.
+/// Each logging thread has a ring of its own with 64-byte records. Nobody is woken: the consumer polls, and a producer
+/// that finds its ring full yields.
 ///
 /// Thread safety: log() with a number for each thread.
 class RingFloor {

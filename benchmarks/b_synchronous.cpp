@@ -1,4 +1,5 @@
-// b. Synchronous: the event is in the kernel when the call returns. On one thread, and on four that share a logger (b4).
+// b. Synchronous: the event is in the kernel when the call returns. On one thread, and on four that share a logger
+// (b4).
 
 #include <mutex>
 

@@ -18,8 +18,8 @@ namespace {
 
 using bench::Comparison;
 
-// Adds floor, peer and ours. `measure(log, call)` makes calls with call(i), from several threads when `threads` says so, and
-// ends with log.close(), by when `events` are on disk.
+// Adds floor, peer and ours. `measure(log, call)` makes calls with call(i), from several threads when `threads` says
+// so, and ends with log.close(), by when `events` are on disk.
 template <typename Measure>
 void addContenders(Comparison& comparison, bench::Folder& folder, int threads, long events, Measure measure) {
   comparison.add("spsc", [&folder, threads, events, measure] {

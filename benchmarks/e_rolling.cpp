@@ -1,5 +1,5 @@
-// e. Rolling files of 10 MB with five backups, on one thread: flushed at each event, and with a buffer of 64 KiB. The floors
-// do not roll.
+// e. Rolling files of 10 MB with five backups, on one thread: flushed at each event, and with a buffer of 64 KiB. The
+// floors do not roll.
 
 #include <mutex>
 

@@ -1,5 +1,5 @@
-// g. Peak memory of a process that logs from four threads behind a queue, the library's text, and the time from main() to the
-// first event on disk. Each process has one logger in it and nothing else.
+// g. Peak memory of a process that logs from four threads behind a queue, the library's text, and the time from main()
+// to the first event on disk. Each process has one logger in it and nothing else.
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// h. Configuring from a document of 9 KB with 30 loggers and 10 appenders, again and again, against what it takes to parse it
-// and to look at every attribute.
+// h. Configuring from a document of 9 KB with 30 loggers and 10 appenders, again and again, against what it takes to
+// parse it and to look at every attribute.
 
 #include <fstream>
 #include <sstream>

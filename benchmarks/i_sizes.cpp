@@ -1,5 +1,5 @@
-// i. How the cost grows: with the number of loggers, of threads, and with the length of the message. The contenders are the
-// sizes; ./dev bench plot draws them.
+// i. How the cost grows: with the number of loggers, of threads, and with the length of the message. The contenders are
+// the sizes; ./dev bench plot draws them.
 
 #include <malloc.h>
 
@@ -32,8 +32,8 @@ std::size_t allocated() {
   return info.uordblks + info.hblkhd;
 }
 
-// Creation, memory, lookup and a disabled call in a tree of its own with `count` loggers. Looked up are the same few names
-// whatever the size of the tree (lookup), and all in turn, from where the processor's cache ends (lookup all).
+// Creation, memory, lookup and a disabled call in a tree of its own with `count` loggers. Looked up are the same few
+// names whatever the size of the tree (lookup), and all in turn, from where the processor's cache ends (lookup all).
 std::vector<double> treeCosts(const bench::Settings& settings, long count) {
   const std::vector<I18NString> all = names(count);
   const auto each = [](long calls, auto call) {

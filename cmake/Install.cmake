@@ -7,10 +7,9 @@ set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 install(TARGETS log4vrk EXPORT log4vrk-targets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-        INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+        FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(TARGETS log4vrk_xml LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(DIRECTORY log4vrk DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
-install(FILES README.md LICENSE CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" OPTIONAL)
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" OPTIONAL)
 
 # The library hides what it links, so its list of targets is the whole package.
 install(EXPORT log4vrk-targets FILE log4vrkConfig.cmake NAMESPACE log4vrk:: DESTINATION "${package_dir}")

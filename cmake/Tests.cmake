@@ -5,9 +5,9 @@ include(GoogleTest)
 set(LOG4VRK_TEST_PROGRAM_DIR "${PROJECT_BINARY_DIR}/tests/programs")
 add_custom_target(log4vrk_test_programs)
 
-# Every test includes tests/support/Tests.h, so it is compiled once. Not with clang, whose clang-tidy reads the includes,
-# and not under ccache, which keeps nothing that was compiled with a precompiled header.
-if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+# Every test includes tests/support/Tests.h, so it is compiled once. Not with clang, whose clang-tidy reads the
+# includes.
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   set(LOG4VRK_PRECOMPILE_TESTS ON)
 endif()
 

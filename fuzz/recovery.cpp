@@ -1,4 +1,5 @@
-// Any bytes as a recovery file: exactly the valid records at its beginning are delivered, and nothing stops the next message.
+// Any bytes as a recovery file: exactly the valid records at its beginning are delivered, and nothing stops the next
+// message.
 
 #include <unistd.h>
 
@@ -10,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "log4vrk/net/LOGRecoveryFiles.h"
-#include "log4vrk/net/LOGRecoveryRecord.h"
+#include "log4vrk/net/internal/LOGRecoveryFiles.h"
+#include "log4vrk/net/internal/LOGRecoveryRecord.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "log4vrk/net/LOGRelpSession.h"
+#include "log4vrk/net/internal/LOGRelpSession.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // libSaleRenderer.so: writes sales so that a Java program reads them as objects. Receiver.java is the other side.
 
 #include "examples/datagrams/Sale.h"
-#include "log4vrk/layouts/LOGObjectRenderer.h"
+#include "log4vrk/core/LOGObjectRenderer.h"
 
 namespace {
 

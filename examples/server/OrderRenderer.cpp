@@ -1,7 +1,7 @@
 // libOrderRenderer.so: renders the steps of an order for people.
 
 #include "examples/server/Order.h"
-#include "log4vrk/layouts/LOGObjectRenderer.h"
+#include "log4vrk/core/LOGObjectRenderer.h"
 
 namespace {
 

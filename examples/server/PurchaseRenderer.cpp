@@ -1,7 +1,7 @@
 // libPurchaseRenderer.so: renders a purchase as fields that the auditor's programs read.
 
 #include "examples/server/Order.h"
-#include "log4vrk/layouts/LOGObjectRenderer.h"
+#include "log4vrk/core/LOGObjectRenderer.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <typeinfo>
 
 #include "log4vrk/appenders/LOGDispatcher.h"
-#include "log4vrk/appenders/LOGPolling.h"
-#include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/platform/VRKNoCancellation.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGPolling.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThread.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
 
 const I18NString& LOGAsyncAppender::BUFFER_SIZE_OPTION = vrkImmortal<I18NString>("BufferSize");
 const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NString>("LocationInfo");

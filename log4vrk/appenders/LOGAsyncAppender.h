@@ -5,20 +5,21 @@
 #include <atomic>
 #include <memory>
 
-#include "log4vrk/appenders/LOGAppenderAttachable.h"
-#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
+#include "log4vrk/core/LOGAppenderAttachable.h"
+#include "log4vrk/core/LOGAppenderAttachableImpl.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGDispatcher;
 
-/// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A logging
-/// thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped: close() delivers
-/// everything queued. A process that ends without close() (LOG4VRKConfigurator::shutdown() does it) loses what is queued.
+/// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A
+/// logging thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped:
+/// close() delivers everything queued. A process that ends without close() (LOG4VRKConfigurator::shutdown() does it)
+/// loses what is queued.
 ///
-/// Layouts behind the queue print the dispatcher's thread name and context, unless location info is on: then the caller's
-/// are fixed before the copy.
+/// Layouts behind the queue print the dispatcher's thread name and context, unless location info is on: then the
+/// caller's are fixed before the copy.
 ///
 /// Thread safety: any thread. A logging thread that waits for space holds no lock of the appender.
 /// Ownership: attached appenders stay whoever's they are; closing the asynchronous appender closes none of them.
@@ -42,7 +43,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   bool appendPlain(LOGLoggingEvent& event) override;
   /// Waits ten seconds at most.
   void drain() override;
-  /// Delivers everything that is queued and ends the dispatcher. Called by an attached appender it does not wait for that.
+  /// Delivers everything that is queued and ends the dispatcher. Called by an attached appender it does not wait for
+  /// that.
   void close() override;
 
   // The attached appenders. The appender itself, and one from which it can be reached, are not added.

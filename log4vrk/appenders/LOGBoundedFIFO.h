@@ -8,7 +8,7 @@
 
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 class LOGLoggingEvent;
 
@@ -18,8 +18,8 @@ class LOGLoggingEvent;
 /// Ownership: events in the queue are lent; an event that get() returned belongs to the caller.
 class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
  public:
-  /// `maxSize` is a number of events. One that is not positive is reported and kept: a queue of size 0 is always full, one
-  /// of a negative size never.
+  /// `maxSize` is a number of events. One that is not positive is reported and kept: a queue of size 0 is always full,
+  /// one of a negative size never.
   explicit LOGBoundedFIFO(int maxSize);
   LOGBoundedFIFO(const LOGBoundedFIFO&) = delete;
   LOGBoundedFIFO& operator=(const LOGBoundedFIFO&) = delete;
@@ -32,8 +32,8 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
 
   int length() const;
   int getMaxSize() const { return m_maxSize.load(std::memory_order_relaxed); }
-  /// Exactly as many events as the size: after shrinking below its length the queue takes more, on purpose, until it has
-  /// been drained to the size.
+  /// Exactly as many events as the size: after shrinking below its length the queue takes more, on purpose, until it
+  /// has been drained to the size.
   bool isFull() const { return length() == getMaxSize(); }
   /// Right after a put(): whether the queue was empty before.
   bool wasEmpty() const { return length() == 1; }

@@ -2,10 +2,10 @@
 
 #include <typeinfo>
 
-#include "log4vrk/appenders/LOGPlainAppend.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
-#include "log4vrk/core/LOGContainment.h"
-#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/appenders/internal/LOGPlainAppend.h"
+#include "log4vrk/core/LOGLayout.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/VRKFmFile.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/platform/VRKFmFile.h"
 #include "log4vrk/platform/VRKThrowable.h"
 

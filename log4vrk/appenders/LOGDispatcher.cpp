@@ -2,9 +2,9 @@
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
-#include "log4vrk/appenders/LOGPolling.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/core/internal/LOGPolling.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {

@@ -13,11 +13,11 @@ class LOGAppenderAttachableImpl;
 class LOGAsyncAppender;
 class LOGBoundedFIFO;
 
-/// Takes events from a queue and hands each to the appenders of a container. It looks again and again; nobody wakes it. What an
-/// appender raises is written to the internal log, and the thread goes on.
+/// Takes events from a queue and hands each to the appenders of a container. It looks again and again; nobody wakes it.
+/// What an appender raises is written to the internal log, and the thread goes on.
 ///
-/// Log calls made by what it calls are put off and delivered between events, without ever waiting for a logger or for space in
-/// a queue: whoever holds the logger may be waiting for this thread.
+/// Log calls made by what it calls are put off and delivered between events, without ever waiting for a logger or for
+/// space in a queue: whoever holds the logger may be waiting for this thread.
 ///
 /// Thread safety: any thread; close() from any but its own.
 /// Ownership: it deletes the events. Queue and container are shared with the appender, and live as long as the thread.

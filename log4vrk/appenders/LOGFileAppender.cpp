@@ -3,19 +3,19 @@
 #include <typeinfo>
 #include <utility>
 
-#include "log4vrk/appenders/LOGPlainAppend.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
-#include "log4vrk/core/LOGContainment.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/appenders/internal/LOGPlainAppend.h"
+#include "log4vrk/core/LOGLayout.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 namespace {
 
-// Runs after the program's own destructors, which may still log. Where nothing is buffered, no thread that is stuck in a log call holds
-// up the exit.
+// Runs after the program's own destructors, which may still log. Where nothing is buffered, no thread that is stuck in
+// a log call holds up the exit.
 __attribute__((destructor)) void writeBuffersAtExit() {
   if (!VRKFmFile::anyBuffered()) return;
   const LOGGate::FullClosure alone;

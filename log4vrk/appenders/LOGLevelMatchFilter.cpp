@@ -1,8 +1,8 @@
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 
-#include "log4vrk/config/LOGOptionConverter.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGOptionConverter.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 const I18NString& LOGLevelMatchFilter::LEVEL_TO_MATCH_OPTION = vrkImmortal<I18NString>("LevelToMatch");

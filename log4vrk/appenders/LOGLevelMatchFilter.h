@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "log4vrk/appenders/LOGFilter.h"
+#include "log4vrk/core/LOGFilter.h"
 
 class LOGLevel;
 

@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-#include "log4vrk/appenders/LOGErrorHandler.h"
+#include "log4vrk/core/LOGErrorHandler.h"
 
 /// Writes the first failure of any kind to the internal log, as it was given.
 ///

@@ -1,7 +1,7 @@
 #include "log4vrk/appenders/LOGQuietWriter.h"
 
-#include "log4vrk/core/LOGContainment.h"
-#include "log4vrk/net/LOGWriter.h"
+#include "log4vrk/appenders/LOGWriter.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/platform/VRKFmFile.h"
 #include "log4vrk/platform/VRKThrowable.h"
 

@@ -6,7 +6,7 @@
 #include <typeinfo>
 
 #include "log4vrk/appenders/LOGCountingQuietWriter.h"
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "log4vrk/config/LOGOptionConverter.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/LOGOptionConverter.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/VRKThrowable.h"
 

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "log4vrk/appenders/LOGFilter.h"
+#include "log4vrk/core/LOGFilter.h"
 #include "log4vrk/platform/VRKList.h"
 
 /// Accepts events whose rendered message contains a text, or denies them when accept-on-match is 0; is neutral about

@@ -1,7 +1,7 @@
 #include "log4vrk/appenders/LOGWriterAppender.h"
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 
 LOGWriterAppender::LOGWriterAppender() { instance("LOGWriterAppender"); }
 

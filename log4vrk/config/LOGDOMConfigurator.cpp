@@ -1,19 +1,20 @@
 #include "log4vrk/config/LOGDOMConfigurator.h"
 
-#include "log4vrk/appenders/LOGAppenderBundle.h"
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/config/LOGDOMChildren.h"
-#include "log4vrk/config/LOGFactoryLibraries.h"
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/config/internal/LOGDOMChildren.h"
+#include "log4vrk/config/internal/LOGFactoryLibraries.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGManager.h"
-#include "log4vrk/layouts/LOGRendererMap.h"
+#include "log4vrk/core/LOGRendererMap.h"
+#include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGShutdownHook.h"
 #include "log4vrk/platform/I18NLocale.h"
-#include "log4vrk/platform/VRKFork.h"
-#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKFork.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 const I18NString& LOGConfigurator::m_INHERITED = vrkImmortal<I18NString>("inherited");
 
@@ -88,9 +89,9 @@ constexpr LOGFailureTexts CONFIGURE_FAILURES{"LOGDOMConfigurator::doConfigure --
 
 bool isGiven(const I18NString& attribute) { return !attribute.isEmpty() && attribute != "null"; }
 
-}  // namespace
+[[maybe_unused]] const bool g_endsWithTheHierarchy = LOGShutdownHook::set(&LOGDOMConfigurator::shutdown);
 
-void logShutdownConfigurator() { LOGDOMConfigurator::shutdown(); }
+}  // namespace
 
 // One configuration run: log calls put off, no other run at the same time, and the appenders of the run before let go.
 class LOGDOMConfigurator::Run {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <atomic>
 
-#include "log4vrk/core/LOGContainment.h"
-#include "log4vrk/platform/VRKTime.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/platform/internal/VRKTime.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/platform/VRKNoCancellation.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
 
 namespace {
 

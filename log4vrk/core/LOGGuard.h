@@ -4,10 +4,10 @@
 
 #include <memory>
 
-#include "log4vrk/core/LOGGate.h"
 #include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/core/internal/LOGGate.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 class LOGLogger;
 class LOGLoggingEvent;
@@ -30,7 +30,8 @@ class LOG4VRK_EXPORT LOGDeferral {
   /// Keeps a copy of the event for `logger`.
   static void defer(LOGLogger* logger, const LOGLoggingEvent& event);
 
-  /// Keeps `share` until the outermost scope of the thread has ended, and other threads have let go of the appenders of `logger`.
+  /// Keeps `share` until the outermost scope of the thread has ended, and other threads have let go of the appenders of
+  /// `logger`.
   static void depart(const LOGLogger& logger, std::shared_ptr<const void> share);
 
   /// For its life the thread is one that serves a queue. What it puts off is delivered by deliverPutOff() alone.
@@ -41,8 +42,8 @@ class LOG4VRK_EXPORT LOGDeferral {
     DispatcherThread(const DispatcherThread&) = delete;
     DispatcherThread& operator=(const DispatcherThread&) = delete;
   };
-  /// Delivers what a dispatcher thread has put off, as far as that goes without waiting for anybody. An event that meets a
-  /// logger in use keeps its place. True when nothing is left.
+  /// Delivers what a dispatcher thread has put off, as far as that goes without waiting for anybody. An event that
+  /// meets a logger in use keeps its place. True when nothing is left.
   static bool deliverPutOff();
   /// True when the thread has put off something.
   static bool hasPutOff();

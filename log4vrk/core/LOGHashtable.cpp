@@ -4,8 +4,8 @@
 
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGObject.h"
-#include "log4vrk/platform/VRKFault.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 
 bool LOGLoggerKey::equals(const LOGLoggerKey* other) const { return other != nullptr && m_name == other->m_name; }
 

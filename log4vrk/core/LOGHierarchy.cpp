@@ -2,14 +2,12 @@
 
 #include <algorithm>
 
-#include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGHierarchyEventListener.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGProvisionNode.h"
-
-// The configurator's part of a shutdown; defined with it.
-void logShutdownConfigurator();
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGShutdownHook.h"
 
 LOGLoggerFactory::~LOGLoggerFactory() = default;
 LOGDefaultLoggerFactory::~LOGDefaultLoggerFactory() = default;
@@ -282,6 +280,6 @@ void LOGHierarchy::closeAllAppenders() {
 void LOGHierarchy::shutdown() {
   if (refusedInside("LOGHierarchy::shutdown -- ")) return;
   closeAllAppenders();
-  attempt("LOGHierarchy::shutdown -- ", [] { logShutdownConfigurator(); });
+  attempt("LOGHierarchy::shutdown -- ", [] { LOGShutdownHook::call(); });
   LOGLogLog::shutdown();
 }

@@ -11,10 +11,10 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/core/LOGRendererMap.h"
 #include "log4vrk/core/LOGRendererSupport.h"
-#include "log4vrk/layouts/LOGRendererMap.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 class LOGHierarchyEventListener;
 class LOGProvisionNode;
@@ -57,8 +57,8 @@ class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository,
   void resetConfiguration() override;
   void setRenderer(LOGObject* renderedClass, LOGObjectRenderer* renderer) override;
   void setRenderer(const I18NString& renderedClassName, LOGObjectRenderer* renderer) override;
-  /// Returns when the asynchronous appenders of all loggers have delivered what they had queued: a file that stands behind one and on
-  /// a logger of its own is closed with the first that has it, and nothing may come after that.
+  /// Returns when the asynchronous appenders of all loggers have delivered what they had queued: a file that stands
+  /// behind one and on a logger of its own is closed with the first that has it, and nothing may come after that.
   void drainAppenders();
   /// Closes the appenders of the root, then those of every other logger, then the configurator and the internal log.
   /// Raises nothing; what one appender raises does not keep the others from being closed.

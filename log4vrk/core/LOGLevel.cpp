@@ -5,8 +5,8 @@
 
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/platform/I18NLocale.h"
-#include "log4vrk/platform/VRKMutex.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 // A level that is ready at load without a constructor having run, together with its name, and that is never destroyed.
 // The name's constructor runs when the library is loaded, before any code of a program that needs it.

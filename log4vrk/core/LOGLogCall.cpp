@@ -2,20 +2,20 @@
 
 #include <typeinfo>
 
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGMessage.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/platform/VRKAsymmetricFence.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/platform/internal/VRKAsymmetricFence.h"
 
 namespace {
 
-// Runs what makes and delivers an event, and lets nothing out: what an application class raises in its clone() ends here too,
-// for the program's log call is not the place to hear of it.
+// Runs what makes and delivers an event, and lets nothing out: what an application class raises in its clone() ends
+// here too, for the program's log call is not the place to hear of it.
 template <typename Operation>
 [[gnu::always_inline]] inline void contained(Operation operation) {
   try {
@@ -92,8 +92,9 @@ class Borrowing {
   return appender != nullptr && appender->appendPlain(event);
 }
 
-// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write, and whoever
-// removes an appender that is written to without it waits for those who borrow it. Most loggers have no appender.
+// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write,
+// and whoever removes an appender that is written to without it waits for those who borrow it. Most loggers have no
+// appender.
 [[gnu::always_inline]] inline int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) {
   if (event->isText() && appendPlain(*event, thread)) return 1;
   const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already

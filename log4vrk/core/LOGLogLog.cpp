@@ -6,8 +6,8 @@
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
-#include "log4vrk/platform/VRKMutex.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 namespace {
 

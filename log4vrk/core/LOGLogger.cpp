@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <typeinfo>
 
-#include "log4vrk/appenders/LOGAppenderBundle.h"
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGManager.h"
+#include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
@@ -164,8 +164,8 @@ LOGAppenderAttachableImpl::Snapshot LOGLogger::attachedAppenders() {
   return m_aai.snapshot();
 }
 
-// Around a removal and its lock. At its end no log call of another thread uses what is not attached any more, and what is shared
-// may be freed.
+// Around a removal and its lock. At its end no log call of another thread uses what is not attached any more, and what
+// is shared may be freed.
 class LOGLogger::Removal {
  public:
   explicit Removal(LOGLogger& logger) : m_logger(logger) {

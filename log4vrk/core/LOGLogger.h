@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "log4vrk/appenders/LOGAppenderAttachableImpl.h"
+#include "log4vrk/core/LOGAppenderAttachableImpl.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/core/LOGObject.h"

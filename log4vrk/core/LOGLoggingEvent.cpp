@@ -3,11 +3,11 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGNDC.h"
 #include "log4vrk/core/LOGObject.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/layouts/LOGRendererMap.h"
+#include "log4vrk/core/LOGRendererMap.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
-#include "log4vrk/platform/VRKTime.h"
+#include "log4vrk/platform/internal/VRKTime.h"
 
 namespace {
 

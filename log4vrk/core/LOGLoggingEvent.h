@@ -9,8 +9,8 @@
 #include "log4vrk/core/LOGLocationInfo.h"
 #include "log4vrk/core/LOGSerializable.h"
 #include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 class LOGLevel;
 class LOGLogger;
@@ -20,8 +20,8 @@ class LOGObject;
 /// somebody first asks, on the thread that asks, and then kept.
 ///
 /// Thread safety: one thread at a time; also the get operations may fill fields.
-/// Ownership: an event owns a clone of the message. Logger and level outlive it. A copy has a clone of its own. During a log
-/// call the event of a plain text borrows it from the caller; the message is made when somebody asks for it.
+/// Ownership: an event owns a clone of the message. Logger and level outlive it. A copy has a clone of its own. During
+/// a log call the event of a plain text borrows it from the caller; the message is made when somebody asks for it.
 class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  public:
   LOGLoggingEvent() = default;
@@ -61,8 +61,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.
   I18NString* getRenderedMessage();
-  /// The same text for those who write it, empty where that is null: the event's own if it is in UTF-8, otherwise converted into
-  /// `room`. Valid as long as neither changes.
+  /// The same text for those who write it, empty where that is null: the event's own if it is in UTF-8, otherwise
+  /// converted into `room`. Valid as long as neither changes.
   std::string_view renderUtf8(I18NUtf8Buffer& room);
   void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
   /// Empty unless the program has set it.
@@ -127,7 +127,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   bool m_ndcLookupRequired = true;
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
-  // Texts that outlive the event, or are in m_own. The thread's is lent by the thread that asked first, never to a copy.
+  // Texts that outlive the event, or are in m_own. The thread's is lent by the thread that asked first, never to a
+  // copy.
   const I18NString* m_loggerName = &NONE;
   const I18NString* m_fqnOfLoggerClass = &NONE;
   const I18NString* m_threadName = &NONE;

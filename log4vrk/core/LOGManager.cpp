@@ -7,8 +7,8 @@
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGRootLogger.h"
-#include "log4vrk/platform/VRKMutex.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 LOGRepositorySelector::~LOGRepositorySelector() = default;
 LOGDefaultRepositorySelector::~LOGDefaultRepositorySelector() = default;

@@ -11,8 +11,8 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 /// Puts a text together with <<. Takes texts, characters, numbers, truth values, LOGObjects and whatever has an
 /// operator<< for std::ostream. Narrow text is UTF-8. Most messages need no memory but the object's own.

@@ -7,9 +7,9 @@
 #include "log4vrk/core/LOGDiagnosticContext.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGStack.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/platform/VRKMutex.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 LOGDiagnosticContext::LOGDiagnosticContext(const I18NString& message, const I18NString& fullMessage)
     : m_message(message), m_fullMessage(fullMessage) {

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-#include "log4vrk/platform/VRKTime.h"
+#include "log4vrk/platform/internal/VRKTime.h"
 
 LOGDate::LOGDate() {
   const VRKTime::Moment now = VRKTime::now();

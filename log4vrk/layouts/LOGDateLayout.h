@@ -4,9 +4,9 @@
 
 #include <memory>
 
-#include "log4vrk/layouts/LOGDateFormat.h"
-#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/layouts/LOGTimeZone.h"
+#include "log4vrk/layouts/internal/LOGDateFormat.h"
 
 /// Holds a date format and a time zone. They take effect at once and may be set in either order, also while other
 /// threads log.

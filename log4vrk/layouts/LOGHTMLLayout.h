@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/core/LOGLayout.h"
 
 /// A table with a row for each event, and one more each for a nested context and a throwable. The appenders of this
 /// library write rows only: a program that wants the whole page writes header and footer itself. The page does not name

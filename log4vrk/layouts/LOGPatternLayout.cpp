@@ -5,13 +5,13 @@
 #include <typeinfo>
 #include <utility>
 
-#include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/LOGThreadState.h"
-#include "log4vrk/layouts/LOGPatternConverter.h"
-#include "log4vrk/layouts/LOGPatternParser.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/layouts/internal/LOGPatternConverter.h"
+#include "log4vrk/layouts/internal/LOGPatternParser.h"
 
 namespace {
 
@@ -26,8 +26,8 @@ constexpr LOGFailureTexts FAILURES = {"LOGPatternLayout::format -- some i18nstri
 
 }  // namespace
 
-// A pattern as one thread uses it, without a lock: with dates and levels as the thread has written them last, and with the beginning
-// of the line up to the first item that is not the same for all events of a second.
+// A pattern as one thread uses it, without a lock: with dates and levels as the thread has written them last, and with
+// the beginning of the line up to the first item that is not the same for all events of a second.
 class LOGPatternCopy {
  public:
   bool isOf(std::uint64_t number) const { return m_number == number; }

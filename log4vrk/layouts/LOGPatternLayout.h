@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGLayout.h"
 
 struct LOGPatternConverter;
 class LOGPatternCopy;

@@ -1,8 +1,8 @@
 #include "log4vrk/layouts/LOGTimeZone.h"
 
 #include "log4vrk/core/LOGLogLog.h"
-#include "log4vrk/platform/VRKTime.h"
-#include "log4vrk/platform/VRKTimeZone.h"
+#include "log4vrk/platform/internal/VRKTime.h"
+#include "log4vrk/platform/internal/VRKTimeZone.h"
 
 LOGTimeZone::LOGTimeZone(const I18NString& name) : m_name(name) {
   if (name.isEmpty()) return;

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/platform/VRKList.h"
 
 /// One "log4j:event" element and an empty line for each event; lines end in CR LF. There is no root element and no

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGObjectRenderer.h"
-#include "log4vrk/layouts/LOGRendererMap.h"
+#include "log4vrk/core/LOGObjectRenderer.h"
+#include "log4vrk/core/LOGRendererMap.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {

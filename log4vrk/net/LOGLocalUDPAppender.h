@@ -5,8 +5,8 @@
 #include <atomic>
 #include <memory>
 
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
-#include "log4vrk/platform/VRKDatagramSocket.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
+#include "log4vrk/platform/internal/VRKDatagramSocket.h"
 
 /// Sends each event as one UDP datagram to a port of "localhost": the name of the logger, and the message object as its
 /// renderer writes it (LOGObjectRenderer::writeExtHeader and writeExtData), as a stream of Java's object serialization.

@@ -3,11 +3,11 @@
 #include <typeinfo>
 #include <utility>
 
-#include "log4vrk/appenders/LOGPlainAppend.h"
-#include "log4vrk/core/LOGContainment.h"
+#include "log4vrk/appenders/internal/LOGPlainAppend.h"
+#include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGLayout.h"
+#include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/net/LOGSyslogQuietWriter.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/I18NLocale.h"

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <memory>
 
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
 
 class LOGSyslogQuietWriter;
 class LOGSyslogWriter;

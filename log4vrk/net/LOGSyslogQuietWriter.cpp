@@ -1,6 +1,6 @@
 #include "log4vrk/net/LOGSyslogQuietWriter.h"
 
-#include "log4vrk/appenders/LOGErrorHandler.h"
+#include "log4vrk/core/LOGErrorHandler.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/VRKThrowable.h"
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
-#include "log4vrk/platform/I18NUtf8Buffer.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 class LOGSyslogWriter;
 

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "log4vrk/net/LOGWriter.h"
-#include "log4vrk/platform/VRKDatagramSocket.h"
+#include "log4vrk/appenders/LOGWriter.h"
+#include "log4vrk/platform/internal/VRKDatagramSocket.h"
 
 /// One datagram to port 514 for each text, as it stands. The host is shared by all syslog writers: whoever names one
 /// names it for every writer that is initialised later.

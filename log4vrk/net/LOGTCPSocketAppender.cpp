@@ -1,15 +1,15 @@
 #include "log4vrk/net/LOGTCPSocketAppender.h"
 
-#include "log4vrk/core/LOGContainment.h"
 #include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/layouts/LOGLayout.h"
-#include "log4vrk/net/LOGConnector.h"
-#include "log4vrk/net/LOGEventEncoder.h"
-#include "log4vrk/net/LOGOutbox.h"
+#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/net/internal/LOGConnector.h"
+#include "log4vrk/net/internal/LOGEventEncoder.h"
+#include "log4vrk/net/internal/LOGOutbox.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
-#include "log4vrk/platform/VRKNoCancellation.h"
-#include "log4vrk/platform/VRKProcess.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
+#include "log4vrk/platform/internal/VRKProcess.h"
 
 namespace {
 

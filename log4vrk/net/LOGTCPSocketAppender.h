@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "log4vrk/appenders/LOGAppenderSkeleton.h"
+#include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGConnector;

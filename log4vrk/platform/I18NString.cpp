@@ -9,9 +9,9 @@
 #include <cstring>
 #include <iterator>
 
-#include "log4vrk/platform/I18NAscii.h"
-#include "log4vrk/platform/VRKThreadExit.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/I18NAscii.h"
+#include "log4vrk/platform/internal/VRKThreadExit.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 
 /// Turns names of the configuration document into paths. One instance for the process.
 ///
-/// Thread safety: any thread. What has been set is kept for good, so that nobody needs a lock to read it: set it once, before the
-/// first configuration.
+/// Thread safety: any thread. What has been set is kept for good, so that nobody needs a lock to read it: set it once,
+/// before the first configuration.
 class LOG4VRK_EXPORT VRKConfigurationFactory {
  public:
   static VRKConfigurationFactory& getInstance();

@@ -2,9 +2,9 @@
 
 #include <atomic>
 
-#include "log4vrk/platform/VRKDynamicLibrary.h"
-#include "log4vrk/platform/VRKFault.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKDynamicLibrary.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 
 namespace {
 

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "log4vrk/platform/VRKExport.h"
+
 // The library's own types, which nobody but it looks into.
 struct ssl_ctx_st;
 struct ssl_st;
@@ -14,7 +16,7 @@ struct X509_VERIFY_PARAM_st;
 /// asks, and is nobody's dependency until then; it stays loaded.
 ///
 /// Thread safety: any thread.
-class VRKCrypto {
+class LOG4VRK_EXPORT VRKCrypto {
  public:
   /// Null when there is no such library, or when it lacks one of the functions. Then nothing is kept, and the next call
   /// looks again.

@@ -5,7 +5,7 @@
 #include <shared_mutex>
 
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKThreadSafety.h"
+#include "log4vrk/platform/internal/VRKThreadSafety.h"
 
 class VRKFmFile;
 

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 
 bool VRKFmDir::exists(const I18NString& path, int kind) {
   struct stat status;

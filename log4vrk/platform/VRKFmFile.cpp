@@ -11,10 +11,10 @@
 #include <string_view>
 #include <vector>
 
-#include "log4vrk/platform/VRKFault.h"
-#include "log4vrk/platform/VRKMutex.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKFault.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
 
 namespace {
 

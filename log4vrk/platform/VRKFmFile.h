@@ -8,13 +8,13 @@
 #include <string_view>
 
 #include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/I18NUtf8Buffer.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 
 /// A file that is written at its end, or read word by word. What write() accepted is in the kernel when it returns, so
-/// it outlives a crash of the process, unless the owner has asked for a buffer or holds back. Failures are returned, not raised;
-/// getLastError() tells why.
+/// it outlives a crash of the process, unless the owner has asked for a buffer or holds back. Failures are returned,
+/// not raised; getLastError() tells why.
 ///
 /// Thread safety: not thread-safe; the caller holds the lock of whoever owns the file.
 class LOG4VRK_EXPORT VRKFmFile {
@@ -50,8 +50,8 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// Writes what the buffer holds; the disk is not waited for. 0 on failure.
   int flush();
 
-  /// Collects whole writes until there are `size` bytes or more; then, and with flush(), close() and the process's exit(), they go
-  /// to the system. 0, as it is at first, collects nothing. A forked child drops what is its parent's.
+  /// Collects whole writes until there are `size` bytes or more; then, and with flush(), close() and the process's
+  /// exit(), they go to the system. 0, as it is at first, collects nothing. A forked child drops what is its parent's.
   void setBuffer(std::size_t size);
   /// While this is on, write() collects as with a buffer of 64 KiB; release() has to come soon.
   void setHoldingBack(bool on) { m_holding = on; }

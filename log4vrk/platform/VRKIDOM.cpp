@@ -11,9 +11,9 @@
 #include <string>
 #include <utility>
 
-#include "log4vrk/platform/VRKDynamicLibrary.h"
 #include "log4vrk/platform/VRKThrowable.h"
-#include "log4vrk/platform/VRKXmlModule.h"
+#include "log4vrk/platform/internal/VRKDynamicLibrary.h"
+#include "log4vrk/platform/internal/VRKXmlModule.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include <ctime>
 #include <mutex>
 
-#include "log4vrk/platform/VRKFork.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKFork.h"
 
 namespace {
 

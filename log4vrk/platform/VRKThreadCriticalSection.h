@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKThreadSafety.h"
+#include "log4vrk/platform/internal/VRKThreadSafety.h"
 
 /// A lock that its owner may take again: application code that an appender calls may come back to the same object. The
 /// integer is accepted for existing callers and changes nothing. A copy of an owner gets a lock of its own, which is

@@ -11,7 +11,7 @@
 
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 
 /// The root of everything that the library raises. Copies share their details, so that copying never fails.
 ///
@@ -114,7 +114,8 @@ constexpr const char* vrkSourceName(const char* path) {
     throw;                        \
   }
 
-/// Raises the error that is being handled again as vrkTranslateErrors does. Out of line, so that each use costs one call.
+/// Raises the error that is being handled again as vrkTranslateErrors does. Out of line, so that each use costs one
+/// call.
 [[noreturn]] LOG4VRK_EXPORT void vrkRaiseTranslated(const char* source, int line);
 
 /// Runs `operation` and lets only the library's own errors out: a VRKThrowable gets a back-trace entry, memory shortage

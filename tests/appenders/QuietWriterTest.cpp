@@ -1,4 +1,4 @@
-#include "log4vrk/net/LOGWriter.h"
+#include "log4vrk/appenders/LOGWriter.h"
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

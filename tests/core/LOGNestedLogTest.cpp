@@ -72,7 +72,8 @@ TEST_F(NestedLog, KeepsTheOrderAtEveryDepthAndOutlivesAnAppenderThatRaises) {
   EXPECT_EQ(root.texts, (Texts{"x", "x2", "x11", "x12", "x21", "x22"}));
 }
 
-// Two appenders that log into each other's logger, each with a thread of its own: the locks would be taken in both orders.
+// Two appenders that log into each other's logger, each with a thread of its own: the locks would be taken in both
+// orders.
 TEST_F(NestedLog, BothWaysBetweenTwoThreadsNeitherHangsNorLoses) {
   constexpr int EVENTS = 2000;
   RecordingAppender below;

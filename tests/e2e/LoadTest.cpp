@@ -24,7 +24,8 @@ std::string loadDocument(const TempDir& dir, const References& references,
       <param name="MaxBackupIndex" value="1000"/>
       <layout class="SimpleLayout"/>
     </appender>
-    <appender name="async" class="AsyncAppender"><param name="BufferSize" value="512"/><appender-ref ref="file"/></appender>
+    <appender name="async" class="AsyncAppender">
+      <param name="BufferSize" value="512"/><appender-ref ref="file"/></appender>
     <logger name="load.inner"><level value="inherited"/></logger>)";
   for (const auto& [logger, appender] : references) {
     document += replaced("<logger name='@'><level value='INFO'/>", "@", logger);

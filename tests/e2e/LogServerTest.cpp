@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <set>
 
-#include "log4vrk/net/LOGConnector.h"
-#include "log4vrk/net/LOGOutbox.h"
-#include "log4vrk/net/LOGRelpSession.h"
+#include "log4vrk/net/internal/LOGConnector.h"
+#include "log4vrk/net/internal/LOGOutbox.h"
+#include "log4vrk/net/internal/LOGRelpSession.h"
 #include "tests/support/Rsyslog.h"
 #include "tests/support/Tests.h"
 

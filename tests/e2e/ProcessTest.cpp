@@ -63,11 +63,13 @@ TEST(Cycles, LeaveNothingBehind) {
   for (const char* kind : {"FileAppender", "RollingFileAppender", "ConsoleAppender"}) {
     appenders += replaced(R"(<appender name="@KIND@" class="@KIND@">
       <param name="File" value="@DIR@/@KIND@"/><param name="MaximumFileSize" value="100"/>
-      <layout class="TTCCLayout"><param name="DateFormat" value="%H"/><param name="TimeZone" value="Asia/Tokyo"/></layout>
+      <layout class="TTCCLayout"><param name="DateFormat" value="%H"/>
+        <param name="TimeZone" value="Asia/Tokyo"/></layout>
       <layout class="SimpleLayout"/>
       <filter class="LevelRangeFilter"><param name="LevelMin" value="WARN"/></filter><filter class="StringMatchFilter"/>
       <errorHandler class="LOGOnlyOnceErrorHandler"/>
-      <errorHandler class="Generic"><appender-ref ref="FileAppender"/><logger-ref ref="cycle"/><root-ref/></errorHandler>
+      <errorHandler class="Generic"><appender-ref ref="FileAppender"/>
+        <logger-ref ref="cycle"/><root-ref/></errorHandler>
     </appender>)",
                           "@KIND@", kind);
     references += "<appender-ref ref='" + std::string(kind) + "'/>";

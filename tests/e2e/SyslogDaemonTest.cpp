@@ -79,7 +79,7 @@ TEST_F(SyslogDaemonTest, ADaemonThatGoesAwayCostsNothingButWhatIsSentMeanwhile) 
   EXPECT_EQ(2u, daemon.lines().size());
 
   daemon.stop();  // its socket fills up, and the system drops what it has no room for
-  const I18NString large(std::u16string(60000, u'x'));
+  const I18NString large(std::string_view(std::string(60000, 'x')));
   for (int i = 0; i < 1000; ++i) logger->info(large);
   daemon.resume();
   EXPECT_TRUE(eventually([&] {

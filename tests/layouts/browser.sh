@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Opens log.html of the current directory in a browser and writes the page to the file dom, with a report at its end. That has
-# a line for each row: number of cells, text and look of the level (or the only cell), text of the last cell.
+# Opens log.html of the current directory in a browser and writes the page to the file dom, with a report at its end.
+# That has a line for each row: number of cells, text and look of the level (or the only cell), text of the last cell.
 
 set -euo pipefail
 
@@ -13,7 +13,8 @@ for (const row of document.querySelectorAll("tr")) {
   while (inner.firstElementChild) inner = inner.firstElementChild;
   const look = getComputedStyle(inner);
   report.append([row.cells.length, inner.textContent, look.color, look.fontWeight,
-                 getComputedStyle(cell).backgroundColor, row.cells[row.cells.length - 1].textContent].join(" | ") + " |\n");
+                 getComputedStyle(cell).backgroundColor, row.cells[row.cells.length - 1].textContent]
+    .join(" | ") + " |\n");
 }
 </script>
 HTML

@@ -1,6 +1,6 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGNDC.h"
-#include "log4vrk/net/LOGEventEncoder.h"
+#include "log4vrk/net/internal/LOGEventEncoder.h"
 #include "tests/support/Doubles.h"
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include <ctime>
 
-#include "log4vrk/net/LOGRecoveryFiles.h"
-#include "log4vrk/net/LOGRecoveryRecord.h"
+#include "log4vrk/net/internal/LOGRecoveryFiles.h"
+#include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "tests/support/Tests.h"
 
 using namespace vrktest;

@@ -3,7 +3,7 @@
 #include <tuple>
 #include <vector>
 
-#include "log4vrk/net/LOGRelpSession.h"
+#include "log4vrk/net/internal/LOGRelpSession.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <ctime>
 
-#include "log4vrk/platform/VRKTime.h"
+#include "log4vrk/platform/internal/VRKTime.h"
 #include "tests/support/Tests.h"
 
 using namespace vrktest;

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "log4vrk/log4vrk.h"
-#include "log4vrk/platform/VRKFault.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 #include "tests/support/InternalLog.h"
 #include "tests/support/Process.h"
 

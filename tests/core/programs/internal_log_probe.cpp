@@ -1,5 +1,5 @@
-// Uses the internal log, whose settings are read once in a process: what the words say, one after the other. Prints its two
-// flags at the end.
+// Uses the internal log, whose settings are read once in a process: what the words say, one after the other. Prints its
+// two flags at the end.
 //
 //   internal_log_probe <word>...
 
@@ -9,8 +9,8 @@
 #include <string>
 
 #include "log4vrk/core/LOGLogLog.h"
-#include "log4vrk/platform/VRKFault.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKFault.h"
 #include "tests/support/Threads.h"
 
 namespace {

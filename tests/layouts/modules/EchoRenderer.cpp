@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "log4vrk/layouts/LOGObjectRenderer.h"
+#include "log4vrk/core/LOGObjectRenderer.h"
 
 static std::atomic<int> g_living{0};
 

@@ -1,3 +1,3 @@
-#include "log4vrk/layouts/LOGObjectRenderer.h"
+#include "log4vrk/core/LOGObjectRenderer.h"
 
 extern "C" LOG4VRK_EXPORT LOGObjectRenderer* getRenderer() { return nullptr; }

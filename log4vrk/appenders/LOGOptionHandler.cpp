@@ -1,3 +1,0 @@
-#include "log4vrk/appenders/LOGOptionHandler.h"
-
-LOGOptionHandler::~LOGOptionHandler() = default;

@@ -1,0 +1,3 @@
+#include "log4vrk/appenders/LOGWriter.h"
+
+LOGWriter::~LOGWriter() = default;

@@ -1,0 +1,144 @@
+// The base of every appender. To write one of your own, start here: override append() and close().
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string_view>
+
+#include "log4vrk/core/LOGAppender.h"
+#include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/core/LOGObject.h"
+#include "log4vrk/platform/VRKExport.h"
+
+class LOGAppenderBundle;
+class LOGLevel;
+struct LOGFailureTexts;
+
+/// Takes an event through the steps that all appenders share: closed test, threshold, filters, and then the concrete
+/// append() under the appender's lock. append() needs no locking of its own, and may log: such log calls are delivered
+/// after the outermost one has ended.
+///
+/// Thread safety: any thread, except that the name is set before the appender is attached.
+/// Ownership: layout, filters and threshold are lent. The error handler is owned. An appender made by the program is
+/// the program's, which removes it from its loggers before deleting it.
+class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject, public LOGMutex {
+ public:
+  LOGAppenderSkeleton();
+  ~LOGAppenderSkeleton() override;
+
+  /// Called before every event: must be cheap on an active appender.
+  virtual void activateOptions();
+  void addFilter(LOGFilter* filter) override;
+  /// Writes one event; the lock is held.
+  virtual void append(LOGLoggingEvent* event);
+  void clearFilters() override;
+  /// Text errors and the library's own go to the internal log and end there; anything else is raised again.
+  void doAppend(LOGLoggingEvent* event) override;
+  bool requiresLayout() override;
+  void close() override;
+  /// Takes the handler over and frees the one before. Null changes nothing.
+  void setErrorHandler(LOGErrorHandler* handler) override;
+  const I18NString& getName() const override;
+  void setName(const I18NString& name) override;
+  LOGErrorHandler* getErrorHandler() const override;
+  LOGLayout* getLayout() const override;
+  /// Null changes nothing: a layout can be replaced, never removed.
+  void setLayout(LOGLayout* layout) override;
+  /// Refused: raises VRKAssertError.
+  LOGAppenderSkeleton* clone() const override;
+
+  LOGFilter* getFilter() const { return m_headFilter.load(std::memory_order_acquire); }
+  LOGFilter* getFirstFilter() const { return getFilter(); }
+  LOGLevel* getThreshold() const { return m_threshold.load(std::memory_order_acquire); }
+  void setThreshold(LOGLevel* threshold) { m_threshold.store(threshold, std::memory_order_release); }
+  /// Reversed on purpose, existing configurations rely on it: an event passes when the threshold is at least as severe
+  /// as the event.
+  bool isAsSevereAsThreshold(const LOGLevel* level) const;
+
+  /// Stale appenders are made anew when a configuration next refers to them. There is no way back.
+  void markAsStale() { m_stale = 1; }
+  bool isStale() const { return m_stale == 1; }
+
+  // The short way of a log call. An appender of the library's own classes takes an event whose message is a text and
+  // nothing else without the locks of the logger and the layout, and with its own only while it writes. No application
+  // code runs meanwhile.
+  /// Whether the appender has such a way. Constant once it is constructed.
+  virtual bool takesPlain() const { return false; }
+  /// doAppend() of such an event. False, with nothing done, when it takes the ordinary way for what the appender's
+  /// state is.
+  virtual bool appendPlain(LOGLoggingEvent& /*event*/) { return false; }
+
+  // For dispatcher threads, which hand over many events at once. From the first call to the second an appender need not
+  // let go of each event before append() returns, if it is the calling thread that appends; it returns whether it makes
+  // use of that. An appender is released as often as it was told to hold back, or more often.
+  virtual bool holdBack() { return false; }
+  virtual void release() {}
+  /// Returns when what was appended before has been delivered. For appenders that deliver later.
+  virtual void drain() {}
+  /// Closes the appender unless it is closed.
+  void finalize();
+
+  /// Equal by value: what is compared are class, text, name, closed flag, layout, handler, filters and threshold.
+  /// Attaching and removing go by this.
+  bool operator==(const LOGObject& other) const override;
+  bool operator!=(const LOGObject& other) const override;
+
+ protected:
+  /// appendPlain() of an appender that writes lines: `write(line)` is called under the lock, and returns false when it
+  /// cannot write now.
+  template <typename Write>
+  bool appendFormatted(LOGLoggingEvent& event, Write write);
+
+  /// Whether append() runs with the appender's lock held, which is what an appender wants that does not wait in it.
+  enum Appending { UNDER_LOCK, WITHOUT_LOCK };
+  explicit LOGAppenderSkeleton(Appending appending) : LOGAppenderSkeleton() { m_appending = appending; }
+
+  /// A copy shares filters, layout and error handler.
+  LOGAppenderSkeleton(const LOGAppenderSkeleton& other);
+  LOGAppenderSkeleton& operator=(const LOGAppenderSkeleton& other);
+
+  /// Compared with 1 exactly.
+  int getClosed() const { return m_closed.load(std::memory_order_acquire); }
+  void reportClosed() const;
+  void setClosed(int closed) { m_closed.store(closed, std::memory_order_release); }
+
+  /// Replaces the handler without freeing the one before, which goes back to the program that made it.
+  void replaceErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);
+
+ private:
+  friend class LOGAppenderBundle;
+  friend class LOGAppenderAttachableImpl;
+
+  struct HandlerOwner;
+  static const LOGFailureTexts APPEND_FAILURES;
+
+  std::shared_ptr<LOGErrorHandler> ownerOf(LOGErrorHandler* handler) const;
+  void storeErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);
+  /// Keeps the handler alive while it is compared, though another thread may replace it.
+  std::shared_ptr<LOGErrorHandler> errorHandlerShare() const;
+  bool admits(LOGLoggingEvent* event) const;
+  bool isAccepted(LOGLoggingEvent* event) const;
+  void copyFrom(const LOGAppenderSkeleton& other);
+
+  // Keeps the lock, for which threads contend, out of the cache lines of what they only read.
+  const char m_distance[64] = {};
+
+  // Constant while the appender is attached.
+  Appending m_appending = UNDER_LOCK;
+  I18NString m_name;
+  std::weak_ptr<LOGAppenderBundle> m_bundle;
+
+  // Read without the lock.
+  std::atomic<int> m_closed{0};
+  std::atomic<int> m_stale{0};
+  std::atomic<LOGFilter*> m_headFilter{nullptr};
+  std::atomic<LOGFilter*> m_tailFilter{nullptr};
+  std::atomic<LOGLayout*> m_layout{nullptr};
+  std::atomic<LOGLevel*> m_threshold{nullptr};
+  std::atomic<LOGErrorHandler*> m_errorHandler{nullptr};
+
+  mutable VRKMutex m_handlerMutex;
+  std::shared_ptr<LOGErrorHandler> m_ownedErrorHandler VRK_GUARDED_BY(m_handlerMutex);
+};

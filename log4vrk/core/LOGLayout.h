@@ -1,0 +1,66 @@
+// What turns an event into the text that an appender writes.
+
+#pragma once
+
+#include <string_view>
+
+#include "log4vrk/core/LOGMutex.h"
+#include "log4vrk/core/LOGObject.h"
+#include "log4vrk/core/LOGOptionHandler.h"
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
+
+class LOGLoggingEvent;
+
+/// The interface of all layouts, and the simple layout: the message and a line feed.
+///
+/// A layout of your own overrides format(): it builds its text in what takeSpare() gives and returns setResult(text).
+///
+/// Thread safety: whoever calls an operation that returns a text holds the layout's lock (a LOGGuard) until the text
+/// has been used; appenders do, so that one layout may serve several of them.
+/// Ownership: each such text is the one result of the layout, valid until the next such call.
+/// Errors: an event that cannot be rendered gives an empty line; see format().
+class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, public LOGMutex {
+ public:
+  LOGLayout();
+  LOGLayout(const LOGLayout& other);
+  LOGLayout& operator=(const LOGLayout&) = delete;
+  ~LOGLayout() override;
+
+  void activateOptions() override;
+  /// The text for the event, line end included. Null gives the empty text. The library's own errors end in the internal
+  /// log, and the line goes on; any other is written there too and raised.
+  virtual I18NString& format(LOGLoggingEvent* event);
+  /// The same text in UTF-8, as appenders write it. A layout that builds it so saves the conversion; the others need
+  /// not care.
+  virtual std::string_view formatUtf8(LOGLoggingEvent* event);
+  /// The same of an event whose message is a text and nothing else, without the layout's lock, in memory that is the
+  /// thread's until it formats again. False when the layout has no such way.
+  virtual bool formatPlain(LOGLoggingEvent& event, std::string_view& line);
+  virtual I18NString& getContentType();
+  /// What an output begins and ends with.
+  virtual I18NString& getHeader();
+  virtual I18NString& getFooter();
+  /// Not 0 when throwables are left to the appender.
+  virtual int ignoresThrowable();
+  /// Always raises VRKAssertError: layouts are not copied while they are in use.
+  LOGLayout* clone() const override;
+
+ protected:
+  /// An empty text with the room of an earlier one, to build in.
+  I18NString takeSpare();
+  /// Makes `text` the result. A format() that was called while `text` was built has not disturbed it.
+  I18NString& setResult(I18NString&& text);
+
+  /// Empty, for formatUtf8() to build in once nothing is called any more that might call it again.
+  I18NUtf8Buffer& utf8Result();
+
+  const I18NString& lineSeparator() const { return m_lineSeparator; }
+
+ private:
+  I18NString m_result;
+  I18NString m_lineSeparator;
+  I18NString m_spare;
+  I18NUtf8Buffer m_utf8;
+};

@@ -1,0 +1,3 @@
+#include "log4vrk/core/LOGOptionHandler.h"
+
+LOGOptionHandler::~LOGOptionHandler() = default;

@@ -1,0 +1,163 @@
+#include "log4vrk/layouts/internal/LOGPatternConverter.h"
+
+#include <algorithm>
+
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLogger.h"
+
+namespace {
+
+// How much of a name stands before its last `count` components. A dot at the very end belongs to the last one.
+std::size_t lengthBeforeLast(std::size_t count, std::u16string_view name) {
+  std::size_t begin = name.size();
+  for (; count > 0; --count) {
+    if (begin < 2) return 0;
+    const std::size_t dot = name.rfind(u'.', begin - 2);
+    if (dot == std::u16string_view::npos) return 0;
+    begin = dot + 1;
+  }
+  return begin;
+}
+
+void appendLocation(I18NUtf8Buffer& out, char16_t letter, const LOGLocationInfo& location) {
+  switch (letter) {
+    case u'C':
+      out.append(location.getClassName());
+      break;
+    case u'F':
+      out.append(location.getFileName());
+      break;
+    case u'L':
+      out.append(location.getLineNumber());
+      break;
+    case u'M':
+      out.append(location.getMethodName());
+      break;
+    case u'l':
+      out.append(location.getClassName());
+      out.appendChecked(".");
+      out.append(location.getMethodName());
+      out.appendChecked("(");
+      out.append(location.getFileName());
+      out.appendChecked(":");
+      out.append(location.getLineNumber());
+      out.appendChecked(")");
+      break;
+    default:
+      break;
+  }
+}
+
+bool isAscii(std::string_view bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
+bool splitsPair(const I18NString& text, std::size_t position) {
+  return (text[position - 1] & 0xFC00) == 0xD800 && (text[position] & 0xFC00) == 0xDC00;
+}
+
+}  // namespace
+
+LOGPatternConverter::LOGPatternConverter(const LOGPatternConverter& other)
+    : letter(other.letter),
+      leftAligned(other.leftAligned),
+      minimumWidth(other.minimumWidth),
+      maximumWidth(other.maximumWidth),
+      precision(other.precision),
+      date(other.date != nullptr ? other.date->clone() : nullptr) {
+  setText(std::string(other.text));
+}
+
+void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message) {
+  out.appendChecked(text);
+  const std::size_t start = out.size();
+  appendItem(out, event, message);
+  if (isFitted()) fit(out, start);
+}
+
+bool LOGPatternConverter::isFrequent() const {
+  if (text.size() > sizeof shortText) return false;
+  return letter == 0 || letter == u'p' || (!isFitted() && (letter == u'm' || (letter == u'c' && precision == 0)));
+}
+
+bool LOGPatternConverter::setLevel(const I18NString& name) {
+  char room[64];
+  I18NUtf8Buffer written(room, sizeof room);
+  written.append(name);
+  if (isFitted()) fit(written, 0);
+  if (written.size() > sizeof m_level) return false;
+  m_levelSize = written.view().copy(m_level, sizeof m_level);
+  return true;
+}
+
+void LOGPatternConverter::setText(std::string&& utf8) {
+  text = std::move(utf8);
+  if (text.size() <= sizeof shortText) std::copy(text.begin(), text.end(), shortText);
+}
+
+void LOGPatternConverter::appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const {
+  const I18NString& name = event.getLoggerName();
+  if (precision > 0) {
+    out.append(name.view().substr(lengthBeforeLast(precision, name.view())));
+  } else if (event.getLogger() != nullptr && &name == &event.getLogger()->getName()) {
+    out.appendChecked(event.getLogger()->getUtf8Name());
+  } else {
+    out.append(name);
+  }
+}
+
+inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message) {
+  switch (letter) {
+    case u'c':
+      appendLoggerName(out, event);
+      break;
+    case u'd':
+      if (date != nullptr) date->append(out, LOGDate(event.getTimeStamp(), event.getTimeStampNanos()));
+      break;
+    case u'n':
+      out.appendChecked("\n");
+      break;
+    case u'%':
+      out.appendChecked("%");
+      break;
+    case u'm':
+      out.appendChecked(message);
+      break;
+    case u't':
+      event.appendThreadName(out);
+      break;
+    case u'p':
+      if (event.getLevel() != nullptr) out.append(event.getLevel()->toString());
+      break;
+    case u'x':
+      out.append(event.getNDC());
+      break;
+    default:
+      if (letter != 0) appendLocation(out, letter, *event.getLocationInformation());
+  }
+}
+
+void LOGPatternConverter::fit(I18NUtf8Buffer& out, std::size_t start) const {
+  const std::string_view piece = out.view().substr(start);
+  std::size_t length = piece.size();
+  if (!isAscii(piece)) {
+    length = fitUtf16(out, start);
+  } else if (length > maximumWidth) {
+    out.erase(start, length - maximumWidth);
+    length = maximumWidth;
+  }
+  if (length < minimumWidth) out.insertBlanks(leftAligned ? out.size() : start, minimumWidth - length);
+}
+
+// Cuts a piece of which bytes are not units, and returns its length in units.
+std::size_t LOGPatternConverter::fitUtf16(I18NUtf8Buffer& out, std::size_t start) const {
+  I18NString piece(out.view().substr(start));
+  if (piece.length() > maximumWidth) {
+    std::size_t excess = piece.length() - maximumWidth;
+    if (maximumWidth > 0 && splitsPair(piece, excess)) ++excess;
+    piece.erase(0, excess);
+    out.erase(start, out.size() - start);
+    out.append(piece);
+  }
+  return piece.length();
+}

@@ -1,0 +1,77 @@
+// One piece of a pattern, ready to be written for each event.
+
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/layouts/internal/LOGDateFormat.h"
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
+
+/// What LOGPatternParser makes of an item such as "%-5p" and the text in front of it. One struct with a switch and no
+/// class for each kind: a line is written by one loop without virtual calls, except for dates.
+///
+/// Thread safety: not thread-safe, since dates are kept; each thread has copies.
+struct LOGPatternConverter {
+  /// The largest minimum width.
+  static constexpr std::size_t MOST_PADDED = 1000;
+
+  LOGPatternConverter() = default;
+  LOGPatternConverter(const LOGPatternConverter& other);
+  LOGPatternConverter(LOGPatternConverter&&) noexcept = default;
+  LOGPatternConverter& operator=(LOGPatternConverter&&) noexcept = default;
+
+  bool isFitted() const { return minimumWidth > 0 || maximumWidth != I18NString::npos; }
+  void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message);
+
+  // The most frequent items, several of which are written into one piece of memory.
+  /// Whether put() can write it.
+  bool isFrequent() const;
+  /// Has put() write this level from now on. False when it is too long for that.
+  bool setLevel(const I18NString& name);
+  /// The same as append() to `out`, where there is room. Returns the end.
+  char* put(char* out, const std::string& logger, std::string_view message) const;
+  /// How many bytes put() may need beside those of logger and message.
+  static constexpr std::size_t MOST_PUT = 32;
+
+  char16_t letter = 0;  // of the item; 0 when there is none, only the text
+  bool leftAligned = false;
+  // In UTF-16 units.
+  std::size_t minimumWidth = 0;
+  std::size_t maximumWidth = I18NString::npos;
+  std::size_t precision = 0;            // how many components of the logger's name; 0 is all
+  std::string text;                     // in front of the item; in UTF-8
+  char shortText[16] = {};              // the same when it fits
+  std::unique_ptr<LOGDateFormat> date;  // letter d; null is no date
+
+  void setText(std::string&& utf8);
+
+ private:
+  void appendItem(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message);
+  void appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const;
+  void fit(I18NUtf8Buffer& out, std::size_t start) const;
+  std::size_t fitUtf16(I18NUtf8Buffer& out, std::size_t start) const;
+
+  char m_level[16] = {};  // as it is written
+  std::size_t m_levelSize = 0;
+};
+
+inline char* LOGPatternConverter::put(char* out, const std::string& logger, std::string_view message) const {
+  std::memcpy(out, shortText, sizeof shortText);
+  out += text.size();
+  switch (letter) {
+    case u'p':
+      std::memcpy(out, m_level, sizeof m_level);
+      return out + m_levelSize;
+    case u'c':
+      return I18NUtf8Buffer::copy(out, logger);
+    case u'm':
+      return I18NUtf8Buffer::copy(out, message);
+    default:
+      return out;
+  }
+}

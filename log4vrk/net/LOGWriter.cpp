@@ -1,3 +1,0 @@
-#include "log4vrk/net/LOGWriter.h"
-
-LOGWriter::~LOGWriter() = default;

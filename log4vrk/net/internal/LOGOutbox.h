@@ -1,0 +1,56 @@
+// What a TCP socket appender shares with the thread that sends.
+
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+
+#include "log4vrk/net/internal/LOGEventEncoder.h"
+#include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/internal/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKWakeUp.h"
+
+/// Events from the threads that log to the one that sends, first in, first out, with a limit in events and in bytes.
+/// Each gets its number here, so that the queue and the numbers have one order.
+///
+/// Thread safety: any thread. Nothing is waited for but the lock.
+class LOG4VRK_EXPORT LOGOutbox {
+ public:
+  static constexpr std::size_t MOST_EVENTS = 16384;
+  static constexpr std::size_t MOST_BYTES = 8 << 20;
+
+  enum Result { TAKEN, FULL, CLOSED };
+
+  /// Only when it is taken, the event is moved out of.
+  Result put(LOGEncodedEvent& event);
+  std::deque<LOGEncodedEvent> takeAll();
+  bool isFull();
+  bool isHalfFull();
+  /// Takes no event from now on. What is in it stays.
+  void close();
+  bool isClosed();
+
+  /// Where the sending thread waits. It is woken when there are events after there were none, and when the queue
+  /// becomes half full.
+  VRKWakeUp& wakeUp() { return m_wakeUp; }
+
+  // Events, since the appender was made, except for inRecovery: that is now, and counts what earlier processes left,
+  // too.
+  std::atomic<std::uint64_t> sent{0};  // repetitions included
+  std::atomic<std::uint64_t> acknowledged{0};
+  std::atomic<std::uint64_t> inRecovery{0};
+  std::atomic<std::uint64_t> dropped{0};
+  /// False while waiting for space makes no sense.
+  std::atomic<bool> moves{true};
+
+ private:
+  bool holds(std::size_t halves) const VRK_REQUIRES(m_mutex);
+
+  VRKWakeUp m_wakeUp;
+  VRKMutex m_mutex;
+  std::deque<LOGEncodedEvent> m_events VRK_GUARDED_BY(m_mutex);
+  std::size_t m_bytes VRK_GUARDED_BY(m_mutex) = 0;
+  std::uint64_t m_sequence VRK_GUARDED_BY(m_mutex) = 0;  // of the last event
+  bool m_closed VRK_GUARDED_BY(m_mutex) = false;
+};

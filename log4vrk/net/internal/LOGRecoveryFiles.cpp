@@ -1,0 +1,386 @@
+#include "log4vrk/net/internal/LOGRecoveryFiles.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <tuple>
+#include <utility>
+
+#include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/net/internal/LOGRecoveryRecord.h"
+#include "log4vrk/platform/VRKFmDir.h"
+#include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKSpoolFile.h"
+#include "log4vrk/platform/internal/VRKTime.h"
+
+namespace {
+
+// Each file takes a descriptor. So many are adopted at once, and so many make up the limit.
+constexpr std::size_t MAX_FILES = 64;
+constexpr std::int64_t MIN_FILE_BYTES = std::int64_t{1} << 20;  // unless the limit is low
+constexpr std::size_t BLOCK_BYTES = std::size_t{64} << 10;      // read at once
+constexpr std::size_t TIME_DIGITS = 14, NUMBER_DIGITS = 8, NAME_LENGTH = TIME_DIGITS + 1 + NUMBER_DIGITS;
+constexpr const char* DAMAGED = ".damaged";
+
+std::atomic<unsigned> g_number{0};
+
+// Not used yet by this process.
+I18NString newName() {
+  const std::tm time = VRKTime::local(VRKTime::now().seconds);
+  char name[96];
+  std::snprintf(name, sizeof name, "%04d%02d%02d%02d%02d%02d-%08x", time.tm_year + 1900, time.tm_mon + 1, time.tm_mday,
+                time.tm_hour, time.tm_min, time.tm_sec, g_number++);
+  return name;
+}
+
+bool isName(std::u16string_view name) {
+  static constexpr std::u16string_view DIGITS = u"0123456789abcdef";
+  if (name.size() != NAME_LENGTH || name[TIME_DIGITS] != u'-') return false;
+  return name.substr(0, TIME_DIGITS).find_first_not_of(DIGITS.substr(0, 10)) == name.npos &&
+         name.substr(TIME_DIGITS + 1).find_first_not_of(DIGITS) == name.npos;
+}
+
+bool isSetAside(const I18NString& name) {
+  return isName(name.view().substr(0, NAME_LENGTH)) && name == name.substring(0, NAME_LENGTH) + DAMAGED;
+}
+
+I18NString count(std::uint64_t messages) {
+  I18NString text;
+  text += static_cast<unsigned long long>(messages);
+  return text + (messages == 1 ? " message" : " messages");
+}
+
+}  // namespace
+
+struct LOGRecoveryFiles::File {
+  explicit File(I18NString where) : path(std::move(where)) {}
+
+  std::uint64_t pending() const { return messages - acknowledged; }
+
+  const I18NString path;
+  VRKSpoolFile file;
+  std::int64_t valid = 0;  // bytes before the damage, or all
+  std::uint64_t messages = 0, acknowledged = 0;
+  bool damaged = false;
+};
+
+// Goes through the messages of a file.
+class LOGRecoveryFiles::Reader {
+ public:
+  explicit Reader(File& file) : m_file(file) {}
+
+  /// False at the end and at damage. The payload lives until the next call.
+  bool next(LOGRecoveryRecord& record) {
+    const std::string_view header = bytes(LOGRecoveryRecord::HEADER);
+    if (header.empty()) return false;
+    const std::size_t length = LOGRecoveryRecord::lengthAt(header);
+    if (length == 0 || !LOGRecoveryRecord::parse(bytes(length), record)) return false;
+    m_offset += static_cast<std::int64_t>(length);
+    ++m_count;
+    return true;
+  }
+  bool atEnd() const { return m_offset == m_file.valid; }
+  std::int64_t offset() const { return m_offset; }
+  std::uint64_t count() const { return m_count; }
+
+ private:
+  // The next `count` bytes, or none when there are not so many.
+  std::string_view bytes(std::size_t count) {
+    const std::int64_t left = m_file.valid - m_offset;
+    if (static_cast<std::int64_t>(count) > left) return {};
+    std::size_t begin = static_cast<std::size_t>(m_offset - m_blockOffset);
+    if (begin + count > m_block.size()) {
+      m_block.resize(static_cast<std::size_t>(std::min<std::int64_t>(std::max(count, BLOCK_BYTES), left)));
+      const long got = m_file.file.read(m_offset, m_block.data(), static_cast<long>(m_block.size()));
+      m_block.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+      m_blockOffset = m_offset;
+      begin = 0;
+      if (count > m_block.size()) return {};
+    }
+    return std::string_view(m_block).substr(begin, count);
+  }
+
+  File& m_file;
+  std::int64_t m_offset = 0;
+  std::uint64_t m_count = 0;
+  std::string m_block;
+  std::int64_t m_blockOffset = 0;
+};
+
+LOGRecoveryFiles::LOGRecoveryFiles(const I18NString& directory, std::int64_t limitBytes)
+    : m_directory(directory.isEmpty() ? "." : directory),
+      m_limit(limitBytes),
+      m_fileLimit(
+          std::min(limitBytes / 8, std::max(MIN_FILE_BYTES, limitBytes / static_cast<std::int64_t>(MAX_FILES)))) {}
+
+LOGRecoveryFiles::~LOGRecoveryFiles() { close(); }
+
+bool LOGRecoveryFiles::open() {
+  close();
+  if (!VRKFmDir::makeDirectories(m_directory)) {
+    LOGLogLog::error("LOGRecoveryFiles -- there is no directory " + m_directory + " and it cannot be made");
+    return false;
+  }
+  findSetAside();
+  adopt(true);
+  return true;
+}
+
+void LOGRecoveryFiles::adopt() { adopt(false); }
+
+void LOGRecoveryFiles::adopt(bool report) {
+  do {
+    for (std::unique_ptr<File>& file : findFree(report)) takeOver(std::move(file));
+    makeRoom(0);
+  } while (m_files.empty() && m_moreFree);
+}
+
+void LOGRecoveryFiles::findSetAside() {
+  for (const I18NString& name : VRKFmDir::list(m_directory)) {
+    VRKSpoolFile file;
+    if (!isSetAside(name) || file.openFree(pathOf(name)) != VRKSpoolFile::OPENED) continue;
+    m_setAside.push_back({pathOf(name), file.size()});
+    m_bytes += file.size();
+  }
+  m_setAside.sort([](const SetAside& a, const SetAside& b) { return a.path < b.path; });
+}
+
+// In the order in which they were written. Names alone do not tell: local time goes back once a year. They are good
+// enough to tell which go first when there are too many.
+std::vector<std::unique_ptr<LOGRecoveryFiles::File>> LOGRecoveryFiles::findFree(bool report) {
+  std::vector<std::unique_ptr<File>> files;
+  std::vector<I18NString> names = VRKFmDir::list(m_directory);
+  std::sort(names.begin(), names.end());
+  m_moreFree = false;
+  for (const I18NString& name : names) {
+    if (!isName(name.view())) continue;
+    m_moreFree = m_files.size() + files.size() >= MAX_FILES;
+    if (m_moreFree) break;
+    auto file = std::make_unique<File>(pathOf(name));
+    const VRKSpoolFile::Result result = file->file.openFree(file->path);
+    if (result == VRKSpoolFile::OPENED) {
+      files.push_back(std::move(file));
+    } else if (result == VRKSpoolFile::FAILED && report) {
+      VRKSystemError error(file->file.getLastError(), file->path, VRK_HERE);
+      LOGLogLog::error("LOGRecoveryFiles -- could not open a file", error);
+    }
+  }
+  std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) {
+    return std::make_tuple(a->file.modified(), a->path.view()) < std::make_tuple(b->file.modified(), b->path.view());
+  });
+  return files;
+}
+
+void LOGRecoveryFiles::takeOver(std::unique_ptr<File> file) {
+  file->valid = file->file.size();
+  Reader reader(*file);
+  for (LOGRecoveryRecord record; reader.next(record);) {
+  }
+  file->messages = reader.count();
+  file->damaged = !reader.atEnd();
+  file->valid = reader.offset();
+  if (file->damaged) {
+    LOGLogLog::error("LOGRecoveryFiles -- damaged after " + count(file->messages) + ": " + file->path);
+  }
+  if (file->messages == 0) return leave(std::move(file));
+  m_writing = nullptr;  // only the last file is written to
+  m_bytes += file->file.size();
+  m_last += file->messages;
+  m_files.push_back(std::move(file));
+}
+
+bool LOGRecoveryFiles::append(std::uint64_t sequence, std::string_view payload) {
+  const LOGRecoveryRecord record = {sequence, payload};
+  const std::int64_t size = static_cast<std::int64_t>(record.size());
+  try {
+    if (payload.size() > LOGRecoveryRecord::MAX_PAYLOAD || size > m_limit) {
+      throw VRKSystemError(EFBIG, "message", VRK_HERE);
+    }
+    makeRoom(size);
+    std::string bytes;
+    record.appendTo(bytes);
+    write(bytes);
+  } catch (VRKSystemError& error) {
+    if (!m_failing) LOGLogLog::error("LOGRecoveryFiles -- could not keep a message in " + m_directory, error);
+    m_failing = true;
+    return false;
+  }
+  m_bytes += size;
+  ++m_last;
+  if (m_failing) LOGLogLog::warn("LOGRecoveryFiles -- keeps messages again in " + m_directory);
+  m_failing = false;
+  return true;
+}
+
+// Raises when it fails.
+void LOGRecoveryFiles::write(std::string_view record) {
+  const std::int64_t size = static_cast<std::int64_t>(record.size());
+  if (m_writing == nullptr || m_writing->valid + size > m_fileLimit) {
+    m_files.push_back(newFile());
+    m_writing = m_files.back().get();
+  }
+  if (!m_writing->file.append(record)) {
+    VRKSystemError error(m_writing->file.getLastError(), m_writing->path, VRK_HERE);
+    if (m_writing->messages == 0) {
+      m_writing = nullptr;
+      leave(std::move(m_files.back()));
+      m_files.pop_back();
+    }
+    throw error;
+  }
+  m_writing->valid += size;
+  ++m_writing->messages;
+}
+
+std::unique_ptr<LOGRecoveryFiles::File> LOGRecoveryFiles::newFile() {
+  VRKFmDir::makeDirectories(m_directory);
+  for (;;) {
+    auto file = std::make_unique<File>(pathOf(newName()));
+    const VRKSpoolFile::Result result = file->file.create(file->path);
+    if (result == VRKSpoolFile::OPENED) return file;
+    // In use: another process may take the same numbers. Gone: another one took the empty file for one without owner.
+    if (result == VRKSpoolFile::OWNED_OR_GONE) continue;
+    throw VRKSystemError(file->file.getLastError(), file->path, VRK_HERE);
+  }
+}
+
+void LOGRecoveryFiles::makeRoom(std::int64_t bytes) {
+  while (m_bytes + bytes > m_limit && !m_setAside.empty()) {
+    VRKFmDir::removeFile(m_setAside.front().path);
+    m_bytes -= m_setAside.front().bytes;
+    m_setAside.pop_front();
+  }
+  while (m_bytes + bytes > m_limit && !m_files.empty()) dropOldest();
+}
+
+void LOGRecoveryFiles::dropOldest() {
+  File& oldest = *m_files.front();
+  if (m_full == 0) {
+    LOGLogLog::error("LOGRecoveryFiles -- the oldest messages go, because the limit is reached: " + m_directory);
+  }
+  m_full += oldest.pending();
+  m_dropped += oldest.pending();
+  m_acknowledged += oldest.pending();
+  m_taken = std::max(m_taken, m_acknowledged);
+  oldest.damaged = false;  // there is no space to keep it
+  removeOldest();
+}
+
+bool LOGRecoveryFiles::next(Record& record) {
+  while (m_readIndex < m_files.size()) {
+    File& file = *m_files[m_readIndex];
+    if (!m_reader) m_reader = std::make_unique<Reader>(file);
+    LOGRecoveryRecord read;
+    if (m_reader->next(read)) {
+      if (m_reader->count() <= file.acknowledged) continue;
+      record = {++m_taken, read.sequence, std::string(read.payload)};
+      return true;
+    }
+    if (!m_reader->atEnd()) {
+      cutOff(file);
+    } else if (m_readIndex + 1 < m_files.size()) {
+      startReading(m_readIndex + 1);
+    } else {
+      return false;  // more may be appended to this file
+    }
+  }
+  return false;
+}
+
+// It was whole when it was opened: the disk fails, or somebody has changed it.
+void LOGRecoveryFiles::cutOff(File& file) {
+  const std::uint64_t left = std::max(m_reader->count(), file.acknowledged);
+  const std::uint64_t lost = file.messages - left;
+  LOGLogLog::error("LOGRecoveryFiles -- " + count(lost) + " can no longer be read: " + file.path);
+  m_dropped += lost;
+  m_last -= lost;
+  file.messages = left;
+  file.valid = m_reader->offset();
+  file.damaged = true;
+  if (m_writing == &file) m_writing = nullptr;
+  removeDelivered();
+}
+
+void LOGRecoveryFiles::rewind() {
+  m_taken = m_acknowledged;
+  startReading(0);
+}
+
+void LOGRecoveryFiles::startReading(std::size_t index) {
+  m_readIndex = index;
+  m_reader.reset();
+}
+
+void LOGRecoveryFiles::acknowledge(std::uint64_t position) {
+  const std::uint64_t until = std::min(position, m_taken);
+  while (m_acknowledged < until) {
+    File& oldest = *m_files.front();
+    const std::uint64_t delivered = std::min(until - m_acknowledged, oldest.pending());
+    oldest.acknowledged += delivered;
+    m_acknowledged += delivered;
+    removeDelivered();
+  }
+}
+
+void LOGRecoveryFiles::removeDelivered() {
+  while (!m_files.empty() && m_files.front()->pending() == 0) removeOldest();
+  if (pending() == 0) sayLost();
+  if (m_files.empty() && m_moreFree) adopt();
+}
+
+void LOGRecoveryFiles::removeOldest() {
+  std::unique_ptr<File> oldest = std::move(m_files.front());
+  m_files.pop_front();
+  m_bytes -= oldest->file.size();
+  if (m_writing == oldest.get()) m_writing = nullptr;
+  if (m_readIndex > 0) {
+    --m_readIndex;
+  } else {
+    m_reader.reset();
+  }
+  leave(std::move(oldest));
+}
+
+// Nothing in it is wanted any more.
+void LOGRecoveryFiles::leave(std::unique_ptr<File> file) {
+  if (!file->damaged) {
+    if (VRKFmDir::removeFile(file->path)) return;
+    LOGLogLog::error("LOGRecoveryFiles -- could not remove " + file->path);
+  } else {
+    const I18NString name = file->path + DAMAGED;
+    if (VRKFmDir::renameFile(file->path, name)) {
+      m_setAside.push_back({name, file->file.size()});
+      m_bytes += file->file.size();
+      return;
+    }
+    LOGLogLog::error("LOGRecoveryFiles -- could not rename " + file->path + " to " + name);
+  }
+  m_stuck.push_back(std::move(file));
+}
+
+void LOGRecoveryFiles::sayLost() {
+  if (m_full > 0) LOGLogLog::error("LOGRecoveryFiles -- " + count(m_full) + " lost: " + m_directory);
+  m_full = 0;
+}
+
+I18NString LOGRecoveryFiles::pathOf(const I18NString& name) const { return m_directory + "/" + name; }
+
+void LOGRecoveryFiles::close() {
+  sayLost();
+  abandon();
+}
+
+void LOGRecoveryFiles::abandon() {
+  m_failing = false;
+  m_full = 0;
+  startReading(0);
+  m_writing = nullptr;
+  m_files.clear();
+  m_stuck.clear();
+  m_setAside.clear();
+  m_bytes = 0;
+  m_moreFree = false;
+  m_acknowledged = m_taken = m_last;
+}

@@ -1,7 +1,0 @@
-#include "log4vrk/platform/VRKNoCancellation.h"
-
-#include <pthread.h>
-
-VRKNoCancellation::VRKNoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_before); }
-
-VRKNoCancellation::~VRKNoCancellation() { pthread_setcancelstate(m_before, nullptr); }

@@ -1,0 +1,94 @@
+// The part of text conversion that nearly all text needs: ASCII in and out, many units at a time.
+
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+#include "log4vrk/platform/internal/I18NShortAscii.h"
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+// Each converts `count` units when all are ASCII, and otherwise returns false; then `out` holds rubbish. A rest that is
+// shorter than a block is converted with the last block that still fits, so that no unit needs a step of its own.
+
+inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
+#ifdef __SSE2__
+  if (count >= 16) {
+    __m128i seen = _mm_setzero_si128();
+    const auto copy = [&](std::size_t at) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+      seen = _mm_or_si128(seen, block);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + at), block);
+    };
+    for (std::size_t i = 0; i + 16 < count; i += 16) copy(i);
+    copy(count - 16);
+    return _mm_movemask_epi8(seen) == 0;
+  }
+#endif
+  if (count <= 16) return i18nCopyShortAscii(bytes, count, out);
+  std::uint64_t seen = 0;
+  const auto copy = [&](std::size_t at) { seen |= i18nCopyWords<std::uint64_t>(bytes + at, 8, out + at); };
+  for (std::size_t i = 0; i + 8 < count; i += 8) copy(i);
+  copy(count - 8);
+  return (seen & 0x8080808080808080u) == 0;
+}
+
+inline bool i18nNarrowAscii(const char16_t* units, std::size_t count, char* out) {
+#ifdef __SSE2__
+  if (count >= 8) {
+    __m128i seen = _mm_setzero_si128();
+    const auto narrow = [&](std::size_t at) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + at));
+      seen = _mm_or_si128(seen, block);
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(out + at), _mm_packus_epi16(block, block));
+    };
+    for (std::size_t i = 0; i + 8 < count; i += 8) narrow(i);
+    narrow(count - 8);
+    const __m128i others = _mm_and_si128(seen, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(others, _mm_setzero_si128())) == 0xFFFF;
+  }
+  if (count >= 4) {
+    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(units));
+    const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(units + count - 4));
+    const auto store = [out](std::size_t at, __m128i block) {
+      const int four = _mm_cvtsi128_si32(_mm_packus_epi16(block, block));
+      std::memcpy(out + at, &four, sizeof four);
+    };
+    store(0, first);
+    store(count - 4, last);
+    const __m128i others = _mm_and_si128(_mm_or_si128(first, last), _mm_set1_epi16(static_cast<short>(0xFF80)));
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(others, _mm_setzero_si128())) == 0xFFFF;
+  }
+#endif
+  char16_t seen = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    out[i] = static_cast<char>(units[i]);
+    seen |= units[i];
+  }
+  return seen < 0x80;
+}
+
+inline bool i18nWidenAscii(const char* bytes, std::size_t count, char16_t* out) {
+#ifdef __SSE2__
+  if (count >= 8) {
+    __m128i seen = _mm_setzero_si128();
+    const auto widen = [&](std::size_t at) {
+      const __m128i block = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + at));
+      seen = _mm_or_si128(seen, block);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + at), _mm_unpacklo_epi8(block, _mm_setzero_si128()));
+    };
+    for (std::size_t i = 0; i + 8 < count; i += 8) widen(i);
+    widen(count - 8);
+    return _mm_movemask_epi8(seen) == 0;
+  }
+#endif
+  unsigned char seen = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    out[i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[i]));
+    seen |= static_cast<unsigned char>(bytes[i]);
+  }
+  return seen < 0x80;
+}

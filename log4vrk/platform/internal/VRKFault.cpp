@@ -1,0 +1,38 @@
+#include "log4vrk/platform/internal/VRKFault.h"
+
+namespace {
+
+struct Plan {
+  std::atomic<int> skip;
+  std::atomic<int> times;
+};
+
+Plan g_plans[VRKFault::POINTS];
+
+bool takeOne(std::atomic<int>& counter) {
+  int left = counter.load();
+  while (left > 0) {
+    if (counter.compare_exchange_weak(left, left - 1)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::atomic<bool> VRKFault::m_armed{false};
+
+void VRKFault::arm(Point point, int times, int skip) {
+  g_plans[point].skip = skip;
+  g_plans[point].times = times;
+  m_armed = true;
+}
+
+void VRKFault::disarm() {
+  m_armed = false;
+  for (Plan& plan : g_plans) plan.skip = plan.times = 0;
+}
+
+bool VRKFault::take(Point point) {
+  Plan& plan = g_plans[point];
+  return !takeOne(plan.skip) && takeOne(plan.times);
+}
