@@ -80,7 +80,9 @@ set(LOG4VRK_HEADERS
   core/LOGRootLogger.h
   core/LOGSerializable.h
   core/LOGStack.h
+  core/internal/LOGCallScope.h
   core/internal/LOGGate.h
+  core/internal/LOGLoggerName.h
 
   # layouts
   layouts/LOGDate.h

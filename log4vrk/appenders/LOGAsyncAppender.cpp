@@ -6,9 +6,11 @@
 #include "log4vrk/appenders/LOGDispatcher.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
+#include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGContainment.h"
-#include "log4vrk/core/internal/LOGPolling.h"
-#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 
@@ -38,12 +40,12 @@ void discard(LOGBoundedFIFO& queue) {
 
 }  // namespace
 
-LOGAsyncAppender::LOGAsyncAppender()
-    : LOGAppenderSkeleton(WITHOUT_LOCK),
-      m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)),
-      m_waiting(std::make_shared<std::atomic<int>>(0)),
-      m_forks(VRKThread::forks()) {
+const LOGAppenderInternals LOGAsyncAppender::INTERNALS = {
+    &typeid(LOGAsyncAppender), true, &LOGAsyncAppender::appendFast, nullptr, nullptr, &LOGAsyncAppender::drain};
+
+LOGAsyncAppender::LOGAsyncAppender() : m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)), m_forks(VRKThread::forks()) {
   instance("LOGAsyncAppender");
+  LOGAppenderInternals::set(*this, INTERNALS);
   setClosed(1);
   vrkTranslateErrors(VRK_HERE, [&] {
     const LOGGuard guard(*this);
@@ -85,7 +87,6 @@ void LOGAsyncAppender::start() {
     queue->resize(m_queue->getMaxSize());
     m_bf = queue.get();
     m_queue = std::move(queue);
-    *m_waiting = 0;
     m_dispatcher = std::make_unique<LOGDispatcher>(m_queue, this);
     m_forks = VRKThread::forks();
   }
@@ -112,11 +113,11 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
              });
 }
 
-bool LOGAsyncAppender::takesPlain() const { return typeid(*this) == typeid(LOGAsyncAppender); }
-
-bool LOGAsyncAppender::appendPlain(LOGLoggingEvent& event) {
-  if (getClosed() != 0 || getFilter() != nullptr || m_forks != VRKThread::forks()) return false;
-  doAppend(&event);
+bool LOGAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
+  auto& self = static_cast<LOGAsyncAppender&>(appender);
+  if (!LOGAppenderInternals::admitsFast(self, event)) return false;
+  if (self.getClosed() != 0 || self.m_forks != VRKThread::forks()) return false;  // it has to be activated first
+  self.LOGAppenderSkeleton::doAppend(event);
   return true;
 }
 
@@ -133,7 +134,7 @@ void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
 // a dispatcher itself had put off: then the queue stays full.
 LOGBoundedFIFO::Outcome LOGAsyncAppender::waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                        std::unique_ptr<LOGLoggingEvent>& copy) {
-  const Counted waiting(*m_waiting);
+  const Counted waiting(queue.waiting);
   LOGPolling polling;
   for (;;) {
     const bool inVain = queue.getMaxSize() == 0 || (getClosed() != 0 && !m_closing) || LOGDeferral::mustNotWait();
@@ -159,8 +160,8 @@ void LOGAsyncAppender::close() {
 std::unique_ptr<LOGDispatcher> LOGAsyncAppender::takeDispatcher() {
   const LOGGuard guard(*this);
   if (getClosed() != 0) return nullptr;
+  m_closing = true;  // first: a log call that waits for space shall not find a queue that is closed for another reason
   setClosed(1);
-  m_closing = true;
   VRK_ASSERT(m_dispatcher);
   return std::move(m_dispatcher);
 }
@@ -185,22 +186,13 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
 }
 
 // A dispatcher that drained its own queue would wait for itself.
-void LOGAsyncAppender::drain() {
-  const std::shared_ptr<LOGBoundedFIFO> owned = queue();
-  if (!owned || m_forks != VRKThread::forks() || LOGThreadState::current().dispatcher) return;
+void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
+  auto& self = static_cast<LOGAsyncAppender&>(appender);
+  const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();
+  if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return;
   const std::uint64_t end = owned->putSoFar();
-  const auto deadline = std::chrono::steady_clock::now() + LONGEST_DRAINING;
-  LOGPolling polling;
-  while (owned->gotSoFar() < end && getClosed() == 0 && std::chrono::steady_clock::now() < deadline) {
-    try {
-      polling.waitShortly();
-    } catch (const VRKThrowable&) {
-      // Then it looks again at once.
-    }
-  }
-  for (const LOGAppenderAttachableImpl::Attached& each : attached()) {  // which waits for what the dispatcher has got
-    each.appender->drain();
-  }
+  logWaitFor(LONGEST_DRAINING, [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
+  if (const LOGAppenderAttachableImpl::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {
@@ -220,7 +212,6 @@ auto LOGAsyncAppender::withContainer(const char* throwableText, const char* unkn
     -> decltype(operation(std::declval<LOGAppenderAttachableImpl&>())) {
   decltype(operation(*m_aai)) result{};
   logContain({throwableText, throwableText, unknownText}, [&] {
-    const LOGAppenderAttachableImpl::Snapshot kept = attached();  // what is removed may be freed: after the lock
     const LOGGuard guard(*m_aai);
     result = operation(*m_aai);
   });
@@ -234,7 +225,9 @@ LOGAppenderAttachableImpl::Snapshot LOGAsyncAppender::attached() {
 
 bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton* target) {
   if (target == this) return true;
-  for (const LOGAppenderAttachableImpl::Attached& each : attached()) {
+  const LOGAppenderAttachableImpl::Snapshot list = attached();
+  if (!list) return false;
+  for (const LOGAppenderList::Attached& each : list->attached) {
     auto* const nested = dynamic_cast<LOGAsyncAppender*>(each.appender);
     if (nested != nullptr && nested->reaches(target)) return true;
   }
@@ -270,32 +263,41 @@ bool LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
   return m_aai->isAttached(appender);
 }
 
+// As in a logger: the list changes under the lock, and afterwards those who use an earlier one are waited for.
+template <typename Change>
+void LOGAsyncAppender::remove(Change change) {
+  LOGAppenderUse::Lists earlier;
+  {
+    const LOGGuard guard(*m_aai);
+    change(*m_aai);
+    earlier = m_aai->takeEarlier();
+  }
+  LOGAppenderUse::letGo(std::move(earlier));
+}
+
 void LOGAsyncAppender::removeAllAppenders() {
   logContain({"LOGAsyncAppender::removeAllAppenders --- ", "LOGAsyncAppender::removeAllAppenders --- ",
               "LOGAsyncAppender::removeAllAppenders --- An unknown exception has occurred."},
              [&] {
-               const LOGCallScope scope;
                const LOGAppenderAttachableImpl::Snapshot appenders = attached();
-               LOGAppenderAttachableImpl::closeAll(appenders);
-               const LOGGuard guard(*m_aai);
-               m_aai->forget(appenders, nullptr);
+               {
+                 const LOGCallScope scope;
+                 LOGAppenderAttachableImpl::closeAll(appenders);
+               }
+               remove([&](LOGAppenderAttachableImpl& container) { container.forget(appenders, nullptr); });
              });
 }
 
+constexpr LOGFailureTexts REMOVE_FAILURES = {"LOGAsyncAppender::removeAppender --- ",
+                                             "LOGAsyncAppender::removeAppender --- ",
+                                             "LOGAsyncAppender::removeAppender --- An unknown exception has occurred."};
+
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  withContainer("LOGAsyncAppender::removeAppender --- ",
-                "LOGAsyncAppender::removeAppender --- An unknown exception has occurred.",
-                [&](LOGAppenderAttachableImpl& container) {
-                  container.removeAppender(appender);
-                  return true;
-                });
+  logContain(REMOVE_FAILURES,
+             [&] { remove([&](LOGAppenderAttachableImpl& container) { container.removeAppender(appender); }); });
 }
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  withContainer("LOGAsyncAppender::removeAppender --- ",
-                "LOGAsyncAppender::removeAppender --- An unknown exception has occurred.",
-                [&](LOGAppenderAttachableImpl& container) {
-                  container.removeAppender(name);
-                  return true;
-                });
+  logContain(REMOVE_FAILURES,
+             [&] { remove([&](LOGAppenderAttachableImpl& container) { container.removeAppender(name); }); });
 }

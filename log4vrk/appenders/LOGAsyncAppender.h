@@ -39,10 +39,6 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void activateOptions() override;
   void append(LOGLoggingEvent* event) override;
   bool requiresLayout() override { return false; }
-  bool takesPlain() const override;
-  bool appendPlain(LOGLoggingEvent& event) override;
-  /// Waits ten seconds at most.
-  void drain() override;
   /// Delivers everything that is queued and ends the dispatcher. Called by an attached appender it does not wait for
   /// that.
   void close() override;
@@ -66,11 +62,14 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   int getLocationInfo() const { return m_locationInfo; }
   LOGAppenderAttachableImpl* getAAI() const { return m_aai.get(); }
 
-  // What the dispatcher shares.
-  const std::shared_ptr<LOGAppenderAttachableImpl>& container() const { return m_aai; }
-  const std::shared_ptr<std::atomic<int>>& waiting() const { return m_waiting; }
-
  private:
+  friend class LOGDispatcher;
+
+  static const LOGAppenderInternals INTERNALS;
+
+  static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
+  /// Returns when what is queued now has been delivered, after ten seconds at the latest.
+  static void drain(LOGAppenderSkeleton& appender);
   std::shared_ptr<LOGBoundedFIFO> queue();
   void enqueue(const LOGLoggingEvent& event);
   LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
@@ -80,13 +79,14 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void finish(std::unique_ptr<LOGDispatcher> dispatcher);
   bool reaches(const LOGAppenderSkeleton* target);
   LOGAppenderAttachableImpl::Snapshot attached();
+  template <typename Change>
+  void remove(Change change);
   template <typename Operation>
   auto withContainer(const char* throwableText, const char* unknownText, Operation operation)
       -> decltype(operation(std::declval<LOGAppenderAttachableImpl&>()));
 
   // Constant after construction.
   const std::shared_ptr<LOGAppenderAttachableImpl> m_aai;
-  const std::shared_ptr<std::atomic<int>> m_waiting;  // log calls that wait for space
 
   // Read by log calls.
   std::atomic<int> m_locationInfo{0};

@@ -92,7 +92,7 @@ LOGBoundedFIFO::~LOGBoundedFIFO() {
 
 // The head first: what was got had been put, and whoever sees the one sees the other.
 int LOGBoundedFIFO::length() const {
-  const std::uint64_t got = gotSoFar();  // first: it is never more than what has been put
+  const std::uint64_t got = m_head.load(std::memory_order_acquire);  // first: it is never more than what has been put
   return static_cast<int>(putSoFar() - got);
 }
 

@@ -55,9 +55,12 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   LOGLoggingEvent* get(LOGLoggingEvent& place);
   /// For good: nothing is put any more, and length() says what is still to be got.
   void close();
-  // How many events, since the queue was made.
+  /// How many events, since the queue was made.
   std::uint64_t putSoFar() const;
-  std::uint64_t gotSoFar() const { return m_head.load(std::memory_order_acquire); }
+  /// How many of them have been delivered. The getting side's.
+  std::atomic<std::uint64_t> delivered{0};
+  /// Log calls that wait for space.
+  std::atomic<int> waiting{0};
 
  private:
   struct Slot;

@@ -3,13 +3,15 @@
 #include <typeinfo>
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
-#include "log4vrk/appenders/internal/LOGPlainAppend.h"
+#include "log4vrk/appenders/internal/LOGLineWriter.h"
 #include "log4vrk/core/LOGLayout.h"
-#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGAppendLine.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 namespace {
+
+constexpr const char* APPEND_FAILURE = "LOGAppenderSkeleton::subAppend -- ";
 
 // The descriptor of a target, or -1.
 int descriptorOf(const I18NString& target) {
@@ -22,6 +24,7 @@ int descriptorOf(const I18NString& target) {
 
 LOGConsoleAppender::LOGConsoleAppender() : m_target("out") {
   instance("LOGConsoleAppender");
+  LOGAppenderInternals::set(*this, INTERNALS);
   setClosed(1);
 }
 
@@ -83,7 +86,7 @@ void LOGConsoleAppender::targetWarn(const I18NString&) {
 void LOGConsoleAppender::setQWForFiles() {
   m_qw.reset();
   VRK_ASSERT(m_outFile);
-  setOwnWriter(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_outFile.get()));
+  m_qw.reset(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_outFile.get()));
 }
 
 int LOGConsoleAppender::checkEntryConditions() { return getClosed() != 1 && getLayout() != nullptr ? 1 : 0; }
@@ -95,26 +98,26 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
     LOGLogLog::error("LOGConsoleAppender::subappend -- NULL layout");
     VRKAssertError::raise("VRK_ASSERT(m_layout);", VRK_HERE);
   }
-  logContain("LOGAppenderSkeleton::subAppend -- ", [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-    VRK_ASSERT(m_qw);
+  logContain(APPEND_FAILURE, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
     const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
-    if (hasOwnWriter()) {
-      m_qw->stWriteUtf8(m_outFile.get(), layout->formatUtf8(event));
-    } else {
-      m_qw->stWrite(m_outFile.get(), layout->format(event));
-    }
+    writeLine(LOGLayoutInternals::formatUtf8(*layout, event));
   });
 }
 
-bool LOGConsoleAppender::takesPlain() const { return typeid(*this) == typeid(LOGConsoleAppender); }
-
-bool LOGConsoleAppender::appendPlain(LOGLoggingEvent& event) {
-  return appendFormatted(event, [this](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
-    if (getOpen() == 0 || !m_qw || !hasOwnWriter()) return false;
-    m_qw->stWriteUtf8(m_outFile.get(), line);
-    return true;
-  });
+[[gnu::always_inline]] inline void LOGConsoleAppender::writeLine(std::string_view line) {
+  if (getOpen() == 0) return;
+  VRK_ASSERT(m_qw);
+  LOGLineWriter::stWrite(*m_qw, *m_outFile, line);
 }
+
+const LOGAppenderInternals LOGConsoleAppender::INTERNALS = {
+    &typeid(LOGConsoleAppender), false, [](LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
+      auto& self = static_cast<LOGConsoleAppender&>(appender);
+      return LOGAppenderInternals::appendLine(
+          self, event, [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+            logContain(APPEND_FAILURE, [&]() VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS { self.writeLine(line); });
+          });
+    }};
 
 void LOGConsoleAppender::closeWriter() {
   m_qw.reset();

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <string_view>
+
 #include "log4vrk/appenders/LOGWriterAppender.h"
 
 class VRKFmFile;
@@ -32,10 +34,12 @@ class LOG4VRK_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   void closeWriter() override VRK_REQUIRES(m_critSection);
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
-  bool takesPlain() const override;
-  bool appendPlain(LOGLoggingEvent& event) override;
 
  private:
+  static const LOGAppenderInternals INTERNALS;
+
+  /// Writes a line that has been formatted.
+  void writeLine(std::string_view line) VRK_REQUIRES(m_critSection);
   void takeStream(int descriptor) VRK_REQUIRES(m_critSection);
 
   I18NString m_target VRK_GUARDED_BY(m_critSection);

@@ -3,33 +3,21 @@
 #include <algorithm>
 #include <limits>
 
-#include "log4vrk/core/internal/LOGContainment.h"
-#include "log4vrk/platform/VRKFmFile.h"
+#include "log4vrk/appenders/internal/LOGLineWriter.h"
 #include "log4vrk/platform/VRKThrowable.h"
+
+const LOGFailureTexts LOGLineWriter::COUNTING_WRITE = {
+    "LOGCountingQuietWriter::write -- I18nstring exception occurred",
+    "LOGCountingQuietWriter::write -- VRKThrowable exception occurred",
+    "LOGCountingQuietWriter::write -- Unknown error occurred"};
 
 LOGCountingQuietWriter::~LOGCountingQuietWriter() = default;
 
-namespace {
-
-constexpr LOGFailureTexts FAILURES = {"LOGCountingQuietWriter::write -- I18nstring exception occurred",
-                                      "LOGCountingQuietWriter::write -- VRKThrowable exception occurred",
-                                      "LOGCountingQuietWriter::write -- Unknown error occurred"};
-
-}  // namespace
-
 void LOGCountingQuietWriter::write(VRKFmFile* outStream, const I18NString& text) {
-  logContain(FAILURES, [&] {
+  logContain(LOGLineWriter::COUNTING_WRITE, [&] {
     if (text.isEmpty()) return;
     VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
-    const VRKThreadRWGuard guard(*this, VRKThreadRWGuard::WRITE);
-    m_count += writeAtEnd(outStream, text);
-  });
-}
-
-void LOGCountingQuietWriter::writeUtf8(VRKFmFile* outStream, std::string_view text) {
-  logContain(FAILURES, [&] {
-    if (text.empty()) return;
-    m_count.store(m_count.load(std::memory_order_relaxed) + writeAtEnd(outStream, text), std::memory_order_relaxed);
+    LOGLineWriter::writeBy(*this, *outStream, text, LOGLineWriter::COUNTING_WRITE, this);
   });
 }
 

@@ -7,7 +7,7 @@
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
 
-/// Counts the bytes that reach the file; what could not be written does not count.
+/// Counts the bytes that reach the file. What could not be written does not count, nor what a buffer still holds.
 ///
 /// Thread safety: as LOGQuietWriter; the count may be read at any time.
 class LOG4VRK_EXPORT LOGCountingQuietWriter : public LOGQuietWriter {
@@ -17,7 +17,6 @@ class LOG4VRK_EXPORT LOGCountingQuietWriter : public LOGQuietWriter {
 
   using LOGQuietWriter::write;
   void write(VRKFmFile* outStream, const I18NString& text) override;
-  void writeUtf8(VRKFmFile* outStream, std::string_view text) override;
 
   /// The largest long when that is too narrow for the count.
   long getCount() const;
@@ -26,5 +25,10 @@ class LOG4VRK_EXPORT LOGCountingQuietWriter : public LOGQuietWriter {
   void setCountToSizeOf(VRKFmFile* file);
 
  private:
+  friend struct LOGLineWriter;
+  void count(std::int64_t bytes) {
+    m_count.store(m_count.load(std::memory_order_relaxed) + bytes, std::memory_order_relaxed);
+  }
+
   std::atomic<std::int64_t> m_count{0};  // changed under the file lock, or before anybody writes
 };

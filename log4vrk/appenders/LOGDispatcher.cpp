@@ -4,7 +4,10 @@
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
-#include "log4vrk/core/internal/LOGPolling.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
+#include "log4vrk/core/internal/LOGAppenderList.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
@@ -23,18 +26,15 @@ void rest(LOGPolling& polling) {
   }
 }
 
-std::shared_ptr<LOGAppenderAttachableImpl> containerOf(LOGAsyncAppender* m_container) {
-  VRK_ASSERT(m_container);
-  return m_container->container();
-}
-
 }  // namespace
 
 LOGDispatcher::LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppender* container)
-    : VRKThread(STACK_SIZE),
-      m_bf(std::move(queue)),
-      m_container(containerOf(container)),
-      m_waiting(container->waiting()) {}
+    : VRKThread(STACK_SIZE), m_bf(std::move(queue)), m_container(containerOf(container)) {}
+
+std::shared_ptr<LOGAppenderAttachableImpl> LOGDispatcher::containerOf(LOGAsyncAppender* m_container) {
+  VRK_ASSERT(m_container);
+  return m_container->m_aai;
+}
 
 LOGDispatcher::~LOGDispatcher() { join(); }
 
@@ -55,7 +55,7 @@ void LOGDispatcher::run() {
   const LOGDeferral::DispatcherThread here;
   LOGPolling polling;
   for (bool closed = false;;) {
-    if (!closed && m_interrupted != 0 && *m_waiting == 0) {
+    if (!closed && m_interrupted != 0 && m_bf->waiting == 0) {
       m_bf->close();
       closed = true;
     }
@@ -73,26 +73,58 @@ void LOGDispatcher::run() {
   if (m_deletesItself) delete this;
 }
 
+namespace {
+
+// For its life the appenders of a list may hold back what the thread appends.
+class HoldingBack {
+ public:
+  explicit HoldingBack(const LOGAppenderList& list) : m_list(list) {
+    for (const LOGAppenderList::Attached& each : list.attached) {
+      const LOGAppenderInternals* const internals = LOGAppenderInternals::of(*each.appender);
+      const bool holdsBack = internals != nullptr && internals->holdBack != nullptr;
+      if (holdsBack) internals->holdBack(*each.appender);
+      m_all = m_all && holdsBack;
+    }
+  }
+  ~HoldingBack() {
+    for (const LOGAppenderList::Attached& each : m_list.attached) {
+      const LOGAppenderInternals* const internals = LOGAppenderInternals::of(*each.appender);
+      if (internals != nullptr && internals->release != nullptr) internals->release(*each.appender);
+    }
+  }
+  HoldingBack(const HoldingBack&) = delete;
+  HoldingBack& operator=(const HoldingBack&) = delete;
+
+  bool all() const { return m_all; }
+
+ private:
+  const LOGAppenderList& m_list;
+  bool m_all = true;
+};
+
+}  // namespace
+
+// The list stays in use for the whole batch, so that who removes an appender waits until it has been released. What is
+// appended to no list at all is taken from the queue and gone.
 bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
   m_seen = m_bf->length();
   if (m_seen == 0) return false;
-  int delivered = 0;
-  try {
-    const LOGGuard guard(*m_container);  // before the first event is got, see LOGAsyncAppender::drain()
-    const LOGAppenderAttachableImpl::HoldingBack held(*m_container);
-    const int most = held.all() ? MOST_AT_ONCE : 1;
+  static const LOGAppenderList& none = vrkImmortal<LOGAppenderList>(std::vector<LOGAppenderList::Attached>());
+  LOGThreadState& thread = LOGThreadState::current();
+  std::uint64_t delivered = 0;
+  {
+    const LOGDeferral deferral(thread);
+    const LOGAppenderUse use(thread.uses.delivering, m_container->place());
+    const LOGAppenderList& list = use.list() != nullptr ? *use.list() : none;
+    const HoldingBack held(list);
+    const std::uint64_t most = held.all() ? MOST_AT_ONCE : 1;
     while (LOGLoggingEvent* const event = next()) {
-      deliver(event);
+      deliver(event, list, thread);
       if (++delivered == most || LOGDeferral::hasPutOff()) break;
     }
-  } catch (VRKThrowable& error) {
-    LOGLogLog::error(error);
   }
-  VRK_RETHROW_FORCED_UNWIND
-  catch (...) {
-    // The line has been written.
-  }
+  m_bf->delivered.fetch_add(delivered);
   return delivered > 0;
 }
 
@@ -107,9 +139,9 @@ LOGLoggingEvent* LOGDispatcher::next() {
   return event;
 }
 
-void LOGDispatcher::deliver(LOGLoggingEvent* event) {
+void LOGDispatcher::deliver(LOGLoggingEvent* event, const LOGAppenderList& list, LOGThreadState& thread) {
   try {
-    m_container->appendLoopOnAppenders(event);
+    list.append(event, thread, m_container->place());
   } catch (VRKThrowable& error) {
     LOGLogLog::error(error);
   }

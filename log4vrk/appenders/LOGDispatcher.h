@@ -12,6 +12,8 @@
 class LOGAppenderAttachableImpl;
 class LOGAsyncAppender;
 class LOGBoundedFIFO;
+struct LOGAppenderList;
+struct LOGThreadState;
 
 /// Takes events from a queue and hands each to the appenders of a container. It looks again and again; nobody wakes it.
 /// What an appender raises is written to the internal log, and the thread goes on.
@@ -23,7 +25,7 @@ class LOGBoundedFIFO;
 /// Ownership: it deletes the events. Queue and container are shared with the appender, and live as long as the thread.
 class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
  public:
-  /// Of an appender of which nobody else makes a dispatcher. A null appender raises VRKAssertError.
+  /// The appender must have no other dispatcher. A null appender raises VRKAssertError.
   LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppender* container);
   ~LOGDispatcher() override;
 
@@ -36,14 +38,14 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
   bool isItself() const { return m_threadId == VRKThread::currentThreadId(); }
 
  private:
+  static std::shared_ptr<LOGAppenderAttachableImpl> containerOf(LOGAsyncAppender* m_container);
   /// False when the queue is empty.
   bool deliverSome();
   LOGLoggingEvent* next();
-  void deliver(LOGLoggingEvent* event);
+  void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, LOGThreadState& thread);
 
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
-  const std::shared_ptr<std::atomic<int>> m_waiting;  // log calls that wait for space in the queue
   int m_seen = 0;                             // how many events were queued when it looked, less those it has got since
   std::unique_ptr<LOGLoggingEvent> m_object;  // the event that is delivered, when it came as an object
   LOGLoggingEvent m_event;                    // the thread's, for those that come without an object

@@ -3,11 +3,11 @@
 #include <typeinfo>
 #include <utility>
 
+#include "log4vrk/appenders/LOGCountingQuietWriter.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
-#include "log4vrk/appenders/internal/LOGPlainAppend.h"
+#include "log4vrk/appenders/internal/LOGFileLine.h"
 #include "log4vrk/core/LOGLayout.h"
-#include "log4vrk/core/internal/LOGContainment.h"
-#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/core/internal/LOGAppendLine.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
@@ -24,9 +24,27 @@ __attribute__((destructor)) void writeBuffersAtExit() {
 
 }  // namespace
 
+// The texts of setFile() name setFileOptions(), whose own name setFile(), on purpose: readers of the internal log know
+// them so.
+const LOGFileAppender::Identity LOGFileAppender::IDENTITY = {
+    "LOGFileAppender",
+    "LOGFileAppender::setFile -- ",
+    {"LOGFileAppender::setFileOptions -- some i18nstring exception occurred",
+     "LOGFileAppender::setFileOptions -- some VRKThrowable exception occurred",
+     "LOGFileAppender::setFileOptions -- generic exception happened"}};
+
+const LOGAppenderInternals LOGFileAppender::INTERNALS = {&typeid(LOGFileAppender), false, &LOGFileAppender::appendFast,
+                                                         &LOGFileAppender::holdBack, &LOGFileAppender::release};
+
 LOGFileAppender::LOGFileAppender() {
-  instance("LOGFileAppender");
+  setIdentity(IDENTITY, INTERNALS);
   setClosed(1);
+}
+
+void LOGFileAppender::setIdentity(const Identity& identity, const LOGAppenderInternals& internals) {
+  m_identity = &identity;
+  instance(identity.className);
+  LOGAppenderInternals::set(*this, internals);
 }
 
 LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& fileName, int append)
@@ -43,24 +61,15 @@ LOGFileAppender::~LOGFileAppender() = default;
 
 void LOGFileAppender::activateOptions() {
   if (getOpen() == 1) return;
-  logContain(setFileFailures(), [&] {
+  logContain(m_identity->setFileFailures, [&] {
     const LOGGuard guard(*this);
     if (getOpen() != 1 && !m_fileName.isEmpty()) setFile(m_fileName, m_append, m_bufferedIO, m_bufferSize);
   });
 }
 
-// Named after setFileOptions(), whose own texts name setFile(), on purpose: readers of the internal log know them so.
-const LOGFailureTexts& LOGFileAppender::setFileFailures() const {
-  static constexpr LOGFailureTexts FAILURES = {
-      "LOGFileAppender::setFileOptions -- some i18nstring exception occurred",
-      "LOGFileAppender::setFileOptions -- some VRKThrowable exception occurred",
-      "LOGFileAppender::setFileOptions -- generic exception happened"};
-  return FAILURES;
-}
-
 void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedIO, long bufferSize) {
   if (getClosed() == 0) return;
-  logContain(setFileFailures(), [&] {
+  logContain(m_identity->setFileFailures, [&] {
     const LOGGuard guard(*this);
     // It may have been opened by the thread that had the lock.
     if (getClosed() != 0) setFileOptions(name, append, bufferedIO, bufferSize);
@@ -72,18 +81,15 @@ void LOGFileAppender::setFileOptions(const I18NString& name, int append, int buf
                                         "LOGFileAppender::setFile -- some VRKThrowable exception occurred",
                                         "LOGFileAppender::setFile -- generic exception happened"};
   if (getClosed() == 0) return;
-  logContain(FAILURES, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-    openFile(name, append, bufferedIO, bufferSize, {"LOGFileAppender", "LOGFileAppender::setFile -- "});
-  });
+  logContain(FAILURES, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS { openFile(name, append, bufferedIO, bufferSize); });
 }
 
-bool LOGFileAppender::openFile(const I18NString& name, int append, int bufferedIO, long bufferSize,
-                               const Identity& identity) {
+bool LOGFileAppender::openFile(const I18NString& name, int append, int bufferedIO, long bufferSize) {
   const Change change(*this);
   // First, because `name` may be the field that resetWriter() clears.
   I18NString path = VRKConfigurationFactory::getInstance().resolvePath(name);
   // Others read the class name without a lock, so it is left alone when it is right.
-  if (instanceOf() != identity.className) instance(identity.className);
+  if (instanceOf() != m_identity->className) instance(m_identity->className);
   if (bufferedIO == 1) setImmediateFlush(0);
   resetWriter();
   m_fileName = std::move(path);
@@ -91,7 +97,7 @@ bool LOGFileAppender::openFile(const I18NString& name, int append, int bufferedI
   m_bufferedIO = bufferedIO;
   m_bufferSize = bufferSize;
 
-  if (!hasDirectory(identity)) return false;
+  if (!hasDirectory()) return false;
   if (!m_file) m_file.reset(vrkNew<VRKFmFile>(VRK_HERE));
   const bool opened = m_file->open(m_fileName, append == 1 ? VRKFmFile::EXISTING : VRKFmFile::TRUNCATE) ||
                       m_file->open(m_fileName, VRKFmFile::CREATE_EXCLUSIVE);
@@ -104,57 +110,58 @@ bool LOGFileAppender::openFile(const I18NString& name, int append, int bufferedI
   return true;
 }
 
-bool LOGFileAppender::hasDirectory(const Identity& identity) const {
+bool LOGFileAppender::hasDirectory() const {
   I18NString directory, file;
   VRKFmDir::splitPath(m_fileName, directory, file);
   if (directory.isEmpty() || VRKFmDir::exists(directory, VRKFmDir::DIRECTORY)) return true;
-  LOGLogLog::debug(identity.messagePrefix + directory + " directory does not exist");
+  LOGLogLog::debug(m_identity->messagePrefix + directory + " directory does not exist");
   return false;
 }
 
-void LOGFileAppender::setQWForFiles() {
+template <typename Writer>
+void LOGFileAppender::makeWriter() {
   m_qw.reset();
-  setOwnWriter(vrkNew<LOGQuietWriter>(VRK_HERE, nullptr, m_file.get()));
+  m_qw.reset(vrkNew<Writer>(VRK_HERE, nullptr, m_file.get()));
+  if (LOGAppenderInternals::ofWhole(*this) != nullptr) LOGLineWriter::makePrivate(*m_qw);
 }
+
+template void LOGFileAppender::makeWriter<LOGCountingQuietWriter>();
+
+void LOGFileAppender::setQWForFiles() { makeWriter<LOGQuietWriter>(); }
 
 int LOGFileAppender::checkEntryConditions() { return getClosed() != 1 && m_qw ? 1 : 0; }
 
 void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (getOpen() != 1) return;
   VRK_ASSERT(m_qw);
-  m_file->setHoldingBack(LOGThreadState::current().holdsBack);
   if (LOGLayout* const layout = getLayout()) {
     // Written from the layout's own buffer: a copy would cost every event, and help only appenders that share a layout.
     const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
-    if (hasOwnWriter()) {
-      m_qw->writeUtf8(m_file.get(), layout->formatUtf8(event));
-    } else {
-      m_qw->write(m_file.get(), layout->format(event));
-    }
+    writeLine(LOGLayoutInternals::formatUtf8(*layout, event));
+  } else if (getImmediateFlush() == 1) {
+    m_qw->flush(m_file.get());
   }
-  if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
 }
 
-// A derived class may have changed any of the steps.
-bool LOGFileAppender::takesPlain() const { return typeid(*this) == typeid(LOGFileAppender); }
-
-bool LOGFileAppender::appendPlain(LOGLoggingEvent& event) {
-  return appendFormatted(event, [this](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
-    if (getOpen() != 1 || !m_qw || !hasOwnWriter()) return false;
-    m_file->setHoldingBack(false);
-    m_qw->writeUtf8(m_file.get(), line);
-    if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
-    afterPlain();
-    return true;
-  });
+bool LOGFileAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
+  auto& self = static_cast<LOGFileAppender&>(appender);
+  return LOGAppenderInternals::appendLine(
+      self, event, [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS { self.writeLine(line); });
 }
 
-bool LOGFileAppender::holdBack() { return true; }
+// A second queue in front of the same file does not hold back: its lines would wait for the first one's release.
+void LOGFileAppender::holdBack(LOGAppenderSkeleton& appender) {
+  auto& self = static_cast<LOGFileAppender&>(appender);
+  const LOGGuard guard(self);
+  if (self.m_holder == nullptr) self.m_holder = &LOGThreadState::current();
+}
 
-void LOGFileAppender::release() {
+void LOGFileAppender::release(LOGAppenderSkeleton& appender) {
+  auto& self = static_cast<LOGFileAppender&>(appender);
   logContain("LOGFileAppender::release -- unable to lock mutex", [&] {
-    const LOGGuard guard(*this);
-    if (m_file && m_qw) m_qw->release(m_file.get());
+    const LOGGuard guard(self);
+    if (self.m_holder == &LOGThreadState::current()) self.m_holder = nullptr;
+    if (self.m_file && self.m_qw) LOGLineWriter::release(*self.m_qw, *self.m_file);
   });
 }
 

@@ -4,11 +4,11 @@
 
 #include <atomic>
 #include <memory>
+#include <string_view>
 
 #include "log4vrk/appenders/LOGWriterAppender.h"
 
 class VRKFmFile;
-struct LOGFailureTexts;
 
 /// Writes each formatted event at the end of a file, which is created when it is missing; its directory never is. The
 /// appender is closed until a file has been opened. Without a layout nothing is written.
@@ -45,13 +45,8 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   void setBufferSize(long size) { m_bufferSize = size; }
   long getBufferSize() const { return m_bufferSize; }
 
-  /// Holds back, so that many events take one write.
-  bool holdBack() override;
-  void release() override;
   int checkEntryConditions() override VRK_REQUIRES(m_critSection);
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
-  bool takesPlain() const override;
-  bool appendPlain(LOGLoggingEvent& event) override;
   void resetWriter() override VRK_REQUIRES(m_critSection);
   /// Makes the writer for the file that has been opened.
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
@@ -61,17 +56,19 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   void closeFile() VRK_REQUIRES(m_critSection);
 
  protected:
-  /// Called after each event that appendPlain() has written.
-  virtual void afterPlain() VRK_REQUIRES(m_critSection) {}
-
-  /// What setFile() writes to the internal log when it fails.
-  virtual const LOGFailureTexts& setFileFailures() const;
-
-  /// What an appender calls itself when it opens a file: its class, and the beginning of its messages.
-  struct Identity {
-    const char* className;
-    const char* messagePrefix;
-  };
+  /// What an appender calls itself in messages. For the library's derived classes.
+  struct Identity;
+  /// For the constructors of derived classes of the library.
+  void setIdentity(const Identity& identity, const LOGAppenderInternals& internals);
+  // Steps of the library's derived classes.
+  static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
+  static void holdBack(LOGAppenderSkeleton& appender);
+  static void release(LOGAppenderSkeleton& appender);
+  /// Writes a line that has been formatted, and flushes if need be.
+  void writeLine(std::string_view line) VRK_REQUIRES(m_critSection);
+  /// The writer that setQWForFiles() makes. Nobody else can reach it, unless the class is a program's.
+  template <typename Writer>
+  void makeWriter() VRK_REQUIRES(m_critSection);
 
   /// For its life the flags stay as they are, so that other threads wait for the lock instead of finding the appender
   /// closed. At its end they tell whether there is a file.
@@ -88,17 +85,24 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   };
 
   /// Closes the file and opens the one that `name` leads to. False when that fails, and the appender is closed.
-  bool openFile(const I18NString& name, int append, int bufferedIO, long bufferSize, const Identity& identity)
-      VRK_REQUIRES(m_critSection);
+  bool openFile(const I18NString& name, int append, int bufferedIO, long bufferSize) VRK_REQUIRES(m_critSection);
 
   I18NString m_fileName VRK_GUARDED_BY(m_critSection);
   std::unique_ptr<VRKFmFile> m_file VRK_GUARDED_BY(m_critSection);
 
  private:
-  bool hasDirectory(const Identity& identity) const VRK_REQUIRES(m_critSection);
+  static const Identity IDENTITY;
+  static const LOGAppenderInternals INTERNALS;
+
+  bool hasDirectory() const VRK_REQUIRES(m_critSection);
+
+  const Identity* m_identity = &IDENTITY;  // constant after construction
 
   std::atomic<int> m_append{1};
   std::atomic<int> m_bufferedIO{0};
   std::atomic<long> m_bufferSize{DEFAULT_BUFFER_SIZE};
   bool m_changing VRK_GUARDED_BY(m_critSection) = false;
+  // The thread that has asked to hold back and will ask to release; null when there is none. Others who append
+  // meanwhile write through.
+  const void* m_holder VRK_GUARDED_BY(m_critSection) = nullptr;
 };

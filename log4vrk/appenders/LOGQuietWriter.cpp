@@ -1,9 +1,15 @@
 #include "log4vrk/appenders/LOGQuietWriter.h"
 
 #include "log4vrk/appenders/LOGWriter.h"
-#include "log4vrk/core/internal/LOGContainment.h"
-#include "log4vrk/platform/VRKFmFile.h"
+#include "log4vrk/appenders/internal/LOGLineWriter.h"
 #include "log4vrk/platform/VRKThrowable.h"
+
+const LOGFailureTexts LOGLineWriter::WRITE = {"LOGQuietWriter::write -- I18nstring exception occurred",
+                                              "LOGQuietWriter::write -- VRKThrowable exception occurred",
+                                              "LOGQuietWriter::write -- Unknown error occurred"};
+const LOGFailureTexts LOGLineWriter::ST_WRITE = {"LOGQuietWriter::stWrite -- I18nstring exception occurred",
+                                                 "LOGQuietWriter::stWrite -- VRKThrowable exception occurred",
+                                                 "LOGQuietWriter::stWrite -- Unknown error occurred"};
 
 LOGQuietWriter::LOGQuietWriter(LOGErrorHandler* errorHandler, VRKFmFile* file) : m_errorHandler(errorHandler) {
   setFile(file);
@@ -14,49 +20,38 @@ LOGQuietWriter::LOGQuietWriter(LOGWriter* writer, LOGErrorHandler* errorHandler)
 
 LOGQuietWriter::~LOGQuietWriter() = default;
 
-namespace {
-
-constexpr LOGFailureTexts WRITE_FAILURES = {"LOGQuietWriter::write -- I18nstring exception occurred",
-                                            "LOGQuietWriter::write -- VRKThrowable exception occurred",
-                                            "LOGQuietWriter::write -- Unknown error occurred"};
-
-}  // namespace
-
 void LOGQuietWriter::write(VRKFmFile* outStream, const I18NString& text) {
-  logContain(WRITE_FAILURES, [&] {
+  logContain(LOGLineWriter::WRITE, [&] {
     if (text.isEmpty()) return;
     VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
-    const VRKThreadRWGuard guard(*this, VRKThreadRWGuard::WRITE);
-    writeAtEnd(outStream, text);
+    LOGLineWriter::writeBy(*this, *outStream, text, LOGLineWriter::WRITE, nullptr);
   });
 }
 
-void LOGQuietWriter::writeUtf8(VRKFmFile* outStream, std::string_view text) {
-  logContain(WRITE_FAILURES, [&] {
-    if (!text.empty()) writeAtEnd(outStream, text);
-  });
-}
-
-void LOGQuietWriter::release(VRKFmFile* outStream) {
-  logContain(WRITE_FAILURES, [&] {
-    if (outStream->release() == 0) throwFileError(outStream);
-  });
-}
-
-void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) { writeAndFlush(outStream, text); }
-void LOGQuietWriter::stWriteUtf8(VRKFmFile* outStream, std::string_view text) { writeAndFlush(outStream, text); }
-
-template <typename Text>
-void LOGQuietWriter::writeAndFlush(VRKFmFile* outStream, const Text& text) {
-  constexpr LOGFailureTexts FAILURES = {"LOGQuietWriter::stWrite -- I18nstring exception occurred",
-                                        "LOGQuietWriter::stWrite -- VRKThrowable exception occurred",
-                                        "LOGQuietWriter::stWrite -- Unknown error occurred"};
-  logContain(FAILURES, [&] {
-    if (text == Text()) return;
+void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) {
+  logContain(LOGLineWriter::ST_WRITE, [&] {
+    if (text.isEmpty()) return;
     VRK_ASSERT_AS(outStream != nullptr, "VRK_ASSERT(outStream != NULL);", __LINE__);
-    writeAtEnd(outStream, text);
-    if (outStream->flush() == 0) throwFileError(outStream);
+    LOGLineWriter::stWriteBy(*this, *outStream, text);
   });
+}
+
+void LOGLineWriter::writeOut(LOGQuietWriter& writer, VRKFmFile& file, int (VRKFmFile::*operation)()) {
+  LOGCountingQuietWriter* const counting = dynamic_cast<LOGCountingQuietWriter*>(&writer);
+  const LOGFailureTexts& failures = counting != nullptr ? COUNTING_WRITE : WRITE;
+  logContain(failures, [&] {
+    const std::int64_t before = file.written();
+    const bool written = (file.*operation)() != 0;
+    if (counting != nullptr) counting->count(file.written() - before);
+    if (!written) fail(writer, file, failures);
+  });
+}
+
+void LOGLineWriter::fail(LOGQuietWriter& writer, VRKFmFile& file, const LOGFailureTexts& failures) {
+  for (std::size_t others = file.takeLost(); others > 1; --others) {
+    logContain(failures, [&] { writer.throwFileError(&file); });
+  }
+  writer.throwFileError(&file);
 }
 
 void LOGQuietWriter::throwFileError(VRKFmFile* file) {

@@ -2,15 +2,14 @@
 
 #pragma once
 
-#include <string_view>
-
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKFileLockRW.h"
-#include "log4vrk/platform/VRKFmFile.h"
 
 class LOGErrorHandler;
 class LOGWriter;
+class VRKFmFile;
+struct LOGLineWriter;
 
 /// Writes text at the end of a file, or to a sink. A text that cannot be written to a file is lost with one line in the
 /// internal log; only errors that are not the library's own are raised, after such a line.
@@ -27,11 +26,6 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
   virtual void write(VRKFmFile* outStream, const I18NString& text);
   /// The same without taking the lock, followed by a flush.
   virtual void stWrite(VRKFmFile* outStream, const I18NString& text);
-  // The same of a text in UTF-8, without a lock: for whoever has made the writer and gives it to nobody.
-  virtual void writeUtf8(VRKFmFile* outStream, std::string_view text);
-  void stWriteUtf8(VRKFmFile* outStream, std::string_view text);
-  /// Writes what the file has held back.
-  void release(VRKFmFile* outStream);
   // These raise VRKAssertError for a null file.
   void flush(VRKFmFile* outStream);
   void close(VRKFmFile* outStream);
@@ -48,22 +42,12 @@ class LOG4VRK_EXPORT LOGQuietWriter : public VRKFileLockRW {
   [[noreturn]] void throwFileError(VRKFmFile* file);
 
  protected:
-  /// `text` is an I18NString, or a std::string_view in UTF-8. Returns the number of bytes written. Raises what
-  /// throwFileError() raises.
-  template <typename Text>
-  [[gnu::always_inline]] long writeAtEnd(VRKFmFile* file, const Text& text) {
-    if (file->seekFromEnd(0) == -1) throwFileError(file);
-    const long length = file->write(text);
-    if (length == -1) throwFileError(file);
-    return length;
-  }
-
   LOGErrorHandler* getErrorHandler() const { return m_errorHandler; }
 
  private:
-  template <typename Text>
-  void writeAndFlush(VRKFmFile* outStream, const Text& text);
+  friend struct LOGLineWriter;
 
   LOGErrorHandler* m_errorHandler;
   LOGWriter* m_writer = nullptr;
+  bool m_isPrivate = false;  // nobody but the appender that made it can reach it, so that it needs no lock
 };

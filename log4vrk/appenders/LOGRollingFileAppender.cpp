@@ -6,16 +6,11 @@
 #include <typeinfo>
 
 #include "log4vrk/appenders/LOGCountingQuietWriter.h"
-#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/appenders/internal/LOGFileLine.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 namespace {
-
-// Of setFile() and of setFileOptions().
-constexpr LOGFailureTexts OPEN_FAILURES = {"LOGRollingFileAppender::setFile -- some i18nstring exception occurred",
-                                           "LOGRollingFileAppender::setFile -- some VRKThrowable exception occurred",
-                                           "LOGRollingFileAppender::setFile -- generic exception happened"};
 
 bool isBackup(const I18NString& name) { return VRKFmDir::exists(name, VRKFmDir::REGULAR_FILE); }
 
@@ -37,7 +32,19 @@ long indexBelow(long limit, std::u16string_view digits) {
 
 }  // namespace
 
-LOGRollingFileAppender::LOGRollingFileAppender() { instance("LOGRollingFileAppender"); }
+// One set of texts for setFile() and setFileOptions(), unlike those of the base.
+const LOGFileAppender::Identity LOGRollingFileAppender::IDENTITY = {
+    "LOGRollingFileAppender",
+    "LOGRollingFileAppender::setFile -- ",
+    {"LOGRollingFileAppender::setFile -- some i18nstring exception occurred",
+     "LOGRollingFileAppender::setFile -- some VRKThrowable exception occurred",
+     "LOGRollingFileAppender::setFile -- generic exception happened"}};
+
+const LOGAppenderInternals LOGRollingFileAppender::INTERNALS = {&typeid(LOGRollingFileAppender), false,
+                                                                &LOGRollingFileAppender::appendFast,
+                                                                &LOGFileAppender::holdBack, &LOGFileAppender::release};
+
+LOGRollingFileAppender::LOGRollingFileAppender() { setIdentity(IDENTITY, INTERNALS); }
 
 // Opens the file itself: in the base's constructor it would get the base's writer, which does not count.
 LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NString& fileName, int append)
@@ -48,25 +55,18 @@ LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NStri
 
 LOGRollingFileAppender::~LOGRollingFileAppender() = default;
 
-const LOGFailureTexts& LOGRollingFileAppender::setFileFailures() const { return OPEN_FAILURES; }
-
 void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) {
-  logContain(OPEN_FAILURES, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
-    const Identity identity = {"LOGRollingFileAppender", "LOGRollingFileAppender::setFile -- "};
-    const bool opened = openFile(name, append, bufferedIO, bufferSize, identity);
-    if (opened && append != 0 && m_counter != nullptr) m_counter->setCountToSizeOf(m_file.get());
+  logContain(IDENTITY.setFileFailures, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
+    const bool opened = openFile(name, append, bufferedIO, bufferSize);
+    if (opened && append != 0 && counter() != nullptr) counter()->setCountToSizeOf(m_file.get());
   });
 }
 
-void LOGRollingFileAppender::setQWForFiles() {
-  m_counter = nullptr;
-  m_qw.reset();
-  setOwnWriter(m_counter = vrkNew<LOGCountingQuietWriter>(VRK_HERE, nullptr, m_file.get()));
-}
+void LOGRollingFileAppender::setQWForFiles() { makeWriter<LOGCountingQuietWriter>(); }
 
-void LOGRollingFileAppender::resetWriter() {
-  m_counter = nullptr;
-  LOGFileAppender::resetWriter();
+LOGCountingQuietWriter* LOGRollingFileAppender::counter() const {
+  if (m_qw && typeid(*m_qw) == typeid(LOGCountingQuietWriter)) return static_cast<LOGCountingQuietWriter*>(m_qw.get());
+  return dynamic_cast<LOGCountingQuietWriter*>(m_qw.get());
 }
 
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
@@ -74,13 +74,24 @@ void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
   rollOverIfFull();
 }
 
-bool LOGRollingFileAppender::takesPlain() const { return typeid(*this) == typeid(LOGRollingFileAppender); }
+bool LOGRollingFileAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
+  auto& self = static_cast<LOGRollingFileAppender&>(appender);
+  return LOGAppenderInternals::appendLine(self, event,
+                                          [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+                                            self.writeLine(line);
+                                            self.rollOverIfFull();
+                                          });
+}
 
-void LOGRollingFileAppender::afterPlain() { rollOverIfFull(); }
-
+// What is collected counts once it has been written: a full disk must not roll good backups away. So when the file
+// would be full with it, it is written first.
 void LOGRollingFileAppender::rollOverIfFull() {
-  if (m_fileName.isEmpty() || m_counter == nullptr) return;
-  if (m_counter->getCount() >= m_maximumFileSize) rollOver();
+  LOGCountingQuietWriter* const counting = counter();
+  if (m_fileName.isEmpty() || counting == nullptr) return;
+  const std::int64_t written = counting->getCount();
+  if (written + static_cast<std::int64_t>(m_file->pending()) < m_maximumFileSize) return;
+  if (m_file->pending() > 0) LOGLineWriter::flush(*counting, *m_file);
+  if (counting->getCount() >= m_maximumFileSize) rollOver();
 }
 
 void LOGRollingFileAppender::rollOver() {
@@ -88,7 +99,7 @@ void LOGRollingFileAppender::rollOver() {
   const Change change(*this);
   const long oldest = m_maxBackupIndex;
   LOGLogLog::debug(I18NString("LOGRollingFileAppender::rollOver count ") +
-                   (m_counter != nullptr ? m_counter->getCount() : 0));
+                   (counter() != nullptr ? counter()->getCount() : 0));
   LOGLogLog::debug(I18NString("LOGRollingFileAppender::rollOver maxBackupIndex ") + oldest);
   if (oldest >= 1) {
     shiftBackups(oldest);

@@ -34,19 +34,19 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   void setMaxFileSize(const I18NString&) {}
 
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
-  void resetWriter() override VRK_REQUIRES(m_critSection);
   void setQWForFiles() override VRK_REQUIRES(m_critSection);
   /// Acts on an open appender too.
   void setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) override
       VRK_REQUIRES(m_critSection);
   void rollOver() VRK_REQUIRES(m_critSection);
-  bool takesPlain() const override;
-
- protected:
-  void afterPlain() override VRK_REQUIRES(m_critSection);
-  const LOGFailureTexts& setFileFailures() const override;
 
  private:
+  static const Identity IDENTITY;
+  static const LOGAppenderInternals INTERNALS;
+
+  static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
+  /// m_qw, or null when that is a writer of the program's that does not count.
+  LOGCountingQuietWriter* counter() const VRK_REQUIRES(m_critSection);
   void rollOverIfFull() VRK_REQUIRES(m_critSection);
   I18NString backupName(long index) const VRK_REQUIRES(m_critSection);
   void shiftBackups(long oldest) VRK_REQUIRES(m_critSection);
@@ -54,6 +54,4 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
 
   std::atomic<long> m_maximumFileSize{DEFAULT_MAXIMUM_FILE_SIZE};
   std::atomic<long> m_maxBackupIndex{1};
-  LOGCountingQuietWriter* m_counter VRK_GUARDED_BY(m_critSection) =
-      nullptr;  // m_qw, unless the program set one of its own
 };

@@ -33,17 +33,12 @@ void LOGWriterAppender::resetWriter() { closeWriter(); }
 void LOGWriterAppender::setWriter(LOGQuietWriter* writer) {
   logContain("LOGWriterAppender::setWriter -- unable to lock mutex", [&] {
     const LOGGuard guard(*this);
-    if (writer != nullptr && writer == m_qw.get()) return;
+    // The same writer again is taken over as another would be, but not freed.
+    if (writer == m_qw.get()) static_cast<void>(m_qw.release());
     resetWriter();
     m_qw.reset(writer);
-    m_ownWriter = nullptr;
     writeHeader();
   });
-}
-
-void LOGWriterAppender::setOwnWriter(LOGQuietWriter* writer) {
-  m_qw.reset(writer);
-  m_ownWriter = writer;
 }
 
 void LOGWriterAppender::setErrorHandler(LOGErrorHandler* handler) {

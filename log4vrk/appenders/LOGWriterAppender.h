@@ -56,14 +56,9 @@ class LOG4VRK_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   int getOpen() const { return m_open.load(std::memory_order_acquire); }
   void setOpen(int open) { m_open.store(open, std::memory_order_release); }
 
-  /// Puts a writer in place that the appender has made itself and that is of no derived class.
-  void setOwnWriter(LOGQuietWriter* writer) VRK_REQUIRES(m_critSection);
-  bool hasOwnWriter() const VRK_REQUIRES(m_critSection) { return m_qw.get() == m_ownWriter; }
-
   std::unique_ptr<LOGQuietWriter> m_qw VRK_GUARDED_BY(m_critSection);
 
  private:
-  const LOGQuietWriter* m_ownWriter VRK_GUARDED_BY(m_critSection) = nullptr;
   std::atomic<int> m_immediateFlush{0};
   std::atomic<int> m_open{0};
   I18NString m_encoding VRK_GUARDED_BY(m_critSection);

@@ -5,6 +5,7 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGManager.h"
+#include "log4vrk/core/internal/LOGDeferral.h"
 
 LOG4VRKConfigurator::LOG4VRKConfigurator() = default;
 LOG4VRKConfigurator::~LOG4VRKConfigurator() = default;

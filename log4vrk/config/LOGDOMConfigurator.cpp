@@ -11,6 +11,7 @@
 #include "log4vrk/core/LOGRendererMap.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGShutdownHook.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/internal/VRKFork.h"

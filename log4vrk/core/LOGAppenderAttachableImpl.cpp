@@ -5,36 +5,66 @@
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGHashtable.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 
+using Attached = LOGAppenderList::Attached;
+
 LOGAppender::~LOGAppender() = default;
 LOGAppenderAttachable::~LOGAppenderAttachable() = default;
+
+namespace {
+
+const std::vector<Attached>& in(const LOGAppenderAttachableImpl::Snapshot& list) {
+  static const std::vector<Attached>& none = vrkImmortal<std::vector<Attached>>();
+  return list ? list->attached : none;
+}
+
+}  // namespace
 
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() = default;
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
     : LOGAppenderAttachable(other),
       LOGMutex(other),
       m_appenders(other.m_appenders),
-      m_attached(other.m_attached),
-      m_any(other.mayHaveAppenders()),
-      m_onlyPlain(other.onlyPlainAppender()) {}
+      m_current(other.m_current),
+      m_place(m_current.get()) {}
 LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
+
+// Puts a changed copy in place of the list. Nothing has happened when memory is short.
+template <typename Change>
+void LOGAppenderAttachableImpl::change(Change change) {
+  std::vector<Attached> appenders = in(m_current);
+  change(appenders);
+  Snapshot next = appenders.empty() ? nullptr : std::make_shared<LOGAppenderList>(std::move(appenders));
+  if (m_current) {
+    const auto isGone = [](const std::weak_ptr<const LOGAppenderList>& each) { return each.expired(); };
+    m_earlier.erase(std::remove_if(m_earlier.begin(), m_earlier.end(), isGone), m_earlier.end());
+    m_kept.reserve(m_kept.size() + 1);
+    m_earlier.push_back(m_current);
+    m_kept.push_back(m_current);
+  }
+  m_current = std::move(next);
+  m_place.store(m_current.get());
+}
+
+std::vector<LOGAppenderAttachableImpl::Snapshot> LOGAppenderAttachableImpl::takeEarlier() {
+  std::vector<Snapshot> lists;
+  for (const std::weak_ptr<const LOGAppenderList>& each : m_earlier) {
+    if (Snapshot list = each.lock()) lists.push_back(std::move(list));
+  }
+  m_kept.clear();
+  return lists;
+}
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
   VRK_ASSERT(newAppender);
-  for (const Attached& attached : m_attached) {
+  for (const Attached& attached : in(m_current)) {
     if (*attached.appender == *newAppender) return;
   }
-  m_attached.push_back({newAppender, newAppender->m_bundle.lock()});
   m_appenders.push_back(newAppender);
-  publish();
-}
-
-void LOGAppenderAttachableImpl::publish() {
-  const bool plain = m_attached.size() == 1 && m_attached[0].appender->takesPlain();
-  m_onlyPlain.store(plain ? m_attached[0].appender : nullptr);
-  m_any.store(!m_attached.empty(), std::memory_order_release);
+  change([&](std::vector<Attached>& list) { list.push_back({newAppender, newAppender->m_bundle.lock()}); });
 }
 
 VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
@@ -42,22 +72,24 @@ VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders
 }
 
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& name) {
-  for (const Attached& attached : m_attached) {
+  for (const Attached& attached : in(m_current)) {
     if (attached.appender->getName() == name) return attached.appender;
   }
   return nullptr;
 }
 
 bool LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
-  if (m_attached.empty()) return false;
+  if (!m_current) return false;
   VRK_ASSERT(appender);
-  return std::any_of(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return *a.appender == *appender; });
+  const std::vector<Attached>& list = in(m_current);
+  return std::any_of(list.begin(), list.end(), [&](const Attached& each) { return *each.appender == *appender; });
 }
 
 void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
-  if (m_attached.empty()) return;
+  if (!m_current) return;
   VRK_ASSERT(appender);
-  for (const Attached& attached : snapshot()) {
+  const Snapshot before = m_current;
+  for (const Attached& attached : before->attached) {
     if (*attached.appender == *appender) unlink(attached.appender);
   }
 }
@@ -67,31 +99,25 @@ void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
 }
 
 void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
-  for (auto element = m_appenders.begin(); element != m_appenders.end(); ++element) {
-    if (*element != appender) continue;
-    m_appenders.erase(element);
-    break;
-  }
-  const auto found =
-      std::find_if(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return a.appender == appender; });
-  if (found == m_attached.end()) return;
-  if (m_holdsBack) appender->release();
-  if (m_loops > 0) m_removed.push_back(*found);
-  m_attached.erase(found);
-  publish();
+  if (!m_current || !m_current->has(appender)) return;
+  change([&](std::vector<Attached>& list) {
+    list.erase(std::find_if(list.begin(), list.end(), [&](const Attached& each) { return each.appender == appender; }));
+  });
+  const auto element = std::find(m_appenders.begin(), m_appenders.end(), appender);
+  if (element != m_appenders.end()) m_appenders.erase(element);
 }
 
 void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* table) {
-  const Snapshot appenders = snapshot();
+  const Snapshot appenders = m_current;
   closeAll(appenders);
   forget(appenders, table);
 }
 
 void LOGAppenderAttachableImpl::closeAll(const Snapshot& appenders) {
   std::exception_ptr failure;
-  for (const Attached& attached : appenders) {
+  for (const Attached& attached : in(appenders)) {
     try {
       attached.appender->close();
     }
@@ -104,53 +130,14 @@ void LOGAppenderAttachableImpl::closeAll(const Snapshot& appenders) {
 }
 
 void LOGAppenderAttachableImpl::forget(const Snapshot& appenders, LOGHashtable* table) {
-  for (const Attached& attached : appenders) {
+  for (const Attached& attached : in(appenders)) {
     LOGAppenderSkeleton* const appender = attached.appender;
     if (table != nullptr && table->get(appender->getName()) == appender) appender->markAsStale();
     unlink(appender);
   }
 }
 
-namespace {
-
-// Counts the loops that are under way, and lets go of what was removed meanwhile when the last of them ends.
-class Loop {
- public:
-  Loop(int& loops, LOGAppenderAttachableImpl::Snapshot& removed) : m_loops(loops), m_removed(removed) { ++m_loops; }
-  ~Loop() {
-    if (--m_loops == 0 && !m_removed.empty()) LOGAppenderAttachableImpl::Snapshot().swap(m_removed);
-  }
-  Loop(const Loop&) = delete;
-  Loop& operator=(const Loop&) = delete;
-
- private:
-  int& m_loops;
-  LOGAppenderAttachableImpl::Snapshot& m_removed;
-};
-
-}  // namespace
-
 int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
-  const Loop loop(m_loops, m_removed);
-  // What is called here may remove and add appenders, itself included: nobody shall be passed over for that, freed in
-  // the middle of a call, or called for ever.
-  std::size_t next = 0;
-  for (std::size_t calls = m_attached.size(); calls > 0 && next < m_attached.size(); --calls) {
-    LOGAppenderSkeleton* const called = m_attached[next].appender;
-    called->activateOptions();
-    called->doAppend(event);
-    if (next < m_attached.size() && m_attached[next].appender == called) ++next;
-  }
-  return static_cast<int>(m_attached.size());
-}
-
-LOGAppenderAttachableImpl::HoldingBack::HoldingBack(LOGAppenderAttachableImpl& container)
-    : m_container(container), m_all(!container.m_attached.empty()) {
-  LOGThreadState::current().holdsBack = container.m_holdsBack = true;
-  for (const Attached& attached : container.m_attached) m_all = attached.appender->holdBack() && m_all;
-}
-
-LOGAppenderAttachableImpl::HoldingBack::~HoldingBack() {
-  LOGThreadState::current().holdsBack = m_container.m_holdsBack = false;
-  for (const Attached& attached : m_container.m_attached) attached.appender->release();
+  const Snapshot list = m_current;  // what is called here may replace it
+  return list ? list->append(event, LOGThreadState::current(), m_place) : 0;
 }

@@ -10,22 +10,16 @@
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/platform/VRKExport.h"
 
-class LOGAppenderBundle;
 class LOGHashtable;
 class LOGLoggingEvent;
+struct LOGAppenderList;
 
-/// Thread safety: not thread-safe. It has a lock for its user to take, and never takes it.
+/// Thread safety: not thread-safe. It has a lock for its user to take, and never takes it. Only place() may be read
+/// without: see LOGAppenderUse for how the library delivers while others change the appenders.
 /// Ownership: never deletes an appender. Of one that the configurator made it keeps a share, so that it lives as long
 /// as it is attached.
 class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, public LOGMutex {
  public:
-  struct Attached {
-    LOGAppenderSkeleton* appender;
-    std::shared_ptr<LOGAppenderBundle> share;  // null for an appender of the program's
-  };
-  /// Keeps alive what it lists, as far as that is shared.
-  using Snapshot = std::vector<Attached>;
-
   LOGAppenderAttachableImpl();
   LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other);
   LOGAppenderAttachableImpl& operator=(const LOGAppenderAttachableImpl&) = delete;
@@ -44,47 +38,31 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void removeAllAppenders(LOGHashtable* table);
   /// Has each appender activate its options and then append the event. Returns how many there are.
   int appendLoopOnAppenders(LOGLoggingEvent* event);
-  /// The one thing to ask without the lock. False is the answer as of some moment during the call.
-  bool mayHaveAppenders() const { return m_any.load(std::memory_order_acquire); }
-  /// The only appender, when it takes plain events without locks, else null. To be asked without the lock by whoever
-  /// sees to it that the appender lives until the event is written.
-  LOGAppenderSkeleton* onlyPlainAppender() const { return m_onlyPlain.load(); }
 
-  /// For its life, on a dispatcher thread and under the lock, the attached appenders may hold back what the thread
-  /// appends.
-  class HoldingBack {
-   public:
-    explicit HoldingBack(LOGAppenderAttachableImpl& container);
-    ~HoldingBack();
-    HoldingBack(const HoldingBack&) = delete;
-    HoldingBack& operator=(const HoldingBack&) = delete;
-
-    /// Whether there are appenders and all of them do.
-    bool all() const { return m_all; }
-
-   private:
-    LOGAppenderAttachableImpl& m_container;
-    bool m_all;
-  };
-
-  // The steps of removeAllAppenders for a user who must not hold a lock while appenders close.
-  Snapshot snapshot() const { return m_attached; }
-  /// Closes every one, then raises what the first failure raised.
+  // For loggers and asynchronous appenders.
+  /// Where the current list is; null when it is empty.
+  const std::atomic<const LOGAppenderList*>& place() const { return m_place; }
+  /// Keeps what it lists, as far as that is shared, for whoever must not hold a lock while appenders close.
+  using Snapshot = std::shared_ptr<const LOGAppenderList>;
+  const Snapshot& snapshot() const { return m_current; }
+  /// Closes every one, then raises what the first failure raised. A null list is empty.
   static void closeAll(const Snapshot& appenders);
   /// Marks and unlinks what is in `appenders`; what was attached since stays.
   void forget(const Snapshot& appenders, LOGHashtable* table);
+  /// The lists that were replaced and may still be in use. Whoever has removed an appender hands them to
+  /// LOGAppenderUse::letGo(), after the lock.
+  std::vector<Snapshot> takeEarlier();
 
  private:
+  template <typename Change>
+  void change(Change change);
   void unlink(LOGAppenderSkeleton* appender);
-  void publish();
 
-  VRKList<LOGAppenderSkeleton*> m_appenders;
-  Snapshot m_attached;  // the same appenders in the same order
-  Snapshot m_removed;   // while a loop may be in the middle of one of them
-  int m_loops = 0;
-  bool m_holdsBack = false;
-
-  // What is asked without the lock.
-  std::atomic<bool> m_any{false};
-  std::atomic<LOGAppenderSkeleton*> m_onlyPlain{nullptr};
+  VRKList<LOGAppenderSkeleton*> m_appenders;  // the same as in the list, for those who walk the living list
+  Snapshot m_current;
+  std::atomic<const LOGAppenderList*> m_place{nullptr};  // m_current
+  // Somebody may use these still. Those that were replaced by additions are kept here until the next removal; the
+  // others are kept by whoever waits for their end.
+  std::vector<std::weak_ptr<const LOGAppenderList>> m_earlier;
+  std::vector<Snapshot> m_kept;
 };

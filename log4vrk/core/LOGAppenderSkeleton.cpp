@@ -5,6 +5,7 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 
 const LOGFailureTexts LOGAppenderSkeleton::APPEND_FAILURES = {
@@ -86,32 +87,34 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
   }
   logContain(APPEND_FAILURES, [&] {
     VRK_ASSERT(event);
-    // Only filters need the lock for themselves: they are the program's code.
-    if (m_appending == UNDER_LOCK || getFilter() != nullptr) {
+    const LOGAppenderInternals* const internals = LOGAppenderInternals::ofWhole(*this);
+    if (internals == nullptr || !internals->appendsWithoutLock) {
       const LOGGuard guard(*this);
-      if (!admits(event)) return;
-      if (m_appending == UNDER_LOCK) {
-        append(event);
-        return;
-      }
-    } else if (!admits(event)) {
+      if (admits(event, getFilter())) append(event);
+      return;
+    }
+    // Filters are the program's code and need the lock for themselves. Asked once: one that is added from here on comes
+    // too late for this event.
+    if (getFilter() != nullptr) {
+      const LOGGuard guard(*this);
+      if (!admits(event, getFilter())) return;
+    } else if (!admits(event, nullptr)) {
       return;
     }
     append(event);
   });
 }
 
-bool LOGAppenderSkeleton::admits(LOGLoggingEvent* event) const {
+bool LOGAppenderSkeleton::admits(LOGLoggingEvent* event, LOGFilter* filter) const {
   // It may have been closed by the thread that had the lock.
   if (getClosed() == 1) {
     reportClosed();
     return false;
   }
-  return isAsSevereAsThreshold(event->getLevel()) && isAccepted(event);
+  return isAsSevereAsThreshold(event->getLevel()) && isAccepted(event, filter);
 }
 
-bool LOGAppenderSkeleton::isAccepted(LOGLoggingEvent* event) const {
-  LOGFilter* filter = getFilter();
+bool LOGAppenderSkeleton::isAccepted(LOGLoggingEvent* event, LOGFilter* filter) {
   while (filter != nullptr) {
     switch (filter->decide(event)) {
       case LOGFilter::m_DENY:

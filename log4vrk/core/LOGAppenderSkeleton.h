@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <memory>
-#include <string_view>
 
 #include "log4vrk/core/LOGAppender.h"
 #include "log4vrk/core/LOGGuard.h"
@@ -14,6 +13,7 @@
 
 class LOGAppenderBundle;
 class LOGLevel;
+struct LOGAppenderInternals;
 struct LOGFailureTexts;
 
 /// Takes an event through the steps that all appenders share: closed test, threshold, filters, and then the concrete
@@ -61,22 +61,6 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   void markAsStale() { m_stale = 1; }
   bool isStale() const { return m_stale == 1; }
 
-  // The short way of a log call. An appender of the library's own classes takes an event whose message is a text and
-  // nothing else without the locks of the logger and the layout, and with its own only while it writes. No application
-  // code runs meanwhile.
-  /// Whether the appender has such a way. Constant once it is constructed.
-  virtual bool takesPlain() const { return false; }
-  /// doAppend() of such an event. False, with nothing done, when it takes the ordinary way for what the appender's
-  /// state is.
-  virtual bool appendPlain(LOGLoggingEvent& /*event*/) { return false; }
-
-  // For dispatcher threads, which hand over many events at once. From the first call to the second an appender need not
-  // let go of each event before append() returns, if it is the calling thread that appends; it returns whether it makes
-  // use of that. An appender is released as often as it was told to hold back, or more often.
-  virtual bool holdBack() { return false; }
-  virtual void release() {}
-  /// Returns when what was appended before has been delivered. For appenders that deliver later.
-  virtual void drain() {}
   /// Closes the appender unless it is closed.
   void finalize();
 
@@ -86,15 +70,6 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   bool operator!=(const LOGObject& other) const override;
 
  protected:
-  /// appendPlain() of an appender that writes lines: `write(line)` is called under the lock, and returns false when it
-  /// cannot write now.
-  template <typename Write>
-  bool appendFormatted(LOGLoggingEvent& event, Write write);
-
-  /// Whether append() runs with the appender's lock held, which is what an appender wants that does not wait in it.
-  enum Appending { UNDER_LOCK, WITHOUT_LOCK };
-  explicit LOGAppenderSkeleton(Appending appending) : LOGAppenderSkeleton() { m_appending = appending; }
-
   /// A copy shares filters, layout and error handler.
   LOGAppenderSkeleton(const LOGAppenderSkeleton& other);
   LOGAppenderSkeleton& operator=(const LOGAppenderSkeleton& other);
@@ -110,6 +85,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
  private:
   friend class LOGAppenderBundle;
   friend class LOGAppenderAttachableImpl;
+  friend struct LOGAppenderInternals;
 
   struct HandlerOwner;
   static const LOGFailureTexts APPEND_FAILURES;
@@ -118,15 +94,15 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   void storeErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);
   /// Keeps the handler alive while it is compared, though another thread may replace it.
   std::shared_ptr<LOGErrorHandler> errorHandlerShare() const;
-  bool admits(LOGLoggingEvent* event) const;
-  bool isAccepted(LOGLoggingEvent* event) const;
+  bool admits(LOGLoggingEvent* event, LOGFilter* filter) const;
+  static bool isAccepted(LOGLoggingEvent* event, LOGFilter* filter);
   void copyFrom(const LOGAppenderSkeleton& other);
 
   // Keeps the lock, for which threads contend, out of the cache lines of what they only read.
   const char m_distance[64] = {};
 
   // Constant while the appender is attached.
-  Appending m_appending = UNDER_LOCK;
+  const LOGAppenderInternals* m_internals = nullptr;
   I18NString m_name;
   std::weak_ptr<LOGAppenderBundle> m_bundle;
 

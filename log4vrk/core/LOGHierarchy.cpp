@@ -7,6 +7,7 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGProvisionNode.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGShutdownHook.h"
 
 LOGLoggerFactory::~LOGLoggerFactory() = default;

@@ -5,14 +5,8 @@
 
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGLayoutInternals.h"
 #include "log4vrk/platform/VRKThrowable.h"
-
-namespace {
-
-// A larger text gives its memory back once it has been used.
-constexpr std::size_t MOST_KEPT = 32 * 1024;
-
-}  // namespace
 
 LOGLayout::LOGLayout() : m_lineSeparator("\n") { instance("LOGLayout"); }
 
@@ -42,15 +36,6 @@ I18NString& LOGLayout::format(LOGLoggingEvent* event) {
   return setResult(std::move(text));
 }
 
-std::string_view LOGLayout::formatUtf8(LOGLoggingEvent* event) {
-  const I18NString& text = format(event);
-  I18NUtf8Buffer& utf8 = utf8Result();
-  utf8.append(text);
-  return utf8.view();
-}
-
-bool LOGLayout::formatPlain(LOGLoggingEvent&, std::string_view&) { return false; }
-
 I18NString& LOGLayout::getContentType() { return setResult("text/plain"); }
 
 I18NString& LOGLayout::getHeader() { return setResult(takeSpare()); }
@@ -71,12 +56,15 @@ I18NString LOGLayout::takeSpare() {
 
 I18NString& LOGLayout::setResult(I18NString&& text) {
   m_spare = std::exchange(m_result, std::move(text));
-  if (m_spare.length() > MOST_KEPT) m_spare = I18NString();
+  if (m_spare.length() > LOGLayoutInternals::MOST_KEPT) m_spare = I18NString();
   return m_result;
 }
 
-I18NUtf8Buffer& LOGLayout::utf8Result() {
-  m_utf8.limitMemory(MOST_KEPT);
-  m_utf8.clear();
-  return m_utf8;
+std::string_view LOGLayoutInternals::formatUtf8(LOGLayout& layout, LOGLoggingEvent* event) {
+  if (const LOGLayoutInternals* const internals = of(layout)) return internals->format(layout, event);
+  const I18NString& text = layout.format(event);
+  layout.m_utf8.limitMemory(MOST_KEPT);
+  layout.m_utf8.clear();
+  layout.m_utf8.append(text);
+  return layout.m_utf8.view();
 }

@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <string_view>
-
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/core/LOGOptionHandler.h"
@@ -12,6 +10,7 @@
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 class LOGLoggingEvent;
+struct LOGLayoutInternals;
 
 /// The interface of all layouts, and the simple layout: the message and a line feed.
 ///
@@ -32,12 +31,6 @@ class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   /// The text for the event, line end included. Null gives the empty text. The library's own errors end in the internal
   /// log, and the line goes on; any other is written there too and raised.
   virtual I18NString& format(LOGLoggingEvent* event);
-  /// The same text in UTF-8, as appenders write it. A layout that builds it so saves the conversion; the others need
-  /// not care.
-  virtual std::string_view formatUtf8(LOGLoggingEvent* event);
-  /// The same of an event whose message is a text and nothing else, without the layout's lock, in memory that is the
-  /// thread's until it formats again. False when the layout has no such way.
-  virtual bool formatPlain(LOGLoggingEvent& event, std::string_view& line);
   virtual I18NString& getContentType();
   /// What an output begins and ends with.
   virtual I18NString& getHeader();
@@ -53,14 +46,14 @@ class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   /// Makes `text` the result. A format() that was called while `text` was built has not disturbed it.
   I18NString& setResult(I18NString&& text);
 
-  /// Empty, for formatUtf8() to build in once nothing is called any more that might call it again.
-  I18NUtf8Buffer& utf8Result();
-
   const I18NString& lineSeparator() const { return m_lineSeparator; }
 
  private:
+  friend struct LOGLayoutInternals;
+
+  const LOGLayoutInternals* m_internals = nullptr;  // of the class that made the layout
   I18NString m_result;
   I18NString m_lineSeparator;
   I18NString m_spare;
-  I18NUtf8Buffer m_utf8;
+  I18NUtf8Buffer m_utf8;  // m_result, for those who write it
 };

@@ -8,9 +8,10 @@
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGMessage.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
+#include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
-#include "log4vrk/platform/internal/VRKAsymmetricFence.h"
 
 namespace {
 
@@ -53,6 +54,7 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
   }
   contained([&] {
     LOGLoggingEvent event(fqn, this, level, message);
+    event.m_isPassing = true;
     deliver(&event);
   });
 }
@@ -67,38 +69,14 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString
   });
 }
 
-namespace {
-
-// Tells those who remove appenders whose appender the thread uses, before it looks which one that is.
-class Borrowing {
- public:
-  Borrowing(LOGThreadState& thread, const LOGLogger* logger) : m_from(thread.borrowsFrom) {
-    VRKAsymmetricFence::store(m_from, logger);
-  }
-  ~Borrowing() { m_from.store(nullptr, std::memory_order_release); }
-  Borrowing(const Borrowing&) = delete;
-  Borrowing& operator=(const Borrowing&) = delete;
-
- private:
-  std::atomic<const LOGLogger*>& m_from;
-};
-
-}  // namespace
-
-[[gnu::always_inline]] inline bool LOGLogger::appendPlain(LOGLoggingEvent& event,
-                                                          LOGThreadState& thread) VRK_NO_THREAD_SAFETY_ANALYSIS {
-  const Borrowing borrowing(thread, this);
-  LOGAppenderSkeleton* const appender = m_aai.onlyPlainAppender();
-  return appender != nullptr && appender->appendPlain(event);
-}
-
-// A program may delete an appender as soon as it has removed it. So the logger's lock is held while appenders write,
-// and whoever removes an appender that is written to without it waits for those who borrow it. Most loggers have no
-// appender.
+// No lock to find the appenders: LOGAppenderUse says which list is in use. The fast path is a single appender's.
 [[gnu::always_inline]] inline int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) {
-  if (event->isText() && appendPlain(*event, thread)) return 1;
-  const VRKThreadGuard guard(m_critSection);  // the walk is inside a scope already
-  return m_aai.appendLoopOnAppenders(event);
+  const LOGAppenderUse use(thread.uses.delivering, appenders());
+  const LOGAppenderList* const list = use.list();
+  if (list == nullptr) return 0;
+  if (list->fast != nullptr && list->fast->appendFast(*list->attached[0].appender, event)) return 1;
+  const VRKThreadGuard guard(m_order);  // the walk is inside a scope already
+  return list->append(event, thread, appenders());
 }
 
 // One logger at a time, the child before the parent.
@@ -106,7 +84,7 @@ class Borrowing {
   return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&]() VRK_INLINED {
     int writes = 0;
     for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-      if (logger->mayHaveAppenders()) writes += logger->append(event, thread);
+      writes += logger->append(event, thread);
       if (logger->getAdditivity() == 0) break;
     }
     return writes;
@@ -115,8 +93,8 @@ class Borrowing {
 
 [[gnu::always_inline]] inline void LOGLogger::callEach(LOGLoggingEvent* event) {
   LOGThreadState& thread = LOGThreadState::current();
-  if (thread.calls > 0) {
-    LOGDeferral::defer(this, *event);
+  if (thread.deferral.calls > 0) {
+    LOGDeferral::defer(this, event);
     return;
   }
   const LOGDeferral deferral(thread);
@@ -138,10 +116,13 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const LOGMessage
   });
 }
 
-bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) VRK_NO_THREAD_SAFETY_ANALYSIS {
-  const LOGTryGuard guard(*this);
-  if (guard.holds()) writes += m_aai.appendLoopOnAppenders(event);
-  return guard.holds();
+bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) {
+  const LOGTryGuard guard(m_order);
+  if (!guard.holds()) return false;
+  LOGThreadState& thread = LOGThreadState::current();
+  const LOGAppenderUse use(thread.uses.delivering, appenders());
+  if (use.list() != nullptr) writes += use.list()->append(event, thread, appenders());
+  return true;
 }
 
 bool LOGLogger::deliverOn(LOGDeferredEvent& putOff) {

@@ -8,7 +8,8 @@
 #include "log4vrk/core/LOGHierarchy.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
+#include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
@@ -28,24 +29,23 @@ Knowing& knowing() {
 
 }  // namespace
 
+LOGAppenderAttachableImpl LOGLogger::copyOf(const LOGLogger& other) {
+  const LOGGuard guard(other);
+  return LOGAppenderAttachableImpl(other.m_aai);
+}
+
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
-LOGLogger::LOGLogger(const I18NString& name) : m_name(name), m_utf8Name(name.toUtf8()) { instance("LOGLogger"); }
+LOGLogger::LOGLogger(const I18NString& name) : m_name(std::make_shared<LOGLoggerName>(name)) { instance("LOGLogger"); }
 
 LOGLogger::LOGLogger(const LOGLogger& other)
     : LOGMutex(other),
       LOGAppenderAttachable(other),
       LOGObject(other),
       m_name(other.m_name),
-      m_utf8Name(other.m_utf8Name),
-      m_additive(other.getAdditivity()) {
-  LOGAppenderAttachableImpl::Snapshot appenders;
-  {
-    const LOGGuard guard(other);
-    appenders = other.m_aai.snapshot();
-  }
+      m_additive(other.getAdditivity()),
+      m_aai(copyOf(other)) {
   const LOGGuard guard(*this);
-  for (const LOGAppenderAttachableImpl::Attached& attached : appenders) m_aai.addAppender(attached.appender);
   if (const LOGLevel* const level = other.getLevel()) m_level = keptLevel(*level);
 }
 
@@ -164,75 +164,51 @@ LOGAppenderAttachableImpl::Snapshot LOGLogger::attachedAppenders() {
   return m_aai.snapshot();
 }
 
-// Around a removal and its lock. At its end no log call of another thread uses what is not attached any more, and what
-// is shared may be freed.
-class LOGLogger::Removal {
- public:
-  explicit Removal(LOGLogger& logger) : m_logger(logger) {
-    const LOGGuard guard(logger);
-    m_before = logger.m_aai.snapshot();
-    m_within = std::any_of(m_before.begin(), m_before.end(), [](const LOGAppenderAttachableImpl::Attached& each) {
-      return each.appender->criticalSection().isMine();
-    });
+// Changes the list under the lock, and afterwards waits for those who use an earlier one.
+template <typename Change>
+void LOGLogger::remove(Change change) {
+  LOGAppenderUse::Lists earlier;
+  {
+    const LOGGuard guard(*this);
+    change(m_aai);
+    earlier = m_aai.takeEarlier();
   }
-  ~Removal() {
-    const LOGAppenderAttachableImpl::Snapshot now = m_logger.attachedAppenders();
-    const auto stays = [&now](const LOGAppenderAttachableImpl::Attached& before) {
-      return std::any_of(now.begin(), now.end(), [&](const auto& each) { return each.appender == before.appender; });
-    };
-    if (std::all_of(m_before.begin(), m_before.end(), stays)) return;
-    if (m_within || !LOGGate::waitForBorrowers(m_logger)) {
-      LOGDeferral::depart(m_logger, std::make_shared<LOGAppenderAttachableImpl::Snapshot>(std::move(m_before)));
-    }
-  }
-  Removal(const Removal&) = delete;
-  Removal& operator=(const Removal&) = delete;
-
-  const LOGAppenderAttachableImpl::Snapshot& before() const { return m_before; }
-
- private:
-  LOGLogger& m_logger;
-  LOGAppenderAttachableImpl::Snapshot m_before;
-  bool m_within;  // the thread is inside an append: others may be waiting for its end
-};
+  LOGAppenderUse::letGo(std::move(earlier));
+}
 
 void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGLogger::removeAllAppenders(LOGHashtable* table) {
   logReport("LOGLogger::removeAllAppenders -- unable to lock mutex", [&] {
-    const LOGCallScope scope;
-    const Removal removal(*this);
-    LOGAppenderAttachableImpl::closeAll(removal.before());
-    const LOGGuard guard(*this);
-    m_aai.forget(removal.before(), table);
+    const LOGAppenderAttachableImpl::Snapshot before = attachedAppenders();
+    {
+      const LOGCallScope scope;
+      LOGAppenderAttachableImpl::closeAll(before);
+    }
+    remove([&](LOGAppenderAttachableImpl& container) { container.forget(before, table); });
   });
 }
 
 void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
-  logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
-    const Removal removal(*this);
-    const LOGGuard guard(*this);
-    m_aai.removeAppender(appender);
-  });
+  logReport("LOGLogger::removeAppender -- unable to lock mutex",
+            [&] { remove([&](LOGAppenderAttachableImpl& container) { container.removeAppender(appender); }); });
 }
 
 void LOGLogger::removeAppender(const I18NString& name) {
-  logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
-    const Removal removal(*this);
-    const LOGGuard guard(*this);
-    m_aai.removeAppender(name);
-  });
+  logReport("LOGLogger::removeAppender -- unable to lock mutex",
+            [&] { remove([&](LOGAppenderAttachableImpl& container) { container.removeAppender(name); }); });
 }
 
 void LOGLogger::drainAppenders() {
-  if (!mayHaveAppenders()) return;
-  for (const LOGAppenderAttachableImpl::Attached& each : attachedAppenders()) each.appender->drain();
+  if (appenders().load(std::memory_order_acquire) == nullptr) return;
+  LOGAppenderInternals::drainAll(*attachedAppenders());
 }
 
 void LOGLogger::closeNestedAppenders() {
   logReport("LOGLogger::closeNestedAppenders -- unable to lock mutex", [&] {
+    const LOGAppenderAttachableImpl::Snapshot appenders = attachedAppenders();
     const LOGCallScope scope;
-    LOGAppenderAttachableImpl::closeAll(attachedAppenders());
+    LOGAppenderAttachableImpl::closeAll(appenders);
   });
 }
 

@@ -12,6 +12,7 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/core/LOGObject.h"
+#include "log4vrk/core/internal/LOGLoggerName.h"
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGHashtable;
@@ -19,6 +20,7 @@ class LOGLoggerFactory;
 class LOGLoggerRepository;
 class LOGLoggingEvent;
 class LOGMessage;
+struct LOGAppenderList;
 struct LOGDeferredEvent;
 struct LOGThreadState;
 
@@ -29,7 +31,7 @@ struct LOGThreadState;
 ///   LOGLogger* logger = LOGManager::getLogger("shop.orders");
 ///   logger->info("order accepted");
 ///
-/// Thread safety: any thread.
+/// Thread safety: any thread. Reading a logger and setting its level or additivity never wait for a delivery.
 /// Ownership: loggers are the repository's and live as long as it does. A message is the caller's; an event clones it.
 /// Failures: log calls raise nothing but the assertions that their descriptions name; what goes wrong while logging is
 /// written to the internal log. The other operations write their line and raise the error again.
@@ -89,9 +91,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// Delivers to the appenders of this logger and its ancestors. Put off when it is called from inside a library call.
   void callAppenders(LOGLoggingEvent* event);
 
-  const I18NString& getName() const { return m_name; }
-  /// The same text.
-  const std::string& getUtf8Name() const { return m_utf8Name; }
+  const I18NString& getName() const { return m_name->text; }
   /// The logger's own copy of the level last set, valid as long as the logger; null inherits.
   LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
   virtual void setLevel(LOGLevel* level);
@@ -116,6 +116,11 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   VRKListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
   bool isAttached(LOGAppenderSkeleton* appender) override;
+
+  // When a removal returns, no delivery that began before it uses the appender any more, and the program may delete
+  // what is its own. Later deliveries are not waited for. From inside a library call (an appender, a renderer, a
+  // listener) it returns at once: then the program deletes the appender when the outermost call on the thread has
+  // returned. On the thread of a queue that is when the queue has been closed.
   /// Closes them first. No lock is held meanwhile.
   void removeAllAppenders() override;
   void removeAllAppenders(LOGHashtable* table);
@@ -129,7 +134,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   using LOGObject::operator==;
   using LOGObject::operator!=;
-  bool operator==(const LOGLogger& other) const { return m_name == other.m_name; }
+  bool operator==(const LOGLogger& other) const { return getName() == other.getName(); }
   bool operator!=(const LOGLogger& other) const { return !(*this == other); }
 
  protected:
@@ -138,6 +143,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
  private:
   friend class LOGDeferral;
   friend class LOGHierarchy;
+  friend class LOGLoggingEvent;
 
   /// What m_lowestEnabled is until somebody asks, below all ranks.
   static constexpr std::int64_t UNKNOWN = std::numeric_limits<std::int64_t>::min();
@@ -166,22 +172,21 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void callEach(LOGLoggingEvent* event);
   int walk(LOGLoggingEvent* event, LOGThreadState& thread);
   int append(LOGLoggingEvent* event, LOGThreadState& thread);
-  /// False when that takes the lock.
-  bool appendPlain(LOGLoggingEvent& event, LOGThreadState& thread);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
   static bool deliverOn(LOGDeferredEvent& putOff);
-  /// False when another thread has the lock.
+  /// False when another thread delivers through this logger.
   bool tryAppend(LOGLoggingEvent* event, int& writes);
-  /// As of some moment, without the lock.
-  bool mayHaveAppenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.mayHaveAppenders(); }
   void drainAppenders();
-  class Removal;
+  template <typename Change>
+  void remove(Change change);
   LOGAppenderAttachableImpl::Snapshot attachedAppenders();
+  static LOGAppenderAttachableImpl copyOf(const LOGLogger& other);
+  /// Where the current list of appenders is, for those who deliver.
+  const std::atomic<const LOGAppenderList*>& appenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.place(); }
   LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
 
   // Constant after construction.
-  const I18NString m_name;
-  const std::string m_utf8Name;
+  const std::shared_ptr<const LOGLoggerName> m_name;
   const I18NString m_resourceBundleString;
 
   // Read by every log call, without the lock.
@@ -191,6 +196,10 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};
   std::atomic<int> m_additive{1};
 
+  // Held while appenders append, so that events have one order in all appenders of the logger, except on the fast path,
+  // which needs a logger with one appender. Apart from the lock of the object: that is held for a moment only, and a
+  // thread that is delivering may ask any logger for what it holds.
+  VRKThreadCriticalSection m_order{0};
   LOGAppenderAttachableImpl m_aai VRK_GUARDED_BY(m_critSection);
   // Every value that was ever set: log calls and queued events may still point to one.
   std::vector<std::unique_ptr<LOGLevel>> m_levels VRK_GUARDED_BY(m_critSection);

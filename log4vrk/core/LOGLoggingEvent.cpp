@@ -1,11 +1,11 @@
 #include "log4vrk/core/LOGLoggingEvent.h"
 
+#include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGNDC.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/core/LOGRendererMap.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
-#include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKTime.h"
 
@@ -22,6 +22,7 @@ std::unique_ptr<LOGObject> cloneOf(const LOGObject* message) {
 const I18NString& LOGLocationInfo::m_NA = vrkImmortal<I18NString>("?");
 
 const I18NString& LOGLoggingEvent::NONE = vrkImmortal<I18NString>();
+const LOGLoggerName& LOGLoggingEvent::NO_LOGGER = vrkImmortal<LOGLoggerName>(I18NString());
 
 LOGSerializable::~LOGSerializable() = default;
 
@@ -32,7 +33,7 @@ LOGSerializable::~LOGSerializable() = default;
     own().fqnOfLoggerClass = fqnOfLoggerClass;
     m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
   }
-  m_loggerName = &m_logger->getName();
+  m_loggerName = m_logger->m_name.get();
   const VRKTime::Moment now = VRKTime::now();
   m_timeStamp = now.seconds;
   m_timeStampNanos = now.nanoseconds;
@@ -49,7 +50,7 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* 
 
 LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level,
                                  std::string_view utf8)
-    : m_isText(true), m_level(level), m_logger(logger), m_text(utf8) {
+    : m_isText(true), m_isPassing(true), m_level(level), m_logger(logger), m_text(utf8) {
   vrkTranslateErrors(VRK_HERE, [&] { begin(fqnOfLoggerClass); });
 }
 
@@ -61,15 +62,53 @@ LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   m_timeStamp = other.m_timeStamp;
   m_timeStampNanos = other.m_timeStampNanos;
   m_ndcLookupRequired = other.m_ndcLookupRequired;
-  m_level = other.m_level;
-  m_logger = other.m_logger;
-  m_loggerName = other.m_loggerName;
   m_fqnOfLoggerClass = other.m_fqnOfLoggerClass;
   m_threadName = other.m_threadName;
   m_ndc = other.m_ndc;
   if (other.m_own || m_own) copyOwn(other);
-  if (m_threadName != &NONE) setThreadName(*m_threadName);
+  keepLogger(other);
+  keepLevel(other.m_level);
+  if (m_threadName != &NONE) setThreadName(I18NString(*m_threadName));
   return *this;
+}
+
+// The name is shared by the logger and everything that was ever copied from its events, so that it outlives the logger.
+void LOGLoggingEvent::keepLogger(const LOGLoggingEvent& other) {
+  m_wasRenderable = other.isRenderable();
+  m_logger = other.m_logger;
+  m_loggerName = other.m_loggerName;
+  m_ownLoggerName = other.m_ownLoggerName;
+  if (m_ownLoggerName || m_loggerName == &NO_LOGGER) return;
+  if (m_logger != nullptr && m_loggerName == m_logger->m_name.get()) {
+    m_ownLoggerName = m_logger->m_name;
+  } else {
+    m_ownLoggerName = std::make_shared<LOGLoggerName>(*m_loggerName);
+    m_loggerName = m_ownLoggerName.get();
+  }
+}
+
+// A level may be the logger's own copy of one that was set. The seven that there are live for ever.
+void LOGLoggingEvent::keepLevel(LOGLevel* level) {
+  m_level = level;
+  if (level == nullptr) return;
+  LOGLevel* const lasting = LOGLevel::toLevel(static_cast<long>(level->toInt()), nullptr);
+  if (lasting == level) return;
+  if (lasting != nullptr && *lasting == *level && lasting->toString() == level->toString()) {
+    m_level = lasting;
+  } else {
+    own().level = std::make_shared<LOGLevel>(*level);
+    m_level = m_own->level.get();
+  }
+}
+
+bool LOGLoggingEvent::isRenderable() const {
+  if (m_ownLoggerName) return m_wasRenderable;
+  return m_logger != nullptr && m_logger->getRepository() != nullptr;
+}
+
+void LOGLoggingEvent::setLogger(LOGLogger* logger) {
+  m_logger = logger;
+  m_wasRenderable = logger != nullptr && logger->getRepository() != nullptr;
 }
 
 void LOGLoggingEvent::copyMessage(const LOGLoggingEvent& other) {
@@ -86,15 +125,18 @@ void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
     m_own.reset();
     return;
   }
-  own() = *other.m_own;
-  own().location = LOGLocationInfo();
+  own().fqnOfLoggerClass = other.m_own->fqnOfLoggerClass;
+  m_own->threadName = other.m_own->threadName;
+  m_own->ndc = other.m_own->ndc;
+  m_own->renderedMessage = other.m_own->renderedMessage;
+  m_own->throwableStrRep = other.m_own->throwableStrRep;
   if (m_fqnOfLoggerClass == &other.m_own->fqnOfLoggerClass) m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
   if (m_ndc == &other.m_own->ndc) m_ndc = &m_own->ndc;
 }
 
 bool LOGLoggingEvent::isPlain() const {
   return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NONE && m_logger != nullptr &&
-         m_loggerName == &m_logger->getName() && m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
+         !m_ownLoggerName && m_loggerName == m_logger->m_name.get() && m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
 }
 
 void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
@@ -103,10 +145,11 @@ void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, L
   m_own.reset();
   m_timeStamp = seconds;
   m_timeStampNanos = nanoseconds;
-  m_isText = m_ndcLookupRequired = true;
+  m_isText = m_ndcLookupRequired = m_isPassing = true;
   m_level = level;
   m_logger = logger;
-  m_loggerName = &logger->getName();
+  m_loggerName = logger->m_name.get();
+  m_ownLoggerName.reset();
   m_fqnOfLoggerClass = &LOGLogger::m_FQCN;
   m_threadName = m_ndc = &NONE;
   m_ownText.clear();
@@ -129,9 +172,9 @@ const I18NString& LOGLoggingEvent::getNDC() {
 
 void LOGLoggingEvent::appendThreadName(I18NUtf8Buffer& out) {
   const I18NString& name = getThreadName();
-  const LOGThreadState& thread = LOGThreadState::current();
-  if (&name == &thread.threadName) {
-    out.appendChecked(thread.threadNameUtf8);
+  LOGThreadName& thread = LOGThreadState::current().name;
+  if (thread.owns(name)) {
+    out.appendChecked(thread.utf8());
   } else {
     out.append(name);
   }
@@ -157,14 +200,9 @@ void LOGLoggingEvent::setThreadName(const I18NString& name) {
 
 const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName->isEmpty()) {
-    LOGThreadState& thread = LOGThreadState::current();
-    if (!thread.isNamed) {
-      thread.threadName.clear();
-      thread.threadName += VRKThread::currentThreadId();
-      thread.threadNameUtf8 = thread.threadName.toUtf8();
-      thread.isNamed = true;
-    }
-    m_threadName = &thread.threadName;
+    const I18NString& name = LOGThreadState::current().name.text();
+    m_threadName = &name;
+    if (!m_isPassing) setThreadName(name);
   }
   return *m_threadName;
 }
@@ -188,7 +226,7 @@ LOGLoggingEvent::Rendered LOGLoggingEvent::render() {
   Rendered rendered;
   if (m_own && !m_own->renderedMessage.isEmpty()) {
     rendered.utf16 = &m_own->renderedMessage;
-  } else if (m_logger == nullptr || m_logger->getRepository() == nullptr) {
+  } else if (!isRenderable()) {
     return rendered;
   } else if (m_isText) {
     rendered.utf8 = m_text;

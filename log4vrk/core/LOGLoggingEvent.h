@@ -4,10 +4,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "log4vrk/core/LOGLocationInfo.h"
 #include "log4vrk/core/LOGSerializable.h"
+#include "log4vrk/core/internal/LOGLoggerName.h"
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
@@ -20,8 +22,10 @@ class LOGObject;
 /// somebody first asks, on the thread that asks, and then kept.
 ///
 /// Thread safety: one thread at a time; also the get operations may fill fields.
-/// Ownership: an event owns a clone of the message. Logger and level outlive it. A copy has a clone of its own. During
-/// a log call the event of a plain text borrows it from the caller; the message is made when somebody asks for it.
+/// Ownership: an event owns a clone of the message. During a log call it borrows the rest: the logger, its name and the
+/// level, the name of the thread that first asked for it, and a message that is nothing but a text, of which an object
+/// is made when somebody asks for it. A copy owns all that it prints: it reads the same for ever, also when the logger
+/// or the thread is gone. From then on the copy's getLogger() must not be followed.
 class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  public:
   LOGLoggingEvent() = default;
@@ -31,7 +35,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLoggingEvent& operator=(const LOGLoggingEvent& other);
   ~LOGLoggingEvent() override;
 
-  const I18NString& getLoggerName() const { return *m_loggerName; }
+  const I18NString& getLoggerName() const { return m_loggerName->text; }
+  const std::string& getLoggerNameUtf8() const { return m_loggerName->utf8; }
   const I18NString& getFQNOfLoggerClass() const { return *m_fqnOfLoggerClass; }
   /// Whole seconds since the Unix epoch.
   std::int64_t getTimeStamp() const { return m_timeStamp; }
@@ -46,7 +51,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   void setLevel(LOGLevel* level) { m_level = level; }
   LOGLogger* getLogger() const { return m_logger; }
   /// The stored logger name stays as it is.
-  void setLogger(LOGLogger* logger) { m_logger = logger; }
+  void setLogger(LOGLogger* logger);
   /// The event's own, or null.
   LOGObject* getMessage() const;
 
@@ -54,10 +59,6 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThreadName();
   void appendThreadName(I18NUtf8Buffer& out);
   void setThreadName(const I18NString& name);
-  /// Whether `nameOfThread` is what the thread that has it gets from getThreadName().
-  bool isNamedAfter(const I18NString& nameOfThread) const {
-    return m_threadName == &NONE || m_threadName == &nameOfThread;
-  }
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.
   I18NString* getRenderedMessage();
@@ -72,6 +73,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// Whether the message is a text and nothing else, and that text.
   bool isText() const { return m_isText && !(m_own && !m_own->renderedMessage.isEmpty()); }
   std::string_view getText() const { return m_text; }
+  /// Whether the message has a text at all: the logger of the event has a repository. A copy remembers.
+  bool isRenderable() const;
 
   // There is no mapped context, and an event has no stored form of its own.
   LOGObject* getMDC(const I18NString& /*key*/) { return nullptr; }
@@ -88,6 +91,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   friend class LOGLogger;
 
   static const I18NString& NONE;
+  static const LOGLoggerName& NO_LOGGER;
 
   // What few events have.
   struct Own {
@@ -97,6 +101,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
     I18NString renderedMessage;
     I18NString throwableStrRep;
     LOGLocationInfo location;
+    std::shared_ptr<LOGLevel> level;
   };
   Own& own();
 
@@ -119,22 +124,27 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
                 std::string_view utf8);
   void copyMessage(const LOGLoggingEvent& other);
   void copyOwn(const LOGLoggingEvent& other);
+  void keepLogger(const LOGLoggingEvent& other);
+  void keepLevel(LOGLevel* level);
 
   // In the order of use, since every cache line counts when an event goes from one thread to another.
   std::int64_t m_timeStamp = 0;
   std::int32_t m_timeStampNanos = 0;
   mutable bool m_isText = false;  // the message is m_text until somebody asks for the object
   bool m_ndcLookupRequired = true;
+  bool m_wasRenderable = false;  // a copy's: when it was made
+  bool m_isPassing = false;      // it lives for a log call or a delivery, and may borrow the name of the thread
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
   // Texts that outlive the event, or are in m_own. The thread's is lent by the thread that asked first, never to a
   // copy.
-  const I18NString* m_loggerName = &NONE;
+  const LOGLoggerName* m_loggerName = &NO_LOGGER;
   const I18NString* m_fqnOfLoggerClass = &NONE;
   const I18NString* m_threadName = &NONE;
   const I18NString* m_ndc = &NONE;
   std::string_view m_text;  // lent, or in the next
   I18NUtf8Buffer m_ownText;
+  std::shared_ptr<const LOGLoggerName> m_ownLoggerName;  // a copy's
   mutable std::unique_ptr<LOGObject> m_message;
   std::unique_ptr<Own> m_own;
 };

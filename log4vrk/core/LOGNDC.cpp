@@ -47,17 +47,13 @@ std::shared_ptr<LOGStack> ownerOf(LOGStack* stack) {
   return owner;
 }
 
-void setStack(std::shared_ptr<LOGStack> stack) {
-  LOGThreadState& thread = LOGThreadState::current();
-  thread.contextGeneration = g_generation;
-  thread.context = std::move(stack);
-}
+void setStack(std::shared_ptr<LOGStack> stack) { LOGThreadState::current().context = {std::move(stack), g_generation}; }
 
 // The thread's stack, or null.
 LOGStack* currentStack() {
-  LOGThreadState& thread = LOGThreadState::current();
-  if (thread.context && thread.contextGeneration != g_generation) thread.context.reset();
-  return thread.context.get();
+  LOGThreadContext& context = LOGThreadState::current().context;
+  if (context.stack && context.generation != g_generation) context.stack.reset();
+  return context.stack.get();
 }
 
 const LOGDiagnosticContext& asContext(const LOGObject& entry) {
@@ -84,7 +80,7 @@ void LOGNDC::push(const I18NString& message) {
     const std::shared_ptr<LOGObject> below = top();
     const I18NString fullMessage = below ? asContext(*below).getFullMessage() + " " + message : message;
     if (currentStack() == nullptr) setStack(std::shared_ptr<LOGStack>(vrkNew<LOGStack>(VRK_HERE)));
-    LOGThreadState::current().context->push(std::make_shared<LOGDiagnosticContext>(message, fullMessage));
+    LOGThreadState::current().context.stack->push(std::make_shared<LOGDiagnosticContext>(message, fullMessage));
   });
 }
 

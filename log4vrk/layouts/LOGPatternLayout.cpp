@@ -9,14 +9,12 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGLayoutInternals.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/layouts/internal/LOGPatternConverter.h"
 #include "log4vrk/layouts/internal/LOGPatternParser.h"
 
 namespace {
-
-// In bytes. A larger line gives its memory back once it has been used.
-constexpr std::size_t MOST_KEPT = 32 * 1024;
 
 std::atomic<std::uint64_t> g_numbers{0};
 
@@ -36,7 +34,7 @@ class LOGPatternCopy {
   std::size_t size() const { return m_converters.size(); }
   /// Appends to `out` all items from `next`, which is behind what raised if anything does.
   void write(I18NUtf8Buffer& out, std::size_t& next, LOGLoggingEvent& event, std::string_view message,
-             const LOGThreadState& thread);
+             LOGThreadState& thread);
 
  private:
   /// So many converters of the frequent kind one behind the other, with so many logger names and messages.
@@ -47,7 +45,7 @@ class LOGPatternCopy {
   bool isSteady(const LOGPatternConverter& converter) const;
   void findRuns();
   bool takesRuns(const LOGLoggingEvent& event);
-  bool hasBeginning(LOGLoggingEvent& event, const LOGThreadState& thread);
+  bool hasBeginning(LOGLoggingEvent& event, LOGThreadState& thread);
   [[gnu::cold]] void makeBeginning(LOGLoggingEvent& event);
 
   std::uint64_t m_number = 0;  // none
@@ -93,11 +91,10 @@ void LOGPatternCopy::findRuns() {
   }
 }
 
-// What is frequent in an event, too: that it has a level with a short name, and a logger of which it has the name.
+// What is frequent in an event, too: that it has a level with a short name.
 inline bool LOGPatternCopy::takesRuns(const LOGLoggingEvent& event) {
   const LOGLevel* const level = event.getLevel();
-  const LOGLogger* const logger = event.getLogger();
-  if (level == nullptr || logger == nullptr || &event.getLoggerName() != &logger->getName()) return false;
+  if (level == nullptr) return false;
   const I18NString* const name = &level->toString();
   if (name != m_level) {
     m_level = name;
@@ -141,8 +138,10 @@ void LOGPatternCopy::makeBeginning(LOGLoggingEvent& event) {
   m_beginning = std::move(made);
 }
 
-bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, const LOGThreadState& thread) {
-  if (m_steady == 0 || (m_namesThread && !event.isNamedAfter(thread.threadName))) return false;
+bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, LOGThreadState& thread) {
+  if (m_steady == 0) return false;
+  // Asked on every line, not only when the beginning is made: whoever reads an event's thread first names it for all.
+  if (m_namesThread && !thread.name.owns(event.getThreadName())) return false;
   if (m_filled && m_second == event.getTimeStamp()) return true;
   m_filled = false;
   try {
@@ -158,7 +157,7 @@ bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, const LOGThreadState& 
 }
 
 inline void LOGPatternCopy::write(I18NUtf8Buffer& out, std::size_t& next, LOGLoggingEvent& event,
-                                  std::string_view message, const LOGThreadState& thread) {
+                                  std::string_view message, LOGThreadState& thread) {
   if (next == 0 && hasBeginning(event, thread)) {
     m_beginning.show(event.getTimeStampNanos() / 1000000);
     out.appendChecked(m_beginning.text);
@@ -173,7 +172,7 @@ inline void LOGPatternCopy::write(I18NUtf8Buffer& out, std::size_t& next, LOGLog
       continue;
     }
     next += run.length;
-    const std::string& logger = event.getLogger()->getUtf8Name();
+    const std::string& logger = event.getLoggerNameUtf8();
     char* to = out.room(run.length * LOGPatternConverter::MOST_PUT + run.names * logger.size() +
                         run.messages * message.size());
     for (std::size_t i = 0; i < run.length; ++i) to = converter[i].put(to, logger, message);
@@ -184,10 +183,17 @@ inline void LOGPatternCopy::write(I18NUtf8Buffer& out, std::size_t& next, LOGLog
 // Those that a thread has used last, each at the place that follows from its number.
 struct LOGPatternCopies : std::array<LOGPatternCopy, 16> {};
 
+const LOGLayoutInternals LOGPatternLayout::INTERNALS = {
+    &typeid(LOGPatternLayout),
+    [](LOGLayout& layout, LOGLoggingEvent* event) { return static_cast<LOGPatternLayout&>(layout).buildAny(event); },
+    &LOGPatternLayout::formatFast,
+};
+
 LOGPatternLayout::LOGPatternLayout() : LOGPatternLayout("%r [%t] %p %c %x - %m%n") {}
 
 LOGPatternLayout::LOGPatternLayout(const I18NString& pattern) {
   instance("LOGPatternLayout");
+  LOGLayoutInternals::set(*this, INTERNALS);
   setConversionPattern(pattern);
 }
 
@@ -211,12 +217,6 @@ I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
   I18NString text = takeSpare();
   text.append(buildAny(event));
   return setResult(std::move(text));
-}
-
-std::string_view LOGPatternLayout::formatUtf8(LOGLoggingEvent* event) {
-  if (typeid(*this) != typeid(LOGPatternLayout))
-    return LOGLayout::formatUtf8(event);  // it may have a format() of its own
-  return buildAny(event);
 }
 
 inline LOGPatternCopy& LOGPatternLayout::copyOf(LOGThreadState& thread) {
@@ -243,29 +243,27 @@ std::string_view LOGPatternLayout::buildAny(LOGLoggingEvent* event) {
     return {};
   }
   LOGThreadState& thread = LOGThreadState::current();
-  thread.messageText.limitMemory(MOST_KEPT);
+  thread.texts.message.limitMemory(LOGLayoutInternals::MOST_KEPT);
   // First, because it may run application code, and that may even format, and set another pattern.
   std::string_view message;
   LOGPatternCopy* copy = nullptr;
   logContain(FAILURES, [&] {
-    if (copyOf(thread).hasMessage()) message = event->renderUtf8(thread.messageText);
+    if (copyOf(thread).hasMessage()) message = event->renderUtf8(thread.texts.message);
   });
   logContain(FAILURES, [&] { copy = &copyOf(thread); });
   return copy != nullptr ? build(thread, *copy, *event, message) : std::string_view();
 }
 
-bool LOGPatternLayout::formatPlain(LOGLoggingEvent& event, std::string_view& line) {
-  if (typeid(*this) != typeid(LOGPatternLayout)) return false;
+std::string_view LOGPatternLayout::formatFast(LOGLayout& layout, LOGLoggingEvent& event) {
   LOGThreadState& thread = LOGThreadState::current();
-  const bool renders = event.getLogger() != nullptr && event.getLogger()->getRepository() != nullptr;
-  line = build(thread, copyOf(thread), event, renders ? event.getText() : std::string_view());
-  return true;
+  LOGPatternCopy& copy = static_cast<LOGPatternLayout&>(layout).copyOf(thread);
+  return build(thread, copy, event, event.isRenderable() ? event.getText() : std::string_view());
 }
 
 std::string_view LOGPatternLayout::build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
                                          std::string_view message) {
-  I18NUtf8Buffer& text = thread.lineText;
-  text.limitMemory(MOST_KEPT);
+  I18NUtf8Buffer& text = thread.texts.line;
+  text.limitMemory(LOGLayoutInternals::MOST_KEPT);
   text.clear();
   std::size_t next = 0;
   do {  // again behind an item that failed

@@ -45,11 +45,12 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   /// rendered, cost the item that they befall and one line in the internal log; any other error is written there too
   /// and raised.
   I18NString& format(LOGLoggingEvent* event) override;
-  std::string_view formatUtf8(LOGLoggingEvent* event) override;
-  bool formatPlain(LOGLoggingEvent& event, std::string_view& line) override;
   int ignoresThrowable() override;
 
  private:
+  static const LOGLayoutInternals INTERNALS;
+
+  static std::string_view formatFast(LOGLayout& layout, LOGLoggingEvent& event);
   std::string_view buildAny(LOGLoggingEvent* event);
   static std::string_view build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
                                 std::string_view message);

@@ -3,11 +3,10 @@
 #include <typeinfo>
 #include <utility>
 
-#include "log4vrk/appenders/internal/LOGPlainAppend.h"
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
-#include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGAppendLine.h"
 #include "log4vrk/net/LOGSyslogQuietWriter.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/I18NLocale.h"
@@ -37,6 +36,7 @@ const I18NString& LOGSyslogAppender::TAB = vrkImmortal<I18NString>("    ");
 LOGSyslogAppender::LOGSyslogAppender() : m_facility(USER), m_facilityString("user:") {
   instance("LOGSyslogAppender");
   LOGAppenderSkeleton::setName("LOGSyslogAppender");
+  LOGAppenderInternals::set(*this, INTERNALS);
 }
 
 LOGSyslogAppender::~LOGSyslogAppender() = default;
@@ -102,25 +102,39 @@ void LOGSyslogAppender::openWriter(const I18NString& host) {
 
 bool LOGSyslogAppender::requiresLayout() { return true; }
 
-[[gnu::always_inline]] inline void LOGSyslogAppender::prepare(const LOGLoggingEvent& event) {
+[[gnu::always_inline]] inline bool LOGSyslogAppender::isReady() {
+  if (m_qw) return true;
+  LOGLogLog::error("No syslog host is set for LOGSyslogAppedender named [" + getName() + "].");
+  return false;
+}
+
+// Sent as it lies there, as far as nothing stands in front.
+[[gnu::always_inline]] inline void LOGSyslogAppender::writeLine(const LOGLoggingEvent& event, std::string_view line) {
   const LOGLevel* const logLevel = event.getLevel();
   VRK_ASSERT(logLevel);
   m_qw->setErrorHandler(getErrorHandler());
   m_qw->setLevel(logLevel->getSyslogEquivalent());
-}
-
-// Sent as it lies there, as far as nothing stands in front.
-[[gnu::always_inline]] inline void LOGSyslogAppender::sendText(std::string_view text) {
-  const std::string_view datagram = m_facilityPrinting != 1 ? m_qw->asciiDatagram(text) : std::string_view();
+  const std::string_view datagram = m_facilityPrinting != 1 ? m_qw->asciiDatagram(line) : std::string_view();
   if (datagram.empty()) {
     m_message.clear();
     if (m_facilityPrinting == 1) m_message = m_facilityString;
-    m_message.append(text);
+    m_message.append(line);
     m_qw->write(m_message);
   } else {
     m_writer->writeAscii(datagram);
   }
 }
+
+const LOGAppenderInternals LOGSyslogAppender::INTERNALS = {
+    &typeid(LOGSyslogAppender), false, [](LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
+      auto& self = static_cast<LOGSyslogAppender&>(appender);
+      return LOGAppenderInternals::appendLine(
+          self, event, [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+            logContain(APPEND_FAILURE, [&]() VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
+              if (self.isReady()) self.writeLine(*event, line);
+            });
+          });
+    }};
 
 void LOGSyslogAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
@@ -134,34 +148,17 @@ void LOGSyslogAppender::append(LOGLoggingEvent* event) {
 
 void LOGSyslogAppender::send(LOGLoggingEvent& event) {
   if (!isAsSevereAsThreshold(event.getLevel())) return;
-  if (!m_qw) {
-    LOGLogLog::error("No syslog host is set for LOGSyslogAppedender named [" + getName() + "].");
-    return;
-  }
+  if (!isReady()) return;
   LOGLayout* const layout = getLayout();
   if (layout == nullptr) {
     LOGLogLog::debug("LOGSyslogAppender::append --- m_layout is NULL. append canceled");
     return;
   }
-  prepare(event);
   {
     const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
-    sendText(layout->formatUtf8(&event));
+    writeLine(event, LOGLayoutInternals::formatUtf8(*layout, &event));
   }
   if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());
-}
-
-bool LOGSyslogAppender::takesPlain() const { return typeid(*this) == typeid(LOGSyslogAppender); }
-
-bool LOGSyslogAppender::appendPlain(LOGLoggingEvent& event) {
-  return appendFormatted(event, [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
-    if (!m_qw || event.getLevel() == nullptr) return false;
-    logContain(APPEND_FAILURE, [&]() VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS {
-      prepare(event);
-      sendText(line);
-    });
-    return true;
-  });
 }
 
 void LOGSyslogAppender::close() {

@@ -47,17 +47,17 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   void close() override;
   /// True: without a layout nothing is sent.
   bool requiresLayout() override;
-  bool takesPlain() const override;
-  bool appendPlain(LOGLoggingEvent& event) override;
 
  private:
   struct Facility;
   static const Facility FACILITIES[];
+  static const LOGAppenderInternals INTERNALS;
 
   void openWriter(const I18NString& host) VRK_REQUIRES(m_critSection);
   void send(LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);
-  void prepare(const LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);
-  void sendText(std::string_view text) VRK_REQUIRES(m_critSection);
+  bool isReady() VRK_REQUIRES(m_critSection);
+  /// Sends a line that has been formatted.
+  void writeLine(const LOGLoggingEvent& event, std::string_view line) VRK_REQUIRES(m_critSection);
 
   std::atomic<bool> m_active{false};  // there is a quiet writer
   int m_facility VRK_GUARDED_BY(m_critSection);

@@ -3,7 +3,10 @@
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGLayoutInternals.h"
 #include "log4vrk/net/internal/LOGConnector.h"
 #include "log4vrk/net/internal/LOGEventEncoder.h"
 #include "log4vrk/net/internal/LOGOutbox.h"
@@ -18,9 +21,10 @@ constexpr long BETWEEN_LOOKS = 200;  // microseconds
 
 }  // namespace
 
-LOGTCPSocketAppender::LOGTCPSocketAppender()
-    : LOGAppenderSkeleton(WITHOUT_LOCK), m_forks(VRKThread::forks()), m_outbox(vrkNew<LOGOutbox>(VRK_HERE)) {
+LOGTCPSocketAppender::LOGTCPSocketAppender() : m_forks(VRKThread::forks()), m_outbox(vrkNew<LOGOutbox>(VRK_HERE)) {
+  static const LOGAppenderInternals INTERNALS = {&typeid(LOGTCPSocketAppender), true};
   instance("LOGTCPSocketAppender");
+  LOGAppenderInternals::set(*this, INTERNALS);
   setClosed(1);
 }
 
@@ -92,7 +96,7 @@ void LOGTCPSocketAppender::put(LOGLoggingEvent* event) {
 std::string LOGTCPSocketAppender::render(LOGLoggingEvent* event) {
   if (LOGLayout* const layout = getLayout()) {
     const LOGGuard guard(*layout);
-    return std::string(layout->formatUtf8(event));
+    return std::string(LOGLayoutInternals::formatUtf8(*layout, event));
   }
   const std::unique_ptr<I18NString> message(event->getRenderedMessage());
   return message ? message->toUtf8() : std::string();

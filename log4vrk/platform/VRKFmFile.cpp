@@ -113,7 +113,9 @@ bool VRKFmFile::adopt(int descriptor, const I18NString& name) {
   close();
   m_descriptor = descriptor;
   m_owned = true;
-  m_seeks = false;
+  m_seeks = m_isTorn = false;
+  m_written = 0;
+  m_lost = 0;
   m_name = name;
   return true;
 }
@@ -130,8 +132,15 @@ long VRKFmFile::write(const I18NString& text) { return write(std::string_view(te
 long VRKFmFile::collect(std::string_view bytes) {
   const std::size_t limit = std::max(g_exiting ? 0 : m_bufferSize, m_holding ? MOST_HELD_BACK : 0);
   dropThoseOfTheParent();
+  if (m_isTorn && m_collected.size() == 0) m_collected.appendChecked("\n");
   m_collected.appendChecked(bytes);
+  m_ends.push_back(m_collected.size());
   return m_collected.size() >= limit && !writeOut() ? -1 : static_cast<long>(bytes.size());
+}
+
+long VRKFmFile::loseOne() {
+  ++m_lost;
+  return -1;
 }
 
 bool VRKFmFile::writeAll(std::string_view bytes) {
@@ -139,11 +148,15 @@ bool VRKFmFile::writeAll(std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
     if (written >= 0) {
-      bytes.remove_prefix(static_cast<std::size_t>(written));
+      const auto count = static_cast<std::size_t>(written);
+      m_written += written;
+      if (count > 0) m_isTorn = bytes[count - 1] != '\n';
+      bytes.remove_prefix(count);
     } else if (errno == EAGAIN ? !waitUntilWritable(m_descriptor) : errno != EINTR) {
       return failed();
     }
   }
+  m_isTorn = false;  // a text need not end with a line
   return true;
 }
 
@@ -151,8 +164,14 @@ bool VRKFmFile::writeAll(std::string_view bytes) {
 bool VRKFmFile::writeOut() {
   if (m_collected.size() == 0) return true;
   dropThoseOfTheParent();
+  const std::int64_t before = m_written;
   const bool written = writeAll(m_collected.view());
+  if (!written) {
+    const auto whole = static_cast<std::size_t>(m_written - before);
+    m_lost += static_cast<std::size_t>(m_ends.end() - std::upper_bound(m_ends.begin(), m_ends.end(), whole));
+  }
   m_collected.clear();
+  m_ends.clear();
   return written;
 }
 
@@ -160,6 +179,7 @@ void VRKFmFile::dropThoseOfTheParent() {
   if (m_forks == VRKThread::forks()) return;
   m_forks = VRKThread::forks();
   m_collected.clear();
+  m_ends.clear();
 }
 
 int VRKFmFile::flush() {

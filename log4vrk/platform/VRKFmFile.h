@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
@@ -39,10 +41,11 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// Moves `offset` bytes from the end. Succeeds without effect where there is nothing to do: on files opened for
   /// appending, and on terminals and pipes. -1 on failure.
   long seekFromEnd(long offset) { return m_seeks || VRKFault::armed() ? seek(offset) : 0; }
-  /// The number of bytes written, all of them, or -1: then they are lost, and with them what had been collected.
+  /// The number of bytes written, all of them, or -1: then they are lost, and with them what had been collected. When a
+  /// part had been written, the next write begins a new line.
   long write(std::string_view bytes) {
-    if (m_bufferSize > 0 || m_holding || m_collected.size() > 0) return collect(bytes);
-    return writeAll(bytes) ? static_cast<long>(bytes.size()) : -1;
+    if (m_bufferSize > 0 || m_holding || m_isTorn || m_collected.size() > 0) return collect(bytes);
+    return writeAll(bytes) ? static_cast<long>(bytes.size()) : loseOne();
   }
   long write(const char* bytes, long count) { return write({bytes, static_cast<std::size_t>(count)}); }
   /// The same of a text, in UTF-8.
@@ -57,6 +60,12 @@ class LOG4VRK_EXPORT VRKFmFile {
   void setHoldingBack(bool on) { m_holding = on; }
   /// Writes what is held back. 0 on failure.
   int release();
+  /// How many bytes are collected and have not gone to the system.
+  std::size_t pending() const { return m_collected.size(); }
+  /// How many bytes have reached the system since the file was opened.
+  std::int64_t written() const { return m_written; }
+  /// How many calls of write() have lost their bytes, or a part of them, since this was last asked.
+  std::size_t takeLost() { return std::exchange(m_lost, 0); }
   /// Whether any file has a buffer.
   static bool anyBuffered();
   /// Writes the buffers of all files, while nobody else uses them; from then on nothing is buffered.
@@ -79,6 +88,7 @@ class LOG4VRK_EXPORT VRKFmFile {
   long collect(std::string_view bytes);
   long fails(long result);
   bool failed() { return fails(0) != 0; }
+  long loseOne();
   bool writeAll(std::string_view bytes);
   bool writeOut();
   void dropThoseOfTheParent();
@@ -89,7 +99,11 @@ class LOG4VRK_EXPORT VRKFmFile {
   int m_lastError = 0;
   I18NString m_name;
   bool m_holding = false;
+  bool m_isTorn = false;       // the file ends with a part of a line whose rest is lost
+  std::int64_t m_written = 0;  // see written()
+  std::size_t m_lost = 0;      // see takeLost()
   std::size_t m_bufferSize = 0;
-  I18NUtf8Buffer m_collected;  // in the buffer, or held back
-  unsigned m_forks = 0;        // in which process
+  I18NUtf8Buffer m_collected;       // in the buffer, or held back
+  std::vector<std::size_t> m_ends;  // where each write ends in it
+  unsigned m_forks = 0;             // in which process
 };

@@ -64,6 +64,10 @@ inline long openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
 }
 
+inline long threadsOfProcess() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), std::filesystem::directory_iterator());
+}
+
 /// A loopback address of this process alone, so that no other test's receiver hears what it sends.
 inline std::string ownAddress() {
   const int id = ::getpid();

@@ -2,16 +2,18 @@
 
 #pragma once
 
+#include <atomic>
+
 #include "log4vrk/platform/VRKExport.h"
 
-class LOGLogger;
 struct LOGThreadState;
 
-/// Whoever holds a lock of a library object is inside the gate. Going in and out costs one store to a flag of the
-/// thread's own each way; no cache line is shared between threads, and the barriers are paid by who closes the gate.
+/// Whoever holds a lock of a library object is inside the gate. Going in and out costs one store each way to a flag of
+/// the thread's own: no cache line is shared between threads, and whoever closes the gate pays for the barriers.
 ///
-/// Dispatcher threads have a gate of their own, which only a fork closes: those whom a closure waits for may wait for a
-/// dispatcher to make space in its queue.
+/// There are two ways in. Log calls and everything else go in by the front, which a configuration run closes. Threads
+/// that serve a queue go in by the back, which only a fork closes: those whom a closure waits for may themselves wait
+/// for such a thread, to make space in its queue.
 ///
 /// A Closure waits until nobody else is inside and keeps the others out for its life. It is how a configuration run
 /// changes the loggers in one step, as seen by those who log, and how a fork is sure that no other thread holds a lock.
@@ -20,6 +22,17 @@ struct LOGThreadState;
 /// lock.
 class LOGGate {
  public:
+  /// What the gate knows of a thread. The first three members are the thread's own.
+  struct Thread {
+    int passes = 0;       // how often the thread is inside
+    bool serves = false;  // a queue; it goes in by the back
+    bool atBack = false;  // the way by which it has gone in
+    std::atomic<bool> inFront{false}, inBack{false};
+
+    std::atomic<bool>& flag() { return atBack ? inBack : inFront; }
+    void forget() { passes = 0, serves = atBack = false; }
+  };
+
   /// Inside for the life of a scope. May nest.
   class LOG4VRK_EXPORT Pass {
    public:
@@ -30,10 +43,10 @@ class LOGGate {
     Pass& operator=(const Pass&) = delete;
 
    private:
-    LOGThreadState& m_thread;
+    Thread& m_thread;
   };
 
-  /// Tries to be inside without waiting, as a dispatcher thread has to.
+  /// Tries to go in by the front without waiting, as a thread that serves a queue has to. Not to be made inside.
   class TryPass {
    public:
     TryPass();
@@ -44,11 +57,11 @@ class LOGGate {
     bool isInside() const { return m_inside; }
 
    private:
-    LOGThreadState& m_thread;
+    Thread& m_thread;
     bool m_inside;
   };
 
-  /// The gate closed for the life of a scope; the thread itself passes freely. May nest on one thread. Not to be made
+  /// The front closed for the life of a scope; the thread itself passes freely. May nest on one thread. Not to be made
   /// inside.
   class Closure {
    public:
@@ -58,8 +71,7 @@ class LOGGate {
     Closure& operator=(const Closure&) = delete;
   };
 
-  /// The gate closed to everybody else, dispatchers too, for the life of a scope. It does nothing on a thread that is
-  /// inside.
+  /// Front and back closed to everybody else for the life of a scope. It does nothing on a thread that is inside.
   class FullClosure {
    public:
     FullClosure();
@@ -71,11 +83,13 @@ class LOGGate {
     const bool m_closed;
   };
 
-  /// Waits until no other thread uses an appender of `logger` without its lock, of those that do already. False when
-  /// that takes too long for a thread that is inside itself: it may hold what they wait for.
-  static bool waitForBorrowers(const LOGLogger& logger);
-
   /// Makes sure that forks are looked after. Called by whoever registers a preparation that has to come before the
   /// gate's own.
   static void watchForks();
+
+ private:
+  friend class LOGCallScope;
+
+  static void goIn(Thread& thread);
+  static void goOut(Thread& thread);
 };

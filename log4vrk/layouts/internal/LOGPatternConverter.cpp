@@ -96,13 +96,11 @@ void LOGPatternConverter::setText(std::string&& utf8) {
 }
 
 void LOGPatternConverter::appendLoggerName(I18NUtf8Buffer& out, const LOGLoggingEvent& event) const {
-  const I18NString& name = event.getLoggerName();
   if (precision > 0) {
-    out.append(name.view().substr(lengthBeforeLast(precision, name.view())));
-  } else if (event.getLogger() != nullptr && &name == &event.getLogger()->getName()) {
-    out.appendChecked(event.getLogger()->getUtf8Name());
+    const std::u16string_view name = event.getLoggerName().view();
+    out.append(name.substr(lengthBeforeLast(precision, name)));
   } else {
-    out.append(name);
+    out.appendChecked(event.getLoggerNameUtf8());
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 
 namespace {

@@ -1,14 +1,36 @@
-// Waiting by looking again.
+// Waiting by looking again. Nothing in the library is woken: whoever logs must not pay for waking somebody.
 
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <thread>
 
 #include "log4vrk/platform/VRKThread.h"
 
-/// First looks again at once for some tens of microseconds, because under load what is waited for is about to happen,
-/// then sleeps between two looks: at first shortly, then longer and longer up to a period.
+/// What a thread does between two looks: it sleeps for some microseconds, whatever the sleep raises.
+void logNap();
+
+/// Looks again and again until `done()` or until the time is over, whichever comes first. Returns what it saw last.
+/// A thread is not cancelled meanwhile.
+template <typename Done>
+bool logWaitUntil(std::chrono::steady_clock::time_point deadline, Done done) {
+  while (!done()) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    logNap();
+  }
+  return true;
+}
+
+/// The same with a length of time.
+template <typename Done>
+bool logWaitFor(std::chrono::milliseconds limit, Done done) {
+  return logWaitUntil(std::chrono::steady_clock::now() + limit, done);
+}
+
+/// Waits for the other side of a queue, which under load is about to act and else may take long. The first looks follow
+/// each other at once, for some tens of microseconds; then the thread sleeps between two looks, at first shortly, then
+/// longer and longer up to a period.
 class LOGPolling {
  public:
   /// In microseconds.
