@@ -87,6 +87,7 @@ void LOGSyslogAppender::setSyslogHost(const I18NString& host) {
 I18NString LOGSyslogAppender::getSyslogHost() const { return LOGSyslogWriter::getSyslogHost(); }
 
 void LOGSyslogAppender::activateOptions() {
+  // Called before every event: an active appender has to answer without the lock.
   if (m_active.load(std::memory_order_acquire) || getClosed() == 1) return;
   const LOGGuard guard(*this);
   if (!m_qw && getClosed() != 1) openWriter(LOGSyslogWriter::getSyslogHost());
@@ -95,6 +96,7 @@ void LOGSyslogAppender::activateOptions() {
 void LOGSyslogAppender::openWriter(const I18NString& host) {
   std::unique_ptr<LOGSyslogWriter> writer(vrkNew<LOGSyslogWriter>(VRK_HERE, host));
   writer->init();
+  // In this order, because the quiet writer refers to its writer.
   m_qw.reset(vrkNew<LOGSyslogQuietWriter>(VRK_HERE, writer.get(), m_facility, getErrorHandler()));
   m_writer = std::move(writer);
   m_active.store(true, std::memory_order_release);
@@ -105,11 +107,14 @@ bool LOGSyslogAppender::requiresLayout() { return true; }
 [[gnu::always_inline]] inline void LOGSyslogAppender::prepare(const LOGLoggingEvent& event) {
   const LOGLevel* const logLevel = event.getLevel();
   VRK_ASSERT(logLevel);
+  // For each event, because the handler may have been replaced, and the one before freed.
   m_qw->setErrorHandler(getErrorHandler());
   m_qw->setLevel(logLevel->getSyslogEquivalent());
 }
 
-// Sent as it lies there, as far as nothing stands in front.
+// A text in ASCII is sent as it is, behind the priority. Any other goes through the quiet writer as UTF-16, because how
+// many of its bytes are sent depends on how many units it has (LOGSyslogWriter::write()). So does one with the facility
+// in front.
 [[gnu::always_inline]] inline void LOGSyslogAppender::sendText(std::string_view text) {
   const std::string_view datagram = m_facilityPrinting != 1 ? m_qw->asciiDatagram(text) : std::string_view();
   if (datagram.empty()) {
@@ -122,6 +127,7 @@ bool LOGSyslogAppender::requiresLayout() { return true; }
   }
 }
 
+// Takes the lock and tests the threshold again, though doAppend() has done both: a program may call append() directly.
 void LOGSyslogAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   try {
@@ -145,12 +151,14 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
   }
   prepare(event);
   {
-    const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
+    // No LOGGuard: the appender's has brought the thread into the gate and put its log calls off.
+    const VRKThreadGuard guard(layout->criticalSection());
     sendText(layout->formatUtf8(&event));
   }
   if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());
 }
 
+// A derived class may have changed any of the steps.
 bool LOGSyslogAppender::takesPlain() const { return typeid(*this) == typeid(LOGSyslogAppender); }
 
 bool LOGSyslogAppender::appendPlain(LOGLoggingEvent& event) {
