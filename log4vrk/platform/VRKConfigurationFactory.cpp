@@ -10,12 +10,13 @@ VRKConfigurationFactory& VRKConfigurationFactory::getInstance() {
   return instance;
 }
 
+// Readers take no lock, so settings are never changed: a changed copy takes their place in one step.
 template <typename Change>
 void VRKConfigurationFactory::change(Change change) {
   const Settings* before = m_settings;
   Settings* after = nullptr;
   do {
-    delete after;  // another thread was faster
+    delete after;  // another thread changed the settings meanwhile: again, by its settings
     after = new Settings(*before);
     after->before = before;
     change(*after);

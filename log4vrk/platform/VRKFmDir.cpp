@@ -32,7 +32,7 @@ bool VRKFmDir::makeDirectories(const I18NString& path) {
   I18NString parent, name;
   splitPath(path, parent, name);
   if (!makeDirectories(parent)) return false;
-  // Somebody else may have made it in the meantime.
+  // Another thread or process may have made it since the look above.
   return ::mkdir(path.toUtf8().c_str(), S_IRWXU) == 0 || exists(path, DIRECTORY);
 }
 

@@ -24,7 +24,7 @@ struct Search {
   int family;
 };
 
-// Null when there is none.
+// Null when there is no such address.
 Addresses find(const I18NString& interfaceName, const I18NString& host, long port, const Search& search) {
   if (interfaceName != VRKSocketAddress::BUILT_IN_INTERFACE || port < 0 || port > LARGEST_PORT) return nullptr;
   addrinfo hints = {};
@@ -38,6 +38,7 @@ Addresses find(const I18NString& interfaceName, const I18NString& host, long por
   return Addresses(found);
 }
 
+// The resolver may know other families, which getLength() does not.
 bool isKnown(const addrinfo& address) { return address.ai_family == AF_INET || address.ai_family == AF_INET6; }
 
 }  // namespace

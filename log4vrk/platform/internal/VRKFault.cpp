@@ -34,5 +34,5 @@ void VRKFault::disarm() {
 
 bool VRKFault::take(Point point) {
   Plan& plan = g_plans[point];
-  return !takeOne(plan.skip) && takeOne(plan.times);
+  return !takeOne(plan.skip) && takeOne(plan.times);  // in this order: those that are skipped come first
 }
