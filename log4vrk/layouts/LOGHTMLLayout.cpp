@@ -126,7 +126,7 @@ I18NString& LOGHTMLLayout::getHeader() VRK_NO_THREAD_SAFETY_ANALYSIS {
       "<html>\n"
       "<head>\n"
       "<title>";
-  m_page += m_title;
+  m_page += m_title;  // not escaped: meant so, like the tool tips
   m_page +=
       "</title>\n"
       "<style type=\"text/css\">\n"

@@ -25,6 +25,7 @@ struct LOGSyslogAppender::Facility {
   int code;
 };
 
+// The codes are the numbers of the facilities times 8, as they stand in a datagram. 12 to 15 have no names.
 const LOGSyslogAppender::Facility LOGSyslogAppender::FACILITIES[] = {
     {"kern", 0},      {"user", USER},  {"mail", 16},    {"daemon", 24},  {"auth", 32},
     {"syslog", 40},   {"lpr", 48},     {"news", 56},    {"uucp", 64},    {"cron", 72},
@@ -104,6 +105,7 @@ void LOGSyslogAppender::openWriter(const I18NString& host) {
 
 bool LOGSyslogAppender::requiresLayout() { return true; }
 
+// Inlined, like sendText(), so that few calls are open at the system call: see LOGPlainAppend.h.
 [[gnu::always_inline]] inline void LOGSyslogAppender::prepare(const LOGLoggingEvent& event) {
   const LOGLevel* const logLevel = event.getLevel();
   VRK_ASSERT(logLevel);
@@ -134,6 +136,7 @@ void LOGSyslogAppender::append(LOGLoggingEvent* event) {
     const LOGGuard guard(*this);
     logContain(APPEND_FAILURE, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS { send(*event); });
   } catch (VRKThrowable& error) {
+    // Misspelt on purpose, like "Appedender" below: existing tools look for these lines.
     LOGLogLog::error("LOGSyslogAppender::append --- enable to lock mutex.", error);
   }
 }

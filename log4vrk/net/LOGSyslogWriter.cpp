@@ -41,6 +41,8 @@ void LOGSyslogWriter::init() {
   const bool known = destination.resolve(hostToUse(), SYSLOG_PORT, false);
   local.resolve(I18NString(), 0, true, known ? destination.getFamily() : VRKSocketAddress::ANY_FAMILY);
   if (!m_socket.open(local)) return;
+  // It goes on after either failure: without a destination each write() fails and is reported, and a socket that may
+  // block still sends.
   if (!known) LOGLogLog::error("LOGSyslogWriter::init --- Error in converting address.");
   m_socket.setDestination(destination);
   if (!m_socket.setNonBlocking()) LOGLogLog::error("LOGSyslogWriter::init --- fcntl function failed");

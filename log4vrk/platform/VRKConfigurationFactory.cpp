@@ -24,7 +24,7 @@ void VRKConfigurationFactory::change(Change change) {
 }
 
 void VRKConfigurationFactory::setBaseDirectory(const I18NString& directory) {
-  I18NString absolute;
+  I18NString absolute;  // from now on, wherever the program's working directory goes later
   if (!directory.isEmpty())
     absolute = I18NString(std::string_view(std::filesystem::absolute(directory.toUtf8()).string()));
   change([&](Settings& settings) { settings.baseDirectory = absolute; });

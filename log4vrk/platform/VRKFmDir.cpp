@@ -28,7 +28,7 @@ void VRKFmDir::splitPath(const I18NString& path, I18NString& directory, I18NStri
 }
 
 bool VRKFmDir::makeDirectories(const I18NString& path) {
-  if (path.isEmpty() || exists(path, DIRECTORY)) return true;
+  if (path.isEmpty() || exists(path, DIRECTORY)) return true;  // empty: the parent of a relative name
   I18NString parent, name;
   splitPath(path, parent, name);
   if (!makeDirectories(parent)) return false;

@@ -29,7 +29,7 @@ Addresses find(const I18NString& interfaceName, const I18NString& host, long por
   if (interfaceName != VRKSocketAddress::BUILT_IN_INTERFACE || port < 0 || port > LARGEST_PORT) return nullptr;
   addrinfo hints = {};
   hints.ai_family = search.family;
-  hints.ai_socktype = search.type;
+  hints.ai_socktype = search.type;  // or every address would be found once for each type of socket
   hints.ai_flags = AI_NUMERICSERV | (search.passive ? AI_PASSIVE : 0);
   const std::string name = host.toUtf8();
   const std::string service = std::to_string(port);

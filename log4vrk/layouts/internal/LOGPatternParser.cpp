@@ -71,6 +71,7 @@ bool LOGPatternParser::readWidths(LOGPatternConverter& item) {
   return !digits.empty();
 }
 
+// Reads the options, too. False leaves behind what has been read, which is then reported and written as text.
 bool LOGPatternParser::readLetter(LOGPatternConverter& item) {
   if (m_next == m_pattern.size()) return false;
   item.letter = m_pattern[m_next++];

@@ -39,6 +39,7 @@ inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
   return (seen & 0x8080808080808080u) == 0;
 }
 
+// Packing saturates units that are no bytes, and so hides them. The test looks at the units as they were read.
 inline bool i18nNarrowAscii(const char16_t* units, std::size_t count, char* out) {
 #ifdef __SSE2__
   if (count >= 8) {

@@ -9,6 +9,7 @@ struct Plan {
 
 Plan g_plans[VRKFault::POINTS];
 
+// Counts down to 0 and no further, however many threads come at once.
 bool takeOne(std::atomic<int>& counter) {
   int left = counter.load();
   while (left > 0) {

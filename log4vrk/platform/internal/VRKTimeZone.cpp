@@ -42,6 +42,8 @@ class IcuTimeZone : public VRKTimeZone {
  public:
   explicit IcuTimeZone(std::unique_ptr<const icu::TimeZone> zone) : m_zone(std::move(zone)) {}
 
+  // The offset is ICU's and the calendar gmtime_r()'s. To have localtime_r() do both would take a change of TZ, which
+  // is the whole process's.
   std::tm at(std::int64_t seconds) const override {
     seconds = std::clamp(seconds, -MOST_SECONDS, MOST_SECONDS);
     const double milliseconds = 1000.0 * static_cast<double>(seconds);
