@@ -5,7 +5,9 @@
 #include "log4vrk/core/LOGFilter.h"
 #include "log4vrk/platform/VRKList.h"
 
-/// Drops every event that no filter before it has accepted.
+/// Drops every event that no filter before it has accepted. Without it such events are written.
+///
+/// Thread safety: without state of its own; see LOGFilter.
 class LOG4VRK_EXPORT LOGDenyAllFilter : public LOGFilter {
  public:
   LOGDenyAllFilter();
@@ -14,7 +16,7 @@ class LOG4VRK_EXPORT LOGDenyAllFilter : public LOGFilter {
   int decide(LOGLoggingEvent* event) override;
   LOGDenyAllFilter* clone() const override;
 
-  /// There are no options.
+  /// Ignores everything: there are no options.
   void setOption(const I18NString&, const I18NString&) {}
   /// An empty list, new and owned by the caller.
   VRKList<I18NString>* getOptionStrings() const;

@@ -12,6 +12,7 @@ LOGLevelMatchFilter::LOGLevelMatchFilter() { instance("LOGLevelMatchFilter"); }
 LOGLevelMatchFilter::~LOGLevelMatchFilter() = default;
 
 int LOGLevelMatchFilter::decide(LOGLoggingEvent* event) {
+  // First: a filter without a level does not mind what the event is.
   if (m_levelToMatch == nullptr) return m_NEUTRAL;
   VRK_ASSERT(event);
   const LOGLevel* const logLevel = event->getLevel();

@@ -10,6 +10,7 @@
 
 namespace {
 
+// Asked only where a bound is set, so that a filter without bounds takes even an event without a level.
 int rankOf(const LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   const LOGLevel* const lev = event->getLevel();
@@ -34,6 +35,7 @@ int LOGLevelRangeFilter::decide(LOGLoggingEvent* event) {
 
 LOGLevelRangeFilter* LOGLevelRangeFilter::clone() const { return vrkNew<LOGLevelRangeFilter>(VRK_HERE, *this); }
 
+// Uneven on purpose; the header says how.
 void LOGLevelRangeFilter::setOption(const I18NString& name, const I18NString& value) {
   if (vrkEqualIgnoringCase(name, LEVEL_MIN_OPTION)) {
     m_levelMin = LOGOptionConverter::toLevel(value, nullptr);

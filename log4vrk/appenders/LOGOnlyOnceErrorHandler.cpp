@@ -10,6 +10,7 @@ LOGOnlyOnceErrorHandler::LOGOnlyOnceErrorHandler(const LOGOnlyOnceErrorHandler& 
 
 LOGOnlyOnceErrorHandler::~LOGOnlyOnceErrorHandler() = default;
 
+// Exchanged in one step, so that of several threads that fail at once one reports.
 void LOGOnlyOnceErrorHandler::error(const I18NString& message) {
   if (m_firstTime.exchange(0) == 1) LOGLogLog::error(message);
 }

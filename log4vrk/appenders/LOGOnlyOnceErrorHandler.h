@@ -6,7 +6,7 @@
 
 #include "log4vrk/core/LOGErrorHandler.h"
 
-/// Writes the first failure of any kind to the internal log, as it was given.
+/// Writes the first failure, of whatever kind, to the internal log. A copy of one that has reported is silent too.
 ///
 /// Thread safety: any thread.
 class LOG4VRK_EXPORT LOGOnlyOnceErrorHandler : public LOGErrorHandler {
@@ -21,5 +21,5 @@ class LOG4VRK_EXPORT LOGOnlyOnceErrorHandler : public LOGErrorHandler {
   LOGOnlyOnceErrorHandler* clone() const override;
 
  private:
-  std::atomic<int> m_firstTime{1};
+  std::atomic<int> m_firstTime{1};  // 0 once a failure has been reported
 };

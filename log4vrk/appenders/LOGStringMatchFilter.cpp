@@ -17,6 +17,7 @@ int LOGStringMatchFilter::decide(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   const std::unique_ptr<const I18NString> message(event->getRenderedMessage());
   if (message == nullptr || m_stringToMatch.isEmpty()) return m_NEUTRAL;
+  // Any occurrence will do. findLast() is the search that I18NString has.
   if (message->findLast(m_stringToMatch) == I18NString::npos) return m_NEUTRAL;
   return m_acceptOnMatch == 0 ? m_DENY : m_ACCEPT;
 }

@@ -1,4 +1,4 @@
-// The factory of plain loggers.
+// The factory of plain loggers, which a repository uses unless it is given another.
 
 #pragma once
 
@@ -8,6 +8,6 @@ class LOG4VRK_EXPORT LOGDefaultLoggerFactory : public LOGLoggerFactory {
  public:
   ~LOGDefaultLoggerFactory() override;
 
-  /// Null when there is no memory.
+  /// Null when there is no memory, which the repository reports.
   LOGLogger* makeNewLoggerInstance(const I18NString& name) override;
 };

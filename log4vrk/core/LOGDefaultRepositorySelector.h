@@ -4,6 +4,8 @@
 
 #include "log4vrk/core/LOGRepositorySelector.h"
 
+/// Thread safety: immutable.
+/// Ownership: the repository is lent.
 class LOG4VRK_EXPORT LOGDefaultRepositorySelector : public LOGRepositorySelector {
  public:
   explicit LOGDefaultRepositorySelector(LOGLoggerRepository* repository) : m_repository(repository) {}

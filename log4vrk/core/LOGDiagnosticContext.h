@@ -5,7 +5,7 @@
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/platform/VRKExport.h"
 
-/// A text, and the texts of all entries below it together with it, oldest first.
+/// The entry's own text, and its full text: those of all entries below it and its own, oldest first, joined by blanks.
 ///
 /// Thread safety: immutable.
 class LOG4VRK_EXPORT LOGDiagnosticContext : public LOGObject {

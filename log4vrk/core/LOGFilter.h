@@ -12,8 +12,11 @@ class LOGLoggingEvent;
 
 /// A link of an appender's filter chain.
 ///
-/// Thread safety: set up before it is added to an appender; decide() runs under that appender's lock.
-/// Ownership: whoever made it; it outlives the appenders that have it.
+/// Thread safety: set its options before it is added to an appender. decide() runs under that appender's lock.
+/// Ownership: it stays with whoever made it, and must outlive the appenders that have it. It has one successor, so it
+/// can be in one chain only.
+/// Errors: an event whose filter raises is not written. The library's own errors end in the internal log. Others reach
+/// the log call, which keeps them from the program.
 class LOG4VRK_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
  public:
   static constexpr int m_DENY = -1;    // drop the event
@@ -24,18 +27,19 @@ class LOG4VRK_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
   ~LOGFilter() override;
 
   void activateOptions() override {}
-  /// One of the three constants. Any other answer and the same filter is asked again, for ever.
+  /// Returns one of the three constants. After any other answer the same filter is asked again, for ever.
   virtual int decide(LOGLoggingEvent* event) = 0;
-  /// Refused here; every concrete filter can be copied.
+  /// Raises VRKAssertError here. The library's concrete filters return a copy that the caller owns.
   LOGFilter* clone() const override;
 
   LOGFilter* getNext() const { return m_next.load(std::memory_order_acquire); }
-  /// For the appender's chain.
+  /// For the appender that has the filter.
   void setNext(LOGFilter* next) { m_next.store(next, std::memory_order_release); }
 
  protected:
+  /// A copy has the same successor.
   LOGFilter(const LOGFilter& other);
 
  private:
-  std::atomic<LOGFilter*> m_next{nullptr};
+  std::atomic<LOGFilter*> m_next{nullptr};  // atomic, because getNext() takes no lock
 };

@@ -5,7 +5,8 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
-/// The location is never known here: class, file, line and method read "?", and the full information is empty.
+/// Log calls do not record where they stand, so nothing is known here: class, file, line and method are "?", and the
+/// full information is empty.
 ///
 /// Thread safety: immutable.
 class LOG4VRK_EXPORT LOGLocationInfo {
@@ -13,6 +14,7 @@ class LOG4VRK_EXPORT LOGLocationInfo {
   static const I18NString& m_NA;  // "?"
 
   LOGLocationInfo() = default;
+  /// The class name is accepted for existing callers and not used.
   explicit LOGLocationInfo(const I18NString& /*fqnOfCallingClass*/) {}
 
   const I18NString& getClassName() const { return m_NA; }

@@ -1,4 +1,4 @@
-// What makes the loggers of a repository.
+// The interface of what makes the loggers of a repository.
 
 #pragma once
 
@@ -7,11 +7,16 @@
 
 class LOGLogger;
 
-/// Thread safety: several threads may ask one factory at once.
+/// A program derives from it to have loggers of its own class.
+///
+/// Thread safety: several threads may ask one factory at once, even for the same name: one of the loggers is then used.
+/// Ownership: the factory stays the program's, the loggers are the repository's.
+/// Errors: what it raises goes to the caller of getLogger(); null raises VRKAssertError there.
 class LOG4VRK_EXPORT LOGLoggerFactory {
  public:
   virtual ~LOGLoggerFactory();
 
-  /// A new logger for the repository to own. No lock of the library is held.
+  /// A new logger of this name, for the repository to own. getLogger() holds no lock meanwhile, so that a factory may
+  /// look loggers up. Its log calls are put off until the outermost library call of the thread is over.
   virtual LOGLogger* makeNewLoggerInstance(const I18NString& name) = 0;
 };

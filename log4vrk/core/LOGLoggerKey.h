@@ -1,4 +1,4 @@
-// The key of the name table.
+// The key of the table of loggers.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 class LOGObject;
 
-/// A name with its hash code.
+/// A logger's name with its hash code.
 ///
 /// Thread safety: immutable.
 class LOG4VRK_EXPORT LOGLoggerKey {
@@ -18,11 +18,12 @@ class LOG4VRK_EXPORT LOGLoggerKey {
 
   const I18NString& getName() const { return m_name; }
   std::uint32_t hashCode() const { return m_hashCode; }
+  /// Whether the names are equal; false for null.
   bool equals(const LOGLoggerKey* other) const;
-  /// True when the object's text is the name.
+  /// Whether the object's text is the name; false for null.
   bool equals(const LOGObject* other) const;
 
-  /// 31 times what came before plus the UTF-16 unit, modulo 2^32.
+  /// Begins with 0, and for each UTF-16 unit multiplies by 31 and adds the unit, modulo 2^32.
   static std::uint32_t hashOf(const I18NString& name);
 
  private:

@@ -5,9 +5,11 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
-/// A value with a type name and a text. Type names are compared as text to tell classes apart; a derived class sets its
-/// own name in its constructor. A message class with state of its own overrides clone(), because events keep a clone;
-/// its toString() is what is logged unless a renderer is registered for its type name.
+/// A value with a type name and a text. The library tells classes apart by their type names, so the constructor of a
+/// derived class sets its own with instance().
+///
+/// A message class that has members of its own overrides clone(), because an event keeps a clone of its message. What
+/// is logged is its toString(), or what the renderer for its type name makes of it.
 ///
 /// Thread safety: as the standard containers.
 class LOG4VRK_EXPORT LOGObject {
@@ -18,9 +20,10 @@ class LOG4VRK_EXPORT LOGObject {
   LOGObject& operator=(const LOGObject&) = default;
   virtual ~LOGObject();
 
-  /// Equal when type name and text are.
+  /// Equal when both type name and text are.
   virtual bool operator==(const LOGObject& other) const;
   virtual bool operator!=(const LOGObject& other) const;
+  /// The text. Log calls ask for it while they hold locks of the library; it may log itself, which is put off.
   virtual const I18NString& toString() const;
   /// A new copy that the caller owns.
   virtual LOGObject* clone() const;

@@ -1,4 +1,4 @@
-// Which repository a program logs to.
+// The interface of what decides which repository a program logs to.
 
 #pragma once
 
@@ -6,10 +6,14 @@
 
 class LOGLoggerRepository;
 
-/// Thread safety: asked by any thread at once.
+/// LOGManager::setRepositorySelector() sets it.
+///
+/// Thread safety: several threads may ask at once.
+/// Ownership: selector and repositories are lent, and must stay until the process ends.
 class LOG4VRK_EXPORT LOGRepositorySelector {
  public:
   virtual ~LOGRepositorySelector();
 
+  /// The repository of the call that is being made. Never null.
   virtual LOGLoggerRepository* getLoggerRepository() = 0;
 };

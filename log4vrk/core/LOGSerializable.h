@@ -1,9 +1,10 @@
-// The base of what could be sent elsewhere as an object.
+// A marker: the base of what can be sent elsewhere as an object.
 
 #pragma once
 
 #include "log4vrk/platform/VRKExport.h"
 
+/// Events have it. It has no operations.
 class LOG4VRK_EXPORT LOGSerializable {
  public:
   LOGSerializable() = default;

@@ -7,14 +7,14 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
-/// Seconds since the Unix epoch, and the nanoseconds within that second.
+/// Seconds since the Unix epoch (UTC), and the nanoseconds within that second.
 ///
 /// Thread safety: as a plain struct.
 class LOG4VRK_EXPORT LOGDate {
  public:
-  /// Now.
+  /// The present moment.
   LOGDate();
-  /// Before 1970 the seconds are negative and the nanoseconds, 0 to 999999999, still count forwards.
+  /// Nanoseconds are 0 to 999999999. They count forwards also before 1970, where the seconds are negative.
   explicit LOGDate(std::int64_t seconds, std::int32_t nanoseconds = 0)
       : m_seconds(seconds), m_nanoseconds(nanoseconds) {}
 
@@ -23,7 +23,8 @@ class LOG4VRK_EXPORT LOGDate {
   std::int32_t getNanoseconds() const { return m_nanoseconds; }
   void setNanoseconds(std::int32_t nanoseconds) { m_nanoseconds = nanoseconds; }
 
-  /// In the process's time zone, as its locale writes dates; "N/A" when that takes 128 bytes or more.
+  /// The date in the process's time zone, as the process's locale writes dates (strftime's %c). "N/A" when that is
+  /// empty or takes 128 bytes or more.
   I18NString toString() const;
 
  private:

@@ -33,7 +33,7 @@ I18NString LOGDateLayout::getDateFormat() {
 void LOGDateLayout::setTimeZone(const I18NString& name) {
   const LOGGuard guard(*this);
   m_timeZone = LOGTimeZone(name);
-  // Without a format there is no date yet, and an empty pattern would be one.
+  // Only where dates are written: an unset format has the empty name, which renew() would take for a pattern.
   if (m_dateFormat != nullptr) renew();
 }
 
@@ -42,6 +42,7 @@ I18NString LOGDateLayout::getTimeZone() {
   return m_timeZone.getName();
 }
 
+// Not analysed: the caller of format() holds the lock, which the analysis cannot see through a virtual call.
 void LOGDateLayout::dateFormat(I18NString& buffer, LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
   buffer.clear();
   if (m_dateFormat == nullptr || event == nullptr) return;

@@ -24,7 +24,8 @@ void appendEscaped(I18NString& out, const I18NString& text) {
   }
 }
 
-// `kind` says in the tool tip what the name belongs to.
+// `kind` is "thread" or "category" and ends the tool tip. The name in the tool tip is not escaped: meant so, existing
+// pages have it as it is.
 void appendNameCell(I18NString& text, const I18NString& name, const char* kind) {
   text += "<td title=\"";
   text += name;
@@ -35,6 +36,7 @@ void appendNameCell(I18NString& text, const I18NString& name, const char* kind) 
   text += "</td>\n";
 }
 
+// A level named DEBUG is green whatever its rank. The strong levels begin with WARN, whose rank is 30000.
 void appendLevelCell(I18NString& text, const LOGLevel& level) {
   const I18NString& name = level.toString();
   text += "<td title=\"Level\">";
@@ -82,6 +84,7 @@ LOGHTMLLayout::~LOGHTMLLayout() = default;
 
 void LOGHTMLLayout::activateOptions() {}
 
+// Not analysed, like getHeader(): the caller holds the lock, which the analysis cannot see through a virtual call.
 I18NString& LOGHTMLLayout::format(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
   I18NString text = takeSpare();
   if (event == nullptr) return setResult(std::move(text));
@@ -100,7 +103,7 @@ I18NString& LOGHTMLLayout::format(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_A
   appendMessageCell(text, *event);
   text += "</tr>\n";
 
-  // Six columns on purpose, with the location column and without it.
+  // Six columns wide, with the location column and without it: meant so.
   if (const I18NString& context = event->getNDC(); !context.isEmpty()) {
     text += "<tr><td bgcolor=\"#EEEEEE\" style=\"font-size : xx-small;\" colspan=\"6\"";
     text += " title=\"Nested Diagnostic Context\">NDC: ";
@@ -123,7 +126,7 @@ I18NString& LOGHTMLLayout::getHeader() VRK_NO_THREAD_SAFETY_ANALYSIS {
       "<html>\n"
       "<head>\n"
       "<title>";
-  m_page += m_title;
+  m_page += m_title;  // not escaped: meant so, like the tool tips
   m_page +=
       "</title>\n"
       "<style type=\"text/css\">\n"
@@ -181,13 +184,13 @@ I18NString LOGHTMLLayout::getTitle() const {
 }
 
 I18NString& LOGHTMLLayout::escapeHTMLTags(const I18NString& text) {
-  // The const goes on purpose: callers rely on an empty text coming back as the same object.
+  // The const is cast away on purpose: callers rely on getting an empty text back as the same object.
   if (text.isEmpty()) return const_cast<I18NString&>(text);
-  I18NString escaped;  // apart, because `text` may be the page buffer
+  I18NString escaped;  // not built in the page buffer, which `text` may be
   appendEscaped(escaped, text);
   m_page = std::move(escaped);
   return m_page;
 }
 
-// Empty on purpose: existing pages show that there was a throwable, not its text.
+// Empty on purpose: existing pages show that there was a throwable, but not its text.
 void LOGHTMLLayout::appendThrowableAsHTML(const I18NString& /*throwableText*/, I18NString& /*out*/) {}

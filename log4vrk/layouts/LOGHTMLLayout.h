@@ -1,19 +1,20 @@
-// The log as a page for a browser.
+// The layout that writes the log as a page for a browser.
 
 #pragma once
 
 #include "log4vrk/core/LOGLayout.h"
 
-/// A table with a row for each event, and one more each for a nested context and a throwable. The appenders of this
-/// library write rows only: a program that wants the whole page writes header and footer itself. The page does not name
-/// its character encoding; whoever serves it says which one it was written in.
+/// Writes one table row for each event. An event with a nested context gets a second row, and one with a throwable
+/// another. The appenders of this library write the rows only: a program that wants a whole page writes getHeader()
+/// before them and getFooter() after them. The page does not name its character encoding. Appenders write UTF-8, so
+/// whoever serves the page has to say so.
 ///
-/// In what the cells show, "<" and ">" are escaped and nothing else is. The page's title and the names in tool tips are
-/// written as they are: keep text from outside the program out of titles and names of threads and loggers.
+/// In the text of the cells "<" and ">" are escaped, and nothing else is. The page's title and the names in tool tips
+/// are not escaped at all: do not put text from outside the program into titles or names of threads and loggers.
 ///
-/// Thread safety: as LOGLayout, escapeHTMLTags() included; options may be set while other threads log.
-/// Ownership: header, footer and escaped text share one page buffer, apart from the result of the other operations.
-/// Errors: an event without a level raises VRKAssertError; what rendering its message raises goes to the caller.
+/// Thread safety: as LOGLayout, escapeHTMLTags() included. Options may be set while other threads log.
+/// Ownership: header, footer and escaped text share one page buffer. format() and getContentType() have another.
+/// Errors: an event without a level raises VRKAssertError. What the message raises while it is rendered is not caught.
 class LOG4VRK_EXPORT LOGHTMLLayout : public LOGLayout {
  public:
   static const I18NString& TITLE_OPTION;          // "Title"
@@ -23,23 +24,23 @@ class LOG4VRK_EXPORT LOGHTMLLayout : public LOGLayout {
   ~LOGHTMLLayout() override;
 
   void activateOptions() override;
-  /// Null gives the empty text. The time cell holds whole seconds since the library was loaded.
+  /// The rows of one event, or the empty text for null. The time cell holds whole seconds since the library was loaded.
   I18NString& format(LOGLoggingEvent* event) override;
   I18NString& getContentType() override;
-  /// With the moment of the call as the start of the session.
+  /// The page up to the first row. It names the moment of the call as the start of the session.
   I18NString& getHeader() override;
   I18NString& getFooter() override;
   int ignoresThrowable() override;
 
-  /// Anything but 0: a column "File:Line".
+  /// Anything but 0 adds a column "File:Line". Set it before getHeader(), which names the columns.
   void setLocationInfo(int on);
   int getLocationInfo() const;
   void setTitle(const I18NString& title);
   I18NString getTitle() const;
 
-  /// The page buffer with the escaped text; `text` itself when it is empty, and the page buffer stays as it was.
+  /// Returns the page buffer with the escaped text. An empty text is returned itself and leaves the page buffer alone.
   I18NString& escapeHTMLTags(const I18NString& text);
-  /// Adds nothing: the row of a throwable is empty.
+  /// Adds nothing, on purpose: the row of a throwable is empty.
   void appendThrowableAsHTML(const I18NString& throwableText, I18NString& out);
 
  private:

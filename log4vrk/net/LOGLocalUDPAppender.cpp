@@ -10,10 +10,11 @@
 namespace {
 
 constexpr int SOCKET_BUFFER = 65536;
-// The write operations stop at the end of the datagram; this is for renderers that write by themselves.
+// The write operations of LOGObjectRenderer stop at the end of the datagram. The room behind it is for renderers that
+// write bytes by themselves.
 constexpr long SLACK = 65536;
 
-// Of Java's object serialization.
+// The marks of Java's object serialization.
 constexpr short STREAM_MAGIC = static_cast<short>(0xACED);
 constexpr short STREAM_VERSION = 5;
 constexpr unsigned char NO_OBJECT = 0x70;
@@ -25,14 +26,15 @@ constexpr unsigned char LONG_BLOCK_DATA = 0x7A;
 
 const I18NString& LOGLocalUDPAppender::PORT_OPTION = vrkImmortal<I18NString>("Port");
 
-// A datagram under construction. Every step may go on after one that found no room: nothing is written then.
+// A datagram under construction. A step that finds no room writes nothing, but moves the position on all the same. So
+// no step needs a check of its own: room() is negative at the end.
 class LOGLocalUDPAppender::Datagram {
  public:
   explicit Datagram(unsigned char* buffer) : m_buffer(buffer), m_bound(buffer, LARGEST_DATAGRAM) {}
 
   void writeByte(unsigned char value) { LOGObjectRenderer::writeByte(value, m_buffer, &m_position); }
   void writeShort(short value) { LOGObjectRenderer::writeShort(value, m_buffer, &m_position); }
-  // A length in bytes as 32 bits, and then what `write(buffer, offset)` writes.
+  // What `write(buffer, offset)` writes, and in front of it its length in bytes as 32 bits.
   template <typename Write>
   void writeBlock(Write&& write) {
     long lengthAt = m_position;
@@ -99,6 +101,7 @@ void LOGLocalUDPAppender::openSocket() {
   VRKSocketAddress local(VRKSocketAddress::BUILT_IN_INTERFACE);
   if (!destination.resolve("localhost", getPort(), false)) return;
   if (!local.resolve(I18NString(), 0, true, destination.getFamily())) return;
+  // A socket of its own until all has gone well: a failure leaves the appender as it was.
   VRKDatagramSocket socket;
   if (!socket.open(local) || !socket.setBufferSizes(SOCKET_BUFFER)) return;
   socket.setDestination(destination);
@@ -118,19 +121,21 @@ void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
 }
 
 bool LOGLocalUDPAppender::build(Datagram& datagram, LOGLoggingEvent& event, LOGObject& message) {
-  const LOGRendererMap::Use renderer(message.instanceOf());
+  const LOGRendererMap::Use renderer(message.instanceOf());  // in use, so that another thread cannot free it meanwhile
   datagram.writeShort(STREAM_MAGIC);
   datagram.writeShort(STREAM_VERSION);
   datagram.writeByte(LONG_BLOCK_DATA);
   datagram.writeBlock([&](unsigned char* buffer, long* offset) {
-    I18NString name = event.getLoggerName();
+    I18NString name = event.getLoggerName();  // writeUTF() takes no const text
     LOGObjectRenderer::writeUTF(&name, buffer, offset);
   });
   datagram.writeByte(NEW_OBJECT);
+  // Before the renderer writes: one that writes by itself counts on the whole room behind the datagram.
   if (datagram.room() < 0) return false;
   datagram.write([&](unsigned char* buffer, long* offset) { renderer->writeExtHeader(buffer, offset); });
   datagram.writeByte(NO_OBJECT);
   datagram.writeByte(LONG_BLOCK_DATA);
+  // For the same reason it is asked for the length before it writes the data.
   if (datagram.room() < renderer->getDataLength(&message)) return false;
   datagram.writeBlock([&](unsigned char* buffer, long* offset) { renderer->writeExtData(&message, buffer, offset); });
   datagram.writeByte(END_OF_BLOCK_DATA);

@@ -8,13 +8,14 @@
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/platform/internal/VRKDatagramSocket.h"
 
-/// Sends each event as one UDP datagram to a port of "localhost": the name of the logger, and the message object as its
-/// renderer writes it (LOGObjectRenderer::writeExtHeader and writeExtData), as a stream of Java's object serialization.
-/// A class without a renderer of its own arrives without text. There is no layout.
+/// Sends each event as one UDP datagram to a port of "localhost". The datagram is a stream of Java's object
+/// serialization with the name of the logger and the message object, as its renderer writes it
+/// (LOGObjectRenderer::writeExtHeader and writeExtData). A message whose class has no renderer arrives without its
+/// text. A layout is not used.
 ///
 /// Thread safety: any thread.
-/// Errors: none is reported, whether nobody listens or a message is larger than a datagram; a null message raises
-/// VRKAssertError. A socket that cannot be had is tried again before every event.
+/// Errors: nothing is reported, neither that nobody listens nor that a message is larger than a datagram, which is then
+/// lost. A null message raises VRKAssertError. A socket that cannot be opened is tried again before every event.
 class LOG4VRK_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
  public:
   static const I18NString& PORT_OPTION;  // "Port"
@@ -28,19 +29,19 @@ class LOG4VRK_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
   LOGLocalUDPAppender& operator=(const LOGLocalUDPAppender& other);
   ~LOGLocalUDPAppender() override;
 
-  /// For the next init(). A port outside 1 to 65535 has no listener.
+  /// Takes effect with the next init() that opens a socket. Outside 1 to 65535 nothing arrives anywhere.
   void setPort(long port) { m_port.store(port, std::memory_order_relaxed); }
   long getPort() const { return m_port.load(std::memory_order_relaxed); }
 
-  /// Calls init() when closed. Opens again after close(), on purpose.
+  /// Calls init() when closed, also after close(): a closed appender opens again with the next event, on purpose.
   void activateOptions() override;
-  /// Takes the socket, when closed.
+  /// Opens the socket, when closed. On failure the appender stays closed.
   void init();
   void append(LOGLoggingEvent* event) override;
-  /// Keeps the socket until the next init(); doAppend() goes on sending.
+  /// Keeps the socket until the next init(), on purpose: doAppend() goes on sending.
   void close() override;
 
-  /// Equal when the base is, and closed flag and port are.
+  /// Equal when the bases, the closed flags and the ports are.
   bool operator==(const LOGObject& other) const override;
   bool operator!=(const LOGObject& other) const override;
 
@@ -51,8 +52,8 @@ class LOG4VRK_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
   bool build(Datagram& datagram, LOGLoggingEvent& event, LOGObject& message) VRK_REQUIRES(m_critSection);
 
   std::atomic<long> m_port{DEFAULT_PORT};
-  std::atomic<int> m_socketClosed{1};  // the base is never closed
+  std::atomic<int> m_socketClosed{1};  // instead of the base's flag, so that doAppend() never refuses an event
   VRKDatagramSocket m_socket VRK_GUARDED_BY(m_critSection);
   std::unique_ptr<unsigned char[]> m_buffer
-      VRK_GUARDED_BY(m_critSection);  // one datagram, and room for what is too much
+      VRK_GUARDED_BY(m_critSection);  // a datagram, and room behind it; null until the first event
 };

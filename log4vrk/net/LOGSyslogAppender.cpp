@@ -24,6 +24,7 @@ struct LOGSyslogAppender::Facility {
   int code;
 };
 
+// The codes are the numbers of the facilities times 8, as they stand in a datagram. 12 to 15 have no names.
 const LOGSyslogAppender::Facility LOGSyslogAppender::FACILITIES[] = {
     {"kern", 0},      {"user", USER},  {"mail", 16},    {"daemon", 24},  {"auth", 32},
     {"syslog", 40},   {"lpr", 48},     {"news", 56},    {"uucp", 64},    {"cron", 72},
@@ -87,6 +88,7 @@ void LOGSyslogAppender::setSyslogHost(const I18NString& host) {
 I18NString LOGSyslogAppender::getSyslogHost() const { return LOGSyslogWriter::getSyslogHost(); }
 
 void LOGSyslogAppender::activateOptions() {
+  // Called before every event: an active appender has to answer without the lock.
   if (m_active.load(std::memory_order_acquire) || getClosed() == 1) return;
   const LOGGuard guard(*this);
   if (!m_qw && getClosed() != 1) openWriter(LOGSyslogWriter::getSyslogHost());
@@ -95,6 +97,7 @@ void LOGSyslogAppender::activateOptions() {
 void LOGSyslogAppender::openWriter(const I18NString& host) {
   std::unique_ptr<LOGSyslogWriter> writer(vrkNew<LOGSyslogWriter>(VRK_HERE, host));
   writer->init();
+  // In this order, because the quiet writer refers to its writer.
   m_qw.reset(vrkNew<LOGSyslogQuietWriter>(VRK_HERE, writer.get(), m_facility, getErrorHandler()));
   m_writer = std::move(writer);
   m_active.store(true, std::memory_order_release);
@@ -108,10 +111,13 @@ bool LOGSyslogAppender::requiresLayout() { return true; }
   return false;
 }
 
-// Sent as it lies there, as far as nothing stands in front.
+// A line in ASCII is sent as it is, behind the priority. Any other goes through the quiet writer as UTF-16, because how
+// many of its bytes are sent depends on how many units it has (LOGSyslogWriter::write()). So does one with the facility
+// in front. Inlined, so that few calls are open at the system call: see LOGAppendLine.h.
 [[gnu::always_inline]] inline void LOGSyslogAppender::writeLine(const LOGLoggingEvent& event, std::string_view line) {
   const LOGLevel* const logLevel = event.getLevel();
   VRK_ASSERT(logLevel);
+  // For each event, because the handler may have been replaced, and the one before freed.
   m_qw->setErrorHandler(getErrorHandler());
   m_qw->setLevel(logLevel->getSyslogEquivalent());
   const std::string_view datagram = m_facilityPrinting != 1 ? m_qw->asciiDatagram(line) : std::string_view();
@@ -136,12 +142,14 @@ const LOGAppenderInternals LOGSyslogAppender::INTERNALS = {
           });
     }};
 
+// Takes the lock and tests the threshold again, though doAppend() has done both: a program may call append() directly.
 void LOGSyslogAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   try {
     const LOGGuard guard(*this);
     logContain(APPEND_FAILURE, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS { send(*event); });
   } catch (VRKThrowable& error) {
+    // Misspelt on purpose, like "Appedender" below: existing tools look for these lines.
     LOGLogLog::error("LOGSyslogAppender::append --- enable to lock mutex.", error);
   }
 }
@@ -155,7 +163,8 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
     return;
   }
   {
-    const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
+    // No LOGGuard: the appender's has brought the thread into the gate and put its log calls off.
+    const VRKThreadGuard guard(layout->criticalSection());
     writeLine(event, LOGLayoutInternals::formatUtf8(*layout, &event));
   }
   if (!event.getThrowableStrRep().isEmpty()) m_qw->write(TAB + event.getThrowableStrRep());

@@ -28,6 +28,7 @@ void LOGSyslogQuietWriter::write(const I18NString& text) {
   }
 }
 
+// The priority of the ASCII line is written here, once, instead of for each event.
 void LOGSyslogQuietWriter::setFacility(int facility) {
   m_facility = facility;
   m_asciiLine.clear();
@@ -49,6 +50,6 @@ void LOGSyslogQuietWriter::reportFailure(const char* description) {
   }
   VRK_RETHROW_FORCED_UNWIND
   catch (...) {
-    // The failure of a failure has nowhere to go.
+    // There is nobody to tell that the handler failed.
   }
 }

@@ -1,4 +1,4 @@
-// Puts the priority in front of what goes to a syslog daemon.
+// The quiet writer that puts the priority in front of what goes to a syslog daemon.
 
 #pragma once
 
@@ -7,11 +7,11 @@
 
 class LOGSyslogWriter;
 
-/// Writes "<facility>text". The header carries the facility alone, on purpose: daemons take every message as
-/// severity 0.
+/// Writes "<facility>text". On purpose the facility stands there alone, without the severity, so that daemons take
+/// every message for severity 0.
 ///
-/// Thread safety: called under the lock of the appender that owns it.
-/// Ownership: writer and error handler are lent, and outlive their use here.
+/// Thread safety: not thread-safe; called under the lock of the appender that owns it.
+/// Ownership: writer and error handler are lent, and must outlive this object or their replacement.
 class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
  public:
   /// `facility` is a multiple of 8.
@@ -19,14 +19,16 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
   ~LOGSyslogQuietWriter() override;
 
   using LOGQuietWriter::write;
-  /// Nothing is raised: what the writer raises goes to the error handler.
+  /// Raises nothing: the error handler, if there is one, gets the description of what the writer raises.
   void write(const I18NString& text) override;
 
-  /// What write() would have the writer send of a text in UTF-8, valid until the next call. Empty when it is not ASCII.
+  /// The datagram that write() would send for a text that is ASCII, valid until the next call. Empty for any other
+  /// text.
   std::string_view asciiDatagram(std::string_view text);
 
+  /// A multiple of 8.
   void setFacility(int facility);
-  /// Of the event that is written next; kept for derived writers, and not sent.
+  /// The syslog value of the level of the event that is written next. It is kept for derived writers and not sent.
   void setLevel(int level) { m_level = level; }
 
  protected:
@@ -38,8 +40,8 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
 
   int m_facility = 0;
   int m_level = 0;
-  // These keep their room.
+  // Members, so that they keep their memory from one event to the next.
   I18NString m_line;
-  I18NUtf8Buffer m_asciiLine;  // begins with the priority
-  std::size_t m_prioritySize = 0;
+  I18NUtf8Buffer m_asciiLine;      // always begins with the priority
+  std::size_t m_prioritySize = 0;  // its length in bytes
 };

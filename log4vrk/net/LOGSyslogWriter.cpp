@@ -16,7 +16,7 @@ void setSyslogHost(const I18NString& host) {
   g_syslogHost = host;
 }
 
-// "localhost" from now on when there was none.
+// An empty host becomes "localhost" for all writers, so that getSyslogHost() names what is in use.
 I18NString hostToUse() {
   const LOGLeafGuard guard(g_mutex);
   if (g_syslogHost.isEmpty()) g_syslogHost = "localhost";
@@ -37,10 +37,12 @@ I18NString LOGSyslogWriter::getSyslogHost() {
 void LOGSyslogWriter::init() {
   VRKSocketAddress local(VRKSocketAddress::BUILT_IN_INTERFACE);
   VRKSocketAddress destination(VRKSocketAddress::BUILT_IN_INTERFACE);
-  // First, because the socket must be of the destination's family.
+  // Resolved first, because the socket must be of the destination's family.
   const bool known = destination.resolve(hostToUse(), SYSLOG_PORT, false);
   local.resolve(I18NString(), 0, true, known ? destination.getFamily() : VRKSocketAddress::ANY_FAMILY);
   if (!m_socket.open(local)) return;
+  // It goes on after either failure: without a destination each write() fails and is reported, and a socket that may
+  // block still sends.
   if (!known) LOGLogLog::error("LOGSyslogWriter::init --- Error in converting address.");
   m_socket.setDestination(destination);
   if (!m_socket.setNonBlocking()) LOGLogLog::error("LOGSyslogWriter::init --- fcntl function failed");
@@ -53,7 +55,7 @@ void LOGSyslogWriter::write(const I18NString& text) {
 }
 
 void LOGSyslogWriter::reportLoss() {
-  // The wrong way round on purpose: existing tools look for the lines as they are.
+  // The two texts are the wrong way round on purpose: existing tools look for these lines.
   const I18NString host = getSyslogHost();
   if (host.isEmpty()) {
     LOGLogLog::error("LOGSyslogWriter::write --- Could not send data to " + host);

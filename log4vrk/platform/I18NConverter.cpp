@@ -3,8 +3,8 @@
 std::string I18NConverter::fromUnicodeStream(const I18NString& text, std::size_t limit) {
   std::string bytes = text.toUtf8();
   if (bytes.size() <= limit) return bytes;
-  while (limit > 0 && (static_cast<unsigned char>(bytes[limit]) & 0xC0) == 0x80)
-    --limit;  // in the middle of a character
+  // Back to where a character begins: the bytes in the middle of one are 10xxxxxx.
+  while (limit > 0 && (static_cast<unsigned char>(bytes[limit]) & 0xC0) == 0x80) --limit;
   bytes.resize(limit);
   return bytes;
 }

@@ -1,4 +1,4 @@
-// Conversion of text to bytes under a limit.
+// Conversion of text to a limited number of bytes.
 
 #pragma once
 
@@ -11,6 +11,6 @@
 /// Thread safety: without state; any thread.
 class LOG4VRK_EXPORT I18NConverter {
  public:
-  /// The text in UTF-8, as much of it as fits into `limit` bytes without cutting a character.
+  /// The beginning of the text in UTF-8: as many whole characters as fit into `limit` bytes.
   static std::string fromUnicodeStream(const I18NString& text, std::size_t limit);
 };

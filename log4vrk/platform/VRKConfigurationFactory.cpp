@@ -10,12 +10,13 @@ VRKConfigurationFactory& VRKConfigurationFactory::getInstance() {
   return instance;
 }
 
+// Readers take no lock, so settings are never changed: a changed copy takes their place in one step.
 template <typename Change>
 void VRKConfigurationFactory::change(Change change) {
   const Settings* before = m_settings;
   Settings* after = nullptr;
   do {
-    delete after;  // another thread was faster
+    delete after;  // another thread changed the settings meanwhile: again, by its settings
     after = new Settings(*before);
     after->before = before;
     change(*after);
@@ -23,7 +24,7 @@ void VRKConfigurationFactory::change(Change change) {
 }
 
 void VRKConfigurationFactory::setBaseDirectory(const I18NString& directory) {
-  I18NString absolute;
+  I18NString absolute;  // from now on, wherever the program's working directory goes later
   if (!directory.isEmpty())
     absolute = I18NString(std::string_view(std::filesystem::absolute(directory.toUtf8()).string()));
   change([&](Settings& settings) { settings.baseDirectory = absolute; });

@@ -1,4 +1,4 @@
-// Where configured names lead.
+// Where the names in a configuration document lead.
 
 #pragma once
 
@@ -8,24 +8,26 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
-/// Turns names of the configuration document into paths. One instance for the process.
+/// Turns names of the configuration document into paths. There is one instance for the process. A program sets it up
+/// before its first configuration.
 ///
-/// Thread safety: any thread. What has been set is kept for good, so that nobody needs a lock to read it: set it once,
-/// before the first configuration.
+/// Thread safety: any thread. Each change keeps all earlier settings in memory for good, so that reading takes no lock:
+/// do not change them again and again.
 class LOG4VRK_EXPORT VRKConfigurationFactory {
  public:
   static VRKConfigurationFactory& getInstance();
 
-  /// Makes relative names resolve below `directory`, which becomes absolute here and now; empty leaves them relative to
-  /// the working directory, which is the default.
+  /// Makes relative names of files lead below `directory`. A relative `directory` is made absolute at once. Empty is
+  /// the default: names are then relative to the working directory at the time when a file is opened.
   void setBaseDirectory(const I18NString& directory);
 
-  /// An absolute path comes back unchanged, and so does what was resolved before.
+  /// The path of a file. An absolute or empty name comes back unchanged, and so does a path that was resolved before.
   I18NString resolvePath(const I18NString& name);
 
-  /// Where libraries that the document names are looked for, in the order of the calls.
+  /// Adds a directory in which libraries that the document names are looked for, after those that were added before.
   void addLibraryDirectory(const I18NString& directory);
-  /// The library in the first directory that has it; else the plain name, for the system's own search.
+  /// The path of the library in the first directory that has it; the plain name where none has, so that the system
+  /// searches its own directories.
   I18NString resolveLibrary(const I18NString& fileName);
 
  private:
@@ -36,7 +38,7 @@ class LOG4VRK_EXPORT VRKConfigurationFactory {
   struct Settings {
     I18NString baseDirectory;
     std::vector<I18NString> libraryDirectories;
-    const Settings* before;  // kept reachable: somebody may still read it
+    const Settings* before;  // never freed, because a thread may still be reading it; reachable for leak checkers
   };
 
   template <typename Change>

@@ -2,9 +2,10 @@
 
 #pragma once
 
-/// Marks a class or function of the public interface. Everything else is hidden inside the library. The attribute stays
-/// on in programs that use the library, so that type information and exceptions match on both sides.
+/// Marks a class or function that programs may link to; everything else is hidden inside the library. Programs that
+/// include the header see the attribute as well, so that type information and exceptions are the same on both sides.
 #define LOG4VRK_EXPORT __attribute__((visibility("default")))
 
-/// Makes an operation, a lambda, part of the code that runs it.
+/// Makes a lambda part of the code that calls it, whatever the optimizer thinks. For the way to a system call, where
+/// each call that has not returned yet costs time.
 #define VRK_INLINED __attribute__((always_inline))

@@ -4,7 +4,7 @@ VRKFileLockRW::~VRKFileLockRW() = default;
 
 void VRKFileLockRW::lock() { m_mutex.lock(); }
 
-// A shared_mutex is a read/write lock of the thread library, whose one unlock serves both modes.
+// Gives back a reader's lock, too: here a shared_mutex is a pthread_rwlock_t, which has one unlock for both modes.
 void VRKFileLockRW::unlock() { m_mutex.unlock(); }
 
 bool VRKFileLockRW::tryLock() { return m_mutex.try_lock(); }

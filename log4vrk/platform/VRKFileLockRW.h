@@ -9,8 +9,8 @@
 
 class VRKFmFile;
 
-/// A read/write lock that belongs to a file. It excludes threads of this process only: between processes a file opened
-/// for appending keeps the lines whole, because each event is one write.
+/// A read/write lock that belongs to a file. Not recursive. It keeps out threads of this process only. Other processes
+/// need no lock: they open the file for appending and write each event in one piece, which keeps the lines whole.
 class LOG4VRK_EXPORT VRK_CAPABILITY("file lock") VRKFileLockRW {
  public:
   VRKFileLockRW() = default;
@@ -25,7 +25,7 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("file lock") VRKFileLockRW {
   virtual void readLock() VRK_ACQUIRE_SHARED();
   virtual bool tryReadLock() VRK_TRY_ACQUIRE_SHARED(true);
 
-  /// The file that the lock speaks for; not owned, may be null.
+  /// The file that the lock stands for. It is lent, and may be null; the lock does nothing with it.
   void setFile(VRKFmFile* file) { m_file = file; }
   VRKFmFile* getFile() const { return m_file; }
 

@@ -28,11 +28,11 @@ void VRKFmDir::splitPath(const I18NString& path, I18NString& directory, I18NStri
 }
 
 bool VRKFmDir::makeDirectories(const I18NString& path) {
-  if (path.isEmpty() || exists(path, DIRECTORY)) return true;
+  if (path.isEmpty() || exists(path, DIRECTORY)) return true;  // empty: the parent of a relative name
   I18NString parent, name;
   splitPath(path, parent, name);
   if (!makeDirectories(parent)) return false;
-  // Somebody else may have made it in the meantime.
+  // Another thread or process may have made it since the look above.
   return ::mkdir(path.toUtf8().c_str(), S_IRWXU) == 0 || exists(path, DIRECTORY);
 }
 

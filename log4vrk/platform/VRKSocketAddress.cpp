@@ -24,12 +24,12 @@ struct Search {
   int family;
 };
 
-// Null when there is none.
+// Null when there is no such address.
 Addresses find(const I18NString& interfaceName, const I18NString& host, long port, const Search& search) {
   if (interfaceName != VRKSocketAddress::BUILT_IN_INTERFACE || port < 0 || port > LARGEST_PORT) return nullptr;
   addrinfo hints = {};
   hints.ai_family = search.family;
-  hints.ai_socktype = search.type;
+  hints.ai_socktype = search.type;  // or every address would be found once for each type of socket
   hints.ai_flags = AI_NUMERICSERV | (search.passive ? AI_PASSIVE : 0);
   const std::string name = host.toUtf8();
   const std::string service = std::to_string(port);
@@ -38,6 +38,7 @@ Addresses find(const I18NString& interfaceName, const I18NString& host, long por
   return Addresses(found);
 }
 
+// The resolver may know other families, which getLength() does not.
 bool isKnown(const addrinfo& address) { return address.ai_family == AF_INET || address.ai_family == AF_INET6; }
 
 }  // namespace

@@ -7,26 +7,30 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
-/// An IPv4 or IPv6 address with a port. Names are looked up by the interface that it is made with;
-/// "VOK_Crypto_Interface" is the built-in one, which asks the system's resolver. Any other knows no name at all.
+/// An IPv4 or IPv6 address with a port. The interface that it is made with looks names up: BUILT_IN_INTERFACE asks the
+/// system's resolver, any other knows no name at all.
 ///
 /// Thread safety: not thread-safe; a copy is independent.
-/// Errors: none is raised; what cannot be resolved has the family INVALID_FAMILY.
+/// Errors: none is raised. What cannot be resolved has the family INVALID_FAMILY.
 class LOG4VRK_EXPORT VRKSocketAddress {
  public:
+  // ANY_FAMILY asks for either; INVALID_FAMILY is that of an address that has not been resolved.
   static constexpr unsigned short ANY_FAMILY = 0;
   static constexpr unsigned short INVALID_FAMILY = 0xFFFF;
   static constexpr const char* BUILT_IN_INTERFACE = "VOK_Crypto_Interface";
 
   explicit VRKSocketAddress(const I18NString& interfaceName) : m_interface(interfaceName) {}
 
-  /// May block, as the system's resolver does. An empty host is the wildcard address when `passive`, else this machine.
-  /// Of several addresses it takes the first of IPv4, which a listener on either family hears, and one of IPv6 when
-  /// there is no other. `port` is 0 to 65535. `family` restricts the search to one family, as getFamily() names it.
+  /// Looks a host up, a name or an address in digits, and stores what is found. May block as long as the system's
+  /// resolver does. False, and no longer valid, when nothing is found. An empty host is the wildcard address when
+  /// `passive`, else this machine. `port` is 0 to 65535. `family` may restrict the search to what getFamily() returns.
+  ///
+  /// Of several addresses it takes the first of IPv4, and one of IPv6 only where there is no other: nothing tells a
+  /// sender of datagrams that nobody listens, and a listener on all addresses of IPv6 hears IPv4, too.
   bool resolve(const I18NString& host, long port, bool passive, unsigned short family = ANY_FAMILY);
 
-  /// All addresses of a name, in the order in which they should be tried: for streams, where a connection that is
-  /// refused leads to the next. Empty when there is none.
+  /// All addresses of a name, in the order in which the resolver would try them. For streams: a connection that is
+  /// refused at one is tried at the next. Empty when there is none. May block.
   static std::vector<VRKSocketAddress> resolveAll(const I18NString& interfaceName, const I18NString& host, long port);
 
   bool isValid() const { return m_family != INVALID_FAMILY; }

@@ -6,7 +6,8 @@
 
 namespace {
 
-// One byte fits into the room that the thread library keeps for libraries loaded late, and needs no call to find.
+// Its address stands for the thread. Each lock asks for it, so it is of the model that takes no call to find it. One
+// byte fits into the little room that the thread library keeps for such variables of libraries loaded late.
 __thread char t_self __attribute__((tls_model("initial-exec")));
 
 }  // namespace
@@ -14,6 +15,7 @@ __thread char t_self __attribute__((tls_model("initial-exec")));
 void VRKThreadCriticalSection::lock() {
   if (VRKFault::hit(VRKFault::LOCK)) throw VRKSystemError(EAGAIN, "critical section", VRK_HERE);
   const void* const self = &t_self;
+  // Relaxed is enough: only this thread stores its own address here, so it reads that only when it is the owner.
   if (m_owner.load(std::memory_order_relaxed) != self) {
     m_mutex.lock();
     m_owner.store(self, std::memory_order_relaxed);

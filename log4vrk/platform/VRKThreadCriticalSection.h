@@ -8,14 +8,14 @@
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKThreadSafety.h"
 
-/// A lock that its owner may take again: application code that an appender calls may come back to the same object. The
-/// integer is accepted for existing callers and changes nothing. A copy of an owner gets a lock of its own, which is
-/// free.
+/// A recursive lock: application code that an appender calls may come back to the same object. Each lock() needs an
+/// unlock() by the same thread. A copy of an object that has such a lock gets a new one, which is free.
 ///
-/// A thread that forks keeps in the child what it held; the recursive locks of the thread library cannot be given back
-/// there.
+/// A thread that forks holds in the child what it held before, and can unlock it there. A recursive mutex
+/// of the thread library cannot do that: it knows its owner by the thread's number, which is another in the child.
 class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection {
  public:
+  /// The integer is accepted for existing callers and changes nothing.
   explicit VRKThreadCriticalSection(int = 0) {}
   VRKThreadCriticalSection(const VRKThreadCriticalSection&) {}
   VRKThreadCriticalSection& operator=(const VRKThreadCriticalSection&) { return *this; }
@@ -30,8 +30,8 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
 
  private:
   std::mutex m_mutex;
-  std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has
-  int m_depth = 0;                            // the owner's
+  std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has; null: free
+  int m_depth = 0;                            // how often the owner has it; touched by the owner only
 };
 
 /// Holds a critical section for the life of a scope.

@@ -1,4 +1,4 @@
-// The scoped guard of a critical section; see VRKThreadCriticalSection.h.
+// VRKThreadGuard, the scoped guard of a critical section, under a header of its own name.
 
 #pragma once
 

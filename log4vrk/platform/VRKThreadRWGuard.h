@@ -1,4 +1,4 @@
-// The scoped guard of a file lock; see VRKFileLockRW.h.
+// VRKThreadRWGuard, the scoped guard of a file lock, under a header of its own name.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What the tests of appenders share.
+// The fixture that the tests of appenders share.
 
 #pragma once
 

@@ -6,7 +6,7 @@ namespace {
 
 using ConsoleAppenderTest = AppenderFixture;
 
-/// Catches what goes to a descriptor, in a pipe.
+/// Catches in a pipe what is written to a descriptor.
 class Captured {
  public:
   explicit Captured(int descriptor) : m_descriptor(descriptor), m_saved(::dup(descriptor)) {

@@ -4,7 +4,7 @@ namespace {
 
 constexpr int DENY = LOGFilter::m_DENY, NEUTRAL = LOGFilter::m_NEUTRAL, ACCEPT = LOGFilter::m_ACCEPT;
 
-/// A copy decides, so that copies are tested too.
+/// Asks a copy of the filter, so that copying is tested too.
 int decide(const LOGFilter& filter, const char* text, LOGLevel* level) {
   TestEvent event(text, level);
   return std::unique_ptr<LOGFilter>(filter.clone())->decide(&event);

@@ -8,7 +8,7 @@ using Files = std::map<std::string, std::string>;  // what follows "log" in the 
 
 const std::string LINE59(59, 'x');
 
-/// Knows whether other threads could find it closed while it rolled over.
+/// Notes whether other threads could have found it closed while it rolled over.
 struct WatchedAppender : LOGRollingFileAppender {
   using LOGRollingFileAppender::LOGRollingFileAppender;
   void setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) override

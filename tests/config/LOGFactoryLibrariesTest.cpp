@@ -1,4 +1,4 @@
-// The libraries that a document names. A factory stays for later documents, so that the order of these runs matters.
+// The factory libraries that a document names. A factory stays for later documents, so the order of the runs matters.
 
 #include "tests/support/Tests.h"
 

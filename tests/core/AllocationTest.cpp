@@ -1,4 +1,5 @@
-// What a log call asks of the allocator and of mutexes. In a program of its own, because it replaces both.
+// How often a log call allocates and takes mutexes. This is a program of its own, because it replaces the functions of
+// both.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// What each operation does with an error of its lock.
+
 #include "tests/support/Tests.h"
 
 using namespace vrktest;

@@ -1,5 +1,5 @@
-// Events whose message is a text and nothing else: they go to an appender of the library's own without the logger's
-// lock.
+// Events whose message is a text and nothing else. They go to an appender of the library's own classes without the
+// logger's lock.
 
 #include "tests/support/Tests.h"
 

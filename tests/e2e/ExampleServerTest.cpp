@@ -1,4 +1,4 @@
-// The example server does what its document says: renderers, a logger factory and every kind of layout in one program.
+// That the example server does what its document says: renderers, a logger factory and every kind of layout together.
 
 #include "tests/support/Tests.h"
 

@@ -1,4 +1,4 @@
-// What the example of the local UDP appender sends is what Java's object streams read.
+// That Java's object streams read what the example of the local UDP appender sends.
 
 #include "tests/support/Tests.h"
 

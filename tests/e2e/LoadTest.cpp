@@ -1,4 +1,4 @@
-// Loggers under load: while they are configured anew, through a queue and beside it, in forked children.
+// Loggers under load: while a document is read again, through a queue and beside it, and in forked children.
 
 #include "tests/support/Tests.h"
 

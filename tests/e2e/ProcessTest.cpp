@@ -1,4 +1,4 @@
-// What belongs to whole processes: crashes, several of them on one file, and what is left after many configurations.
+// What concerns whole processes: crashes, several processes on one file, and what many configurations leave behind.
 
 #include <malloc.h>
 

@@ -1,4 +1,4 @@
-// Texts that an output has to equal, kept in files.
+// Expected outputs that are kept in files.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What a datagram appender has sent.
+// A socket that receives what a datagram appender has sent.
 
 #pragma once
 

@@ -2,7 +2,7 @@
 
 #include "tests/support/Tests.h"
 
-// That what is found is right is seen where something is sent there.
+// That the addresses are right is seen in the tests of the appenders, which send something there.
 TEST(VRKSocketAddressTest, ResolvesHostsOfBothFamiliesAndPrefersIPv4) {
   constexpr const char* OURS = "VOK_Crypto_Interface";
   constexpr unsigned short NONE = 0xFFFF;

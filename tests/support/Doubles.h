@@ -1,4 +1,4 @@
-// What the tests of loggers share: stand-ins for what a program brings along, and the usual includes.
+// Stand-ins for what a program supplies (appenders, factories, messages), which the tests of loggers share.
 
 #pragma once
 

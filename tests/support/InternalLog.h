@@ -1,4 +1,4 @@
-// What the library writes to its internal log, for tests.
+// Reads what the library writes to its internal log.
 
 #pragma once
 

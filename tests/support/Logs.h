@@ -1,4 +1,4 @@
-// Reading back what was logged.
+// Reads back what was logged.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// main() of every test program: as gtest's own, but in the user's locale, as servers run.
+// main() of every test program: gtest's own, but in the locale of the environment, as servers run.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// Other processes, and the time that a test may take.
+// Helpers for tests that start processes, and the deadline of a test.
 
 #pragma once
 

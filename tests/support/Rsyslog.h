@@ -1,4 +1,4 @@
-// A real rsyslogd of a test's own: a syslog server that the tests log to, stop, kill and start again.
+// A real rsyslogd that belongs to one test, which logs to it, stops it, kills it and starts it again.
 
 #pragma once
 

@@ -1,5 +1,5 @@
-// What every test includes, precompiled where the compiler can: the library, the test framework, what the tests share,
-// and the standard headers that these do not bring along.
+// What every test includes: the library, the test framework, what the tests share, and the standard headers that these
+// do not include. Precompiled where the compiler can.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Threads of a test.
+// Helpers for tests with several threads.
 
 #pragma once
 

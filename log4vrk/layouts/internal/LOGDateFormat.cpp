@@ -23,7 +23,8 @@ constexpr struct {
     {"ISO8601", "%Y-%m-%d %H:%M:%S,%Q"},
 };
 
-// What stands before, between and after the %Q of a pattern. "%%Q" is a percent sign and a Q.
+// What stands before, between and after the %Q of a pattern. A percent sign is taken together with what follows it, so
+// that "%%Q" stays a percent sign and a Q.
 std::vector<std::string> splitAtMilliseconds(const std::string& pattern) {
   std::vector<std::string> parts(1);
   for (std::size_t i = 0; i < pattern.size(); ++i) {
@@ -38,8 +39,10 @@ std::vector<std::string> splitAtMilliseconds(const std::string& pattern) {
   return parts;
 }
 
+// Empty when the text exceeds the limit that LOGDateFormat::append() states.
 std::string strftimeText(const std::string& pattern, const std::tm& time) {
-  // The blank in front keeps a text from being empty, which strftime cannot tell from a buffer that is too small.
+  // The blank in front keeps the text from being empty: strftime returns 0 for an empty text as it does for a buffer
+  // that is too small.
   const std::string guarded = " " + pattern;
   for (std::string text(128, '\0'); text.size() <= 128 * 1024; text.resize(4 * text.size())) {
     const std::size_t length = std::strftime(text.data(), text.size(), guarded.c_str(), &time);
@@ -48,7 +51,7 @@ std::string strftimeText(const std::string& pattern, const std::tm& time) {
   return std::string();
 }
 
-// A locale may write dates in bytes that are no UTF-8.
+// A locale may write dates in bytes that are no UTF-8. Decoding them once a second spares a check of every line.
 std::string wellFormed(const std::string& text) { return I18NString(std::string_view(text)).toUtf8(); }
 
 class RelativeFormat : public LOGDateFormat {
@@ -58,7 +61,8 @@ class RelativeFormat : public LOGDateFormat {
   void append(I18NUtf8Buffer& out, const LOGDate& date) override {
     const std::int64_t seconds = date.getSeconds() - LOGLoggingEvent::getStartTime();
     const std::int32_t nanoseconds = date.getNanoseconds() - LOGLoggingEvent::getStartTimeNanos();
-    // A second is added and taken away, so that the division rounds down.
+    // The nanoseconds may be negative by less than a second, and division rounds towards zero. So a second is added
+    // before it and taken away after it.
     out.append(static_cast<long long>(seconds * 1000 + (nanoseconds + 1000 * MILLISECOND) / MILLISECOND - 1000));
   }
 };
@@ -78,14 +82,14 @@ class CalendarFormat : public LOGDateFormat {
 
   const LOGSecondText* textOf(std::int64_t second) override {
     keep(second);
-    m_text.show(0);
+    m_text.show(0);  // the caller keeps a copy, whose count begins at 0
     return &m_text;
   }
 
  private:
   void keep(std::int64_t second) {
     if (m_filled && second == m_second) return;
-    m_filled = false;  // until the whole text is that of the second
+    m_filled = false;  // if anything below raises, the old text must not pass for this second's
     const std::tm time = m_zone.at(second);
     LOGSecondText made;
     made.text = wellFormed(partOf(m_parts.front(), time));
@@ -98,14 +102,15 @@ class CalendarFormat : public LOGDateFormat {
     m_filled = true;
   }
 
+  // strftime's %b follows the locale; the named formats are English everywhere.
   std::string partOf(std::string part, const std::tm& time) const {
     const std::size_t month = m_named ? part.find("%b") : std::string::npos;
     if (month != std::string::npos) part.replace(month, 2, MONTHS[time.tm_mon]);
     return strftimeText(part, time);
   }
 
-  const std::vector<std::string> m_parts;  // milliseconds stand between two
-  const bool m_named;                      // months in English
+  const std::vector<std::string> m_parts;  // of the pattern; between two of them stand milliseconds
+  const bool m_named;                      // one of NAMED_FORMATS, whose months are English
   const LOGTimeZone m_zone;
 
   // The second whose text is kept.

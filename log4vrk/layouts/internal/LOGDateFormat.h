@@ -1,4 +1,4 @@
-// How dates are written.
+// Formats that turn moments into text.
 
 #pragma once
 
@@ -13,12 +13,15 @@
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
-/// A text in which only the milliseconds change for as long as a second lasts.
+/// The text of one second, in which only the digits of the milliseconds change.
+///
+/// Thread safety: as a plain struct.
 struct LOG4VRK_EXPORT LOGSecondText {
   std::string text;                    // in UTF-8
-  std::vector<std::size_t> positions;  // where three digits stand, "000" at first
-  std::int32_t millisecond = 0;        // that they show
+  std::vector<std::size_t> positions;  // where milliseconds stand in the text: three digits, "000" at first
+  std::int32_t millisecond = 0;        // the one that the digits show
 
+  /// Has the digits show this millisecond, 0 to 999.
   void show(std::int32_t newMillisecond) {
     if (newMillisecond != millisecond) write(newMillisecond);
   }
@@ -27,9 +30,10 @@ struct LOG4VRK_EXPORT LOGSecondText {
   void write(std::int32_t newMillisecond);
 };
 
-/// Turns moments into text. The text of a second is kept: a busy log does not work out the calendar for each event.
+/// Turns moments into text. A format keeps the text of the last second, so that a busy log works out the calendar once
+/// a second instead of once an event.
 ///
-/// Thread safety: not thread-safe; a format for each thread, or used under a lock.
+/// Thread safety: not thread-safe. Each thread has a clone(), or a lock guards the format.
 class LOG4VRK_EXPORT LOGDateFormat {
  public:
   /// `name`, in any case, is one of
@@ -38,16 +42,18 @@ class LOG4VRK_EXPORT LOGDateFormat {
   ///   ABSOLUTE  12:34:56,789
   ///   DATE      01 Aug 2026 12:34:56,789, in English whatever the locale
   ///   ISO8601   2026-08-01 12:34:56,789
-  /// Any other text is a pattern of strftime, in which %Q adds what strftime lacks: the milliseconds, three digits. Its
-  /// %s, the seconds since the epoch, is right in the process's own zone only.
+  /// Any other text is a pattern of strftime, to which %Q adds what strftime lacks: the milliseconds, three digits. A
+  /// pattern's %s, the seconds since the epoch, is right in the process's own zone only.
   static std::unique_ptr<LOGDateFormat> create(const I18NString& name, const LOGTimeZone& zone = LOGTimeZone());
 
   virtual ~LOGDateFormat();
   virtual std::unique_ptr<LOGDateFormat> clone() const = 0;
 
-  /// Appends the date. A pattern, or what stands between two %Q, appends nothing when its text exceeds 128 KiB.
+  /// Appends the date. Each stretch of a pattern between two %Q (or the whole, without one) whose text exceeds 128 KiB
+  /// is left out.
   virtual void append(I18NUtf8Buffer& out, const LOGDate& date) = 0;
   void append(I18NString& out, const LOGDate& date);
-  /// The text of a second, valid until the next call; null from a format that does not go by seconds.
+  /// The text of a second, its milliseconds 000, valid until the next call. Null from a format whose text changes
+  /// within a second in other places.
   virtual const LOGSecondText* textOf(std::int64_t second);
 };

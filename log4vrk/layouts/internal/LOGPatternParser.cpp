@@ -10,7 +10,8 @@ namespace {
 constexpr std::u16string_view DIGITS = u"0123456789";
 constexpr std::u16string_view PLAIN_LETTERS = u"%CFLMlmnptx";
 
-// Too many for any text, and ten times as many still fit into 32 bits.
+// Where numbers end: more than any text has characters. Ten times as many and 9 still fit into 32 bits, so that reading
+// one more digit cannot overflow.
 constexpr std::size_t LARGEST_NUMBER = 400000000;
 
 std::size_t numberOf(std::u16string_view digits) {
@@ -22,7 +23,7 @@ std::size_t numberOf(std::u16string_view digits) {
 bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
 bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
 
-// A surrogate pair counts once.
+// For people, who count an emoji as one character: a surrogate pair counts once.
 std::size_t charactersIn(std::u16string_view text) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -45,9 +46,10 @@ std::vector<LOGPatternConverter> LOGPatternParser::parse() {
 }
 
 void LOGPatternParser::parseItem() {
-  const std::size_t start = m_next - 1;
+  const std::size_t start = m_next - 1;  // the percent sign
   LOGPatternConverter item;
   if (readWidths(item) && readLetter(item)) {
+    // A line feed or percent sign of no fixed width joins the text around it, which is copied in one go.
     const bool isText = item.letter == u'n' || item.letter == u'%';
     if (isText && !item.isFitted()) {
       addText(item.letter == u'n' ? u"\n" : u"%");
@@ -69,6 +71,7 @@ bool LOGPatternParser::readWidths(LOGPatternConverter& item) {
   return !digits.empty();
 }
 
+// Reads the options, too. False leaves behind what has been read, which is then reported and written as text.
 bool LOGPatternParser::readLetter(LOGPatternConverter& item) {
   if (m_next == m_pattern.size()) return false;
   item.letter = m_pattern[m_next++];
@@ -78,14 +81,14 @@ bool LOGPatternParser::readLetter(LOGPatternConverter& item) {
     case u'd':
       return readDate(item);
     case u'r':
-      item.letter = u'd';
+      item.letter = u'd';  // it is written like other dates, and has no code of its own
       item.date = LOGDateFormat::create("RELATIVE");
       return true;
     default:
       break;
   }
   if (PLAIN_LETTERS.find(item.letter) != std::u16string_view::npos) return true;
-  // Reported whole.
+  // A letter outside the Basic Multilingual Plane is two units. Both belong to what is reported.
   if (isHighSurrogate(item.letter) && m_next < m_pattern.size() && isLowSurrogate(m_pattern[m_next])) ++m_next;
   return false;
 }

@@ -1,4 +1,4 @@
-// Reads the patterns of LOGPatternLayout.
+// The parser of LOGPatternLayout's patterns.
 
 #pragma once
 
@@ -10,17 +10,17 @@
 #include "log4vrk/layouts/internal/LOGPatternConverter.h"
 #include "log4vrk/platform/I18NString.h"
 
-/// Takes a pattern apart, once. An item is
+/// Takes a pattern apart into converters, once when it is set. An item of a pattern is
 ///
 ///   % [-] [minimum width] [. maximum width] letter [{option}] [{option}]
 ///
-/// with options for the letters c (one) and d (two) only: braces after other items are text. What cannot be read as an
-/// item is text too, and is reported with its place in one line of the internal log. Reading goes on after it.
+/// Only the letters c (one option) and d (two) take options: braces after other letters are text. What cannot be read
+/// as an item is text too. The internal log has one line for each such place, and reading goes on behind it.
 ///
-/// Thread safety: none; for one parse().
+/// Thread safety: not thread-safe. An object serves one parse().
 class LOGPatternParser {
  public:
-  /// Keeps no copy of the pattern.
+  /// `pattern` must outlive this object, which keeps no copy.
   explicit LOGPatternParser(const I18NString& pattern) : m_pattern(pattern.view()) {}
 
   std::vector<LOGPatternConverter> parse();
@@ -34,16 +34,16 @@ class LOGPatternParser {
 
   bool take(char16_t unit);
   std::u16string_view takeDigits();
-  /// What is in the braces that stand here; empty without braces. False when they are not closed.
+  /// Reads what stands in the braces here, or nothing where there are none. False when they are not closed.
   bool takeBraces(std::u16string_view& content);
 
-  /// Goes in front of the next item.
+  /// Adds to the text that will stand in front of the next item.
   void addText(std::u16string_view text);
   void addConverter(LOGPatternConverter converter);
   void report(std::size_t start) const;
 
   const std::u16string_view m_pattern;
   std::size_t m_next = 0;
-  std::string m_text;
+  std::string m_text;  // in front of the next item; in UTF-8
   std::vector<LOGPatternConverter> m_converters;
 };

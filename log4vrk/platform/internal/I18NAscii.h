@@ -1,4 +1,4 @@
-// The part of text conversion that nearly all text needs: ASCII in and out, many units at a time.
+// The part of text conversion that nearly all text needs: ASCII in and out, a block of units at a time.
 
 #pragma once
 
@@ -11,8 +11,11 @@
 #include <emmintrin.h>
 #endif
 
-// Each converts `count` units when all are ASCII, and otherwise returns false; then `out` holds rubbish. A rest that is
-// shorter than a block is converted with the last block that still fits, so that no unit needs a step of its own.
+// Each function converts `count` units to `out` and returns true when all of them are ASCII. Otherwise it returns
+// false, and what `out` holds means nothing. There is one test after all blocks, because text that
+// is not ASCII is rare.
+//
+// The last block ends with the last unit and may overlap the one before it, so that no rest needs a loop of its own.
 
 inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
 #ifdef __SSE2__
@@ -36,6 +39,7 @@ inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
   return (seen & 0x8080808080808080u) == 0;
 }
 
+// Packing saturates units that are no bytes, and so hides them. The test looks at the units as they were read.
 inline bool i18nNarrowAscii(const char16_t* units, std::size_t count, char* out) {
 #ifdef __SSE2__
   if (count >= 8) {

@@ -1,4 +1,4 @@
-// Copying the short pieces of ASCII of which most log messages are made.
+// Copying of short pieces of ASCII, of which most log messages are made.
 
 #pragma once
 
@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// Copies `count` bytes, `sizeof(Word)` to twice that, and returns them together, by which it can be told whether one
-/// is not ASCII.
+/// Copies `count` bytes as two words, which overlap unless `count` is twice the size of a word; `count` is between that
+/// and the size of one. Returns both words or-ed: a byte that is not ASCII shows in the top bits.
 template <typename Word>
 inline Word i18nCopyWords(const char* bytes, std::size_t count, char* out) {
   Word first, last;
@@ -18,7 +18,7 @@ inline Word i18nCopyWords(const char* bytes, std::size_t count, char* out) {
   return first | last;
 }
 
-/// Copies up to 16 bytes when all are ASCII, and otherwise returns false; then `out` holds rubbish.
+/// Copies up to 16 bytes and returns true when all are ASCII. Otherwise returns false; what `out` holds means nothing.
 inline bool i18nCopyShortAscii(const char* bytes, std::size_t count, char* out) {
   if (count >= 8) return (i18nCopyWords<std::uint64_t>(bytes, count, out) & 0x8080808080808080u) == 0;
   if (count >= 4) return (i18nCopyWords<std::uint32_t>(bytes, count, out) & 0x80808080u) == 0;

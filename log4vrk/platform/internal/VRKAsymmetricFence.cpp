@@ -6,11 +6,11 @@
 
 namespace {
 
-constexpr useconds_t LONG_ENOUGH = 10000;
+constexpr useconds_t LONG_ENOUGH = 10000;  // in microseconds
 
 bool barrier(int command) { return ::syscall(SYS_membarrier, command, 0, 0) == 0; }
 
-// The thread sanitizer knows nothing of the barrier, and would not see what it is there to check.
+// The thread sanitizer does not know membarrier. It checks the two-sided way, whose order it understands.
 bool prepare() {
 #ifdef __SANITIZE_THREAD__
   return false;
@@ -24,11 +24,12 @@ bool prepare() {
 
 }  // namespace
 
-// False until the library has been loaded, which is the slower way and as good.
+// Statics of other files may use it before it is set. It is false then, which is the slower way and just as right.
 const bool VRKAsymmetricFence::m_oneSided = prepare();
 
 void VRKAsymmetricFence::order() {
   if (!m_oneSided || barrier(MEMBARRIER_CMD_PRIVATE_EXPEDITED)) return;
-  // A filter of system calls that came after the library: what others have stored is seen long before this is over.
+  // The program has forbidden the system call since the library was loaded, and A still relies on it. A processor makes
+  // its stores visible long before this time is over.
   ::usleep(LONG_ENOUGH);
 }

@@ -1,4 +1,4 @@
-// Order between a thread that says something all the time and one that seldom wants to know.
+// The memory barrier between threads that enter something all the time and one that seldom closes it.
 
 #pragma once
 
@@ -6,16 +6,15 @@
 
 #include "log4vrk/platform/VRKExport.h"
 
-/// A says "I am in" and then looks whether it may; B says "keep out" and then looks whether anybody is in. At least one
-/// of them has to see what the other has said, which takes a full barrier on both sides. Where the system can put one
-/// into all running threads of the process, B pays for both: A is saved some ten nanoseconds each time, B needs a few
-/// microseconds.
+/// Thread A stores "I am in" and then loads whether it is closed. Thread B stores "closed" and then loads whether
+/// anybody is in. At least one of them has to see what the other has stored, which takes a full barrier between store
+/// and load on both sides. Where the system can run a barrier in all threads of the process (membarrier), B has it run
+/// A's: a log call is A several times and saves nanoseconds each time, and B pays microseconds.
 ///
 /// Thread safety: any thread.
 class LOG4VRK_EXPORT VRKAsymmetricFence {
  public:
-  /// A's: stores `value`. What A has stored before is seen by whoever sees it, and what it loads afterwards is loaded
-  /// afterwards.
+  /// A's store. Whoever sees `value` also sees what A stored before it. A's later loads come after it.
   template <typename Value>
   static void store(std::atomic<Value>& place, Value value) {
     if (m_oneSided) {
@@ -25,9 +24,9 @@ class LOG4VRK_EXPORT VRKAsymmetricFence {
       place.store(value, std::memory_order_seq_cst);
     }
   }
-  /// B's, between its sequentially consistent store and its first load.
+  /// B calls it between its store, which is sequentially consistent, and its first load.
   static void order();
 
  private:
-  static const bool m_oneSided;
+  static const bool m_oneSided;  // membarrier is there, so that A needs no barrier
 };

@@ -15,7 +15,7 @@ const sockaddr* systemForm(const VRKSocketAddress& address) {
   return static_cast<const sockaddr*>(address.getAddress());
 }
 
-// What an attempt with the same datagram would meet again.
+// Errors that a second attempt would meet again: no room for the datagram, a datagram too large, or no socket.
 bool isFinal(int error) { return error == EAGAIN || error == EMSGSIZE || error == ENOBUFS || error == EBADF; }
 
 }  // namespace
@@ -65,7 +65,8 @@ void VRKDatagramSocket::setDestination(const VRKSocketAddress& destination) {
   connect();
 }
 
-// Begins with no destination, so that the system chooses route and source address by the state of the network now.
+// Takes the old destination away first. Only then does the system choose route and source address anew, by the network
+// as it is now. Where connecting fails, send() names the destination for each datagram.
 void VRKDatagramSocket::connect() {
   sockaddr none = {};
   none.sa_family = AF_UNSPEC;
@@ -85,8 +86,9 @@ bool VRKDatagramSocket::send(const void* bytes, std::size_t count) {
   if (!m_destination.isValid()) return false;
   if (sendOnce(bytes, count)) return true;
   if (isFinal(errno)) return false;
-  // A connected socket learns of failures that an unconnected one does not see: an earlier datagram found nobody, or
-  // the network has changed since. Neither may cost this one.
+  // A connected socket reports what an unconnected one would not: that nobody heard an earlier datagram, or that its
+  // source address is gone because the network has changed. Neither may cost this datagram, so it is sent once more. In
+  // the first case reporting has cleared the error; in the second the socket has to be connected again.
   if (errno != ECONNREFUSED) connect();
   return sendOnce(bytes, count);
 }

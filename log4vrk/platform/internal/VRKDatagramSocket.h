@@ -7,13 +7,13 @@
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKSocketAddress.h"
 
-/// Sends datagrams to one destination. Failures are returned, not raised, and nothing is known of what becomes of a
-/// datagram that was sent.
+/// Sends datagrams to one destination. What becomes of a datagram that the system has taken is not known.
 ///
-/// Thread safety: not thread-safe; the caller holds the lock of whoever owns the socket. A forked child may go on with
-/// its parent's.
-/// Ownership: the descriptor is the socket's and does not outlive an exec. A copy has a descriptor of its own, of the
-/// same system socket.
+/// Thread safety: not thread-safe; the caller holds the lock of the socket's owner. A forked child may go on sending
+/// through its parent's socket.
+/// Ownership: the descriptor is this object's, and is closed by an exec. A copy duplicates the descriptor, and
+/// both lead to one socket of the system.
+/// Errors: operations return false when the system refuses; none is raised.
 class LOG4VRK_EXPORT VRKDatagramSocket {
  public:
   VRKDatagramSocket() = default;
@@ -22,17 +22,17 @@ class LOG4VRK_EXPORT VRKDatagramSocket {
   VRKDatagramSocket(VRKDatagramSocket&& other) noexcept;
   VRKDatagramSocket& operator=(VRKDatagramSocket other) noexcept;
 
-  /// Binds a new socket to `local`, whose family is that of the destination to come. What was open before is closed.
+  /// Opens a new socket, bound to `local`, and closes the one before. `local` has the family of the later destination.
   bool open(const VRKSocketAddress& local);
-  /// Of the system's buffers for sending and for receiving.
+  /// Sets the sizes of the system's buffers for sending and for receiving.
   bool setBufferSizes(int bytes);
-  /// From here on send() never waits: what the system has no room for is lost.
+  /// From here on send() never waits: it fails when the system has no room.
   bool setNonBlocking();
-  /// Where send() sends to. An address that is not valid makes every send() fail.
+  /// Sets where send() sends to. With an address that is not valid every send() fails.
   void setDestination(const VRKSocketAddress& destination);
-  /// One datagram. False when the system has refused it; that nobody listened to an earlier one is no such case.
+  /// Sends one datagram. False when the system refuses it. That nobody listened to an earlier one is no reason.
   bool send(const void* bytes, std::size_t count);
-  /// May be repeated.
+  /// Does nothing when the socket is closed.
   void close();
 
   bool isOpen() const { return m_descriptor >= 0; }
@@ -42,6 +42,6 @@ class LOG4VRK_EXPORT VRKDatagramSocket {
   bool sendOnce(const void* bytes, std::size_t count);
 
   int m_descriptor = -1;
-  bool m_connected = false;  // the system knows the destination, and need not look for the way at every datagram
+  bool m_connected = false;  // the system knows the destination, and does not look its route up for each datagram
   VRKSocketAddress m_destination{VRKSocketAddress::BUILT_IN_INTERFACE};
 };

@@ -7,7 +7,8 @@
 
 namespace {
 
-// With a slash at its end. Where the file was when it was loaded, whatever the working directory has become since.
+// The folder of this library's file, with a slash at its end; empty when it is not known. RTLD_DI_ORIGIN is absolute:
+// the name that dladdr() tells may be relative to a working directory that has changed since the library was loaded.
 std::string ownFolder() {
   static const char inside = 0;
   Dl_info information;
@@ -24,7 +25,7 @@ void* VRKDynamicLibrary::open(const I18NString& path) { return ::dlopen(path.toU
 
 void* VRKDynamicLibrary::openModule(const char* name, I18NString& reason) {
   if (void* const module = ::dlopen((ownFolder() + name).c_str(), RTLD_LAZY)) return module;
-  reason = ::dlerror();
+  reason = ::dlerror();  // before the next attempt, whose "not found" would hide it
   return ::dlopen(name, RTLD_LAZY);
 }
 

@@ -4,17 +4,21 @@
 
 #include "log4vrk/platform/I18NString.h"
 
-/// For the library's own use.
+/// Opens libraries and finds functions in them. For the library's own use.
 ///
 /// Thread safety: without state; any thread.
+/// Ownership: who opens a library closes it, or keeps it open for good.
 class VRKDynamicLibrary {
  public:
-  /// Null when it cannot be loaded. Functions are bound when they are first called.
+  /// Null when it cannot be loaded. Its functions are bound when they are first called, so that it loads even if one
+  /// that nobody calls is missing.
   static void* open(const I18NString& path);
-  /// The module of that name beside the library's own file, else where the system looks for libraries. Null when it
-  /// cannot be loaded; `reason` then says why it cannot be loaded from beside the library.
+  /// Opens the module of that name beside this library's own file, or else where the system looks for libraries. Null
+  /// when neither can be loaded; `reason` then says what is wrong with the one beside the library.
   static void* openModule(const char* name, I18NString& reason);
-  /// Null when there is none, and for a null handle, which the system would take for the whole process.
+  /// Null when the library has no such symbol, and for a null handle. (The system would search the whole process for a
+  /// null handle, and might find the function of another library.)
   static void* symbol(void* handle, const char* name);
+  /// False when the system refuses.
   static bool close(void* handle);
 };

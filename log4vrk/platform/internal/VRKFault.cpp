@@ -9,6 +9,7 @@ struct Plan {
 
 Plan g_plans[VRKFault::POINTS];
 
+// Counts down to 0 and no further, however many threads come at once.
 bool takeOne(std::atomic<int>& counter) {
   int left = counter.load();
   while (left > 0) {
@@ -34,5 +35,5 @@ void VRKFault::disarm() {
 
 bool VRKFault::take(Point point) {
   Plan& plan = g_plans[point];
-  return !takeOne(plan.skip) && takeOne(plan.times);
+  return !takeOne(plan.skip) && takeOne(plan.times);  // in this order: those that are skipped come first
 }

@@ -1,4 +1,4 @@
-// Failures that cannot be had on demand, for tests.
+// Failures on demand, for tests.
 
 #pragma once
 
@@ -6,12 +6,13 @@
 
 #include "log4vrk/platform/VRKExport.h"
 
-/// Makes a platform operation fail as if the system had refused it. Only tests arm it; a program that never does pays
-/// one relaxed load for each operation that could fail.
+/// Makes an operation of the platform fail as if the system had refused it, which tests cannot bring about otherwise.
+/// Only tests arm faults. In a program each operation that could fail costs one relaxed load.
 ///
-/// Thread safety: any thread may meet an armed fault; arm and disarm from one thread.
+/// Thread safety: any thread may meet an armed fault. One thread at a time arms and disarms.
 class LOG4VRK_EXPORT VRKFault {
  public:
+  /// Where a failure can be injected.
   enum Point {
     LOCK,
     SLEEP,
@@ -26,11 +27,12 @@ class LOG4VRK_EXPORT VRKFault {
     LIBRARY,
     SOCKET_OPEN,
     SOCKET_MODE,
-    POINTS
+    POINTS  // how many there are
   };
 
   /// Lets `skip` operations at the point succeed, then makes the next `times` of them fail.
   static void arm(Point point, int times = 1, int skip = 0);
+  /// No point fails any more.
   static void disarm();
 
   /// True when the operation is to fail.

@@ -2,6 +2,6 @@
 
 #pragma once
 
-/// Has `prepare` called before every later fork, and `parent` or `child` after it, each on the forking thread. What was
-/// registered last prepares first. For the library's own use.
+/// Has `prepare` called before every later fork, and after it `parent` in the parent and `child` in the child, each on
+/// the forking thread. Of several registrations the last prepares first. They stay for good. For the library's own use.
 void vrkAtFork(void (*prepare)(), void (*parent)(), void (*child)());

@@ -6,8 +6,9 @@
 
 #include "log4vrk/platform/internal/VRKThreadSafety.h"
 
-/// A lock that is held for a few instructions only: never over a call into application code, never while another
-/// VRKMutex is taken. May be a static: it is ready before the first constructor of the process and never destroyed.
+/// A lock that is held for a few instructions only: never over a call into application code, and never while another
+/// VRKMutex is taken. So it needs no order among its kind. As a static it is ready before the first constructor of the
+/// process runs, and its destructor does nothing.
 class VRK_CAPABILITY("mutex") VRKMutex {
  public:
   constexpr VRKMutex() = default;
@@ -21,6 +22,7 @@ class VRK_CAPABILITY("mutex") VRKMutex {
   std::mutex m_mutex;
 };
 
+/// Holds a VRKMutex for the life of a scope.
 class VRK_SCOPED_CAPABILITY VRKMutexGuard {
  public:
   explicit VRKMutexGuard(VRKMutex& mutex) VRK_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }

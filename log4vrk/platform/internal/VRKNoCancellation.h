@@ -1,9 +1,9 @@
-// Work that a cancelled thread still finishes.
+// Keeps a thread from being cancelled in the middle of something.
 
 #pragma once
 
-/// Puts off the cancellation of the calling thread for the life of a scope: what runs in a destructor cannot be
-/// unwound.
+/// Puts off the cancellation (pthread_cancel) of the calling thread for the life of a scope. For destructors: a
+/// cancellation unwinds the stack like an exception, and one that leaves a destructor ends the process.
 class VRKNoCancellation {
  public:
   VRKNoCancellation();
@@ -12,5 +12,5 @@ class VRKNoCancellation {
   VRKNoCancellation& operator=(const VRKNoCancellation&) = delete;
 
  private:
-  int m_before;
+  int m_before;  // the state to go back to: scopes may be nested
 };

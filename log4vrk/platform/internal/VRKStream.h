@@ -1,4 +1,4 @@
-// A connection that never blocks, in the clear or not.
+// The interface of a connection that never blocks, encrypted or not.
 
 #pragma once
 
@@ -7,8 +7,10 @@
 
 #include "log4vrk/platform/VRKExport.h"
 
+/// Bytes to and from one peer. Its user waits for the descriptor between the calls.
+///
 /// Thread safety: not thread-safe.
-/// Errors: what fails returns so for good, and failure() says why, for people.
+/// Errors: none is raised. Once an operation has failed all of them fail, and failure() says why, for people.
 class LOG4VRK_EXPORT VRKStream {
  public:
   enum Progress { PENDING, READY, FAILED };
@@ -18,16 +20,16 @@ class LOG4VRK_EXPORT VRKStream {
   VRKStream(const VRKStream&) = delete;
   VRKStream& operator=(const VRKStream&) = delete;
 
-  /// Goes on with connecting, as far as that goes without waiting. Once READY it need not be called again.
+  /// Goes on with connecting as far as that goes without waiting. It is called until it returns READY.
   virtual Progress advance() = 0;
-  /// How many bytes it read; 0 when there are none yet, -1 when the connection is over.
+  /// Returns how many bytes it has read: 0 when there are none yet, -1 when the connection is over.
   virtual long read(char* buffer, std::size_t size) = 0;
-  /// How many bytes it took; 0 when it takes none yet, -1 when the connection is over.
+  /// Returns how many of the bytes it has taken: 0 when it takes none yet, -1 when the connection is over.
   virtual long write(const char* bytes, std::size_t count) = 0;
 
-  /// What to wait for between two calls: that the descriptor can be read, or, when the stream has something to write,
-  /// written.
+  /// What to wait for between two calls: until it can be read or, when hasToWrite(), written.
   virtual int descriptor() const = 0;
+  /// Whether the stream itself has something to write, such as a step of connecting.
   virtual bool hasToWrite() const = 0;
 
   const std::string& failure() const { return m_failure; }

@@ -14,7 +14,7 @@
 
 namespace {
 
-// What ICU's calendars can express, which is less than 64 bits can.
+// What ICU's calendars can express: 100 million days on either side of 1970.
 constexpr std::int64_t MOST_SECONDS = 8640000000000;
 
 // "CET", "EDT"; "GMT+5:45" where no abbreviation is in use.
@@ -24,7 +24,7 @@ std::string shortName(const icu::TimeZone& zone, double milliseconds, bool summe
   char region[8] = "";
   UErrorCode status = U_ZERO_ERROR;
   icu::TimeZone::getRegion(id, region, sizeof region, status);
-  // Some abbreviations are known in their own country only, such as BST.
+  // In the English of the zone's own country, because ICU knows some abbreviations, such as BST, only there.
   const icu::Locale locale("en", U_SUCCESS(status) ? region : nullptr);
 
   icu::UnicodeString name;
@@ -42,6 +42,8 @@ class IcuTimeZone : public VRKTimeZone {
  public:
   explicit IcuTimeZone(std::unique_ptr<const icu::TimeZone> zone) : m_zone(std::move(zone)) {}
 
+  // The offset is ICU's and the calendar gmtime_r()'s. To have localtime_r() do both would take a change of TZ, which
+  // is the whole process's.
   std::tm at(std::int64_t seconds) const override {
     seconds = std::clamp(seconds, -MOST_SECONDS, MOST_SECONDS);
     const double milliseconds = 1000.0 * static_cast<double>(seconds);
@@ -70,11 +72,12 @@ class IcuTimeZone : public VRKTimeZone {
 
   const std::unique_ptr<const icu::TimeZone> m_zone;
   mutable VRKMutex m_mutex;
-  // By offset and summer time. Nodes stay where they are, so that names can be lent.
+  // By offset and summer time. The results of at() point to the names, so they are kept, and in a map, whose nodes stay
+  // where they are.
   mutable std::map<std::pair<std::int32_t, bool>, std::string> m_names VRK_GUARDED_BY(m_mutex);
 };
 
-// ICU reads offsets after GMT only.
+// ICU reads offsets after GMT only, and does not know "Z".
 I18NString icuName(const I18NString& name) {
   if (name.isEmpty()) return name;
   if (name[0] == u'+' || name[0] == u'-') return "GMT" + name;
@@ -92,6 +95,7 @@ std::shared_ptr<const VRKTimeZone> VRKTimeZone::find(const I18NString& name) {
   std::unique_ptr<const icu::TimeZone> zone(icu::TimeZone::createTimeZone(
       icu::UnicodeString(known.view().data(), static_cast<std::int32_t>(known.length()))));
   icu::UnicodeString id;
+  // ICU makes a zone of any name. Its id tells whether it knew the name.
   if (zone == nullptr || zone->getID(id) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID)) return nullptr;
   return std::make_shared<const IcuTimeZone>(std::move(zone));
 }

@@ -1,4 +1,4 @@
-// Each factory knows its number, and its loggers have it in the name of their class.
+// A library of logger factories. Each factory has a number, which is in the type name of the loggers that it makes.
 
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggerFactory.h"

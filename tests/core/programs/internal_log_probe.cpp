@@ -1,5 +1,5 @@
-// Uses the internal log, whose settings are read once in a process: what the words say, one after the other. Prints its
-// two flags at the end.
+// Uses the internal log as the words say, one after the other, and prints its two flags at the end. It is a program,
+// because a process reads the settings of the internal log only once.
 //
 //   internal_log_probe <word>...
 

@@ -1,5 +1,5 @@
-// Logs with the life of the process: from a static before and after main(), and from a thread's own object at the
-// thread's end.
+// Logs at the edges of a process's life: from a static object before and after main(), and from an object of a thread
+// when the thread ends.
 
 #include <thread>
 

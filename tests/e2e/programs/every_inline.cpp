@@ -1,5 +1,5 @@
-// Links only when the library shows what the inline functions of its headers need: all of them are compiled into this
-// program.
+// Compiles every inline function of the library's headers. So it links only when the library exports all that they
+// call.
 
 #include "log4vrk/log4vrk.h"
 

@@ -1,4 +1,4 @@
-// Renders an object as its text in brackets, and knows how many of its renderers live.
+// A library of renderers that write an object as its text in brackets. It counts the renderers that are alive.
 
 #include <atomic>
 

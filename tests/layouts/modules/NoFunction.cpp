@@ -1,1 +1,1 @@
-// A library that offers nothing.
+// A library without the function that the library looks for.
