@@ -1,3 +1,7 @@
+#include <sys/resource.h>
+
+#include <csignal>
+
 #include "tests/appenders/AppenderFixture.h"
 
 using namespace vrktest;
@@ -136,4 +140,65 @@ TEST_F(FileAppenderTest, WritesItsBufferAtExitAndLeavesThatOfItsParentAlone) {
   EXPECT_EQ(m_dir.read("log"), "child\n");
   appender.close();
   EXPECT_EQ(m_dir.read("log"), "child\nparent\n");
+}
+
+// A limit on the size of files stops a write half-way, as a full disk does.
+TEST_F(FileAppenderTest, WhatFollowsATornLineBeginsANewOne) {
+  LOGFileAppender direct(&m_layout, path("direct"));
+  LOGFileAppender buffered(&m_layout, path("buffered"), 0, 1, 25);
+  const auto writeAround = [&](rlim_t limit) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before;
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    for (LOGFileAppender* appender : {&direct, &buffered}) {
+      const rlimit small{limit, before.rlim_max};
+      ::setrlimit(RLIMIT_FSIZE, &small);
+      log(*appender, "first line", "second line", "third line");
+      ::setrlimit(RLIMIT_FSIZE, &before);
+      log(*appender, "fourth line");
+      appender->close();
+    }
+  };
+  writeAround(15);
+  EXPECT_EQ(m_dir.read("direct"), "first line\nseco\nfourth line\n");
+  EXPECT_EQ(m_dir.read("buffered"), "first line\nseco\nfourth line\n");
+  EXPECT_EQ(m_log.count("LOGQuietWriter::write -- VRKThrowable exception occurred"), 4) << "two events each";
+}
+
+// One of the program's own that hands its events on: only what the dispatcher itself releases may be held back.
+TEST_F(FileAppenderTest, AFileBehindAnAppenderOfTheProgramWritesAtOnce) {
+  LOGFileAppender file(&m_layout, path("log"));
+  RecordingAppender wrapper;
+  wrapper.onAppend = [&](const std::string& text) { log(file, text); };
+  LOGAsyncAppender queue;
+  queue.addAppender(&wrapper);
+  log(queue, "one", "two");
+  EXPECT_TRUE(eventually([&] { return m_dir.read("log") == "one\ntwo\n"; }));
+}
+
+// The writer of a derived class is used and counted; whoever holds its lock keeps the appender from writing.
+TEST_F(FileAppenderTest, AWriterOfTheProgramsOwnTakesEveryLine) {
+  struct Writer : LOGCountingQuietWriter {
+    using LOGCountingQuietWriter::LOGCountingQuietWriter;
+    void write(VRKFmFile* file, const I18NString& text) override { LOGCountingQuietWriter::write(file, "> " + text); }
+  };
+  struct Rolling : LOGRollingFileAppender {
+    void setQWForFiles() override {
+      m_qw.reset();  // the next may get the same address
+      m_qw = std::make_unique<Writer>(nullptr, m_file.get());
+    }
+    LOGQuietWriter& writer() { return *m_qw; }
+  } rolling;
+  rolling.setLayout(&m_layout);
+  rolling.setMaximumFileSize(10);
+  rolling.setFile(path("log"), 0, 0, 0);
+  log(rolling, "one", "two", "three");
+  EXPECT_EQ(m_dir.read("log.1") + m_dir.read("log"), "> one\n> two\n> three\n");
+  rolling.writer().lock();
+  std::thread logging([&] { log(rolling, "four"); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_EQ(m_dir.read("log"), "> three\n");
+  rolling.writer().unlock();
+  logging.join();
+  EXPECT_EQ(m_dir.read("log.1"), "> three\n> four\n");
 }

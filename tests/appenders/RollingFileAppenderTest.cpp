@@ -137,3 +137,34 @@ TEST_F(RollingFileAppenderTest, LosesNoEventOfThreadsThatMeetARollOver) {
   EXPECT_EQ(bytes, 2u * 400 * 60);
   EXPECT_FALSE(appender.lookedClosed);
 }
+
+// Written directly, behind a queue, and with a buffer: what is not written does not count, and each event that is lost
+// has its line, with the text of the writer.
+TEST_F(RollingFileAppenderTest, AFullDiskRollsNoBackupAwayAndReportsEachLostEvent) {
+  for (const std::string way : {"direct", "queued", "buffered"}) {
+    const InternalLog log;
+    for (const char* suffix : {".1", ".2", ".3"}) m_dir.write(way + suffix, std::string("good") + suffix);
+    LOGRollingFileAppender file;
+    file.setLayout(&m_layout);
+    file.setMaximumFileSize(60);
+    file.setMaxBackupIndex(3);
+    file.setFile(path(way), 0, way == "buffered" ? 1 : 0, 40);
+    LOGAsyncAppender queue;
+    queue.addAppender(&file);
+    VRKFault::arm(VRKFault::FILE_WRITE, 1000);
+    Tree tree;
+    LOGLogger* const logger = tree.getLogger("a");
+    logger->addAppender(way == "queued" ? static_cast<LOGAppenderSkeleton*>(&queue) : &file);
+    for (int i = 0; i < 40; ++i) logger->info("an event that is lost");
+    queue.close();
+    if (way == "buffered") {
+      EXPECT_GE(log.count("LOGCountingQuietWriter::write -- VRKThrowable exception occurred"), 39) << way;
+    } else {
+      EXPECT_EQ(log.count("LOGCountingQuietWriter::write -- VRKThrowable exception occurred"), 40) << way;
+    }
+    VRKFault::disarm();
+    for (const char* suffix : {".1", ".2", ".3"}) EXPECT_EQ(m_dir.read(way + suffix), std::string("good") + suffix);
+    EXPECT_EQ(m_dir.read(way), "");
+    logger->removeAllAppenders();
+  }
+}

@@ -15,14 +15,14 @@ constexpr long EACH = 250000;
 // Which logger has which appender: "file", of that class, or "async" before it.
 using References = std::map<std::string, std::string>;
 
-std::string loadDocument(const TempDir& dir, const References& references,
+std::string loadDocument(const TempDir& dir, Way way, const References& references,
                          const std::string& fileClass = "RollingFileAppender", long fileSize = 1000000) {
   std::string document = R"(<log4j:configuration>
     <appender name="file" class="@CLASS@">
       <param name="File" value="@DIR@/all.log"/>
       <param name="MaximumFileSize" value="@SIZE@"/>
       <param name="MaxBackupIndex" value="1000"/>
-      <layout class="SimpleLayout"/>
+      @LAYOUT@
     </appender>
     <appender name="async" class="AsyncAppender">
       <param name="BufferSize" value="512"/><appender-ref ref="file"/></appender>
@@ -32,23 +32,24 @@ std::string loadDocument(const TempDir& dir, const References& references,
     document += replaced("<appender-ref ref='@'/></logger>", "@", appender);
   }
   document = replaced(replaced(document, "@CLASS@", fileClass), "@SIZE@", std::to_string(fileSize));
+  document = replaced(document, "@LAYOUT@", layoutOf(way));
   return dir.write("log.xml", replaced(document, "@DIR@", dir.path()) + "</log4j:configuration>");
 }
 
-void logNumbers(const std::string& loggerName, int writer, long count) {
+void logNumbers(const std::string& loggerName, Way way, int writer, long count) {
   LOGLogger* const logger = LOGManager::getLogger(loggerName.c_str());
-  for (long n = 1; n <= count; ++n) LOG4VRK_ERROR(logger, writer << " " << n << " end");
+  for (long n = 1; n <= count; ++n) logNumber(logger, way, writer, n);
 }
 
 // While threads log, their loggers are configured anew, and get other levels and appenders.
-void loseAndRepeatNothing(const References& references, const char* other, long each, long fileSize,
+void loseAndRepeatNothing(Way way, const References& references, const char* other, long each, long fileSize,
                           int configurations) {
   const TempDir dir;
-  const std::string document = loadDocument(dir, references, "RollingFileAppender", fileSize);
+  const std::string document = loadDocument(dir, way, references, "RollingFileAppender", fileSize);
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
   std::atomic<bool> done{false};
   std::thread logging([&] {
-    onThreads(8, [&](int t) { logNumbers(t % 2 == 0 ? "load.inner.most" : other, t, each); });
+    onThreads(8, [&](int t) { logNumbers(t % 2 == 0 ? "load.inner.most" : other, way, t, each); });
     done = true;
   });
   LOGLogger* const logger = LOGManager::getLogger("load");
@@ -73,17 +74,25 @@ void loseAndRepeatNothing(const References& references, const char* other, long 
   EXPECT_EQ(nullptr, logger->getAppender("passing"));
 }
 
-TEST(Reconfiguration, LosesAndRepeatsNothing) { loseAndRepeatNothing({{"load", "file"}}, "load", 20000, 50000, 100); }
-TEST(Reconfiguration, LosesAndRepeatsNothingThroughAQueue) {
-  loseAndRepeatNothing({{"direct", "file"}, {"load", "async"}}, "direct.a", EACH, 1000000, 20);
+using Reconfiguration = BothWays;
+LOG4VRK_ON_BOTH_WAYS(Reconfiguration);
+
+TEST_P(Reconfiguration, LosesAndRepeatsNothing) {
+  loseAndRepeatNothing(GetParam(), {{"load", "file"}}, "load", 10000, 50000, 50);
+}
+TEST_P(Reconfiguration, LosesAndRepeatsNothingThroughAQueue) {
+  loseAndRepeatNothing(GetParam(), {{"direct", "file"}, {"load", "async"}}, "direct.a", EACH / 2, 1000000, 20);
 }
 
+struct Queues : BothWays {};
+LOG4VRK_ON_BOTH_WAYS(Queues);
+
 // The dispatcher holds events back to write many at once; those who log directly write at once, and behind them.
-TEST(Async, SharesAFileWithThoseWhoLogDirectly) {
+TEST_P(Queues, ShareAFileWithThoseWhoLogDirectly) {
   const TempDir dir;
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(
-                   loadDocument(dir, {{"direct", "file"}, {"queued", "async"}}, "FileAppender").c_str()));
-  onThreads(4, [](int t) { logNumbers(t % 2 == 0 ? "queued" : "direct", t, EACH / 10); });
+                   loadDocument(dir, GetParam(), {{"direct", "file"}, {"queued", "async"}}, "FileAppender").c_str()));
+  onThreads(4, [](int t) { logNumbers(t % 2 == 0 ? "queued" : "direct", GetParam(), t, EACH / 10); });
   LOG4VRKConfigurator::shutdown();
   expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, EACH / 10);
 }
@@ -135,19 +144,19 @@ TEST(Async, OutlivesWhateverMeets) {
   }
 }
 
-TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
+TEST_P(Queues, AForkedChildLogsForItselfAndTheParentLosesNothing) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
 #endif
   const TempDir dir;
-  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(loadDocument(dir, {{"load", "async"}}).c_str()));
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(loadDocument(dir, GetParam(), {{"load", "async"}}).c_str()));
   LOGLogger* const logger = LOGManager::getLogger("load");
   std::atomic<bool> done{false};
   std::atomic<long> counts[4] = {};
   std::thread forking([&] {
-    for (int child = 0; child < 1000; ++child) {
+    for (int child = 0; child < 500; ++child) {
       const auto log = [&] {
-        logNumbers("load", 100 + child, 2);
+        logNumbers("load", GetParam(), 100 + child, 2);
         LOG4VRKConfigurator::shutdown();
       };
       ASSERT_EQ(0, statusInChild(log, 10)) << "child " << child;
@@ -155,14 +164,14 @@ TEST(Async, AForkedChildLogsForItselfAndTheParentLosesNothing) {
     done = true;
   });
   onThreads(4, [&](int t) {
-    while (!done && counts[t] < 5000) LOG4VRK_INFO(logger, t << " " << ++counts[t] << " end");
+    while (!done && counts[t] < 5000) logNumber(logger, GetParam(), t, ++counts[t]);
   });
   forking.join();
   LOG4VRKConfigurator::shutdown();
   std::map<int, long> last;
   ASSERT_NO_FATAL_FAILURE(lastNumbers(linesWithBackups(dir.file("all.log")), last));
   for (int t = 0; t < 4; ++t) EXPECT_EQ(counts[t], last[t]);
-  for (int child = 0; child < 1000; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
+  for (int child = 0; child < 500; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
 }
 
 }  // namespace

@@ -8,25 +8,30 @@ using namespace vrktest;
 
 namespace {
 
-void log(int writer, long count, std::atomic<long>& returned) {
+void log(Way way, int writer, long count, std::atomic<long>& returned) {
   LOGLogger* const logger = LOGManager::getLogger("process");
   for (long n = 1; n <= count; ++n) {
-    LOG4VRK_INFO(logger, writer << " " << n << " end");
+    logNumber(logger, way, writer, n);
     returned = n;
   }
 }
 
-TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
+using Crash = BothWays;
+using Processes = BothWays;
+LOG4VRK_ON_BOTH_WAYS(Crash);
+LOG4VRK_ON_BOTH_WAYS(Processes);
+
+TEST_P(Crash, NoEventIsLostWhoseLogCallHadReturned) {
   const TempDir dir;
-  const std::string document = fileDocument(dir);
+  const std::string document = fileDocument(dir, GetParam());
   auto& returned = sharedWithChildren<std::atomic<long>>();
   std::mt19937 random(20261121);
-  for (int kill = 0; kill < 100; ++kill) {
+  for (int kill = 0; kill < 50; ++kill) {
     dir.write("all.log", "");
     returned = 0;
     const pid_t child = startChild([&] {
       LOG4VRKConfigurator::initialize(document.c_str());
-      log(0, std::numeric_limits<long>::max(), returned);
+      log(GetParam(), 0, std::numeric_limits<long>::max(), returned);
     });
     ASSERT_TRUE(eventually([&] { return returned > 0; }));
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000));
@@ -40,15 +45,15 @@ TEST(Crash, NoEventIsLostWhoseLogCallHadReturned) {
   }
 }
 
-TEST(Processes, WriteWholeLinesIntoOneFile) {
+TEST_P(Processes, WriteWholeLinesIntoOneFile) {
   const TempDir dir;
-  const std::string document = fileDocument(dir);
+  const std::string document = fileDocument(dir, GetParam());
   std::vector<pid_t> children;
   for (int p = 0; p < 4; ++p) {
     children.push_back(startChild([&] {
       std::atomic<long> returned{0};
       LOG4VRKConfigurator::initialize(document.c_str());
-      log(p, 5000, returned);
+      log(GetParam(), p, 5000, returned);
       LOG4VRKConfigurator::shutdown();
     }));
   }

@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <csignal>
+
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
@@ -32,6 +34,42 @@ TEST(VRKFmFile, GivesNewFilesAModeUnderTheMaskAndLeavesOldOnesAlone) {
     EXPECT_TRUE(VRKFmFile().open(name, VRKFmFile::TRUNCATE) && modeOf(path) == 0666u);
   }
   ::umask(before);
+}
+
+// A signal may come in the middle of a write, before or after a part has been written.
+TEST(VRKFmFile, GoesOnWhereASignalInterruptedIt) {
+  const Deadline deadline(60);
+  const TempDir dir;
+  ASSERT_EQ(::mkfifo(dir.file("pipe").c_str(), 0600), 0);
+  struct sigaction action {
+  }, before{};
+  action.sa_handler = [](int) {};  // without SA_RESTART
+  ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+  std::size_t received = 0;
+  std::thread reading([&] {
+    const int descriptor = ::open(dir.file("pipe").c_str(), O_RDONLY);
+    char bytes[5000];
+    for (ssize_t count; (count = ::read(descriptor, bytes, sizeof bytes)) > 0 || (count < 0 && errno == EINTR);) {
+      if (count > 0) received += static_cast<std::size_t>(count);
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    ::close(descriptor);
+  });
+  VRKFmFile file;
+  ASSERT_TRUE(file.open(dir.file("pipe").c_str(), VRKFmFile::EXISTING));
+  const pthread_t writer = ::pthread_self();
+  std::atomic<bool> done{false};
+  std::thread interrupting([&] {
+    while (!done) ::pthread_kill(writer, SIGUSR1), std::this_thread::sleep_for(std::chrono::microseconds(100));
+  });
+  const std::string chunk(100000, 'x');
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(write(file, chunk)) << i;
+  done = true;
+  interrupting.join();
+  file.close();
+  reading.join();
+  EXPECT_EQ(received, 20 * chunk.size());
+  ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 // As a terminal that another program has made non-blocking.

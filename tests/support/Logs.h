@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "log4vrk/log4vrk.h"
 #include "tests/support/TempDir.h"
 
 namespace vrktest {
@@ -28,12 +29,39 @@ inline std::string replaced(std::string text, const std::string& what, const std
   return text;
 }
 
+/// The ways that an event may take: as a text to a layout that writes it without a lock, or as an object to one that
+/// renders it.
+enum class Way { FAST, ORDINARY };
+constexpr Way WAYS[] = {Way::FAST, Way::ORDINARY};
+
+/// A suite of tests that promise the same on both ways.
+struct BothWays : testing::TestWithParam<Way> {};
+#define LOG4VRK_ON_BOTH_WAYS(suite)                              \
+  INSTANTIATE_TEST_SUITE_P(Ways, suite, testing::ValuesIn(WAYS), \
+                           [](auto& way) { return std::string(way.param == Way::FAST ? "fast" : "ordinary"); })
+
+inline std::string layoutOf(Way way) {
+  return way == Way::FAST ? "<layout class='PatternLayout'><param name='ConversionPattern' value='%m%n'/></layout>"
+                          : "<layout class='SimpleLayout'/>";
+}
+
+/// Logs "<writer> <number> end" by that way.
+inline void logNumber(LOGLogger* logger, Way way, int writer, long number) {
+  if (way == Way::FAST) {
+    LOG4VRK_ERROR(logger, writer << " " << number << " end");
+  } else {
+    LOGObject message(I18NString() + writer + " " + number + " end");
+    message.instance("Number");
+    logger->error(&message);
+  }
+}
+
 /// Writes a document that lets the root log to the file all.log in that directory, and returns its path.
-inline std::string fileDocument(const TempDir& dir) {
+inline std::string fileDocument(const TempDir& dir, Way way = Way::ORDINARY) {
   return dir.write("log.xml",
                    "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
-                       dir.file("all.log") +
-                       "'/><layout class='SimpleLayout'/></appender><root><level value='INFO'/>"
+                       dir.file("all.log") + "'/>" + layoutOf(way) +
+                       "</appender><root><level value='INFO'/>"
                        "<appender-ref ref='file'/></root></log4j:configuration>");
 }
 

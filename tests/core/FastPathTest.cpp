@@ -1,0 +1,195 @@
+// Events whose message is a text and nothing else. They go to an appender of the library's own classes without the
+// logger's lock.
+
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
+
+namespace {
+
+struct Delivery : testing::Test {
+  std::unique_ptr<LOGFileAppender> newFile(const std::string& name) {
+    auto made = std::make_unique<LOGFileAppender>(&layout, dir.file(name).c_str());
+    made->setName(name.c_str());
+    return made;
+  }
+  void waitForEvents() {
+    const std::size_t before = sent;
+    eventually([&] { return sent > before + 3; });
+  }
+
+  const Deadline deadline{60};
+  const TempDir dir;
+  LOGPatternLayout layout{"%m%n"};
+  std::unique_ptr<LOGFileAppender> steady = newFile("steady");
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a.b");
+  std::atomic<std::size_t> sent{0};
+  const std::function<void()> log = [this] {
+    logger->info("event");
+    ++sent;
+  };
+};
+
+}  // namespace
+
+// Also one of the program's own, for which events take the longer way.
+TEST_F(Delivery, AnAppenderMayBeDeletedAsSoonAsItIsRemoved) {
+  tree.getRootLogger()->addAppender(steady.get());
+  auto logging = std::make_unique<Meanwhile>(std::vector{log, log, log});
+  for (int i = 0; i < 400; ++i) {
+    const std::unique_ptr<LOGFileAppender> file = newFile("passing");
+    RecordingAppender recording("passing");
+    LOGAsyncAppender queue;
+    queue.setName("queue");
+    queue.addAppender(file.get());
+    queue.activateOptions();
+    LOGAppenderSkeleton* const KINDS[] = {file.get(), &queue, &recording};
+    LOGAppenderSkeleton* const passing = KINDS[i % 3];
+    // Where it is the only one, and where it is not.
+    LOGLogger* const where = i % 2 == 0 ? logger : tree.getRootLogger();
+    where->addAppender(passing);
+    waitForEvents();
+    i % 5 == 0 ? where->removeAppender(passing->getName()) : where->removeAppender(passing);
+  }
+  logging.reset();
+  EXPECT_EQ(linesOf(dir.file("steady")).size(), sent);
+  tree.getRootLogger()->removeAppender(steady.get());
+}
+
+TEST_F(Delivery, AnAppenderMayBeRemovedByWhatItWritesWhileOthersWaitForIt) {
+  const Meanwhile logging({log, log, log});
+  for (int i = 0; i < 100; ++i) {
+    const std::unique_ptr<LOGFileAppender> passing = newFile("passing");
+    logger->addAppender(passing.get());
+    waitForEvents();
+    HookMessage removing("", [&] { logger->removeAppender(passing.get()); });
+    logger->info(&removing);
+    EXPECT_FALSE(logger->isAttached(passing.get()));
+  }
+}
+
+TEST_F(Delivery, ReadsLikeAnyOtherInEveryProcessAndThread) {
+  layout.setConversionPattern("%% %d{%Q %Y}{UTC} [%6t] %-5p %c{1} %x%m%n");
+  logger->addAppender(steady.get());
+  const auto logAndRead = [this] {
+    HookMessage object("text");
+    for (int i = 0; i < 2; ++i) {  // the second time in the same second as the first, most often
+      LOG4VRK_WARN(logger, "text");
+      logger->warn("text");
+      logger->warn(&object);
+    }
+    const std::string thread = std::to_string(VRKThread::currentThreadId());
+    const std::string padding(thread.size() < 6 ? 6 - thread.size() : 0, ' ');
+    const std::string year = std::to_string(1970 + static_cast<long>(std::time(nullptr)) / 31556952);
+    const Texts lines = linesOf(dir.file("steady"));
+    ASSERT_GE(lines.size(), 6u);
+    const std::string expected = "% " + year + " [" + padding + thread + "] WARN  b text";
+    for (auto line = lines.end() - 6; line != lines.end(); ++line) {
+      EXPECT_EQ(line->substr(0, 2) + line->substr(6), expected);
+    }
+  };
+  logAndRead();
+  std::thread(logAndRead).join();
+  EXPECT_EQ(statusInChild(logAndRead), 0);
+  logAndRead();
+}
+
+// Each removal waits for those who had come to the old appender, while eight threads keep logging to the new one.
+TEST_F(Delivery, ARemovalDoesNotWaitForThoseWhoComeAfterIt) {
+  std::unique_ptr<LOGFileAppender> current = newFile("current");
+  logger->addAppender(current.get());
+  const Meanwhile logging(std::vector<std::function<void()>>(8, log));
+  for (int i = 0; i < 20; ++i) {
+    std::unique_ptr<LOGFileAppender> next = newFile("next");
+    LOGLogger* const above = tree.getRootLogger();
+    above->addAppender(next.get());
+    const auto begin = std::chrono::steady_clock::now();
+    logger->removeAppender(current.get());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    logger->addAppender(next.get());
+    above->removeAppender(next.get());
+    current = std::move(next);
+  }
+  logger->removeAppender(current.get());
+}
+
+// Whoever delivers may ask any logger for what it has and change its settings.
+TEST_F(Delivery, TwoAppendersMayUseEachOthersLoggerInTheMiddleOfAnEvent) {
+  RecordingAppender here("here"), there("there");
+  LOGLogger* const other = tree.getLogger("x.y");
+  logger->addAppender(&here);
+  other->addAppender(&there);
+  const auto use = [](LOGLogger* used, const char* name) {
+    return [used, name](const std::string&) {
+      used->setLevel(LOGLevel::DEBUG_OBJ);
+      used->setAdditivity(1);
+      EXPECT_NE(used->getAppender(name), nullptr);
+    };
+  };
+  here.onAppend = use(other, "there");
+  there.onAppend = use(logger, "here");
+  onThreads(2, [&](int t) {
+    for (int i = 0; i < 3000; ++i) LOG4VRK_INFO(t == 0 ? logger : other, i);
+  });
+  EXPECT_EQ(here.texts.size() + there.texts.size(), 6000u);
+  logger->removeAppender(&here);
+  other->removeAppender(&there);
+}
+
+// The dispatcher must not wait for log calls that wait for the dispatcher.
+TEST_F(Delivery, AnAppenderBehindAQueueMayRemoveThatQueue) {
+  for (int round = 0; round < 20; ++round) {
+    LOGAsyncAppender queue;
+    RecordingAppender sink("sink");
+    queue.setBufferSize(2);
+    queue.addAppender(&sink);
+    logger->addAppender(&queue);
+    sink.onAppend = [&](const std::string&) {
+      if (sink.texts.size() == 5) logger->removeAppender(&queue);
+    };
+    onThreads(4, [&](int) {
+      for (int i = 0; i < 20; ++i) logger->info("event");
+    });
+    EXPECT_FALSE(logger->isAttached(&queue));
+    logger->removeAppender(&queue);
+    queue.close();
+    EXPECT_GE(sink.texts.size(), 5u);
+  }
+}
+
+// A program may keep a copy of an event for as long as it likes.
+TEST_F(Delivery, ACopyOfAnEventReadsTheSameForEver) {
+  struct : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent* event) override {
+      event->getThreadName();
+      copies.emplace_back(*event);
+    }
+    std::vector<LOGLoggingEvent> copies;
+  } capturing;
+  std::string thread;
+  {
+    const LOGLevel passing(25000, "PASSING", 5);
+    Tree gone;
+    LOGLogger* const named = gone.getLogger("a.logger.that.goes");
+    named->addAppender(&capturing);
+    std::thread([&] {
+      thread = std::to_string(VRKThread::currentThreadId());
+      named->setLevel(const_cast<LOGLevel*>(&passing));
+      LOGObject object("object");
+      object.instance("Other");
+      named->log(named->getLevel(), I18NString("text"));
+      named->log(named->getLevel(), &object);
+    }).join();
+    std::thread([] { LOGManager::getRootLogger()->isDebugEnabled(); }).join();  // takes over what the first has left
+  }
+  LOGPatternLayout pattern("%t %p %c %m");
+  LOGTTCCLayout ttcc;
+  for (LOGLoggingEvent& copy : capturing.copies) {
+    const std::string text = &copy == &capturing.copies[0] ? "text" : "object";
+    for (int again = 0; again < 2; ++again) {
+      EXPECT_EQ(pattern.format(&copy).toUtf8(), thread + " PASSING a.logger.that.goes " + text);
+    }
+    EXPECT_NE(ttcc.format(&copy).toUtf8().find("[" + thread + "] PASSING a.logger.that.goes"), std::string::npos);
+  }
+}
