@@ -78,14 +78,14 @@ bool LOGLogger::findOutIfPasses(LOGLevel* level) const {
 void LOGLogger::keepLowestEnabled() const {
   const LOGLeafGuard guard(knowing().mutex);
   const LOGLevel* const chained = getChainedLevel();
-  if (chained == nullptr || m_lowestEnabled != UNKNOWN) return;
+  if (chained == nullptr || m_lowestEnabled != NOT_YET_KNOWN) return;
   knowing().lowestEnabled.push_back(&m_lowestEnabled);
   m_lowestEnabled = std::max(chained->toInt(), getRepository()->getThreshold()->toInt());
 }
 
 void LOGLogger::noteLevelChange() {
   const LOGLeafGuard guard(knowing().mutex);
-  for (std::atomic<std::int64_t>* const lowest : knowing().lowestEnabled) *lowest = UNKNOWN;
+  for (std::atomic<std::int64_t>* const lowest : knowing().lowestEnabled) *lowest = NOT_YET_KNOWN;
   knowing().lowestEnabled.clear();
 }
 

@@ -81,7 +81,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// The same of a level whose rank the compiler knows. What is disabled costs one comparison.
   bool isEnabledFor(int rank, LOGLevel* level) const {
     const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
-    return rank >= lowest && (lowest != UNKNOWN || findOutIfEnabledFor(level));
+    return rank >= lowest && (lowest != NOT_YET_KNOWN || findOutIfEnabledFor(level));
   }
   bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_OBJ); }
   bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_OBJ); }
@@ -140,7 +140,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   friend class LOGHierarchy;
 
   /// What m_lowestEnabled is until somebody asks, below all ranks.
-  static constexpr std::int64_t UNKNOWN = std::numeric_limits<std::int64_t>::min();
+  static constexpr std::int64_t NOT_YET_KNOWN = std::numeric_limits<std::int64_t>::min();
 
   /// After every change that can alter what is enabled: no logger knows any more.
   static void noteLevelChange();
@@ -150,7 +150,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
   bool passes(LOGLevel* level) const {
     const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
-    return level->toInt() >= lowest && (lowest != UNKNOWN || findOutIfPasses(level));
+    return level->toInt() >= lowest && (lowest != NOT_YET_KNOWN || findOutIfPasses(level));
   }
   bool findOutIfPasses(LOGLevel* level) const;
   void logShortcut(LOGLevel* level, LOGObject* message) {
@@ -185,7 +185,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   const I18NString m_resourceBundleString;
 
   // Read by every log call, without the lock.
-  mutable std::atomic<std::int64_t> m_lowestEnabled{UNKNOWN};  // the lowest rank that is enabled
+  mutable std::atomic<std::int64_t> m_lowestEnabled{NOT_YET_KNOWN};  // the lowest rank that is enabled
   std::atomic<LOGLevel*> m_level{nullptr};
   std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};

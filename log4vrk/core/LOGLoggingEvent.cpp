@@ -21,7 +21,7 @@ std::unique_ptr<LOGObject> cloneOf(const LOGObject* message) {
 
 const I18NString& LOGLocationInfo::m_NA = vrkImmortal<I18NString>("?");
 
-const I18NString& LOGLoggingEvent::NONE = vrkImmortal<I18NString>();
+const I18NString& LOGLoggingEvent::NO_TEXT = vrkImmortal<I18NString>();
 
 LOGSerializable::~LOGSerializable() = default;
 
@@ -68,7 +68,7 @@ LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   m_threadName = other.m_threadName;
   m_ndc = other.m_ndc;
   if (other.m_own || m_own) copyOwn(other);
-  if (m_threadName != &NONE) setThreadName(*m_threadName);
+  if (m_threadName != &NO_TEXT) setThreadName(*m_threadName);
   return *this;
 }
 
@@ -93,7 +93,7 @@ void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
 }
 
 bool LOGLoggingEvent::isPlain() const {
-  return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NONE && m_logger != nullptr &&
+  return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NO_TEXT && m_logger != nullptr &&
          m_loggerName == &m_logger->getName() && m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
 }
 
@@ -108,7 +108,7 @@ void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, L
   m_logger = logger;
   m_loggerName = &logger->getName();
   m_fqnOfLoggerClass = &LOGLogger::m_FQCN;
-  m_threadName = m_ndc = &NONE;
+  m_threadName = m_ndc = &NO_TEXT;
   m_ownText.clear();
   m_ownText.appendChecked(utf8);
   m_text = m_ownText.view();

@@ -56,7 +56,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   void setThreadName(const I18NString& name);
   /// Whether `nameOfThread` is what the thread that has it gets from getThreadName().
   bool isNamedAfter(const I18NString& nameOfThread) const {
-    return m_threadName == &NONE || m_threadName == &nameOfThread;
+    return m_threadName == &NO_TEXT || m_threadName == &nameOfThread;
   }
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
   /// renderers by. A text that was set goes before.
@@ -66,7 +66,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   std::string_view renderUtf8(I18NUtf8Buffer& room);
   void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
   /// Empty unless the program has set it.
-  const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
+  const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NO_TEXT; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
   /// Whether the message is a text and nothing else, and that text.
@@ -87,7 +87,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   friend class LOGBoundedFIFO;
   friend class LOGLogger;
 
-  static const I18NString& NONE;
+  static const I18NString& NO_TEXT;
 
   // What few events have.
   struct Own {
@@ -129,10 +129,10 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLogger* m_logger = nullptr;
   // Texts that outlive the event, or are in m_own. The thread's is lent by the thread that asked first, never to a
   // copy.
-  const I18NString* m_loggerName = &NONE;
-  const I18NString* m_fqnOfLoggerClass = &NONE;
-  const I18NString* m_threadName = &NONE;
-  const I18NString* m_ndc = &NONE;
+  const I18NString* m_loggerName = &NO_TEXT;
+  const I18NString* m_fqnOfLoggerClass = &NO_TEXT;
+  const I18NString* m_threadName = &NO_TEXT;
+  const I18NString* m_ndc = &NO_TEXT;
   std::string_view m_text;  // lent, or in the next
   I18NUtf8Buffer m_ownText;
   mutable std::unique_ptr<LOGObject> m_message;
