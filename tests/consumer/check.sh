@@ -38,9 +38,9 @@ run_and_check "$work/cmake/consumer"
 pc_dir=$(dirname "$(find "$prefix" -name log4vrk.pc)")
 export PKG_CONFIG_PATH=$pc_dir
 mkdir "$work/pkg-config"
-eval "flags=($(pkg-config --cflags --libs log4vrk))" # which are quoted for a shell
+mapfile -t flags < <(pkg-config --cflags --libs log4vrk | xargs -n 1 printf '%s\n') # which has blanks behind a backslash
 "$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" "${flags[@]}"
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir log4vrk) run_and_check "$work/pkg-config/consumer"
+LD_LIBRARY_PATH=$libdir run_and_check "$work/pkg-config/consumer"
 
 # Without the module nothing but documents is missing, and the internal log says what to do.
 cd "$work/cmake"
