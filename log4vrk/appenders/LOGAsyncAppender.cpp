@@ -6,9 +6,11 @@
 #include "log4vrk/appenders/LOGDispatcher.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGAttached.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGPolling.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 

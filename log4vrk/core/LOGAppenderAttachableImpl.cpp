@@ -5,60 +5,80 @@
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGHashtable.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAttached.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 
 LOGAppender::~LOGAppender() = default;
 LOGAppenderAttachable::~LOGAppenderAttachable() = default;
 
+struct LOGAppenderAttachableImpl::Lists {
+  VRKList<LOGAppenderSkeleton*> appenders;
+  Snapshot attached;  // the same appenders in the same order
+  Snapshot removed;   // while a loop may be in the middle of one of them
+};
+
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() = default;
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
     : LOGAppenderAttachable(other),
       LOGMutex(other),
-      m_appenders(other.m_appenders),
-      m_attached(other.m_attached),
+      m_lists(other.m_lists != nullptr ? new Lists{other.m_lists->appenders, other.m_lists->attached, {}} : nullptr),
       m_any(other.mayHaveAppenders()),
       m_onlyPlain(other.onlyPlainAppender()) {}
-LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
+LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() { delete m_lists; }
+
+LOGAppenderAttachableImpl::Lists& LOGAppenderAttachableImpl::lists() {
+  if (m_lists == nullptr) m_lists = new Lists;
+  return *m_lists;
+}
+
+const LOGAppenderAttachableImpl::Snapshot& LOGAppenderAttachableImpl::attached() const {
+  static const Snapshot& none = vrkImmortal<Snapshot>();
+  return m_lists != nullptr ? m_lists->attached : none;
+}
+
+LOGAppenderAttachableImpl::Snapshot LOGAppenderAttachableImpl::snapshot() const { return attached(); }
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
   VRK_ASSERT(newAppender);
-  for (const Attached& attached : m_attached) {
-    if (*attached.appender == *newAppender) return;
+  for (const Attached& there : attached()) {
+    if (*there.appender == *newAppender) return;
   }
-  m_attached.push_back({newAppender, newAppender->m_bundle.lock()});
-  m_appenders.push_back(newAppender);
+  lists().attached.push_back({newAppender, newAppender->m_bundle.lock()});
+  lists().appenders.push_back(newAppender);
   publish();
 }
 
 void LOGAppenderAttachableImpl::publish() {
-  const bool plain = m_attached.size() == 1 && m_attached[0].appender->takesPlain();
-  m_onlyPlain.store(plain ? m_attached[0].appender : nullptr);
-  m_any.store(!m_attached.empty(), std::memory_order_release);
+  const Snapshot& all = attached();
+  const bool plain = all.size() == 1 && all[0].appender->takesPlain();
+  m_onlyPlain.store(plain ? all[0].appender : nullptr);
+  m_any.store(!all.empty(), std::memory_order_release);
 }
 
 VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
-  return VRKListIterator<LOGAppenderSkeleton*>(m_appenders);
+  return VRKListIterator<LOGAppenderSkeleton*>(lists().appenders);
 }
 
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& name) {
-  for (const Attached& attached : m_attached) {
-    if (attached.appender->getName() == name) return attached.appender;
+  for (const Attached& there : attached()) {
+    if (there.appender->getName() == name) return there.appender;
   }
   return nullptr;
 }
 
 bool LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
-  if (m_attached.empty()) return false;
+  const Snapshot& all = attached();
+  if (all.empty()) return false;
   VRK_ASSERT(appender);
-  return std::any_of(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return *a.appender == *appender; });
+  return std::any_of(all.begin(), all.end(), [&](const Attached& a) { return *a.appender == *appender; });
 }
 
 void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
-  if (m_attached.empty()) return;
+  if (attached().empty()) return;
   VRK_ASSERT(appender);
-  for (const Attached& attached : snapshot()) {
-    if (*attached.appender == *appender) unlink(attached.appender);
+  for (const Attached& there : snapshot()) {
+    if (*there.appender == *appender) unlink(there.appender);
   }
 }
 
@@ -67,17 +87,18 @@ void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
 }
 
 void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
-  for (auto element = m_appenders.begin(); element != m_appenders.end(); ++element) {
+  if (m_lists == nullptr) return;
+  auto& [appenders, all, removed] = *m_lists;
+  for (auto element = appenders.begin(); element != appenders.end(); ++element) {
     if (*element != appender) continue;
-    m_appenders.erase(element);
+    appenders.erase(element);
     break;
   }
-  const auto found =
-      std::find_if(m_attached.begin(), m_attached.end(), [&](const Attached& a) { return a.appender == appender; });
-  if (found == m_attached.end()) return;
+  const auto found = std::find_if(all.begin(), all.end(), [&](const Attached& a) { return a.appender == appender; });
+  if (found == all.end()) return;
   if (m_holdsBack) appender->release();
-  if (m_loops > 0) m_removed.push_back(*found);
-  m_attached.erase(found);
+  if (m_loops > 0) removed.push_back(*found);
+  all.erase(found);
   publish();
 }
 
@@ -131,26 +152,28 @@ class Loop {
 }  // namespace
 
 int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
-  const Loop loop(m_loops, m_removed);
+  if (m_lists == nullptr) return 0;
+  const Loop loop(m_loops, m_lists->removed);
+  const Snapshot& all = m_lists->attached;
   // What is called here may remove and add appenders, itself included: nobody shall be passed over for that, freed in
   // the middle of a call, or called for ever.
   std::size_t next = 0;
-  for (std::size_t calls = m_attached.size(); calls > 0 && next < m_attached.size(); --calls) {
-    LOGAppenderSkeleton* const called = m_attached[next].appender;
+  for (std::size_t calls = all.size(); calls > 0 && next < all.size(); --calls) {
+    LOGAppenderSkeleton* const called = all[next].appender;
     called->activateOptions();
     called->doAppend(event);
-    if (next < m_attached.size() && m_attached[next].appender == called) ++next;
+    if (next < all.size() && all[next].appender == called) ++next;
   }
-  return static_cast<int>(m_attached.size());
+  return static_cast<int>(all.size());
 }
 
 LOGAppenderAttachableImpl::HoldingBack::HoldingBack(LOGAppenderAttachableImpl& container)
-    : m_container(container), m_all(!container.m_attached.empty()) {
+    : m_container(container), m_all(!container.attached().empty()) {
   LOGThreadState::current().holdsBack = container.m_holdsBack = true;
-  for (const Attached& attached : container.m_attached) m_all = attached.appender->holdBack() && m_all;
+  for (const Attached& there : container.attached()) m_all = there.appender->holdBack() && m_all;
 }
 
 LOGAppenderAttachableImpl::HoldingBack::~HoldingBack() {
   LOGThreadState::current().holdsBack = m_container.m_holdsBack = false;
-  for (const Attached& attached : m_container.m_attached) attached.appender->release();
+  for (const Attached& there : m_container.attached()) there.appender->release();
 }

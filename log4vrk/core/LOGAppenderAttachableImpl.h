@@ -3,14 +3,12 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
 #include <vector>
 
 #include "log4vrk/core/LOGAppenderAttachable.h"
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/platform/VRKExport.h"
 
-class LOGAppenderBundle;
 class LOGHashtable;
 class LOGLoggingEvent;
 
@@ -19,10 +17,7 @@ class LOGLoggingEvent;
 /// as it is attached.
 class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, public LOGMutex {
  public:
-  struct Attached {
-    LOGAppenderSkeleton* appender;
-    std::shared_ptr<LOGAppenderBundle> share;  // null for an appender of the program's
-  };
+  struct Attached;  // core/internal/LOGAttached.h
   /// Keeps alive what it lists, as far as that is shared.
   using Snapshot = std::vector<Attached>;
 
@@ -68,7 +63,7 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   };
 
   // The steps of removeAllAppenders for a user who must not hold a lock while appenders close.
-  Snapshot snapshot() const { return m_attached; }
+  Snapshot snapshot() const;
   /// Closes every one, then raises what the first failure raised.
   static void closeAll(const Snapshot& appenders);
   /// Marks and unlinks what is in `appenders`; what was attached since stays.
@@ -78,9 +73,12 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void unlink(LOGAppenderSkeleton* appender);
   void publish();
 
-  VRKList<LOGAppenderSkeleton*> m_appenders;
-  Snapshot m_attached;  // the same appenders in the same order
-  Snapshot m_removed;   // while a loop may be in the middle of one of them
+  // Made with the first appender: most loggers have none.
+  struct Lists;
+  Lists& lists();
+  const Snapshot& attached() const;
+
+  Lists* m_lists = nullptr;  // its own
   int m_loops = 0;
   bool m_holdsBack = false;
 

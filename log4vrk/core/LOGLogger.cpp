@@ -1,6 +1,7 @@
 #include "log4vrk/core/LOGLogger.h"
 
 #include <algorithm>
+#include <memory>
 #include <typeinfo>
 
 #include "log4vrk/core/LOGAppenderSkeleton.h"
@@ -9,7 +10,9 @@
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGManager.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAttached.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/platform/VRKList.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
@@ -49,7 +52,10 @@ LOGLogger::LOGLogger(const LOGLogger& other)
   if (const LOGLevel* const level = other.getLevel()) m_level = keptLevel(*level);
 }
 
-LOGLogger::~LOGLogger() { noteLevelChange(); }
+LOGLogger::~LOGLogger() {
+  noteLevelChange();
+  for (const LOGLevel* const kept : m_levels) delete kept;
+}
 
 LOGLogger* LOGLogger::getLogger(const I18NString& name) { return LOGManager::getLogger(name); }
 LOGLogger* LOGLogger::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
@@ -115,11 +121,12 @@ void LOGLogger::assertLog(int assertion, const I18NString& text) {
 }
 
 LOGLevel* LOGLogger::keptLevel(const LOGLevel& level) {
-  for (const std::unique_ptr<LOGLevel>& kept : m_levels) {
-    if (*kept == level && kept->toString() == level.toString()) return kept.get();
+  for (LOGLevel* const kept : m_levels) {
+    if (*kept == level && kept->toString() == level.toString()) return kept;
   }
-  m_levels.emplace_back(vrkNew<LOGLevel>(VRK_HERE, level));
-  return m_levels.back().get();
+  std::unique_ptr<LOGLevel> copy(vrkNew<LOGLevel>(VRK_HERE, level));
+  m_levels.push_back(copy.get());
+  return copy.release();
 }
 
 void LOGLogger::setLevel(LOGLevel* level) {

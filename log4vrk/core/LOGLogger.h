@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <limits>
-#include <memory>
+#include <string>
 #include <vector>
 
 #include "log4vrk/core/LOGAppenderAttachableImpl.h"
@@ -192,6 +192,6 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   std::atomic<int> m_additive{1};
 
   LOGAppenderAttachableImpl m_aai VRK_GUARDED_BY(m_critSection);
-  // Every value that was ever set: log calls and queued events may still point to one.
-  std::vector<std::unique_ptr<LOGLevel>> m_levels VRK_GUARDED_BY(m_critSection);
+  // Every value that was ever set, its own: log calls and queued events may still point to one.
+  std::vector<LOGLevel*> m_levels VRK_GUARDED_BY(m_critSection);
 };

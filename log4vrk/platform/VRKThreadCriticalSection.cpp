@@ -1,6 +1,8 @@
 #include "log4vrk/platform/VRKThreadCriticalSection.h"
 
 #include <cerrno>
+#include <mutex>
+#include <new>
 
 #include "log4vrk/platform/VRKThrowable.h"
 
@@ -9,13 +11,21 @@ namespace {
 // One byte fits into the room that the thread library keeps for libraries loaded late, and needs no call to find.
 __thread char t_self __attribute__((tls_model("initial-exec")));
 
+inline std::mutex& mutexIn(unsigned char* memory) { return *std::launder(reinterpret_cast<std::mutex*>(memory)); }
+
 }  // namespace
+
+VRKThreadCriticalSection::VRKThreadCriticalSection(int) {
+  static_assert(sizeof(std::mutex) <= MUTEX_SIZE && alignof(std::mutex) <= alignof(void*));
+  static_assert(std::is_trivially_destructible_v<std::mutex>);
+  new (m_mutex) std::mutex;
+}
 
 void VRKThreadCriticalSection::lock() {
   if (VRKFault::hit(VRKFault::LOCK)) throw VRKSystemError(EAGAIN, "critical section", VRK_HERE);
   const void* const self = &t_self;
   if (m_owner.load(std::memory_order_relaxed) != self) {
-    m_mutex.lock();
+    mutexIn(m_mutex).lock();
     m_owner.store(self, std::memory_order_relaxed);
   }
   ++m_depth;
@@ -24,7 +34,7 @@ void VRKThreadCriticalSection::lock() {
 bool VRKThreadCriticalSection::tryLock() {
   const void* const self = &t_self;
   if (m_owner.load(std::memory_order_relaxed) != self) {
-    if (!m_mutex.try_lock()) return false;
+    if (!mutexIn(m_mutex).try_lock()) return false;
     m_owner.store(self, std::memory_order_relaxed);
   }
   ++m_depth;
@@ -36,5 +46,5 @@ bool VRKThreadCriticalSection::isMine() const { return m_owner.load(std::memory_
 void VRKThreadCriticalSection::unlock() {
   if (--m_depth != 0) return;
   m_owner.store(nullptr, std::memory_order_relaxed);
-  m_mutex.unlock();
+  mutexIn(m_mutex).unlock();
 }

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
+#include <cstddef>
 
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKThreadSafety.h"
@@ -16,8 +16,8 @@
 /// there.
 class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection {
  public:
-  explicit VRKThreadCriticalSection(int = 0) {}
-  VRKThreadCriticalSection(const VRKThreadCriticalSection&) {}
+  explicit VRKThreadCriticalSection(int = 0);
+  VRKThreadCriticalSection(const VRKThreadCriticalSection&) : VRKThreadCriticalSection() {}
   VRKThreadCriticalSection& operator=(const VRKThreadCriticalSection&) { return *this; }
 
   /// Raises VRKSystemError when the lock cannot be taken.
@@ -29,7 +29,9 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
   bool isMine() const;
 
  private:
-  std::mutex m_mutex;
+  // A std::mutex, which is made in here: its header would cost a file that logs more than those of this library do.
+  static constexpr std::size_t MUTEX_SIZE = sizeof(void*) == 8 ? 40 : 24;
+  alignas(void*) unsigned char m_mutex[MUTEX_SIZE];
   std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has
   int m_depth = 0;                            // the owner's
 };

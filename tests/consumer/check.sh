@@ -38,7 +38,8 @@ run_and_check "$work/cmake/consumer"
 pc_dir=$(dirname "$(find "$prefix" -name log4vrk.pc)")
 export PKG_CONFIG_PATH=$pc_dir
 mkdir "$work/pkg-config"
-mapfile -t flags < <(pkg-config --cflags --libs log4vrk | xargs -n 1 printf '%s\n') # which has blanks behind a backslash
+# A blank in a path is behind a backslash.
+mapfile -t flags < <(pkg-config --cflags --libs log4vrk | xargs -n 1 printf '%s\n')
 "$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" "${flags[@]}"
 LD_LIBRARY_PATH=$libdir run_and_check "$work/pkg-config/consumer"
 
