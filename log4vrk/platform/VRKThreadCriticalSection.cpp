@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <mutex>
 #include <new>
+#include <type_traits>
 
 #include "log4vrk/platform/VRKThrowable.h"
 
@@ -11,14 +12,17 @@ namespace {
 // One byte fits into the room that the thread library keeps for libraries loaded late, and needs no call to find.
 __thread char t_self __attribute__((tls_model("initial-exec")));
 
-inline std::mutex& mutexIn(unsigned char* memory) { return *std::launder(reinterpret_cast<std::mutex*>(memory)); }
+template <typename Memory>
+inline std::mutex& mutexIn(Memory& memory) {
+  return *std::launder(reinterpret_cast<std::mutex*>(&memory));
+}
 
 }  // namespace
 
 VRKThreadCriticalSection::VRKThreadCriticalSection(int) {
-  static_assert(sizeof(std::mutex) <= MUTEX_SIZE && alignof(std::mutex) <= alignof(void*));
+  static_assert(sizeof(std::mutex) <= sizeof(Mutex) && alignof(std::mutex) <= alignof(Mutex));
   static_assert(std::is_trivially_destructible_v<std::mutex>);
-  new (m_mutex) std::mutex;
+  new (&m_mutex) std::mutex;
 }
 
 void VRKThreadCriticalSection::lock() {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKThreadSafety.h"
@@ -30,8 +29,10 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
 
  private:
   // A std::mutex, which is made in here: its header would cost a file that logs more than those of this library do.
-  static constexpr std::size_t MUTEX_SIZE = sizeof(void*) == 8 ? 40 : 24;
-  alignas(void*) unsigned char m_mutex[MUTEX_SIZE];
+  struct alignas(void*) Mutex {
+    unsigned char memory[sizeof(void*) == 8 ? 40 : 24];
+  };
+  Mutex m_mutex;
   std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has
   int m_depth = 0;                            // the owner's
 };
