@@ -1,6 +1,8 @@
 # What a plain `cmake -S . -B build` gets. A project that embeds this one keeps its own choices.
 
-include(GNUInstallDirs)
+if(LOG4VRK_INSTALL)
+  include(GNUInstallDirs)
+endif()
 
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_CXX_EXTENSIONS OFF)

@@ -8,6 +8,11 @@ set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 install(TARGETS log4vrk EXPORT log4vrk-targets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+# ldconfig passes over files whose names do not begin with "lib". By this link it finds the library, and enters it under
+# the library's own name.
+file(CREATE_LINK "tovlog4vrk.so.${PROJECT_VERSION}" "${PROJECT_BINARY_DIR}/libtovlog4vrk.so.${PROJECT_VERSION_MAJOR}"
+     SYMBOLIC)
+install(FILES "${PROJECT_BINARY_DIR}/libtovlog4vrk.so.${PROJECT_VERSION_MAJOR}" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS log4vrk_xml LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" OPTIONAL)
 

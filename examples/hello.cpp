@@ -1,7 +1,12 @@
+#include <cstdio>
+
 #include "log4vrk/log4vrk.h"
 
 int main() {
-  LOG4VRKConfigurator::initialize("hello.xml");
+  if (LOG4VRKConfigurator::initialize("hello.xml") != 1) {
+    std::fputs("hello.xml was not applied; LOG4VRK_INTERNAL_LOG=stderr says why\n", stderr);
+    return 1;
+  }
   LOGLogger* logger = LOGManager::getLogger("hello.world");
   logger->info("Hello, log.");
   for (int cups = 1; cups <= 3; ++cups) LOG4VRK_DEBUG(logger, "cup " << cups << " of " << 3);

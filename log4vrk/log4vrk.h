@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <ostream>  // for whatever log calls put together with <<
+
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
 #include "log4vrk/appenders/LOGConsoleAppender.h"

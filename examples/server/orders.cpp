@@ -133,8 +133,12 @@ int main(int argc, char** argv) {
   const std::string program(argv[0]);
   VRKConfigurationFactory::getInstance().addLibraryDirectory(program.substr(0, program.rfind('/')).c_str());
   std::ifstream file(argv[2]);
-  if (!file || LOG4VRKConfigurator::initialize(argv[1]) == 0) {
-    std::cerr << "orders: cannot read " << (file ? argv[1] : argv[2]) << "\n";
+  if (!file) {
+    std::cerr << "orders: cannot read " << argv[2] << "\n";
+    return 1;
+  }
+  if (LOG4VRKConfigurator::initialize(argv[1]) != 1) {
+    std::cerr << "orders: " << argv[1] << " was not applied; LOG4VRK_INTERNAL_LOG=stderr says why\n";
     return 1;
   }
 

@@ -7,10 +7,11 @@
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
-#include "log4vrk/core/internal/LOGAppenderList.h"
+#include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
+#include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 
@@ -192,7 +193,7 @@ void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return;
   const std::uint64_t end = owned->putSoFar();
   logWaitFor(LONGEST_DRAINING, [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
-  if (const LOGAppenderAttachableImpl::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
+  if (const LOGAppenderLists::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {
@@ -218,14 +219,14 @@ auto LOGAsyncAppender::withContainer(const char* throwableText, const char* unkn
   return result;
 }
 
-LOGAppenderAttachableImpl::Snapshot LOGAsyncAppender::attached() {
+LOGAppenderLists::Snapshot LOGAsyncAppender::attached() {
   const LOGGuard guard(*m_aai);
-  return m_aai->snapshot();
+  return LOGAppenderLists::snapshot(*m_aai);
 }
 
 bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton* target) {
   if (target == this) return true;
-  const LOGAppenderAttachableImpl::Snapshot list = attached();
+  const LOGAppenderLists::Snapshot list = attached();
   if (!list) return false;
   for (const LOGAppenderList::Attached& each : list->attached) {
     auto* const nested = dynamic_cast<LOGAsyncAppender*>(each.appender);
@@ -270,22 +271,23 @@ void LOGAsyncAppender::remove(Change change) {
   {
     const LOGGuard guard(*m_aai);
     change(*m_aai);
-    earlier = m_aai->takeEarlier();
+    earlier = LOGAppenderLists::takeEarlier(*m_aai);
   }
   LOGAppenderUse::letGo(std::move(earlier));
 }
 
 void LOGAsyncAppender::removeAllAppenders() {
-  logContain({"LOGAsyncAppender::removeAllAppenders --- ", "LOGAsyncAppender::removeAllAppenders --- ",
-              "LOGAsyncAppender::removeAllAppenders --- An unknown exception has occurred."},
-             [&] {
-               const LOGAppenderAttachableImpl::Snapshot appenders = attached();
-               {
-                 const LOGCallScope scope;
-                 LOGAppenderAttachableImpl::closeAll(appenders);
-               }
-               remove([&](LOGAppenderAttachableImpl& container) { container.forget(appenders, nullptr); });
-             });
+  logContain(
+      {"LOGAsyncAppender::removeAllAppenders --- ", "LOGAsyncAppender::removeAllAppenders --- ",
+       "LOGAsyncAppender::removeAllAppenders --- An unknown exception has occurred."},
+      [&] {
+        const LOGAppenderLists::Snapshot appenders = attached();
+        {
+          const LOGCallScope scope;
+          LOGAppenderLists::closeAll(appenders);
+        }
+        remove([&](LOGAppenderAttachableImpl& container) { LOGAppenderLists::forget(container, appenders, nullptr); });
+      });
 }
 
 constexpr LOGFailureTexts REMOVE_FAILURES = {"LOGAsyncAppender::removeAppender --- ",

@@ -12,6 +12,7 @@
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGDispatcher;
+struct LOGAppenderList;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A
 /// logging thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped:
@@ -78,7 +79,7 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   std::unique_ptr<LOGDispatcher> takeDispatcher();
   void finish(std::unique_ptr<LOGDispatcher> dispatcher);
   bool reaches(const LOGAppenderSkeleton* target);
-  LOGAppenderAttachableImpl::Snapshot attached();
+  std::shared_ptr<const LOGAppenderList> attached();
   template <typename Change>
   void remove(Change change);
   template <typename Operation>

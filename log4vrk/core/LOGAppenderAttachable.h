@@ -4,9 +4,10 @@
 
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKList.h"
 
 class LOGAppenderSkeleton;
+template <typename T>
+class VRKListIterator;  // log4vrk/platform/VRKList.h
 
 class LOG4VRK_EXPORT LOGAppenderAttachable {
  public:

@@ -5,90 +5,114 @@
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGHashtable.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
-#include "log4vrk/core/internal/LOGAppenderList.h"
+#include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/platform/VRKList.h"
 
 using Attached = LOGAppenderList::Attached;
 
 LOGAppender::~LOGAppender() = default;
 LOGAppenderAttachable::~LOGAppenderAttachable() = default;
 
+struct LOGAppenderAttachableImpl::Lists {
+  VRKList<LOGAppenderSkeleton*> appenders;  // the same as in the list, for those who walk the living list
+  std::shared_ptr<const LOGAppenderList> current;
+  // Somebody may use these still. Those that were replaced by additions are kept here until the next removal; the
+  // others are kept by whoever waits for their end.
+  std::vector<std::weak_ptr<const LOGAppenderList>> earlier;
+  LOGAppenderUse::Lists kept;
+};
+
 namespace {
 
-const std::vector<Attached>& in(const LOGAppenderAttachableImpl::Snapshot& list) {
+const std::vector<Attached>& in(const LOGAppenderList* list) {
   static const std::vector<Attached>& none = vrkImmortal<std::vector<Attached>>();
-  return list ? list->attached : none;
+  return list != nullptr ? list->attached : none;
 }
 
 }  // namespace
 
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() = default;
+
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
-    : LOGAppenderAttachable(other),
-      LOGMutex(other),
-      m_appenders(other.m_appenders),
-      m_current(other.m_current),
-      m_place(m_current.get()) {}
-LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
+    : LOGAppenderAttachable(other), LOGMutex(other) {
+  if (other.m_lists == nullptr) return;
+  m_lists = new Lists{other.m_lists->appenders, other.m_lists->current, {}, {}};
+  m_place = m_lists->current.get();
+}
+
+LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() { delete m_lists; }
+
+LOGAppenderAttachableImpl::Lists& LOGAppenderAttachableImpl::lists() {
+  if (m_lists == nullptr) m_lists = new Lists;
+  return *m_lists;
+}
 
 // Puts a changed copy in place of the list. Nothing has happened when memory is short.
 template <typename Change>
 void LOGAppenderAttachableImpl::change(Change change) {
-  std::vector<Attached> appenders = in(m_current);
+  Lists& mine = lists();
+  std::vector<Attached> appenders = in(mine.current.get());
   change(appenders);
-  Snapshot next = appenders.empty() ? nullptr : std::make_shared<LOGAppenderList>(std::move(appenders));
-  if (m_current) {
+  LOGAppenderLists::Snapshot next =
+      appenders.empty() ? nullptr : std::make_shared<LOGAppenderList>(std::move(appenders));
+  if (mine.current) {
     const auto isGone = [](const std::weak_ptr<const LOGAppenderList>& each) { return each.expired(); };
-    m_earlier.erase(std::remove_if(m_earlier.begin(), m_earlier.end(), isGone), m_earlier.end());
-    m_kept.reserve(m_kept.size() + 1);
-    m_earlier.push_back(m_current);
-    m_kept.push_back(m_current);
+    mine.earlier.erase(std::remove_if(mine.earlier.begin(), mine.earlier.end(), isGone), mine.earlier.end());
+    mine.kept.reserve(mine.kept.size() + 1);
+    mine.earlier.push_back(mine.current);
+    mine.kept.push_back(mine.current);
   }
-  m_current = std::move(next);
-  m_place.store(m_current.get());
+  mine.current = std::move(next);
+  m_place.store(mine.current.get());
 }
 
-std::vector<LOGAppenderAttachableImpl::Snapshot> LOGAppenderAttachableImpl::takeEarlier() {
-  std::vector<Snapshot> lists;
-  for (const std::weak_ptr<const LOGAppenderList>& each : m_earlier) {
+LOGAppenderUse::Lists LOGAppenderLists::takeEarlier(LOGAppenderAttachableImpl& container) {
+  LOGAppenderUse::Lists lists;
+  if (container.m_lists == nullptr) return lists;
+  for (const std::weak_ptr<const LOGAppenderList>& each : container.m_lists->earlier) {
     if (Snapshot list = each.lock()) lists.push_back(std::move(list));
   }
-  m_kept.clear();
+  container.m_lists->kept.clear();
   return lists;
+}
+
+LOGAppenderLists::Snapshot LOGAppenderLists::snapshot(const LOGAppenderAttachableImpl& container) {
+  return container.m_lists != nullptr ? container.m_lists->current : nullptr;
 }
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
   VRK_ASSERT(newAppender);
-  for (const Attached& attached : in(m_current)) {
+  for (const Attached& attached : in(m_place)) {
     if (*attached.appender == *newAppender) return;
   }
-  m_appenders.push_back(newAppender);
+  lists().appenders.push_back(newAppender);
   change([&](std::vector<Attached>& list) { list.push_back({newAppender, newAppender->m_bundle.lock()}); });
 }
 
 VRKListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
-  return VRKListIterator<LOGAppenderSkeleton*>(m_appenders);
+  return VRKListIterator<LOGAppenderSkeleton*>(lists().appenders);
 }
 
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& name) {
-  for (const Attached& attached : in(m_current)) {
+  for (const Attached& attached : in(m_place)) {
     if (attached.appender->getName() == name) return attached.appender;
   }
   return nullptr;
 }
 
 bool LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
-  if (!m_current) return false;
+  if (m_place == nullptr) return false;
   VRK_ASSERT(appender);
-  const std::vector<Attached>& list = in(m_current);
+  const std::vector<Attached>& list = in(m_place);
   return std::any_of(list.begin(), list.end(), [&](const Attached& each) { return *each.appender == *appender; });
 }
 
 void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
-  if (!m_current) return;
+  if (m_place == nullptr) return;
   VRK_ASSERT(appender);
-  const Snapshot before = m_current;
+  const LOGAppenderLists::Snapshot before = LOGAppenderLists::snapshot(*this);
   for (const Attached& attached : before->attached) {
     if (*attached.appender == *appender) unlink(attached.appender);
   }
@@ -99,25 +123,26 @@ void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
 }
 
 void LOGAppenderAttachableImpl::unlink(LOGAppenderSkeleton* appender) {
-  if (!m_current || !m_current->has(appender)) return;
+  if (m_place == nullptr || !m_place.load()->has(appender)) return;
   change([&](std::vector<Attached>& list) {
     list.erase(std::find_if(list.begin(), list.end(), [&](const Attached& each) { return each.appender == appender; }));
   });
-  const auto element = std::find(m_appenders.begin(), m_appenders.end(), appender);
-  if (element != m_appenders.end()) m_appenders.erase(element);
+  VRKList<LOGAppenderSkeleton*>& living = lists().appenders;
+  const auto element = std::find(living.begin(), living.end(), appender);
+  if (element != living.end()) living.erase(element);
 }
 
 void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* table) {
-  const Snapshot appenders = m_current;
-  closeAll(appenders);
-  forget(appenders, table);
+  const LOGAppenderLists::Snapshot appenders = LOGAppenderLists::snapshot(*this);
+  LOGAppenderLists::closeAll(appenders);
+  LOGAppenderLists::forget(*this, appenders, table);
 }
 
-void LOGAppenderAttachableImpl::closeAll(const Snapshot& appenders) {
+void LOGAppenderLists::closeAll(const Snapshot& appenders) {
   std::exception_ptr failure;
-  for (const Attached& attached : in(appenders)) {
+  for (const Attached& attached : in(appenders.get())) {
     try {
       attached.appender->close();
     }
@@ -129,15 +154,15 @@ void LOGAppenderAttachableImpl::closeAll(const Snapshot& appenders) {
   if (failure) std::rethrow_exception(failure);
 }
 
-void LOGAppenderAttachableImpl::forget(const Snapshot& appenders, LOGHashtable* table) {
-  for (const Attached& attached : in(appenders)) {
+void LOGAppenderLists::forget(LOGAppenderAttachableImpl& container, const Snapshot& appenders, LOGHashtable* table) {
+  for (const Attached& attached : in(appenders.get())) {
     LOGAppenderSkeleton* const appender = attached.appender;
     if (table != nullptr && table->get(appender->getName()) == appender) appender->markAsStale();
-    unlink(appender);
+    container.unlink(appender);
   }
 }
 
 int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
-  const Snapshot list = m_current;  // what is called here may replace it
+  const LOGAppenderLists::Snapshot list = LOGAppenderLists::snapshot(*this);  // what is called here may replace it
   return list ? list->append(event, LOGThreadState::current(), m_place) : 0;
 }

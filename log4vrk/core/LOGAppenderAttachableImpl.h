@@ -3,8 +3,6 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
-#include <vector>
 
 #include "log4vrk/core/LOGAppenderAttachable.h"
 #include "log4vrk/core/LOGMutex.h"
@@ -39,30 +37,19 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// Has each appender activate its options and then append the event. Returns how many there are.
   int appendLoopOnAppenders(LOGLoggingEvent* event);
 
-  // For loggers and asynchronous appenders.
   /// Where the current list is; null when it is empty.
   const std::atomic<const LOGAppenderList*>& place() const { return m_place; }
-  /// Keeps what it lists, as far as that is shared, for whoever must not hold a lock while appenders close.
-  using Snapshot = std::shared_ptr<const LOGAppenderList>;
-  const Snapshot& snapshot() const { return m_current; }
-  /// Closes every one, then raises what the first failure raised. A null list is empty.
-  static void closeAll(const Snapshot& appenders);
-  /// Marks and unlinks what is in `appenders`; what was attached since stays.
-  void forget(const Snapshot& appenders, LOGHashtable* table);
-  /// The lists that were replaced and may still be in use. Whoever has removed an appender hands them to
-  /// LOGAppenderUse::letGo(), after the lock.
-  std::vector<Snapshot> takeEarlier();
 
  private:
+  friend struct LOGAppenderLists;
+
   template <typename Change>
   void change(Change change);
   void unlink(LOGAppenderSkeleton* appender);
+  // Made with the first appender, because most loggers have none.
+  struct Lists;
+  Lists& lists();
 
-  VRKList<LOGAppenderSkeleton*> m_appenders;  // the same as in the list, for those who walk the living list
-  Snapshot m_current;
-  std::atomic<const LOGAppenderList*> m_place{nullptr};  // m_current
-  // Somebody may use these still. Those that were replaced by additions are kept here until the next removal; the
-  // others are kept by whoever waits for their end.
-  std::vector<std::weak_ptr<const LOGAppenderList>> m_earlier;
-  std::vector<Snapshot> m_kept;
+  Lists* m_lists = nullptr;  // its own
+  std::atomic<const LOGAppenderList*> m_place{nullptr};
 };

@@ -1,6 +1,7 @@
 #include "log4vrk/core/LOGLogLog.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <string>
 
 #include "log4vrk/core/LOGGuard.h"
@@ -12,6 +13,8 @@
 namespace {
 
 constexpr char SETTINGS_FILE[] = "../configuration/logdebug.ini";
+constexpr char VARIABLE[] = "LOG4VRK_INTERNAL_LOG";
+constexpr int STANDARD_ERROR = 2;
 constexpr char DEFAULT_LOG_FILE[] = "log4vrk.log";
 
 constexpr char PREFIX[] = "log4vrk: ";
@@ -29,13 +32,27 @@ VRKMutex g_mutex;
 bool g_initialized VRK_GUARDED_BY(g_mutex) = false;
 VRKFmFile* g_file VRK_GUARDED_BY(g_mutex) = nullptr;  // while messages are written
 
-void openLog(const I18NString& path) VRK_REQUIRES(g_mutex) {
+bool openLog(const I18NString& path, int flagsWhenThere) VRK_REQUIRES(g_mutex) {
   auto file = std::make_unique<VRKFmFile>();
   const bool there = VRKFmDir::exists(path, VRKFmDir::REGULAR_FILE);
-  if (file->open(path, there ? VRKFmFile::TRUNCATE : VRKFmFile::CREATE_EXCLUSIVE)) g_file = file.release();
+  if (!file->open(path, there ? flagsWhenThere : VRKFmFile::CREATE_EXCLUSIVE)) return false;
+  g_file = file.release();
+  return true;
 }
 
-void readSettings() VRK_REQUIRES(g_mutex) {
+// Child processes inherit the variable: they must not wipe what their parent has written.
+void openLogOfVariable(const std::string& value) VRK_REQUIRES(g_mutex) {
+  if (value != "stderr") {
+    const I18NString path{std::string_view(value)};
+    // The second time for the process that another one was faster than.
+    if (!openLog(path, VRKFmFile::EXISTING)) openLog(path, VRKFmFile::EXISTING);
+    return;
+  }
+  auto file = std::make_unique<VRKFmFile>();
+  if (file->attach(STANDARD_ERROR)) g_file = file.release();
+}
+
+void readSettings(bool mayOpenLog) VRK_REQUIRES(g_mutex) {
   VRKFmFile settings;
   if (!settings.openForReading(SETTINGS_FILE)) return;
   std::string debugSwitch, path;
@@ -43,7 +60,8 @@ void readSettings() VRK_REQUIRES(g_mutex) {
   settings.readWord(path);
   if (settings.getLastError() != 0) return;
   if (debugSwitch == "1") g_debugEnabled = 1;
-  openLog(path.empty() ? I18NString(DEFAULT_LOG_FILE) : I18NString(std::string_view(path)));
+  if (!mayOpenLog) return;
+  openLog(path.empty() ? I18NString(DEFAULT_LOG_FILE) : I18NString(std::string_view(path)), VRKFmFile::TRUNCATE);
 }
 
 void writeLine(const std::string& line) VRK_REQUIRES(g_mutex) {
@@ -60,7 +78,11 @@ void initialize() VRK_REQUIRES(g_mutex) {
   g_quietMode = 0;
   const char* failure = nullptr;
   try {
-    readSettings();
+    // Null in set-user-id programs, which must not write where their caller says.
+    const char* const variable = ::secure_getenv(VARIABLE);
+    const bool isSet = variable != nullptr && *variable != '\0';
+    readSettings(!isSet);
+    if (isSet) openLogOfVariable(variable);
   } catch (const I18NRuntimeError&) {
     failure = "LOGLogLog::init - I18nstring exception occurred during log file initialization";
   } catch (const VRKThrowable&) {

@@ -12,6 +12,9 @@ class VRKThrowable;
 /// log (default "log4vrk.log" in the working directory). The log begins afresh with each process, and ends with
 /// shutdown() for good. Nothing is ever raised, and what cannot be written is lost.
 ///
+/// The environment variable LOG4VRK_INTERNAL_LOG switches it on too, and takes the place of the settings file's path:
+/// it is "stderr", or the path of a file, which is continued when it is there. Set-user-id programs ignore it.
+///
 /// Thread safety: any thread; a line is written whole.
 class LOG4VRK_EXPORT LOGLogLog {
  public:

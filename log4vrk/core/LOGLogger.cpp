@@ -1,6 +1,7 @@
 #include "log4vrk/core/LOGLogger.h"
 
 #include <algorithm>
+#include <memory>
 #include <typeinfo>
 
 #include "log4vrk/core/LOGAppenderSkeleton.h"
@@ -9,8 +10,9 @@
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/LOGManager.h"
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
-#include "log4vrk/core/internal/LOGAppenderList.h"
+#include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/platform/VRKList.h"
 
 const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
@@ -29,14 +31,33 @@ Knowing& knowing() {
 
 }  // namespace
 
-LOGAppenderAttachableImpl LOGLogger::copyOf(const LOGLogger& other) {
-  const LOGGuard guard(other);
-  return LOGAppenderAttachableImpl(other.m_aai);
-}
+struct LOGLogger::Appenders {
+  static LOGAppenderAttachableImpl copyOf(const LOGLogger& logger) {
+    const LOGGuard guard(logger);
+    return LOGAppenderAttachableImpl(logger.m_aai);
+  }
+
+  static LOGAppenderLists::Snapshot of(const LOGLogger& logger) {
+    const LOGGuard guard(logger);
+    return LOGAppenderLists::snapshot(logger.m_aai);
+  }
+
+  // Changes the list under the lock, and afterwards waits for those who use an earlier one.
+  template <typename Change>
+  static void remove(LOGLogger& logger, Change change) {
+    LOGAppenderUse::Lists earlier;
+    {
+      const LOGGuard guard(logger);
+      change(logger.m_aai);
+      earlier = LOGAppenderLists::takeEarlier(logger.m_aai);
+    }
+    LOGAppenderUse::letGo(std::move(earlier));
+  }
+};
 
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
-LOGLogger::LOGLogger(const I18NString& name) : m_name(std::make_shared<LOGLoggerName>(name)) { instance("LOGLogger"); }
+LOGLogger::LOGLogger(const I18NString& name) : m_name(new LOGLoggerName(name)) { instance("LOGLogger"); }
 
 LOGLogger::LOGLogger(const LOGLogger& other)
     : LOGMutex(other),
@@ -44,12 +65,15 @@ LOGLogger::LOGLogger(const LOGLogger& other)
       LOGObject(other),
       m_name(other.m_name),
       m_additive(other.getAdditivity()),
-      m_aai(copyOf(other)) {
+      m_aai(Appenders::copyOf(other)) {
   const LOGGuard guard(*this);
   if (const LOGLevel* const level = other.getLevel()) m_level = keptLevel(*level);
 }
 
-LOGLogger::~LOGLogger() { noteLevelChange(); }
+LOGLogger::~LOGLogger() {
+  noteLevelChange();
+  for (const LOGLevel* const kept : m_levels) delete kept;
+}
 
 LOGLogger* LOGLogger::getLogger(const I18NString& name) { return LOGManager::getLogger(name); }
 LOGLogger* LOGLogger::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
@@ -78,14 +102,14 @@ bool LOGLogger::findOutIfPasses(LOGLevel* level) const {
 void LOGLogger::keepLowestEnabled() const {
   const LOGLeafGuard guard(knowing().mutex);
   const LOGLevel* const chained = getChainedLevel();
-  if (chained == nullptr || m_lowestEnabled != UNKNOWN) return;
+  if (chained == nullptr || m_lowestEnabled != NOT_YET_KNOWN) return;
   knowing().lowestEnabled.push_back(&m_lowestEnabled);
   m_lowestEnabled = std::max(chained->toInt(), getRepository()->getThreshold()->toInt());
 }
 
 void LOGLogger::noteLevelChange() {
   const LOGLeafGuard guard(knowing().mutex);
-  for (std::atomic<std::int64_t>* const lowest : knowing().lowestEnabled) *lowest = UNKNOWN;
+  for (std::atomic<std::int64_t>* const lowest : knowing().lowestEnabled) *lowest = NOT_YET_KNOWN;
   knowing().lowestEnabled.clear();
 }
 
@@ -115,11 +139,12 @@ void LOGLogger::assertLog(int assertion, const I18NString& text) {
 }
 
 LOGLevel* LOGLogger::keptLevel(const LOGLevel& level) {
-  for (const std::unique_ptr<LOGLevel>& kept : m_levels) {
-    if (*kept == level && kept->toString() == level.toString()) return kept.get();
+  for (LOGLevel* const kept : m_levels) {
+    if (*kept == level && kept->toString() == level.toString()) return kept;
   }
-  m_levels.emplace_back(vrkNew<LOGLevel>(VRK_HERE, level));
-  return m_levels.back().get();
+  std::unique_ptr<LOGLevel> copy(vrkNew<LOGLevel>(VRK_HERE, level));
+  m_levels.push_back(copy.get());
+  return copy.release();
 }
 
 void LOGLogger::setLevel(LOGLevel* level) {
@@ -159,56 +184,42 @@ bool LOGLogger::isAttached(LOGAppenderSkeleton* appender) {
   });
 }
 
-LOGAppenderAttachableImpl::Snapshot LOGLogger::attachedAppenders() {
-  const LOGGuard guard(*this);
-  return m_aai.snapshot();
-}
-
-// Changes the list under the lock, and afterwards waits for those who use an earlier one.
-template <typename Change>
-void LOGLogger::remove(Change change) {
-  LOGAppenderUse::Lists earlier;
-  {
-    const LOGGuard guard(*this);
-    change(m_aai);
-    earlier = m_aai.takeEarlier();
-  }
-  LOGAppenderUse::letGo(std::move(earlier));
-}
-
 void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGLogger::removeAllAppenders(LOGHashtable* table) {
   logReport("LOGLogger::removeAllAppenders -- unable to lock mutex", [&] {
-    const LOGAppenderAttachableImpl::Snapshot before = attachedAppenders();
+    const LOGAppenderLists::Snapshot before = Appenders::of(*this);
     {
       const LOGCallScope scope;
-      LOGAppenderAttachableImpl::closeAll(before);
+      LOGAppenderLists::closeAll(before);
     }
-    remove([&](LOGAppenderAttachableImpl& container) { container.forget(before, table); });
+    Appenders::remove(
+        *this, [&](LOGAppenderAttachableImpl& container) { LOGAppenderLists::forget(container, before, table); });
   });
 }
 
 void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
-  logReport("LOGLogger::removeAppender -- unable to lock mutex",
-            [&] { remove([&](LOGAppenderAttachableImpl& container) { container.removeAppender(appender); }); });
+  logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
+    Appenders::remove(*this, [&](LOGAppenderAttachableImpl& container) { container.removeAppender(appender); });
+  });
 }
 
 void LOGLogger::removeAppender(const I18NString& name) {
-  logReport("LOGLogger::removeAppender -- unable to lock mutex",
-            [&] { remove([&](LOGAppenderAttachableImpl& container) { container.removeAppender(name); }); });
+  logReport("LOGLogger::removeAppender -- unable to lock mutex", [&] {
+    Appenders::remove(*this, [&](LOGAppenderAttachableImpl& container) { container.removeAppender(name); });
+  });
 }
 
 void LOGLogger::drainAppenders() {
   if (appenders().load(std::memory_order_acquire) == nullptr) return;
-  LOGAppenderInternals::drainAll(*attachedAppenders());
+  if (const LOGAppenderLists::Snapshot list = Appenders::of(*this)) LOGAppenderInternals::drainAll(*list);
 }
 
 void LOGLogger::closeNestedAppenders() {
   logReport("LOGLogger::closeNestedAppenders -- unable to lock mutex", [&] {
-    const LOGAppenderAttachableImpl::Snapshot appenders = attachedAppenders();
+    const LOGAppenderLists::Snapshot appenders = Appenders::of(*this);
     const LOGCallScope scope;
-    LOGAppenderAttachableImpl::closeAll(appenders);
+    LOGAppenderLists::closeAll(appenders);
   });
 }
 

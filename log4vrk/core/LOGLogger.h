@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <limits>
-#include <memory>
+#include <string>
 #include <vector>
 
 #include "log4vrk/core/LOGAppenderAttachableImpl.h"
@@ -83,7 +83,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// The same of a level whose rank the compiler knows. What is disabled costs one comparison.
   bool isEnabledFor(int rank, LOGLevel* level) const {
     const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
-    return rank >= lowest && (lowest != UNKNOWN || findOutIfEnabledFor(level));
+    return rank >= lowest && (lowest != NOT_YET_KNOWN || findOutIfEnabledFor(level));
   }
   bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_OBJ); }
   bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_OBJ); }
@@ -91,7 +91,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// Delivers to the appenders of this logger and its ancestors. Put off when it is called from inside a library call.
   void callAppenders(LOGLoggingEvent* event);
 
-  const I18NString& getName() const { return m_name->text; }
+  const I18NString& getName() const { return m_name.get()->text; }
   /// The logger's own copy of the level last set, valid as long as the logger; null inherits.
   LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
   virtual void setLevel(LOGLevel* level);
@@ -146,7 +146,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   friend class LOGLoggingEvent;
 
   /// What m_lowestEnabled is until somebody asks, below all ranks.
-  static constexpr std::int64_t UNKNOWN = std::numeric_limits<std::int64_t>::min();
+  static constexpr std::int64_t NOT_YET_KNOWN = std::numeric_limits<std::int64_t>::min();
 
   /// After every change that can alter what is enabled: no logger knows any more.
   static void noteLevelChange();
@@ -156,7 +156,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
   bool passes(LOGLevel* level) const {
     const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
-    return level->toInt() >= lowest && (lowest != UNKNOWN || findOutIfPasses(level));
+    return level->toInt() >= lowest && (lowest != NOT_YET_KNOWN || findOutIfPasses(level));
   }
   bool findOutIfPasses(LOGLevel* level) const;
   void logShortcut(LOGLevel* level, LOGObject* message) {
@@ -177,20 +177,17 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// False when another thread delivers through this logger.
   bool tryAppend(LOGLoggingEvent* event, int& writes);
   void drainAppenders();
-  template <typename Change>
-  void remove(Change change);
-  LOGAppenderAttachableImpl::Snapshot attachedAppenders();
-  static LOGAppenderAttachableImpl copyOf(const LOGLogger& other);
+  struct Appenders;  // the steps of what changes them
   /// Where the current list of appenders is, for those who deliver.
   const std::atomic<const LOGAppenderList*>& appenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.place(); }
   LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
 
   // Constant after construction.
-  const std::shared_ptr<const LOGLoggerName> m_name;
+  const LOGLoggerName::Share m_name;
   const I18NString m_resourceBundleString;
 
   // Read by every log call, without the lock.
-  mutable std::atomic<std::int64_t> m_lowestEnabled{UNKNOWN};  // the lowest rank that is enabled
+  mutable std::atomic<std::int64_t> m_lowestEnabled{NOT_YET_KNOWN};  // the lowest rank that is enabled
   std::atomic<LOGLevel*> m_level{nullptr};
   std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};
@@ -201,6 +198,6 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   // thread that is delivering may ask any logger for what it holds.
   VRKThreadCriticalSection m_order{0};
   LOGAppenderAttachableImpl m_aai VRK_GUARDED_BY(m_critSection);
-  // Every value that was ever set: log calls and queued events may still point to one.
-  std::vector<std::unique_ptr<LOGLevel>> m_levels VRK_GUARDED_BY(m_critSection);
+  // Every value that was ever set, its own: log calls and queued events may still point to one.
+  std::vector<LOGLevel*> m_levels VRK_GUARDED_BY(m_critSection);
 };

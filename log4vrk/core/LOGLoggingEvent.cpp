@@ -21,7 +21,7 @@ std::unique_ptr<LOGObject> cloneOf(const LOGObject* message) {
 
 const I18NString& LOGLocationInfo::m_NA = vrkImmortal<I18NString>("?");
 
-const I18NString& LOGLoggingEvent::NONE = vrkImmortal<I18NString>();
+const I18NString& LOGLoggingEvent::NO_TEXT = vrkImmortal<I18NString>();
 const LOGLoggerName& LOGLoggingEvent::NO_LOGGER = vrkImmortal<LOGLoggerName>(I18NString());
 
 LOGSerializable::~LOGSerializable() = default;
@@ -68,7 +68,7 @@ LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   if (other.m_own || m_own) copyOwn(other);
   keepLogger(other);
   keepLevel(other.m_level);
-  if (m_threadName != &NONE) setThreadName(I18NString(*m_threadName));
+  if (m_threadName != &NO_TEXT) setThreadName(I18NString(*m_threadName));
   return *this;
 }
 
@@ -78,11 +78,11 @@ void LOGLoggingEvent::keepLogger(const LOGLoggingEvent& other) {
   m_logger = other.m_logger;
   m_loggerName = other.m_loggerName;
   m_ownLoggerName = other.m_ownLoggerName;
-  if (m_ownLoggerName || m_loggerName == &NO_LOGGER) return;
+  if (m_ownLoggerName.get() != nullptr || m_loggerName == &NO_LOGGER) return;
   if (m_logger != nullptr && m_loggerName == m_logger->m_name.get()) {
     m_ownLoggerName = m_logger->m_name;
   } else {
-    m_ownLoggerName = std::make_shared<LOGLoggerName>(*m_loggerName);
+    m_ownLoggerName = LOGLoggerName::Share(new LOGLoggerName(*m_loggerName));
     m_loggerName = m_ownLoggerName.get();
   }
 }
@@ -102,7 +102,7 @@ void LOGLoggingEvent::keepLevel(LOGLevel* level) {
 }
 
 bool LOGLoggingEvent::isRenderable() const {
-  if (m_ownLoggerName) return m_wasRenderable;
+  if (m_ownLoggerName.get() != nullptr) return m_wasRenderable;
   return m_logger != nullptr && m_logger->getRepository() != nullptr;
 }
 
@@ -135,8 +135,9 @@ void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
 }
 
 bool LOGLoggingEvent::isPlain() const {
-  return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NONE && m_logger != nullptr &&
-         !m_ownLoggerName && m_loggerName == m_logger->m_name.get() && m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
+  return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NO_TEXT && m_logger != nullptr &&
+         m_ownLoggerName.get() == nullptr && m_loggerName == m_logger->m_name.get() &&
+         m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
 }
 
 void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
@@ -149,9 +150,9 @@ void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, L
   m_level = level;
   m_logger = logger;
   m_loggerName = logger->m_name.get();
-  m_ownLoggerName.reset();
+  m_ownLoggerName = LOGLoggerName::Share();
   m_fqnOfLoggerClass = &LOGLogger::m_FQCN;
-  m_threadName = m_ndc = &NONE;
+  m_threadName = m_ndc = &NO_TEXT;
   m_ownText.clear();
   m_ownText.appendChecked(utf8);
   m_text = m_ownText.view();

@@ -67,7 +67,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   std::string_view renderUtf8(I18NUtf8Buffer& room);
   void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
   /// Empty unless the program has set it.
-  const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NONE; }
+  const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NO_TEXT; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
   LOGLocationInfo* getLocationInformation();
   /// Whether the message is a text and nothing else, and that text.
@@ -90,7 +90,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   friend class LOGBoundedFIFO;
   friend class LOGLogger;
 
-  static const I18NString& NONE;
+  static const I18NString& NO_TEXT;
   static const LOGLoggerName& NO_LOGGER;
 
   // What few events have.
@@ -139,12 +139,12 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   // Texts that outlive the event, or are in m_own. The thread's is lent by the thread that asked first, never to a
   // copy.
   const LOGLoggerName* m_loggerName = &NO_LOGGER;
-  const I18NString* m_fqnOfLoggerClass = &NONE;
-  const I18NString* m_threadName = &NONE;
-  const I18NString* m_ndc = &NONE;
+  const I18NString* m_fqnOfLoggerClass = &NO_TEXT;
+  const I18NString* m_threadName = &NO_TEXT;
+  const I18NString* m_ndc = &NO_TEXT;
   std::string_view m_text;  // lent, or in the next
   I18NUtf8Buffer m_ownText;
-  std::shared_ptr<const LOGLoggerName> m_ownLoggerName;  // a copy's
+  LOGLoggerName::Share m_ownLoggerName;  // a copy's
   mutable std::unique_ptr<LOGObject> m_message;
   std::unique_ptr<Own> m_own;
 };

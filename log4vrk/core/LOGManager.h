@@ -4,7 +4,6 @@
 
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
-#include "log4vrk/platform/VRKList.h"
 
 class LOGHierarchy;
 class LOGLogger;
@@ -12,6 +11,8 @@ class LOGLoggerFactory;
 class LOGLoggerRepository;
 class LOGObject;
 class LOGRepositorySelector;
+template <typename T>
+class VRKList;  // log4vrk/platform/VRKList.h
 
 /// Forwards to the repository that the selector names. The first use makes a LOGHierarchy with a root at DEBUG and
 /// nothing configured.

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <sstream>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -15,7 +15,8 @@
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 /// Puts a text together with <<. Takes texts, characters, numbers, truth values, LOGObjects and whatever has an
-/// operator<< for std::ostream. Narrow text is UTF-8. Most messages need no memory but the object's own.
+/// operator<< for std::ostream, when <ostream> is included. Narrow text is UTF-8. Most messages need no memory but the
+/// object's own.
 ///
 /// Thread safety: not thread-safe; one for each message.
 class LOG4VRK_EXPORT LOGMessage {
@@ -48,15 +49,35 @@ class LOG4VRK_EXPORT LOGMessage {
       m_text.append(static_cast<const I18NString&>(part));
     } else if constexpr (std::is_base_of_v<LOGObject, T>) {
       m_text.append(part.toString());
+    } else if constexpr (std::is_floating_point_v<T>) {
+      appendNumber(part);
     } else {
-      std::ostringstream stream;
-      stream << part;
-      m_text.append(std::string_view(stream.str()));
+      Stream stream;
+      stream.get() << part;
+      stream.appendTo(m_text);
     }
     return *this;
   }
 
  private:
+  /// A std::ostringstream, whose header is for those who have something to put into it.
+  class LOG4VRK_EXPORT Stream {
+   public:
+    Stream();
+    ~Stream();
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    std::ostream& get();
+    void appendTo(I18NUtf8Buffer& text);
+
+   private:
+    alignas(8) unsigned char m_memory[400];
+  };
+  void appendNumber(double number);
+  void appendNumber(long double number);
+  void appendNumber(float number) { appendNumber(static_cast<double>(number)); }
+
   char m_room[512];
   I18NUtf8Buffer m_text;
 };

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <type_traits>
+
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
@@ -13,6 +15,9 @@
 ///
 /// Thread safety: as the standard containers.
 class LOG4VRK_EXPORT LOGObject {
+  template <typename A, typename B>
+  using IfBothAreObjects = std::enable_if_t<std::is_base_of_v<LOGObject, A> && std::is_base_of_v<LOGObject, B>>;
+
  public:
   LOGObject() = default;
   explicit LOGObject(const I18NString& value) : m_value(value) {}
@@ -23,6 +28,15 @@ class LOG4VRK_EXPORT LOGObject {
   /// Equal when both type name and text are.
   virtual bool operator==(const LOGObject& other) const;
   virtual bool operator!=(const LOGObject& other) const;
+  // Of classes that override the former: what `a` says, and not `b` with the sides changed, which C++20 finds as good.
+  template <typename A, typename B, typename = IfBothAreObjects<A, B>>
+  friend bool operator==(const A& a, const B& b) {
+    return a.operator==(b);
+  }
+  template <typename A, typename B, typename = IfBothAreObjects<A, B>>
+  friend bool operator!=(const A& a, const B& b) {
+    return a.operator!=(b);
+  }
   /// The text. Log calls ask for it while they hold locks of the library; it may log itself, which is put off.
   virtual const I18NString& toString() const;
   /// A new copy that the caller owns.

@@ -131,9 +131,9 @@ const char* I18NString::c_str(long* length) const {
   return bytes.c_str();
 }
 
-std::unique_ptr<char[]> I18NString::toBytes(long* length) const {
+I18NBytes I18NString::toBytes(long* length) const {
   const std::string utf8 = toUtf8();
-  std::unique_ptr<char[]> bytes(new char[utf8.size() + 1]);
+  I18NBytes bytes(new char[utf8.size() + 1]);
   std::memcpy(bytes.get(), utf8.c_str(), utf8.size() + 1);
   if (length != nullptr) *length = static_cast<long>(utf8.size());
   return bytes;

@@ -3,12 +3,38 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "log4vrk/platform/VRKExport.h"
+
+/// Bytes that belong to whoever has this. It is what std::unique_ptr<char[]> would be, and becomes one where a program
+/// wants one; the header of that costs every file that logs as much as the rest of this one.
+class I18NBytes {
+ public:
+  explicit I18NBytes(char* bytes) noexcept : m_bytes(bytes) {}
+  I18NBytes(I18NBytes&& other) noexcept : m_bytes(other.release()) {}
+  I18NBytes& operator=(I18NBytes&& other) noexcept {
+    std::swap(m_bytes, other.m_bytes);
+    return *this;
+  }
+  ~I18NBytes() { delete[] m_bytes; }
+
+  char* get() const noexcept { return m_bytes; }
+  char& operator[](std::size_t index) const { return m_bytes[index]; }
+  /// Whoever calls it deletes them, with delete[].
+  char* release() noexcept { return std::exchange(m_bytes, nullptr); }
+
+  template <typename Pointer, typename = typename Pointer::deleter_type,
+            typename = decltype(std::declval<const Pointer&>()[0])>
+  operator Pointer() && noexcept {
+    return Pointer(release());
+  }
+
+ private:
+  char* m_bytes;
+};
 
 /// A text in UTF-16. Narrow text is UTF-8 unless an encoding is named. Ill-formed input never fails: what cannot be
 /// decoded becomes U+FFFD, so that a log call is not lost over one bad byte.
@@ -41,7 +67,7 @@ class LOG4VRK_EXPORT I18NString {
   /// The text in UTF-8, valid until this thread's next call. `*length` counts the terminating zero byte.
   const char* c_str(long* length = nullptr) const;
   /// A copy of the text in UTF-8 that ends in a zero byte, which `*length` does not count.
-  std::unique_ptr<char[]> toBytes(long* length = nullptr) const;
+  I18NBytes toBytes(long* length = nullptr) const;
 
   /// `count` units from `begin`; a `begin` past the end gives the empty text.
   I18NString substring(std::size_t begin, std::size_t count = npos) const;

@@ -2,6 +2,11 @@
 
 #pragma once
 
+// Errors are caught and levels, messages and appenders told apart by their types, in the program's classes too.
+#ifndef __cpp_rtti
+#error "log4vrk needs run-time type information in every class that derives from its own: do not use -fno-rtti"
+#endif
+
 /// Marks a class or function that programs may link to; everything else is hidden inside the library. Programs that
 /// include the header see the attribute as well, so that type information and exceptions are the same on both sides.
 #define LOG4VRK_EXPORT __attribute__((visibility("default")))

@@ -1,6 +1,9 @@
 #include "log4vrk/platform/VRKThreadCriticalSection.h"
 
 #include <cerrno>
+#include <mutex>
+#include <new>
+#include <type_traits>
 
 #include "log4vrk/platform/VRKThrowable.h"
 
@@ -10,14 +13,25 @@ namespace {
 // byte fits into the little room that the thread library keeps for such variables of libraries loaded late.
 __thread char t_self __attribute__((tls_model("initial-exec")));
 
+template <typename Memory>
+inline std::mutex& mutexIn(Memory& memory) {
+  return *std::launder(reinterpret_cast<std::mutex*>(&memory));
+}
+
 }  // namespace
+
+VRKThreadCriticalSection::VRKThreadCriticalSection(int) {
+  static_assert(sizeof(std::mutex) <= sizeof(Mutex) && alignof(std::mutex) <= alignof(Mutex));
+  static_assert(std::is_trivially_destructible_v<std::mutex>);
+  new (&m_mutex) std::mutex;
+}
 
 void VRKThreadCriticalSection::lock() {
   if (VRKFault::hit(VRKFault::LOCK)) throw VRKSystemError(EAGAIN, "critical section", VRK_HERE);
   const void* const self = &t_self;
   // Relaxed is enough: only this thread stores its own address here, so it reads that only when it is the owner.
   if (m_owner.load(std::memory_order_relaxed) != self) {
-    m_mutex.lock();
+    mutexIn(m_mutex).lock();
     m_owner.store(self, std::memory_order_relaxed);
   }
   ++m_depth;
@@ -26,7 +40,7 @@ void VRKThreadCriticalSection::lock() {
 bool VRKThreadCriticalSection::tryLock() {
   const void* const self = &t_self;
   if (m_owner.load(std::memory_order_relaxed) != self) {
-    if (!m_mutex.try_lock()) return false;
+    if (!mutexIn(m_mutex).try_lock()) return false;
     m_owner.store(self, std::memory_order_relaxed);
   }
   ++m_depth;
@@ -38,5 +52,5 @@ bool VRKThreadCriticalSection::isMine() const { return m_owner.load(std::memory_
 void VRKThreadCriticalSection::unlock() {
   if (--m_depth != 0) return;
   m_owner.store(nullptr, std::memory_order_relaxed);
-  m_mutex.unlock();
+  mutexIn(m_mutex).unlock();
 }

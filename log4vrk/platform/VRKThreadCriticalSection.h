@@ -3,7 +3,6 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
 
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKThreadSafety.h"
@@ -16,8 +15,8 @@
 class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection {
  public:
   /// The integer is accepted for existing callers and changes nothing.
-  explicit VRKThreadCriticalSection(int = 0) {}
-  VRKThreadCriticalSection(const VRKThreadCriticalSection&) {}
+  explicit VRKThreadCriticalSection(int = 0);
+  VRKThreadCriticalSection(const VRKThreadCriticalSection&) : VRKThreadCriticalSection() {}
   VRKThreadCriticalSection& operator=(const VRKThreadCriticalSection&) { return *this; }
 
   /// Raises VRKSystemError when the lock cannot be taken.
@@ -29,7 +28,11 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
   bool isMine() const;
 
  private:
-  std::mutex m_mutex;
+  // A std::mutex, which is made in here: its header would cost a file that logs more than those of this library do.
+  struct alignas(void*) Mutex {
+    unsigned char memory[sizeof(void*) == 8 ? 40 : 24];
+  };
+  Mutex m_mutex;
   std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has; null: free
   int m_depth = 0;                            // how often the owner has it; touched by the owner only
 };

@@ -7,6 +7,7 @@
 set -euo pipefail
 build=$1 compiler=$2
 here=$(dirname "$(readlink -f "$0")")
+. "$here/common.sh"
 work=$build/tests/consumer
 prefix=$work/moved
 
@@ -20,14 +21,7 @@ run_and_check() {
   cd "$(dirname "$1")"
   cp "$here/log.xml" .
   "$1" >console.log
-  local line='^[0-9]+ \[[^]]+\] INFO consumer - hello from outside the tree$'
-  for output in consumer.log console.log; do
-    if [ "$(grep -cE "$line" "$output")" != 1 ] || [ "$(wc -l <"$output")" != 1 ]; then
-      echo "$PWD/$output should hold one line that matches $line, but holds:"
-      cat "$output"
-      exit 1
-    fi
-  done
+  check_logs "$PWD"
 }
 
 libdir=$(dirname "$(find "$prefix" -name tovlog4vrk.so)")
@@ -44,14 +38,15 @@ run_and_check "$work/cmake/consumer"
 pc_dir=$(dirname "$(find "$prefix" -name log4vrk.pc)")
 export PKG_CONFIG_PATH=$pc_dir
 mkdir "$work/pkg-config"
-# shellcheck disable=SC2046  # the flags are meant to be split
-"$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" $(pkg-config --cflags --libs log4vrk)
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir log4vrk) run_and_check "$work/pkg-config/consumer"
+# A blank in a path is behind a backslash.
+mapfile -t flags < <(pkg-config --cflags --libs log4vrk | xargs -n 1 printf '%s\n')
+"$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" "${flags[@]}"
+LD_LIBRARY_PATH=$libdir run_and_check "$work/pkg-config/consumer"
 
 # Without the module nothing but documents is missing, and the internal log says what to do.
 cd "$work/cmake"
 mkdir -p ../configuration
-echo "1 $PWD/internal.log" >../configuration/logdebug.ini
+echo "1 internal.log" >../configuration/logdebug.ini
 rm "$libdir/tovlog4vrk-xml.so"
 if ./consumer 2>error.log; then
   echo "the document was read without the XML module"

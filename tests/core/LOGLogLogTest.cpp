@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
@@ -9,10 +11,11 @@ constexpr char SETTINGS[] = "configuration/logdebug.ini";
 /// The program beside a directory "configuration".
 struct Probe : TempDir {
   explicit Probe(const char* settings) { write(SETTINGS, settings); }
-  void run(const std::string& words) const {
+  void run(const std::string& words, const std::string& environment = "-u LOG4VRK_INTERNAL_LOG",
+           const std::string& program = LOG4VRK_TEST_PROGRAM_DIR "/internal_log_probe") const {
     std::filesystem::create_directory(file("work"));
-    const std::string program = "timeout 30 " LOG4VRK_TEST_PROGRAM_DIR "/internal_log_probe ";
-    EXPECT_EQ(std::system(("cd " + file("work") + " && " + program + words + " > ../out").c_str()), 0) << words;
+    const std::string command = "cd '" + file("work") + "' && timeout 30 env " + environment + " '" + program + "' ";
+    EXPECT_EQ(std::system((command + words + " > ../out 2> ../err").c_str()), 0) << words << read("err");
   }
   bool hasMadeNothing() const { return std::filesystem::is_empty(file("work")); }
 };
@@ -50,6 +53,52 @@ TEST(LOGLogLog, StaysOffWithoutSettingsThatCanBeFollowed) {
     probe.run("levels");
     EXPECT_TRUE(probe.hasMadeNothing()) << settings;
   }
+}
+
+TEST(LOGLogLog, IsSwitchedOnByTheEnvironment) {
+  const std::string LINE = "log4vrk: debug\n";
+  struct {
+    const char* settings;  // null: there is no such file
+    const char* variable;
+    const char* log;  // where the line goes
+    bool continues;
+    const char* flags;
+  } const CASES[] = {{nullptr, "stderr", "err", false, "00"},
+                     {nullptr, "../internal.log", "internal.log", true, "00"},
+                     {"1 ../other.log", "stderr", "err", false, "10"},
+                     {"1 ../other.log", "../internal.log", "internal.log", true, "10"},
+                     {"1 ../other.log", "", "other.log", false, "10"},
+                     {nullptr, "missing/internal.log", nullptr, false, "00"},
+                     {nullptr, "..", nullptr, false, "00"}};
+  for (const auto& [settings, variable, log, continues, flags] : CASES) {
+    const Probe probe(settings != nullptr ? settings : "");
+    if (settings == nullptr) std::filesystem::remove(probe.file(SETTINGS));
+    for (const std::string& expected : {LINE, continues ? LINE + LINE : LINE}) {
+      probe.run("debug shutdown debug", std::string("LOG4VRK_INTERNAL_LOG=") + variable);
+      EXPECT_EQ(probe.read("out"), flags);
+      EXPECT_TRUE(probe.hasMadeNothing());
+      for (const std::string name : {"err", "internal.log", "other.log"}) {
+        const bool there = std::filesystem::exists(probe.file(name));
+        EXPECT_EQ(there ? probe.read(name) : "", log != nullptr && log == name ? expected : "")
+            << variable << ", " << name;
+      }
+    }
+  }
+}
+
+TEST(LOGLogLog, IgnoresTheEnvironmentInSetUserIdPrograms) {
+  if (::geteuid() != 0) GTEST_SKIP() << "making a set-user-id program of another user needs root";
+  const Probe probe("");
+  std::filesystem::remove(probe.file(SETTINGS));
+  const std::string program = probe.file("probe");
+  std::filesystem::copy_file(LOG4VRK_TEST_PROGRAM_DIR "/internal_log_probe", program);
+  const std::string environment = "LOG4VRK_INTERNAL_LOG=stderr";
+  probe.run("debug leave", environment, program);
+  EXPECT_EQ(probe.read("err"), "log4vrk: debug\n");
+  ASSERT_EQ(::chown(program.c_str(), 65534, 65534), 0);
+  ASSERT_EQ(::chmod(program.c_str(), 04755), 0);
+  probe.run("debug leave", environment, program);
+  EXPECT_EQ(probe.read("err"), "");
 }
 
 TEST(LOGLogLog, EndsWithAShutdownOrAFailureForGood) {

@@ -44,6 +44,6 @@ TEST(LOGManager, TakesAnotherSelectorFromWhoeverHasTheGuard) {
 
 TEST(LOGManager, LogsBeforeMainAndAfterItAndWhileAThreadEnds) {
   const TempDir dir;
-  EXPECT_EQ(std::system(("timeout 30 " LOG4VRK_TEST_PROGRAM_DIR "/statics_probe >" + dir.file("out")).c_str()), 0);
+  EXPECT_EQ(std::system(("timeout 30 '" LOG4VRK_TEST_PROGRAM_DIR "/statics_probe' >" + dir.file("out")).c_str()), 0);
   EXPECT_EQ(dir.read("out"), "static begins\nmain begins\nthread begins\nthread ends\nmain ends\nstatic ends\n");
 }

@@ -411,7 +411,7 @@ TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
 TEST_F(LogServerTest, OfTheExampleShowsWhatItsDocumentSends) {
   const std::string examples = LOG4VRK_SOURCE_DIR "/examples/log-server", port = std::to_string(server->relpPort());
   const pid_t process = startProgram({examples + "/run-log-server.sh", dir.file("server"), port});
-  const std::string document = "sed s/2514/" + port + "/ " + examples + "/log.xml >" + dir.file("log.xml");
+  const std::string document = "sed s/2514/" + port + "/ '" + examples + "/log.xml' >" + dir.file("log.xml");
   ASSERT_EQ(0, std::system(document.c_str()));
   EXPECT_EQ(1, LOG4VRKConfigurator::initialize(dir.file("log.xml").c_str()));
   LOGManager::getLogger("shop.orders")->warn("two lines\nin one");

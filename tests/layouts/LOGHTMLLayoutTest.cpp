@@ -54,7 +54,7 @@ TEST(HTMLLayoutTest, WritesAPage) {
 
 TEST(HTMLLayoutTest, LooksInABrowserAsItIsMeantTo) {
   if (std::system("command -v chromium >/dev/null 2>&1") != 0) {
-    GTEST_SKIP() << "No chromium on the PATH, so the page was not opened in a browser.";
+    GTEST_SKIP() << "there is no browser to open the page in (Debian package chromium)";
   }
   LOGHTMLLayout layout;
   const TempDir directory;

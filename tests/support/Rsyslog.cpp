@@ -88,7 +88,7 @@ std::string Rsyslog::missing(Input input) {
   if (input == UDP) return ::geteuid() == 0 ? "" : "port 514 needs root";
   if (!runs("ls /usr/lib*/rsyslog/imrelp.so || ls /usr/lib/*/rsyslog/imrelp.so"))
     return "imrelp is not installed (Debian package rsyslog-relp)";
-  return runs("openssl version") ? "" : "openssl is not installed";
+  return runs("openssl version") ? "" : "openssl is not installed (Debian package openssl)";
 }
 
 Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificate) : m_input(input) {
