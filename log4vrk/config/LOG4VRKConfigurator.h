@@ -12,8 +12,9 @@ class LOG4VRK_EXPORT LOG4VRKConfigurator {
   LOG4VRKConfigurator();
   virtual ~LOG4VRKConfigurator();
 
-  /// Configures the library from an XML document. 1 when the document was read and applied; 0 when it could not be read
-  /// or parsed, or its root is not known, and then nothing has changed.
+  /// Configures the library from an XML document. 1 when the document was read and applied. 0 when it could not be read
+  /// or parsed, or its root is not known, and then nothing has changed; also when the library of its categoryFactory is
+  /// missing, which ends the run: then the threshold and the internal log's switches may have changed, and no logger.
   static int initialize(const I18NString& fileName);
   /// Closes all appenders, delivers what is still queued, and closes the internal log. Log calls may still be made;
   /// they write nothing.

@@ -188,8 +188,9 @@ void LOGDOMConfigurator::parseLayout(const VRKIDOM_Element& element, LOGAppender
   logContainAll(LAYOUT_FAILURES, 0, [&] {
     std::unique_ptr<LOGLayout> layout = makerOf<LOGLayout>(LAYOUTS, className, &make<LOGLayout, LOGLayout>)();
     setParameters(element, *layout);
-    bundle.appender()->setLayout(layout.get());
+    LOGLayout* const set = layout.get();
     bundle.own(std::move(layout));
+    bundle.appender()->setLayout(set);
     return 1;
   });
 }
@@ -229,11 +230,14 @@ void LOGDOMConfigurator::parseErrorHandler(const VRKIDOM_Element& element, LOGAp
       setParameter(child, *handler);
     } else if (tag == APPENDER_REF_TAG) {
       LOGAppenderSkeleton* const backup = findAppenderByReference(child);
-      handler->setBackupAppender(backup);
       if (std::shared_ptr<LOGAppenderBundle> kept = bundleOf(backup)) bundle.own(std::move(kept));
+      handler->setBackupAppender(backup);
     } else if (tag == LOGGER_REF) {
-      handler->setLogger(m_repository->getLogger(child.getAttribute(REF_ATTR)));
+      VRK_ASSERT(m_repository);
+      const I18NString name = child.getAttribute(REF_ATTR);
+      if (isLoggerName(name)) handler->setLogger(m_repository->getLogger(name));
     } else if (tag == ROOT_REF) {
+      VRK_ASSERT(m_repository);
       handler->setLogger(m_repository->getRootLogger());
     }
   }
@@ -247,21 +251,20 @@ std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::bundleOf(const LOGAppende
 }
 
 void LOGDOMConfigurator::putIntoBag(const I18NString& name, std::shared_ptr<LOGAppenderBundle> bundle) {
+  LOGAppenderSkeleton* const appender = bundle->appender();
+  m_bundles.push_back(std::move(bundle));  // first: the bag does not keep what is in it
   m_appenderBag.remove(name);
-  m_appenderBag.put(vrkNew<LOGLoggerKey>(VRK_HERE, name), bundle->appender());
-  m_bundles.push_back(std::move(bundle));
+  m_appenderBag.put(name, appender);
 }
 
 // What is stale will never be handed out again. It stays for one more run, because a program may have got it from a
-// logger.
+// logger. Runs at the end of every run, whatever has ended it, so it only moves what there is.
 void LOGDOMConfigurator::retireStaleAppenders() {
-  const auto stale =
-      std::stable_partition(m_bundles.begin(), m_bundles.end(),
-                            [](const std::shared_ptr<LOGAppenderBundle>& b) { return !b->appender()->isStale(); });
-  for (auto bundle = stale; bundle != m_bundles.end(); ++bundle) {
-    const I18NString& name = (*bundle)->appender()->getName();
-    if (m_appenderBag.get(name) == (*bundle)->appender()) m_appenderBag.remove(name);
-    m_retired.push_back(std::move(*bundle));
+  for (auto each = m_bundles.begin(); each != m_bundles.end();) {
+    const auto bundle = each++;
+    LOGAppenderSkeleton* const appender = (*bundle)->appender();
+    if (!appender->isStale()) continue;
+    if (m_appenderBag.get(appender->getName()) == appender) m_appenderBag.remove(appender->getName());
+    m_retired.splice(m_retired.end(), m_bundles, bundle);
   }
-  m_bundles.erase(stale, m_bundles.end());
 }

@@ -16,6 +16,7 @@
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
 
 const I18NString& LOGConfigurator::m_INHERITED = vrkImmortal<I18NString>("inherited");
 
@@ -108,12 +109,16 @@ class LOGDOMConfigurator::Run {
   }
 
  private:
-  LOGDeferral m_deferral;  // first: what was put off is delivered when the run is over
+  VRKNoCancellation m_finished;  // of half a run nobody could tell what it has left
+  LOGDeferral m_deferral;        // before the lock: what was put off is delivered when the run is over
   VRKThreadGuard m_guard;
   LOGDOMConfigurator& m_configurator;
 };
 
-LOGDOMConfigurator::LOGDOMConfigurator() { VRKIDOM_DOMImplementation::initialize(); }
+LOGDOMConfigurator::LOGDOMConfigurator() {
+  if (m_appenderBag.capacity() == 0) throw VRKOutOfMemoryError(VRK_HERE);  // it would take nothing, for good
+  VRKIDOM_DOMImplementation::initialize();
+}
 
 LOGDOMConfigurator::~LOGDOMConfigurator() { VRKIDOM_DOMImplementation::terminate(); }
 
@@ -126,11 +131,13 @@ void LOGDOMConfigurator::shutdown() {
 }
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
-  return instance()->doConfigure(fileName, LOGManager::getLoggerRepository());
+  return logContainAll(CONFIGURE_FAILURES, 0,
+                       [&] { return instance()->doConfigure(fileName, LOGManager::getLoggerRepository()); });
 }
 
 int LOGDOMConfigurator::configure(VRKIDOM_Element root) {
-  return instance()->doConfigure(std::move(root), LOGManager::getLoggerRepository());
+  return logContainAll(CONFIGURE_FAILURES, 0,
+                       [&] { return instance()->doConfigure(std::move(root), LOGManager::getLoggerRepository()); });
 }
 
 void LOGDOMConfigurator::configureAndWatch(const I18NString& fileName) { configureAndWatch(fileName, 0); }
@@ -271,11 +278,20 @@ void LOGDOMConfigurator::parseLogger(const VRKIDOM_Element& element) {
                 });
 }
 
+bool LOGDOMConfigurator::isLoggerName(const I18NString& name) {
+  constexpr std::size_t LONGEST = 1000, SHOWN = 100;
+  if (name.length() <= LONGEST) return true;
+  LOGLogLog::error("Logger name [" + name.substring(0, SHOWN) + "...] is longer than 1000 characters. Ignoring it.");
+  return false;
+}
+
 LOGLogger* LOGDOMConfigurator::findLogger(const VRKIDOM_Element& element) {
   const I18NString name = element.getAttribute(LOG4VRK_NAME_ATTR);
+  if (!isLoggerName(name)) return nullptr;
   const I18NString className = subst(element.getAttribute(CLASS_ATTR));
   if (className.isEmpty()) {
     LOGLogLog::debug("Retrieving an instance of LOGLogger: " + name);
+    VRK_ASSERT(m_repository);
     return m_repository->getLogger(name);
   }
   LOGLogLog::debug("Desired logger sub-class: [" + className + "]");

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <list>
 #include <memory>
 #include <vector>
 
@@ -24,7 +25,7 @@ class LOGObject;
 ///
 /// Thread safety: any thread; a second run waits for the first. Threads that log meanwhile see the tree as it was
 /// before or as it is after. From inside a log call (an appender, a renderer, a listener) a run is refused and
-/// reported.
+/// reported. A thread that is cancelled ends after the run.
 /// Ownership: appenders made here live as long as something has them attached, and for one run longer.
 /// Failures: nothing is raised.
 class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
@@ -95,6 +96,7 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
   void parseCategoryFactory(const VRKIDOM_Element& element);
   void parseRenderer(const VRKIDOM_Element& element);
   void parseLogger(const VRKIDOM_Element& element);
+  static bool isLoggerName(const I18NString& name);
   LOGLogger* findLogger(const VRKIDOM_Element& element);
   void parseRoot(const VRKIDOM_Element& element);
   void parseChildrenOfLoggerElement(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot);
@@ -122,8 +124,8 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
   // Touched by the one run that is going on.
   LOGLoggerRepository* m_repository = nullptr;
   LOGHashtable m_appenderBag;
-  std::vector<std::shared_ptr<LOGAppenderBundle>> m_bundles;  // those in the bag
-  std::vector<std::shared_ptr<LOGAppenderBundle>>
-      m_retired;                          // what the last run replaced: a program may still look at it
+  std::list<std::shared_ptr<LOGAppenderBundle>> m_bundles;  // those in the bag
+  std::list<std::shared_ptr<LOGAppenderBundle>>
+      m_retired;                          // what the last run replaced; a program may look at it still
   std::vector<I18NString> m_beingParsed;  // an appender must not lead to itself
 };

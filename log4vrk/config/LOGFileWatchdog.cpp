@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <limits>
 
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/platform/internal/VRKTime.h"
@@ -62,6 +63,8 @@ void LOGFileWatchdog::checkAndConfigure() {
 }
 
 void LOGFileWatchdog::run() {
+  static constexpr long long LONGEST = std::numeric_limits<long long>::max() / 1000;
   const std::shared_ptr<VRKStopSignal> stop = m_stop;
-  while (g_interrupted == 0 && !stop->wait(std::max(g_delay.load(), 1L) * 1000LL)) checkAndConfigure();
+  const auto period = [] { return std::clamp<long long>(g_delay, 1, LONGEST) * 1000; };
+  while (g_interrupted == 0 && !stop->wait(period())) checkAndConfigure();
 }

@@ -34,13 +34,14 @@ class LOG4VRK_EXPORT LOGFileWatchdog : public VRKThread {
   void checkAndConfigure();
   /// Polls until a file cannot be examined or the watchdog is stopped.
   void run() override;
+  /// The reaction to a newer file; on the watchdog's thread, except for a check that somebody else has called.
+  virtual void doOnChange() = 0;
 
  protected:
   struct LookLater {};
   /// Leaves the first look to the derived class's own constructor.
   LOGFileWatchdog(const I18NString& fileName, LookLater);
 
-  virtual void doOnChange() = 0;
   const I18NString& fileName() const { return m_fileName; }
   /// Ends the polling and waits for it. May be repeated.
   void stop();

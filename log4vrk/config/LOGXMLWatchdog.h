@@ -10,6 +10,6 @@ class LOG4VRK_EXPORT LOGXMLWatchdog : public LOGFileWatchdog {
   explicit LOGXMLWatchdog(const I18NString& fileName);
   ~LOGXMLWatchdog() override;
 
- protected:
+  /// Configures from the document.
   void doOnChange() override;
 };

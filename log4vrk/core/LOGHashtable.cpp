@@ -42,23 +42,35 @@ LOGHashtable::LOGHashtable(long capacity, float) : LOGHashtable(capacity) {}
 LOGHashtable::~LOGHashtable() { clear(); }
 
 int LOGHashtable::put(LOGLoggerKey* key, LOGObject* value) {
-  std::unique_ptr<LOGLoggerKey> owned(key);
-  if (key == nullptr || value == nullptr) return 0;
+  if (key == nullptr || value == nullptr || !hasRoom()) return 0;
+  return link(std::unique_ptr<LOGLoggerKey>(key), value);
+}
+
+int LOGHashtable::put(const I18NString& name, LOGObject* value) {
+  if (value == nullptr || !hasRoom()) return 0;
+  return link(std::unique_ptr<LOGLoggerKey>(vrkNew<LOGLoggerKey>(VRK_HERE, name)), value);
+}
+
+bool LOGHashtable::hasRoom() {
   if (m_count == capacity()) reSize();
-  if (m_count == capacity()) return 0;
+  return m_count < capacity();
+}
+
+// At the head of the chain, so that it hides an older entry of the name.
+int LOGHashtable::link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value) {
   Link entry(outOfMemory() ? nullptr : new (std::nothrow) Entry{nullptr, value, nullptr});
   if (!entry) {
     LOGLogLog::error("LOGHashtable::put ---- Could not allocate memory");
     return 0;
   }
   Link& bucket = bucketOf(key->hashCode());
-  entry->key = std::move(owned);
+  entry->key = std::move(key);
   entry->next = std::move(bucket);
   bucket = std::move(entry);
   return ++m_count;
 }
 
-// Each chain keeps its order, so that the entry that hid another goes on hiding it.
+// Each entry goes to the end of its new chain: the entry that hid another goes on hiding it.
 void LOGHashtable::reSize() {
   std::vector<Link> old;
   try {
@@ -80,26 +92,30 @@ void LOGHashtable::reSize() {
   }
 }
 
-LOGHashtable::Entry* LOGHashtable::find(std::uint32_t hash, const I18NString& name) const {
+// Names are compared only when their hash codes are equal, so that looking for a name that is not there costs the same
+// however long it is.
+LOGHashtable::Entry* LOGHashtable::find(std::uint32_t hash, std::u16string_view name) const {
   if (m_buckets.empty()) return nullptr;
   Entry* entry = m_buckets[hash % m_buckets.size()].get();
-  while (entry != nullptr && (entry->key->hashCode() != hash || entry->key->getName() != name))
+  while (entry != nullptr && (entry->key->hashCode() != hash || entry->key->getName().view() != name))
     entry = entry->next.get();
   return entry;
 }
 
 LOGObject* LOGHashtable::get(const LOGLoggerKey* key) const {
-  const Entry* const entry = key != nullptr ? find(key->hashCode(), key->getName()) : nullptr;
+  const Entry* const entry = key != nullptr ? find(key->hashCode(), key->getName().view()) : nullptr;
   return entry != nullptr ? entry->value : nullptr;
 }
 
-LOGObject* LOGHashtable::get(const I18NString& name) const {
-  const Entry* const entry = find(LOGLoggerKey::hashOf(name), name);
+LOGObject* LOGHashtable::get(const I18NString& name) const { return get(name.view(), LOGLoggerKey::hashOf(name)); }
+
+LOGObject* LOGHashtable::get(std::u16string_view name, std::uint32_t hash) const {
+  const Entry* const entry = find(hash, name);
   return entry != nullptr ? entry->value : nullptr;
 }
 
 bool LOGHashtable::replace(const I18NString& name, LOGObject* value) {
-  Entry* const entry = find(LOGLoggerKey::hashOf(name), name);
+  Entry* const entry = find(LOGLoggerKey::hashOf(name), name.view());
   if (entry != nullptr) entry->value = value;
   return entry != nullptr;
 }
@@ -108,9 +124,10 @@ LOGObject* LOGHashtable::remove(const LOGLoggerKey* key) { return key != nullptr
 
 LOGObject* LOGHashtable::remove(const I18NString& name) {
   const std::uint32_t hash = LOGLoggerKey::hashOf(name);
-  if (find(hash, name) == nullptr) return nullptr;
+  const Entry* const found = find(hash, name.view());
+  if (found == nullptr) return nullptr;
   Link* link = &bucketOf(hash);
-  while ((*link)->key->getName() != name) link = &(*link)->next;
+  while (link->get() != found) link = &(*link)->next;
   const Link entry = std::move(*link);
   *link = std::move(entry->next);
   --m_count;
@@ -141,13 +158,17 @@ bool LOGHashtable::contains(const LOGObject* value) const {
 }
 
 VRKList<LOGLoggerKey*>* LOGHashtable::keys() const {
-  auto* const list = vrkNew<VRKList<LOGLoggerKey*>>(VRK_HERE);
+  std::unique_ptr<VRKList<LOGLoggerKey*>> list(vrkNew<VRKList<LOGLoggerKey*>>(VRK_HERE));
   visit([&](const Entry& entry) { list->push_back(entry.key.get()); });
-  return list;
+  return list.release();
 }
 
 VRKList<LOGObject*>* LOGHashtable::elements() const {
-  auto* const list = vrkNew<VRKList<LOGObject*>>(VRK_HERE);
+  std::unique_ptr<VRKList<LOGObject*>> list(vrkNew<VRKList<LOGObject*>>(VRK_HERE));
   visit([&](const Entry& entry) { list->push_back(entry.value); });
-  return list;
+  return list.release();
+}
+
+void LOGHashtable::forEach(const std::function<void(LOGObject*)>& visitor) const {
+  visit([&](const Entry& entry) { visitor(entry.value); });
 }

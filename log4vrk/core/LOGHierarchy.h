@@ -4,6 +4,8 @@
 
 #include <atomic>
 #include <memory>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "log4vrk/core/LOGDefaultLoggerFactory.h"
@@ -20,13 +22,13 @@ class LOGHierarchyEventListener;
 class LOGProvisionNode;
 
 /// Finds or makes loggers by their dotted names and links each to its nearest existing ancestor; placeholders stand for
-/// ancestors that have not been made.
+/// ancestors that have not been made. A name may have any length: time and memory grow with it as the name does.
 ///
 /// Thread safety: any thread.
 /// Ownership: the loggers, the root included; they live until the repository is destroyed. Listeners are the program's.
 class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository, public LOGRendererSupport {
  public:
-  /// Takes the root over. The threshold is ALL.
+  /// Takes the root over, unless it raises VRKOutOfMemoryError. The threshold is ALL.
   explicit LOGHierarchy(LOGLogger* root);
   LOGHierarchy(const LOGHierarchy&) = delete;
   LOGHierarchy& operator=(const LOGHierarchy&) = delete;
@@ -43,15 +45,18 @@ class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository,
   void setThreshold(LOGLevel* level) override;
   void fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) override;
   LOGLevel* getThreshold() override { return m_threshold.load(std::memory_order_acquire); }
+  /// The threshold's rank as it was when it was set: a level may be assigned to later.
+  int getThresholdRank() const { return m_thresholdRank.load(std::memory_order_relaxed); }
   LOGLogger* getLogger(const I18NString& name) override;
   /// The factory is asked only when there is no logger of that name, and without a lock held: a logger that another
-  /// thread made meanwhile goes before.
+  /// thread made meanwhile goes before. The logger is found and linked by the name asked for, whatever the factory
+  /// called it. Raises VRKOutOfMemoryError when there is no memory for the logger.
   LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory) override;
   VRKList<LOGLogger*>* getCurrentLoggers() override;
   LOGRendererMap& getRendererMap() override { return m_rendererMap; }
   LOGLogger* getRootLogger() override { return m_root.get(); }
   /// True when the threshold is above the rank.
-  bool isDisabled(long level) override { return m_thresholdRank.load(std::memory_order_relaxed) > level; }
+  bool isDisabled(long level) override { return getThresholdRank() > level; }
   /// Root back to DEBUG, threshold to ALL, everything closed, all other levels cleared and loggers additive, no
   /// renderers. The appenders stay attached.
   void resetConfiguration() override;
@@ -69,18 +74,27 @@ class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository,
 
  private:
   LOGLogger* find(const I18NString& name);
-  LOGLogger* add(std::unique_ptr<LOGLogger> made);
-  void updateParents(LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
+  LOGLogger* add(const I18NString& name, LOGLogger* made);
+  void makeRoomFor(const I18NString& name, const LOGLogger* made) VRK_REQUIRES(m_ht->criticalSection());
+  bool store(const I18NString& name, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
+  LOGLogger* updateParents(const I18NString& name, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
+  bool waitAt(std::u16string_view ancestor, LOGObject* entry, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
   void updateChildren(LOGProvisionNode* provisionNode, LOGLogger* parentLogger) VRK_REQUIRES(m_ht->criticalSection());
-  bool putNew(const I18NString& name, LOGObject* value) VRK_REQUIRES(m_ht->criticalSection());
-  void keepUnlisted(std::unique_ptr<LOGLogger> logger);
+  void updateChild(LOGLogger* child, LOGLogger* parentLogger) VRK_REQUIRES(m_ht->criticalSection());
+  const I18NString& askedName(const LOGLogger* logger) const VRK_REQUIRES(m_ht->criticalSection());
+  void keepUnlisted(LOGLogger* logger);
   void closeAllAppenders();
 
   // Constant after construction.
   LOGDefaultLoggerFactory m_defaultFactory;
-  const std::unique_ptr<LOGLogger> m_root;
   const std::unique_ptr<LOGHashtable> m_ht;  // guarded by its own lock
+  const std::unique_ptr<LOGLogger> m_root;   // behind what may fail, as the root is its maker's until all is well
   LOGRendererMap m_rendererMap;
+
+  // The names that were asked for, of loggers that a factory has named otherwise.
+  std::unordered_map<const LOGLogger*, I18NString> m_askedNames VRK_GUARDED_BY(m_ht->criticalSection());
+  // Loggers that do not wait in a placeholder at each of their ancestors. They are looked at whenever a logger is made.
+  std::vector<LOGLogger*> m_waiting VRK_GUARDED_BY(m_ht->criticalSection());
 
   // Read by every log call.
   std::atomic<LOGLevel*> m_threshold{LOGLevel::ALL_OBJ};
@@ -88,6 +102,6 @@ class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository,
   std::atomic<int> m_emittedNoAppenderWarning{0};
 
   std::vector<LOGHierarchyEventListener*> m_listeners VRK_GUARDED_BY(m_critSection);
-  // Loggers that found no room in the table, or their name taken. A factory may have logged through them, so they stay.
+  // Loggers that found no room in the table, or their name taken.
   std::vector<std::unique_ptr<LOGLogger>> m_unlisted VRK_GUARDED_BY(m_critSection);
 };

@@ -25,6 +25,12 @@ class LOG4VRK_EXPORT LOGLoggerKey {
 
   /// Begins with 0, and for each UTF-16 unit multiplies by 31 and adds the unit, modulo 2^32.
   static std::uint32_t hashOf(const I18NString& name);
+  /// What the hash code of a text was before `last` was added to it.
+  static constexpr std::uint32_t hashBefore(std::uint32_t hash, char16_t last) {
+    constexpr std::uint32_t INVERSE_OF_31 = 0xBDEF7BDF;  // modulo 2^32
+    static_assert(31 * INVERSE_OF_31 == 1);
+    return (hash - last) * INVERSE_OF_31;
+  }
 
  private:
   I18NString m_name;

@@ -30,20 +30,33 @@ using Inherited = std::map<LOGStack*, std::weak_ptr<LOGStack>>;
 VRKMutex g_inheritedMutex;
 Inherited& g_inherited VRK_GUARDED_BY(g_inheritedMutex) = vrkImmortal<Inherited>();
 
-void forgetInherited(LOGStack* stack) {
-  {
-    const LOGLeafGuard guard(g_inheritedMutex);
-    g_inherited.erase(stack);
+// Owns a stack that threads were given, as soon as it has one.
+struct InheritedStack {
+  InheritedStack() = default;
+  ~InheritedStack() {
+    if (stack == nullptr) return;
+    {
+      const LOGLeafGuard guard(g_inheritedMutex);
+      g_inherited.erase(stack);
+    }
+    delete stack;
   }
-  delete stack;
-}
+  InheritedStack(const InheritedStack&) = delete;
+  InheritedStack& operator=(const InheritedStack&) = delete;
 
-// One owner for all threads that were given the same stack.
+  LOGStack* stack = nullptr;
+};
+
+// One owner for all threads that were given the same stack. What may fail comes before the owner has the stack: until
+// then that is the caller's.
 std::shared_ptr<LOGStack> ownerOf(LOGStack* stack) {
+  const auto made = std::make_shared<InheritedStack>();
   const LOGLeafGuard guard(g_inheritedMutex);
   std::weak_ptr<LOGStack>& known = g_inherited[stack];
-  std::shared_ptr<LOGStack> owner = known.lock();
-  if (!owner) known = owner = std::shared_ptr<LOGStack>(stack, &forgetInherited);
+  if (std::shared_ptr<LOGStack> owner = known.lock()) return owner;
+  made->stack = stack;
+  const std::shared_ptr<LOGStack> owner(made, stack);
+  known = owner;
   return owner;
 }
 
@@ -85,21 +98,26 @@ void LOGNDC::push(const I18NString& message) {
 }
 
 I18NString LOGNDC::pop() {
-  std::shared_ptr<LOGObject> popObj;
-  LOGStack* const stack = currentStack();
-  if (stack == nullptr || !stack->popShared(popObj)) return I18NString();
-  VRK_ASSERT(popObj);
-  return asContext(*popObj).getMessage();
+  return vrkTranslateErrors(VRK_HERE, [] {
+    I18NString message = peek();  // first: a text that could not be copied is not lost
+    std::shared_ptr<LOGObject> popObj;
+    if (LOGStack* const stack = currentStack()) stack->popShared(popObj);
+    return message;
+  });
 }
 
 I18NString LOGNDC::get() {
-  const std::shared_ptr<LOGObject> entry = top();
-  return entry ? asContext(*entry).getFullMessage() : I18NString();
+  return vrkTranslateErrors(VRK_HERE, [] {
+    const std::shared_ptr<LOGObject> entry = top();
+    return entry ? asContext(*entry).getFullMessage() : I18NString();
+  });
 }
 
 I18NString LOGNDC::peek() {
-  const std::shared_ptr<LOGObject> entry = top();
-  return entry ? asContext(*entry).getMessage() : I18NString();
+  return vrkTranslateErrors(VRK_HERE, [] {
+    const std::shared_ptr<LOGObject> entry = top();
+    return entry ? asContext(*entry).getMessage() : I18NString();
+  });
 }
 
 int LOGNDC::getDepth() {
@@ -126,5 +144,7 @@ LOGStack* LOGNDC::cloneStack() {
 }
 
 void LOGNDC::inherit(LOGStack* stack) {
-  if (stack != nullptr && stack != currentStack()) setStack(ownerOf(stack));
+  vrkTranslateErrors(VRK_HERE, [&] {
+    if (stack != nullptr && stack != currentStack()) setStack(ownerOf(stack));
+  });
 }

@@ -45,6 +45,6 @@ class LOG4VRK_EXPORT LOGNDC : public LOGObject {
   /// A copy of the thread's stack, owned by the caller, for inherit() in another thread; null when there is none.
   static LOGStack* cloneStack();
   /// Takes the stack over as the calling thread's, in place of the one it has. Null changes nothing. Threads that are
-  /// given the same stack share it.
+  /// given the same stack share it. Without memory VRKOutOfMemoryError is raised, and the stack stays the caller's.
   static void inherit(LOGStack* stack);
 };

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <list>
 #include <memory>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -13,7 +15,6 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
-#include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKDynamicLibrary.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
@@ -23,12 +24,15 @@ namespace {
 using Renderer = std::shared_ptr<LOGObjectRenderer>;
 using Function = LOGObjectRenderer* (*)();
 
+// A class may have several: whoever notes a library again adds one, and the first counts.
 struct Library {
   I18NString className;
   Function getRenderer;
   void* handle;
-  std::shared_ptr<void> users =
-      std::make_shared<char>();  // shared by every renderer that the library has made and that lives
+  // Its count is how the last user is told from the others: every renderer that the library has made shares in it as
+  // long as it lives, and so does every lookup that is calling into the library. At one there is the library alone, and
+  // its code may go.
+  std::shared_ptr<void> users = std::make_shared<char>();
   std::vector<Renderer> made = {};
 };
 
@@ -38,9 +42,9 @@ struct State {
   std::list<Library> keptOpen;  // a thread cleared the map while it was rendering
 };
 
-// For the clearing of a map; in microseconds.
-constexpr long LOOK_AGAIN = 100;
-constexpr long LONGEST_WAIT = 10000000;
+// For the clearing of a map.
+constexpr long LOOK_AGAIN = 100;  // microseconds
+constexpr std::chrono::seconds LONGEST_WAIT(2);
 
 VRKMutex g_mutex;
 State& g_state VRK_GUARDED_BY(g_mutex) = vrkImmortal<State>();
@@ -55,6 +59,8 @@ Library* findLibrary(const I18NString& className) VRK_REQUIRES(g_mutex) {
 
 // A library that is being asked for a renderer; it is not unloaded meanwhile.
 struct Lookup {
+  bool isKnown() const { return users != nullptr; }
+
   Function getRenderer = nullptr;
   std::shared_ptr<void> users;
 };
@@ -98,7 +104,9 @@ LOGObjectRenderer* keep(const I18NString& className, LOGObjectRenderer* renderer
   const LOGLeafGuard guard(g_mutex);
   Library* const library = findLibrary(className);
   if (!made || library == nullptr) return nullptr;
-  library->made.emplace_back(made.release(), [users = library->users](LOGObjectRenderer* last) { delete last; });
+  // The renderer goes before its share in the library: its destructor is the library's code.
+  Renderer shared(made.release(), [users = library->users](LOGObjectRenderer* last) { delete last; });
+  library->made.push_back(std::move(shared));
   return renderer;
 }
 
@@ -109,11 +117,13 @@ bool rendersByItself(const Library& library) {
   });
 }
 
-// True when no renderer of the library lives any more.
+// True when no renderer of the library lives any more. What still renders by it is on another thread, and may be held
+// up for long: then the library stays loaded, which costs nothing but its memory.
 bool waitUntilUnused(const Library& library) {
-  for (long waited = 0; library.users.use_count() > 1; waited += LOOK_AGAIN) {
-    if (waited >= LONGEST_WAIT) return false;
-    VRKThread::sleep(LOOK_AGAIN);
+  const auto end = std::chrono::steady_clock::now() + LONGEST_WAIT;
+  while (library.users.use_count() > 1) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::microseconds(LOOK_AGAIN));
   }
   return true;
 }
@@ -185,9 +195,7 @@ int LOGRendererMap::loadLib(const I18NString& className) {
   return VRKDynamicLibrary::open(path) != nullptr ? 1 : 0;
 }
 
-int LOGRendererMap::isLibraryLoaded(const I18NString& className) {
-  return lookUp(className).getRenderer != nullptr ? 1 : 0;
-}
+int LOGRendererMap::isLibraryLoaded(const I18NString& className) { return lookUp(className).isKnown() ? 1 : 0; }
 
 LOGObjectRenderer* LOGRendererMap::getRendererFromFunction(const I18NString& className) {
   const Lookup lookup = lookUp(className);
@@ -219,11 +227,7 @@ void LOGRendererMap::putFunction(const I18NString& className, void* function, vo
   try {
     if (VRKFault::hit(VRKFault::ALLOCATION)) throw std::bad_alloc();
     const LOGLeafGuard guard(g_mutex);
-    if (findLibrary(className) != nullptr) {
-      VRKDynamicLibrary::close(handle);  // another thread was faster, and holds the library
-    } else {
-      g_state.libraries.push_back({className, reinterpret_cast<Function>(function), handle});
-    }
+    g_state.libraries.push_back({className, reinterpret_cast<Function>(function), handle});
   } catch (const std::bad_alloc&) {
     LOGLogLog::debug("LOGRendererMap::putFunction: Could not allocate memory ");
   }

@@ -66,13 +66,15 @@ class LOG4VRK_EXPORT LOGRendererMap {
   static int getLibName(const I18NString& className, I18NString& path);
   /// 1 when the library could be loaded.
   static int loadLib(const I18NString& className);
+  /// 1 when a library has been noted for the class.
   static int isLibraryLoaded(const I18NString& className);
   /// A new renderer from a library that is loaded; null when it is not.
   static LOGObjectRenderer* getRendererFromFunction(const I18NString& className);
-  /// Notes a loaded library: the class, its "getRenderer" function and the handle, which clear() closes.
+  /// Notes a loaded library: the class, its "getRenderer" function and the handle, which clear() closes. Where several
+  /// are noted for a class, the first is asked for renderers.
   static void putFunction(const I18NString& className, void* function, void* handle);
 
   /// Forgets all renderers and unloads all libraries, as soon as nobody renders by them. A library by which the calling
-  /// thread itself is rendering stays loaded.
+  /// thread itself is rendering stays loaded, and so does one by which another still renders after two seconds.
   static void clear();
 };

@@ -3,6 +3,7 @@
 #include "log4vrk/platform/VRKThrowable.h"
 
 LOGRootLogger::LOGRootLogger(LOGLevel* level) : LOGLogger("root") {
+  instance("LOGRootLogger");
   LOGLogger::setLevel(level != nullptr ? level : LOGLevel::DEBUG_OBJ);
 }
 

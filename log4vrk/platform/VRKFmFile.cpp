@@ -15,6 +15,7 @@
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKFault.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
 
 namespace {
 
@@ -91,7 +92,10 @@ void VRKFmFile::writeBuffers() {
   for (VRKFmFile* file : buffered().files) file->writeOut();
 }
 
-VRKFmFile::~VRKFmFile() { close(); }
+VRKFmFile::~VRKFmFile() {
+  const VRKNoCancellation finished;  // nothing can be unwound out of a destructor
+  close();
+}
 
 bool VRKFmFile::openForReading(const I18NString& path) { return adopt(openDescriptor(path, O_RDONLY), path); }
 

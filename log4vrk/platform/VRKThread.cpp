@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -87,10 +88,10 @@ VRKThread::~VRKThread() {
 void VRKThread::start() {
   const std::lock_guard<std::mutex> guard(m_state->mutex);
   if (m_state->started) return;
+  auto argument = std::make_unique<std::pair<VRKThread*, std::shared_ptr<State>>>(this, m_state);
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   if (m_state->stackSize != 0) pthread_attr_setstacksize(&attributes, m_state->stackSize);
-  auto argument = std::make_unique<std::pair<VRKThread*, std::shared_ptr<State>>>(this, m_state);
   m_state->alive = true;
   int error;
   {
@@ -143,8 +144,11 @@ VRKStopSignal::VRKStopSignal() : m_state(std::make_unique<State>()) {}
 VRKStopSignal::~VRKStopSignal() = default;
 
 bool VRKStopSignal::wait(long long microseconds) {
+  // A moment further away than the clock can count would be one that has passed.
+  constexpr long long LONGEST = 100LL * 365 * 24 * 3600 * 1000000;
+  const auto time = std::chrono::microseconds(std::min(microseconds, LONGEST));
   std::unique_lock<std::mutex> lock(m_state->mutex);
-  return m_state->changed.wait_for(lock, std::chrono::microseconds(microseconds), [this] { return m_state->stopped; });
+  return m_state->changed.wait_for(lock, time, [this] { return m_state->stopped; });
 }
 
 void VRKStopSignal::stop() {

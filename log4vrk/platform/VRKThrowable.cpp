@@ -5,6 +5,9 @@
 
 namespace {
 
+// Made at load: who asks for it may have no memory.
+const I18NString& g_none = vrkImmortal<I18NString>();
+
 std::string_view withoutExtension(const char* source) {
   std::string_view name(source);
   return name.substr(0, name.rfind('.'));
@@ -51,29 +54,34 @@ struct VRKThrowable::Details {
 VRKThrowable::VRKThrowable(const I18NString& text, const char* source, int line)
     : VRKThrowable("VRKThrowable", text, source, line) {}
 
-VRKThrowable::VRKThrowable(const char* className, const I18NString& text, const char* source, int line) noexcept {
+VRKThrowable::VRKThrowable(const char* className, const I18NString& text, const char* source, int line) noexcept
+    : m_className(className) {
+  describe(text, source, line);
+}
+
+VRKThrowable::VRKThrowable(const char* className, const char* utf8Text, const char* source, int line) noexcept
+    : m_className(className) {
+  describe(utf8Text, source, line);
+}
+
+// An error often comes of a shortage. What cannot be told then is left out, since raising another error from here would
+// end the process.
+template <typename Text>
+void VRKThrowable::describe(const Text& text, const char* source, int line) noexcept {
   try {
-    m_details = std::make_shared<Details>(className, text, source, line);
-  } catch (const std::bad_alloc&) {
-    // The error is raised all the same; it only has nothing to tell.
+    m_details = std::make_shared<Details>(m_className, text, source, line);
+  } catch (const std::exception&) {
+    // No memory, or a text too long to convert.
   }
 }
 
 VRKThrowable::~VRKThrowable() = default;
 
-const char* VRKThrowable::what() const noexcept {
-  return m_details ? m_details->description.c_str() : "VRKThrowable: no memory for a description";
-}
+const char* VRKThrowable::what() const noexcept { return m_details ? m_details->description.c_str() : m_className; }
 
-const I18NString& VRKThrowable::getText() const noexcept {
-  static const I18NString& none = vrkImmortal<I18NString>();
-  return m_details ? m_details->text : none;
-}
+const I18NString& VRKThrowable::getText() const noexcept { return m_details ? m_details->text : g_none; }
 
-const I18NString& VRKThrowable::getSource() const noexcept {
-  static const I18NString& none = vrkImmortal<I18NString>();
-  return m_details ? m_details->source : none;
-}
+const I18NString& VRKThrowable::getSource() const noexcept { return m_details ? m_details->source : g_none; }
 
 int VRKThrowable::getLine() const noexcept { return m_details ? m_details->line : 0; }
 
@@ -81,7 +89,7 @@ void VRKThrowable::addBackTrace(const char* entry, const char* source, int line)
   if (!m_details) return;
   try {
     m_details->addPlace(entry, source, line);
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     // A shorter trace is better than a second error.
   }
 }
@@ -94,13 +102,16 @@ VRKAssertError::VRKAssertError(const I18NString& text, const char* source, int l
     : VRKThrowable("VRKAssertError", text, source, line) {}
 VRKAssertError::~VRKAssertError() = default;
 
+VRKAssertError::VRKAssertError(const char* text, const char* source, int line) noexcept
+    : VRKThrowable("VRKAssertError", text, source, line) {}
+
 void VRKAssertError::raise(const char* text, const char* source, int line) { throw VRKAssertError(text, source, line); }
 
 VRKOutOfMemoryError::VRKOutOfMemoryError(const char* source, int line) noexcept
     : VRKThrowable("VRKOutOfMemoryError", "out of memory", source, line) {}
 VRKOutOfMemoryError::~VRKOutOfMemoryError() = default;
 
-VRKStdExceptionError::VRKStdExceptionError(const std::exception& cause, const char* source, int line)
+VRKStdExceptionError::VRKStdExceptionError(const std::exception& cause, const char* source, int line) noexcept
     : VRKThrowable("VRKStdExceptionError", cause.what(), source, line) {}
 VRKStdExceptionError::~VRKStdExceptionError() = default;
 

@@ -13,7 +13,9 @@
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKFault.h"
 
-/// The root of everything that the library raises. Copies share their details, so that copying never fails.
+/// The root of everything that the library raises. Copies share their details, so that copying never fails. An error
+/// can be made when there is no memory left: then its description is the class name alone, and text and place are
+/// empty.
 ///
 /// Thread safety: not thread-safe; an error belongs to the thread that caught it.
 class LOG4VRK_EXPORT VRKThrowable : public std::exception {
@@ -35,10 +37,16 @@ class LOG4VRK_EXPORT VRKThrowable : public std::exception {
   void addBackTrace(const char* entry, const char* source, int line) noexcept;
 
  protected:
+  // `className` lives as long as the program.
   VRKThrowable(const char* className, const I18NString& text, const char* source, int line) noexcept;
+  VRKThrowable(const char* className, const char* utf8Text, const char* source, int line) noexcept;
 
  private:
   struct Details;
+  template <typename Text>
+  void describe(const Text& text, const char* source, int line) noexcept;
+
+  const char* m_className;
   std::shared_ptr<Details> m_details;  // null when there was no memory even for this
 };
 
@@ -53,6 +61,7 @@ class LOG4VRK_EXPORT I18NRuntimeError : public VRKThrowable {
 class LOG4VRK_EXPORT VRKAssertError : public VRKThrowable {
  public:
   VRKAssertError(const I18NString& text, const char* source, int line);
+  VRKAssertError(const char* text, const char* source, int line) noexcept;
   ~VRKAssertError() override;
 
   [[noreturn]] static void raise(const char* text, const char* source, int line);
@@ -67,7 +76,7 @@ class LOG4VRK_EXPORT VRKOutOfMemoryError : public VRKThrowable {
 /// A standard exception that came out of a lower layer.
 class LOG4VRK_EXPORT VRKStdExceptionError : public VRKThrowable {
  public:
-  VRKStdExceptionError(const std::exception& cause, const char* source, int line);
+  VRKStdExceptionError(const std::exception& cause, const char* source, int line) noexcept;
   ~VRKStdExceptionError() override;
 };
 
@@ -101,6 +110,15 @@ constexpr const char* vrkSourceName(const char* path) {
   do {                                                                                              \
     if (!(expression)) VRKAssertError::raise("VRK_ASSERT(" #expression ");", VRK_SOURCE, __LINE__); \
   } while (false)
+
+/// The same with a name for what is asserted, a literal, which the text shows in its quotes.
+#define VRK_ASSERT_NAMED(expression, name)                                                                           \
+  do {                                                                                                               \
+    if (!(expression)) VRKAssertError::raise("VRK_ASSERT_NAMED(" #expression ", " #name ");", VRK_SOURCE, __LINE__); \
+  } while (false)
+
+/// Raises an error of a class whose constructor takes `...`, then source and line: `VRK_THROW(VRKThrowable, "text");`.
+#define VRK_THROW(ErrorClass, ...) throw ErrorClass(__VA_ARGS__, VRK_HERE)
 
 /// For an assertion whose text or line is fixed and differs from what stands in the source.
 #define VRK_ASSERT_AS(condition, text, line)                         \

@@ -119,6 +119,29 @@ TEST_F(DOMConfiguratorTest, GoesOnWithWhatCouldBeConfigured) {
   }
 }
 
+TEST_F(DOMConfiguratorTest, RefusesALoggerWhoseNameHasMoreThan1000Characters) {
+  const std::string longest(1000, 'n'), shown(100, 'n');
+  const InternalLog log;
+  EXPECT_EQ(1, configure("<logger name='" + longest + "'/><logger name='" + longest + "n'/>" +
+                         fileAppender("named", "<errorHandler class='LOGOnlyOnceErrorHandler'><logger-ref ref='" +
+                                                   longest + ".h'/></errorHandler>") +
+                         "<logger name='named'><appender-ref ref='named'/></logger>"));
+  EXPECT_EQ(log.count("log4vrk:ERROR Logger name [" + shown + "...] is longer than 1000 characters. Ignoring it."), 2);
+  EXPECT_TRUE(LOGManager::exists(longest.c_str()) != nullptr && LOGManager::exists((longest + "n").c_str()) == nullptr);
+}
+
+TEST_F(DOMConfiguratorTest, WithoutARepositoryReportsEveryElementThatNeedsOne) {
+  const VRKIDOM_Document document = VRKIDOM_Parser().parse(
+      dir.write("log.xml", "<log4j:configuration><logger name='a'/><root/></log4j:configuration>").c_str());
+  LOGDOMConfigurator configurator;
+  EXPECT_EQ(1, configurator.doConfigure(document.getDocumentElement(), nullptr));
+  for (const char* operation : {"parseLogger", "parseRoot"}) {
+    EXPECT_EQ(internalLog.count(std::string("log4vrk:ERROR LOGDOMConfigurator::") + operation +
+                                " -- unable to lock mutex VRKAssertError: VRK_ASSERT(m_repository);"),
+              1);
+  }
+}
+
 TEST_F(DOMConfiguratorTest, RefusesWhatIsNoConfigurationAndChangesNothing) {
   EXPECT_EQ(1, configure(fileAppender("kept") + "<logger name='kept'><appender-ref ref='kept'/></logger>"));
   const std::string missing = dir.file("missing.xml");

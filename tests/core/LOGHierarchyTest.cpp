@@ -61,6 +61,38 @@ TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
   EXPECT_EQ(assertionOf([&] { tree.getLogger("new", &none); }), "LOGHierarchy: VRK_ASSERT(logger);");
 }
 
+// Also where the ancestors are too many for a placeholder each, and made later.
+TEST(LOGHierarchy, TakesNoLongerForANameThanItIsLong) {
+  const Deadline deadline(60);
+  const std::string dots(1000000, '.'), half(500000, '.');
+  Tree tree;
+  LOGLogger* const below = tree.getLogger((dots + "a").c_str());
+  LOGLogger* const other = tree.getLogger((dots + "b").c_str());
+  EXPECT_EQ(below->getParent(), tree.getRootLogger());
+  LOGLogger* const between = tree.getLogger(half.c_str());
+  LOGLogger* const nearer = tree.getLogger((half + "..").c_str());
+  LOGLogger* const high = tree.getLogger("..");
+  for (LOGLogger* each : {below, other}) EXPECT_EQ(each->getParent(), nearer);
+  EXPECT_TRUE(nearer->getParent() == between && between->getParent() == high);
+  EXPECT_TRUE(high->getParent() == tree.getRootLogger() && tree.exists((dots + "a").c_str()) == below);
+}
+
+TEST(LOGHierarchy, FindsAndLinksALoggerByTheNameAskedForWhateverItsFactoryCallsIt) {
+  for (const char* name : {"", "x", "a.b.c"}) {
+    int made = 0;
+    HookFactory factory([&](const I18NString&) {
+      ++made;
+      return new LOGLogger(name);
+    });
+    Tree tree;
+    LOGLogger* const below = tree.getLogger("a.b", &factory);
+    LOGLogger* const above = tree.getLogger("a", &factory);
+    EXPECT_TRUE(tree.getLogger("a.b", &factory) == below && tree.exists("a.b") == below && made == 2) << name;
+    EXPECT_TRUE(below->getParent() == above && above->getParent() == tree.getRootLogger()) << name;
+  }
+  EXPECT_EQ(Tree().getRootLogger()->instanceOf(), "LOGRootLogger");
+}
+
 // A program's logger class may log through a new logger, which may lose against one that was made meanwhile.
 TEST_F(LOGHierarchyTest, AFactoryMayLogThroughTheLoggerThatItMakes) {
   LOGLogger* first = nullptr;

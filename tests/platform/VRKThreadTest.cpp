@@ -78,6 +78,56 @@ TEST_F(VRKThreadTest, UnwindsWhenItIsCancelledAndLeavesNoLockBehind) {
   EXPECT_EQ(root.texts.back(), "goes on");
 }
 
+// Where the cancellation meets a call that may be cancelled, which writing to the internal log is.
+TEST_F(VRKThreadTest, UnwindsWhenItIsCancelledWhileAFailureIsWritten) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers do not follow a forced unwind; the release build does";
+#endif
+  const auto cancelled = [] { ::pthread_cancel(::pthread_self()); };
+  root.onAppend = [&](const std::string&) {
+    cancelled();
+    throw VRKThrowable("angry", VRK_HERE);
+  };
+  const std::function<void()> CALLS[] = {
+      [&] { logger->info("fails"); },
+      [&] {
+        cancelled();
+        LOG4VRKConfigurator::initialize("/no/such/document.xml");
+      },
+      [&] {
+        cancelled();
+        tree.getLogger("made.by.a.cancelled.thread");
+      },
+  };
+  for (const auto& call : CALLS) {
+    bool ended = false;
+    Runner runner([&] {
+      call();
+      ::pthread_testcancel();
+      ended = true;
+    });
+    runner.start();
+    runner.join();
+    EXPECT_FALSE(ended);
+  }
+  EXPECT_EQ(log.count("angry"), 1);
+  EXPECT_EQ(log.count("Could not parse the document"), 1);
+  EXPECT_EQ(tree.getLogger("made.by.a.cancelled")->getParent(), tree.getRootLogger());
+  EXPECT_EQ(tree.getLogger("made.by.a.cancelled.thread")->getParent(), tree.exists("made.by.a.cancelled"));
+}
+
+// Another key of the program would be written to if the library took the number that it did not get.
+TEST_F(VRKThreadTest, ThreadsOfAProgramThatHasUsedUpTheKeysMayLog) {
+  expectInNewProcess([] {
+    std::vector<pthread_key_t> keys;
+    for (pthread_key_t key; ::pthread_key_create(&key, nullptr) == 0;) keys.push_back(key);
+    std::thread([&] {
+      LOGManager::getLogger("a")->info(I18NString("text").c_str());
+      for (const pthread_key_t key : keys) ASSERT_EQ(::pthread_getspecific(key), nullptr);
+    }).join();
+  });
+}
+
 TEST_F(VRKThreadTest, LeavesSignalsToTheProgramsThreads) {
   sigset_t inside, after;
   Runner runner([&] { ::pthread_sigmask(SIG_SETMASK, nullptr, &inside); }, 256 * 1024);
@@ -95,7 +145,7 @@ TEST_F(VRKThreadTest, SleepsAtLeastAsLongAsAskedAndKnowsItsNumber) {
   for (const long microseconds : {0L, -1000000L, 20000L}) VRKThread::sleep(microseconds);
   EXPECT_FALSE(stop.wait(20000));
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(40));
-  std::thread waiting([&] { EXPECT_TRUE(stop.wait(3600LL * 1000000)); });
+  std::thread waiting([&] { EXPECT_TRUE(stop.wait(std::numeric_limits<long long>::max())); });
   stop.stop();
   waiting.join();
   EXPECT_TRUE(stop.wait(3600LL * 1000000)) << "for good";

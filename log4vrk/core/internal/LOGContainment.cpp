@@ -2,11 +2,15 @@
 
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
 
 namespace {
 
 // Writes the error that is being handled. False when it is none of the library's.
 bool write(const LOGFailureTexts& texts) {
+  // A cancellation is an exception that ends the process when it is caught, even to be passed on, while another one is
+  // being handled. So the thread ends after its line has been written.
+  const VRKNoCancellation finished;
   try {
     throw;
   } catch (I18NRuntimeError& error) {
@@ -14,8 +18,8 @@ bool write(const LOGFailureTexts& texts) {
   } catch (VRKThrowable& error) {
     LOGLogLog::error(texts.throwable, error);
   }
-  VRK_RETHROW_FORCED_UNWIND
-  catch (...) {
+  VRK_RETHROW_FORCED_UNWIND  // one that the operation itself has met
+      catch (...) {
     LOGLogLog::error(texts.unknown);
     return false;
   }

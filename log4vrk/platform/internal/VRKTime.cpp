@@ -10,6 +10,8 @@
 
 #include <atomic>
 #include <cstring>
+
+#include "log4vrk/platform/internal/VRKTickClock.h"
 #endif
 
 namespace {
@@ -24,36 +26,22 @@ VRKTime::Moment read(clockid_t clock) {
 
 #if defined(__x86_64__) || defined(__i386__)
 
-// The system's clock took a quarter of a log call into a buffer. So a thread asks for it some thousand times a second
-// at most, and in between goes by the counter of the processor, which is what the system's clock is made from. The
-// moments are microseconds behind that clock, never ahead of it, and as long as a clock that is set back or forward has
-// not been asked, less than a millisecond late.
+// The system's clock took a quarter of a log call into a buffer. So a thread asks for it some ten thousand times a
+// second at most, and in between goes by the counter of the processor, which is what the system's clock is made from.
+// It does so a tenth too slowly, because the system may slow its clock down by that much (as daemons that keep the time
+// do) and the thread must not be ahead when it asks again: its moments never run backwards, unless the clock is set
+// back.
 namespace {
 
-constexpr std::int32_t SECOND = 1000000000;             // in nanoseconds
-constexpr double CALIBRATION = 0.01 * SECOND;           // for how long the counter is compared with the clock, at least
-constexpr double LEAST_RATE = 0.125, LARGEST_RATE = 2;  // what processors have, in nanoseconds for a tick
-constexpr double CAUTION = 0.999;                       // the system may be slowing its clock down
-constexpr int FRACTION = 32;                            // bits behind the point of the rate
+constexpr std::uint64_t LONGEST_READING = 1 << 12;  // ticks while a clock was asked, unless the thread was interrupted
 
-constexpr std::uint64_t LONGEST_USE = 1 << 19;      // ticks after the clock was asked
-constexpr std::uint64_t LONGEST_READING = 1 << 12;  // ticks while it was asked, unless the thread was interrupted
-
-struct Reading {
-  std::uint64_t ticks = 0;
-  VRKTime::Moment moment{};
-
-  /// False when it took too long for the two to belong together.
-  bool take(clockid_t clock) {
-    const std::uint64_t before = __rdtsc();
-    moment = read(clock);
-    ticks = __rdtsc();
-    return ticks - before < LONGEST_READING;
-  }
-};
-
-double nanosecondsBetween(const VRKTime::Moment& from, const VRKTime::Moment& to) {
-  return static_cast<double>(to.seconds - from.seconds) * SECOND + (to.nanoseconds - from.nanoseconds);
+VRKTickReading take(clockid_t clock) {
+  VRKTickReading reading;
+  const std::uint64_t before = __rdtsc();
+  reading.moment = read(clock);
+  reading.ticks = __rdtsc();
+  reading.isWhole = reading.ticks - before < LONGEST_READING;
+  return reading;
 }
 
 // Whether the counter runs evenly in all states of the processor, and the system trusts it on all processors.
@@ -70,29 +58,27 @@ bool isTrusted() {
   return same;
 }
 
-Reading g_first;
-const bool g_trusted = g_first.take(CLOCK_MONOTONIC) && isTrusted();
-std::atomic<std::uint64_t> g_rate{0};  // nanoseconds for a tick; 0 until that is known
+const bool g_trusted = isTrusted();
+std::atomic<std::uint64_t> g_rate{0};  // as VRKTickRate gives it; 0 until it is known
 
-__thread std::uint64_t t_ticks __attribute__((tls_model("initial-exec")));
-__thread std::int64_t t_seconds __attribute__((tls_model("initial-exec")));
-__thread std::int32_t t_nanoseconds __attribute__((tls_model("initial-exec")));
+__thread VRKTickWindow t_window __attribute__((tls_model("initial-exec")));
 
+// By a clock that nobody slews: one that is being slowed down or sped up would make a rate that is wrong afterwards.
 void calibrate() {
-  Reading now;
-  if (!g_trusted || !now.take(CLOCK_MONOTONIC)) return;
-  const double elapsed = nanosecondsBetween(g_first.moment, now.moment);
-  const double rate = elapsed / static_cast<double>(now.ticks - g_first.ticks);
-  if (elapsed < CALIBRATION || rate < LEAST_RATE || rate > LARGEST_RATE) return;
-  g_rate.store(static_cast<std::uint64_t>(CAUTION * rate * (std::uint64_t{1} << FRACTION)), std::memory_order_relaxed);
+  static VRKTickRate rate;
+  static std::atomic_flag busy = ATOMIC_FLAG_INIT;
+  if (!g_trusted || busy.test_and_set(std::memory_order_acquire)) return;  // the others need not wait for one
+  if (g_rate.load(std::memory_order_relaxed) == 0) {
+    g_rate.store(rate.compare(take(CLOCK_MONOTONIC_RAW)), std::memory_order_relaxed);
+  }
+  busy.clear(std::memory_order_release);
 }
 
+[[maybe_unused]] const bool g_begun = (calibrate(), true);  // so that the first stretch of time begins at load
+
 [[gnu::noinline]] VRKTime::Moment askSystem() {
-  Reading reading;
-  const bool whole = reading.take(CLOCK_REALTIME);
-  t_ticks = whole ? reading.ticks : reading.ticks - LONGEST_USE;
-  t_seconds = reading.moment.seconds;
-  t_nanoseconds = reading.moment.nanoseconds;
+  const VRKTickReading reading = take(CLOCK_REALTIME);
+  t_window.begin(reading);
   if (g_rate.load(std::memory_order_relaxed) == 0) calibrate();
   return reading.moment;
 }
@@ -101,10 +87,8 @@ void calibrate() {
 
 VRKTime::Moment VRKTime::now() {
   const std::uint64_t rate = g_rate.load(std::memory_order_relaxed);
-  const std::uint64_t ticks = rate != 0 ? __rdtsc() - t_ticks : LONGEST_USE;
-  if (ticks >= LONGEST_USE) return askSystem();
-  const std::int32_t nanoseconds = t_nanoseconds + static_cast<std::int32_t>(ticks * rate >> FRACTION);
-  return nanoseconds < SECOND ? Moment{t_seconds, nanoseconds} : askSystem();
+  Moment moment;
+  return rate != 0 && t_window.tell(__rdtsc(), rate, moment) ? moment : askSystem();
 }
 
 #else

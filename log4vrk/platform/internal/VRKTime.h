@@ -17,7 +17,8 @@ class LOG4VRK_EXPORT VRKTime {
     std::int32_t nanoseconds;
   };
 
-  /// Some microseconds behind the system's clock, never ahead of it.
+  /// Some microseconds behind the system's clock, never ahead of it as long as nobody sets it back. Those of one thread
+  /// do not run backwards then either. A clock that has been set is followed within a fraction of a millisecond.
   static Moment now();
   /// In the process's time zone.
   static std::tm local(std::int64_t seconds);

@@ -4,6 +4,7 @@
 #include "log4vrk/platform/internal/VRKXmlModule.h"
 
 #include <cstddef>
+#include <mutex>
 #include <new>
 #include <type_traits>
 #include <vector>
@@ -16,9 +17,11 @@
 #include <xercesc/sax/HandlerBase.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/util/SecurityManager.hpp>
+#include <xercesc/util/XMLUni.hpp>
 #include <xercesc/validators/DTD/DTDElementDecl.hpp>
 
 #include "log4vrk/platform/VRKExport.h"
@@ -193,9 +196,30 @@ class Reader : public xercesc::SAXParser {
   bool m_seen = false;
 };
 
+// Xerces would end the process.
+class RaisingPanicHandler : public xercesc::PanicHandler {
+ public:
+  void panic(const PanicReasons) override { throw std::bad_alloc(); }
+};
+
 // Xerces counts who initialised it; the module takes one count and keeps it, because the parser belongs to the whole
 // process: the program may use Xerces by itself.
-void initialize() { [[maybe_unused]] static const bool initialized = (xercesc::XMLPlatformUtils::Initialize(), true); }
+//
+// False when it ran out of memory half-way, now or before. Then it counts as initialised, and neither using it nor
+// giving the count back is safe: documents cannot be read any more.
+bool initialize() {
+  enum State { UNTOUCHED, READY, BROKEN };
+  static State state = UNTOUCHED;
+  static std::mutex mutex;
+  static auto& panicHandler = *new RaisingPanicHandler;  // Xerces keeps it until the process ends
+  const std::lock_guard<std::mutex> guard(mutex);
+  if (state == UNTOUCHED) {
+    state = BROKEN;
+    xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr, &panicHandler);
+    state = READY;
+  }
+  return state == READY;
+}
 
 }  // namespace
 
@@ -203,7 +227,7 @@ static_assert(std::string_view(VRK_XML_PARSE) == "vrkXmlParse1");
 
 extern "C" LOG4VRK_EXPORT void vrkXmlParse1(const char* bytes, std::size_t size, bool loadExternalDTD,
                                             VRKXmlSink& sink) try {
-  initialize();
+  if (!initialize()) sink.fail(u"the XML parser ran out of memory when it was initialised", 0, 0);
   // Outside of what may fail: the parser's exceptions live in it.
   DocumentMemory memory;
   try {
