@@ -148,7 +148,6 @@ void LOGTCPSocketAppender::close() {
 // What is set already, as by a program that sets it again, costs no connection.
 template <typename Setting, typename Value>
 void LOGTCPSocketAppender::change(Setting& setting, const Value& value) {
-  const LOGGuard guard(*this);
   if (setting == value) return;
   setting = value;
   if (m_connector && m_forks == VRKThread::forks()) {
@@ -156,21 +155,38 @@ void LOGTCPSocketAppender::change(Setting& setting, const Value& value) {
   }
 }
 
-void LOGTCPSocketAppender::setRemoteHost(const I18NString& host) { change(m_remoteHost, host); }
-void LOGTCPSocketAppender::setPort(long port) { change(m_port, port); }
-void LOGTCPSocketAppender::setSecure(int on) { change(m_secure, on); }
-void LOGTCPSocketAppender::setReconnectionDelay(long milliseconds) { change(m_reconnectionDelay, milliseconds); }
+void LOGTCPSocketAppender::setRemoteHost(const I18NString& host) {
+  const LOGGuard guard(*this);
+  change(m_remoteHost, host);
+}
 
 I18NString LOGTCPSocketAppender::getRemoteHost() const {
   const LOGGuard guard(*this);
   return m_remoteHost;
 }
 
+void LOGTCPSocketAppender::setPort(long port) {
+  const LOGGuard guard(*this);
+  change(m_port, port);
+}
+
+void LOGTCPSocketAppender::setSecure(int on) {
+  const LOGGuard guard(*this);
+  change(m_secure, on);
+}
+
+void LOGTCPSocketAppender::setReconnectionDelay(long milliseconds) {
+  const LOGGuard guard(*this);
+  change(m_reconnectionDelay, milliseconds);
+}
+
 void LOGTCPSocketAppender::setAuthorities(const I18NString& file) {
+  const LOGGuard guard(*this);
   change(m_authorities, VRKProcess::absolutePath(file));
 }
 
 void LOGTCPSocketAppender::setCertificate(const I18NString& certificateFile, const I18NString& keyFile) {
+  const LOGGuard guard(*this);
   change(m_certificate, std::make_pair(VRKProcess::absolutePath(certificateFile), VRKProcess::absolutePath(keyFile)));
 }
 

@@ -91,7 +91,7 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   void tryThread() VRK_REQUIRES(m_critSection);
   LOGLogServer server() const VRK_REQUIRES(m_critSection);
   template <typename Setting, typename Value>
-  void change(Setting& setting, const Value& value);
+  void change(Setting& setting, const Value& value) VRK_REQUIRES(m_critSection);
   std::string render(LOGLoggingEvent* event);
   void put(LOGLoggingEvent* event);
   bool waitForSpace(LOGOutbox& outbox);
