@@ -40,6 +40,16 @@ template <typename Operation>
   }
 }
 
+bool hasUnpairedSurrogate(std::u16string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if ((text[i] & 0xF800) != 0xD800) continue;
+    const bool isPair = text[i] < 0xDC00 && i + 1 < text.size() && (text[i + 1] & 0xFC00) == 0xDC00;
+    if (!isPair) return true;
+    ++i;
+  }
+  return false;
+}
+
 // A text and nothing else, whose copy is as good as its clone().
 bool isText(const LOGObject* message) {
   return message != nullptr && typeid(*message) == typeid(LOGObject) && message->instanceOf().isEmpty();
@@ -65,7 +75,16 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString
   contained([&] {
     LOGMessage message;
     message << text;
-    logText(fqn, level, message);
+    // An unpaired surrogate has no UTF-8, and yet a program finds it again in the message: such a text goes as an
+    // object.
+    if (message.utf8().size() != text.length() && hasUnpairedSurrogate(text.view())) {
+      LOGObject object(text);
+      LOGLoggingEvent event(fqn, this, level, &object);
+      event.m_isPassing = true;
+      deliver(&event);
+    } else {
+      logText(fqn, level, message);
+    }
   });
 }
 

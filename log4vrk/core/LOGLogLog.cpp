@@ -9,6 +9,7 @@
 #include "log4vrk/platform/VRKFmFile.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
+#include "log4vrk/platform/internal/VRKNoCancellation.h"
 
 namespace {
 
@@ -99,6 +100,8 @@ void initialize() VRK_REQUIRES(g_mutex) {
 template <typename Text>
 void writeMessage(const char* prefix, const Text& appendText) {
   if (g_silent.load(std::memory_order_relaxed)) return;
+  // A failure is written while its exception is handled. A cancellation that comes then would end the process.
+  const VRKNoCancellation finished;
   try {
     const LOGLeafGuard guard(g_mutex);
     initialize();
@@ -116,13 +119,19 @@ void writeMessage(const char* prefix, const Text& appendText) {
   }
 }
 
-void write(const char* prefix, const I18NString& message) {
-  writeMessage(prefix, [&](std::string& line) { message.appendUtf8To(line); });
+void append(const I18NString& message, std::string& line) { message.appendUtf8To(line); }
+// Not made into an I18NString first, which would take memory outside of the containment.
+void append(const char* message, std::string& line) { line += message; }
+
+template <typename Text>
+void write(const char* prefix, const Text& message) {
+  writeMessage(prefix, [&](std::string& line) { append(message, line); });
 }
 
-void write(const char* prefix, const I18NString& message, const VRKThrowable& error) {
+template <typename Text>
+void write(const char* prefix, const Text& message, const VRKThrowable& error) {
   writeMessage(prefix, [&](std::string& line) {
-    message.appendUtf8To(line);
+    append(message, line);
     if (line.empty() || line.back() != ' ') line += ' ';
     line += error.what();
   });
@@ -131,14 +140,13 @@ void write(const char* prefix, const I18NString& message, const VRKThrowable& er
 }  // namespace
 
 void LOGLogLog::init() {
+  const VRKNoCancellation finished;
   const LOGLeafGuard guard(g_mutex);
   initialize();
 }
 
 void LOGLogLog::debug(const I18NString& message) { write(PREFIX, message); }
-void LOGLogLog::debug(const char* message) {
-  writeMessage(PREFIX, [&](std::string& line) { line += message; });
-}
+void LOGLogLog::debug(const char* message) { write(PREFIX, message); }
 void LOGLogLog::debug(const I18NString& message, VRKThrowable& error) { write(PREFIX, message, error); }
 void LOGLogLog::warn(const I18NString& message) { write(WARN_PREFIX, message); }
 void LOGLogLog::warn(const I18NString& message, VRKThrowable& error) { write(WARN_PREFIX, message, error); }
@@ -156,6 +164,7 @@ void LOGLogLog::setQuietMode(int enabled) { g_quietMode = enabled; }
 int LOGLogLog::getQuietMode() { return g_quietMode; }
 
 void LOGLogLog::shutdown() {
+  const VRKNoCancellation finished;
   const LOGLeafGuard guard(g_mutex);
   g_initialized = true;
   delete g_file;

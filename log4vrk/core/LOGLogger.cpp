@@ -103,8 +103,13 @@ void LOGLogger::keepLowestEnabled() const {
   const LOGLeafGuard guard(knowing().mutex);
   const LOGLevel* const chained = getChainedLevel();
   if (chained == nullptr || m_lowestEnabled != NOT_YET_KNOWN) return;
-  knowing().lowestEnabled.push_back(&m_lowestEnabled);
-  m_lowestEnabled = std::max(chained->toInt(), getRepository()->getThreshold()->toInt());
+  try {
+    knowing().lowestEnabled.push_back(&m_lowestEnabled);
+  } catch (const std::bad_alloc&) {
+    return;  // it asks again next time
+  }
+  // The caller has looked at the class. The rank is the one of the moment when the threshold was set.
+  m_lowestEnabled = std::max(chained->toInt(), static_cast<LOGHierarchy*>(getRepository())->getThresholdRank());
 }
 
 void LOGLogger::noteLevelChange() {

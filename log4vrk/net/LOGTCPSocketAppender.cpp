@@ -18,6 +18,7 @@ namespace {
 
 constexpr const char* RECOVERY_DIRECTORY = "../logs/recovery/local";
 constexpr long BETWEEN_LOOKS = 200;  // microseconds
+constexpr std::chrono::milliseconds BETWEEN_STARTS{100};
 
 }  // namespace
 
@@ -37,11 +38,16 @@ LOGTCPSocketAppender::~LOGTCPSocketAppender() {
   }
 }
 
+bool LOGTCPSocketAppender::isActive() const {
+  return getClosed() == 0 && m_forks == VRKThread::forks() && !m_lacksThread;
+}
+
 void LOGTCPSocketAppender::activateOptions() {
-  if (getClosed() == 0 && m_forks == VRKThread::forks()) return;
+  if (isActive()) return;
   logContain("LOGTCPSocketAppender::activateOptions -- ", [&] {
     const LOGGuard guard(*this);
-    if (m_wasClosed || (getClosed() == 0 && m_forks == VRKThread::forks())) return;
+    if (m_wasClosed || isActive()) return;
+    if (getClosed() == 0 && m_forks == VRKThread::forks()) return tryThread();
     if (!m_remoteHost.isEmpty()) return start();
     if (!m_hostMissed) LOGLogLog::error("No remote host for the TCP socket appender named [" + getName() + "].");
     m_hostMissed = true;
@@ -55,19 +61,32 @@ void LOGTCPSocketAppender::start() {
     m_outbox = std::make_shared<LOGOutbox>();
   }
   m_encoder = std::make_unique<LOGEventEncoder>(VRKProcess::hostName(), VRKProcess::programName(), VRKProcess::id());
-  LOGConnector::Settings settings;
-  settings.server.host = m_remoteHost.toUtf8();
-  settings.server.port = m_port;
-  settings.server.secure = m_secure != 0;
-  settings.server.tls = {m_authorities.toUtf8(), m_certificate.toUtf8(), m_key.toUtf8()};
+  LOGDelivery::Settings settings;
+  settings.server = server();
   settings.longestDelay = std::chrono::milliseconds(m_reconnectionDelay);
   settings.recoveryDirectory = VRKConfigurationFactory::getInstance().resolvePath(RECOVERY_DIRECTORY);
   settings.appenderName = "[" + getName() + "]";
-  auto connector = std::make_unique<LOGConnector>(std::move(settings), m_outbox);
-  connector->start();
-  m_connector = std::move(connector);
+  m_connector = LOGConnector::make(std::move(settings), m_outbox);
   m_forks = VRKThread::forks();
+  m_nextStart = {};
+  tryThread();
   setClosed(0);
+}
+
+void LOGTCPSocketAppender::tryThread() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < m_nextStart) return;
+  m_nextStart = now + BETWEEN_STARTS;
+  m_lacksThread = !m_connector->startOrKeep();
+}
+
+LOGLogServer LOGTCPSocketAppender::server() const {
+  LOGLogServer server;
+  server.host = m_remoteHost.toUtf8();
+  server.port = m_port;
+  server.secure = m_secure != 0;
+  server.tls = {m_authorities.toUtf8(), m_certificate.first.toUtf8(), m_certificate.second.toUtf8()};
+  return server;
 }
 
 void LOGTCPSocketAppender::append(LOGLoggingEvent* event) {
@@ -105,11 +124,13 @@ std::string LOGTCPSocketAppender::render(LOGLoggingEvent* event) {
 // True when there is space. The wait is for the sending thread to come round; one that does not is not waited for again
 // until it has.
 bool LOGTCPSocketAppender::waitForSpace(LOGOutbox& outbox) {
-  for (long waited = 0; waited < LONGEST_WAIT_FOR_SPACE * 1000; waited += BETWEEN_LOOKS) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point until = Clock::now() + std::chrono::milliseconds(LONGEST_WAIT_FOR_SPACE);
+  do {
     if (!outbox.isFull()) return true;
     if (!outbox.moves || LOGDeferral::mustNotWait()) return false;
     VRKThread::sleep(BETWEEN_LOOKS);
-  }
+  } while (Clock::now() < until);
   outbox.moves = false;
   return false;
 }
@@ -117,7 +138,7 @@ bool LOGTCPSocketAppender::waitForSpace(LOGOutbox& outbox) {
 // No lock is held while the thread finishes.
 void LOGTCPSocketAppender::close() {
   logContain("LOGTCPSocketAppender::close -- ", [&] {
-    std::unique_ptr<LOGConnector> connector;
+    std::shared_ptr<LOGConnector> connector;
     {
       const LOGGuard guard(*this);
       m_wasClosed = true;
@@ -128,9 +149,19 @@ void LOGTCPSocketAppender::close() {
   });
 }
 
+// What is set already, as by a program that sets it again, costs no connection.
+template <typename Setting, typename Value>
+void LOGTCPSocketAppender::change(Setting& setting, const Value& value) {
+  if (setting == value) return;
+  setting = value;
+  if (m_connector && m_forks == VRKThread::forks()) {
+    m_connector->reconnect(server(), std::chrono::milliseconds(m_reconnectionDelay));
+  }
+}
+
 void LOGTCPSocketAppender::setRemoteHost(const I18NString& host) {
   const LOGGuard guard(*this);
-  m_remoteHost = host;
+  change(m_remoteHost, host);
 }
 
 I18NString LOGTCPSocketAppender::getRemoteHost() const {
@@ -138,15 +169,29 @@ I18NString LOGTCPSocketAppender::getRemoteHost() const {
   return m_remoteHost;
 }
 
+void LOGTCPSocketAppender::setPort(long port) {
+  const LOGGuard guard(*this);
+  change(m_port, port);
+}
+
+void LOGTCPSocketAppender::setSecure(int on) {
+  const LOGGuard guard(*this);
+  change(m_secure, on);
+}
+
+void LOGTCPSocketAppender::setReconnectionDelay(long milliseconds) {
+  const LOGGuard guard(*this);
+  change(m_reconnectionDelay, milliseconds);
+}
+
 void LOGTCPSocketAppender::setAuthorities(const I18NString& file) {
   const LOGGuard guard(*this);
-  m_authorities = file;
+  change(m_authorities, VRKProcess::absolutePath(file));
 }
 
 void LOGTCPSocketAppender::setCertificate(const I18NString& certificateFile, const I18NString& keyFile) {
   const LOGGuard guard(*this);
-  m_certificate = certificateFile;
-  m_key = keyFile;
+  change(m_certificate, std::make_pair(VRKProcess::absolutePath(certificateFile), VRKProcess::absolutePath(keyFile)));
 }
 
 std::uint64_t LOGTCPSocketAppender::getSent() const { return m_outbox->sent; }

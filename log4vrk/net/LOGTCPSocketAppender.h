@@ -3,9 +3,11 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/platform/VRKExport.h"
@@ -13,6 +15,7 @@
 class LOGConnector;
 class LOGEventEncoder;
 class LOGOutbox;
+struct LOGLogServer;
 
 /// Delivers each event at least once to a server that speaks RELP, such as a syslog daemon, in the clear or over TLS,
 /// through restarts of either side. See docs/log-server.md for what is promised, and for how a receiver tells
@@ -25,9 +28,9 @@ class LOGOutbox;
 /// events come faster than they can be sent or kept, a log call waits for space in the queue, at most
 /// LONGEST_WAIT_FOR_SPACE, and then drops its event.
 ///
-/// Thread safety: any thread. Settings are for before the first event.
+/// Thread safety: any thread. Settings of the server that are made later hold at once: there is a new connection.
 /// Errors: a server that cannot be reached, a certificate that is refused, events that are dropped: one line in the
-/// internal log when that begins.
+/// internal log when that begins. While the system has no thread to give, log calls put the events into the files.
 /// Forks: a child has a queue, a connection and a stream of its own from its first event; what was queued is the
 /// parent's.
 class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
@@ -52,23 +55,24 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   /// A name or an address.
   void setRemoteHost(const I18NString& host);
   I18NString getRemoteHost() const;
-  void setPort(long port) { m_port = port; }
+  void setPort(long port);
   long getPort() const { return m_port; }
   /// Not 0: the place of the log call goes along.
   void setLocationInfo(int on) { m_locationInfo = on; }
   int getLocationInfo() const { return m_locationInfo; }
   /// Not 0: TLS 1.2 or newer, with a server certificate for the remote host from a known authority.
-  void setSecure(int on) { m_secure = on; }
+  void setSecure(int on);
   int getSecure() const { return m_secure; }
   /// The longest time between two attempts to connect, in milliseconds. They begin 20 milliseconds apart and become
-  /// rarer.
-  void setReconnectionDelay(long milliseconds) { m_reconnectionDelay = milliseconds; }
+  /// rarer. A day at most.
+  void setReconnectionDelay(long milliseconds);
   long getReconnectionDelay() const { return m_reconnectionDelay; }
 
-  // PEM files for TLS. Without one of authorities: those of the system, or those that SSL_CERT_FILE and SSL_CERT_DIR
-  // name.
+  // PEM files for TLS, as seen from the working directory of now. Without one of authorities: those of the system, or
+  // those that SSL_CERT_FILE and SSL_CERT_DIR name.
   void setAuthorities(const I18NString& file);
-  /// What the client shows to a server that asks. Without a key file the key is in the certificate's.
+  /// What the client shows to a server that asks. Without a key file the key is in the certificate's. A key that needs
+  /// a passphrase cannot be used.
   void setCertificate(const I18NString& certificateFile, const I18NString& keyFile = I18NString());
 
   // Events since the appender was made or, in a child, since its first event.
@@ -77,11 +81,17 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   std::uint64_t getAcknowledged() const;
   /// Now in the recovery files, not acknowledged. What earlier processes left counts.
   std::uint64_t getInRecovery() const;
-  /// Lost for want of space, by a failing disk, or because the server refused them twice.
+  /// Lost for want of space or by a failing disk, set aside because the server does not take them, or left in memory by
+  /// close().
   std::uint64_t getDropped() const;
 
  private:
+  bool isActive() const;
   void start() VRK_REQUIRES(m_critSection);
+  void tryThread() VRK_REQUIRES(m_critSection);
+  LOGLogServer server() const VRK_REQUIRES(m_critSection);
+  template <typename Setting, typename Value>
+  void change(Setting& setting, const Value& value) VRK_REQUIRES(m_critSection);
   std::string render(LOGLoggingEvent* event);
   void put(LOGLoggingEvent* event);
   bool waitForSpace(LOGOutbox& outbox);
@@ -93,11 +103,12 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   std::atomic<int> m_secure{0};
   I18NString m_remoteHost VRK_GUARDED_BY(m_critSection);
   I18NString m_authorities VRK_GUARDED_BY(m_critSection);
-  I18NString m_certificate VRK_GUARDED_BY(m_critSection);
-  I18NString m_key VRK_GUARDED_BY(m_critSection);
+  std::pair<I18NString, I18NString> m_certificate VRK_GUARDED_BY(m_critSection);  // and its key
 
   std::atomic<unsigned> m_forks;  // of the process whose connector this is
   std::atomic<bool> m_fullSaid{false};
+  std::atomic<bool> m_lacksThread{false};  // open, but nobody sends
+  std::chrono::steady_clock::time_point m_nextStart VRK_GUARDED_BY(m_critSection);
   bool m_hostMissed VRK_GUARDED_BY(m_critSection) = false;
   bool m_wasClosed VRK_GUARDED_BY(m_critSection) = false;
 
@@ -105,5 +116,5 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   std::shared_ptr<LOGOutbox> m_outbox;
   std::unique_ptr<const LOGEventEncoder> m_encoder;
 
-  std::unique_ptr<LOGConnector> m_connector VRK_GUARDED_BY(m_critSection);
+  std::shared_ptr<LOGConnector> m_connector VRK_GUARDED_BY(m_critSection);
 };

@@ -30,6 +30,8 @@ class LOG4VRK_EXPORT VRKCrypto {
   long (*SSL_CTX_ctrl)(ssl_ctx_st*, int, long, void*);
   void (*SSL_CTX_set_verify)(ssl_ctx_st*, int, int (*)(int, void*));
   int (*SSL_CTX_set_default_verify_paths)(ssl_ctx_st*);
+  void (*SSL_CTX_set_default_passwd_cb)(ssl_ctx_st*, int (*)(char*, int, int, void*));
+  void (*SSL_CTX_set_default_passwd_cb_userdata)(ssl_ctx_st*, void*);
   int (*SSL_CTX_load_verify_file)(ssl_ctx_st*, const char*);
   int (*SSL_CTX_use_certificate_chain_file)(ssl_ctx_st*, const char*);
   int (*SSL_CTX_use_PrivateKey_file)(ssl_ctx_st*, const char*, int);
@@ -46,6 +48,7 @@ class LOG4VRK_EXPORT VRKCrypto {
   int (*SSL_write)(ssl_st*, const void*, int);
   int (*SSL_get_error)(const ssl_st*, int);
   long (*SSL_get_verify_result)(const ssl_st*);
+  void (*X509_VERIFY_PARAM_set_hostflags)(X509_VERIFY_PARAM_st*, unsigned);
   int (*X509_VERIFY_PARAM_set1_ip_asc)(X509_VERIFY_PARAM_st*, const char*);
   const char* (*X509_verify_cert_error_string)(long);
   const bio_method_st* (*BIO_s_mem)();

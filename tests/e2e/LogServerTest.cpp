@@ -270,8 +270,8 @@ TEST_F(LogServerTest, LosesNothingThatWasSentOrKeptWhenTheClientIsKilled) {
 // Each kind of server that is not the right one: one line says why, and the events wait until the right one is there.
 TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
   Rsyslog &right = *server, expired(Rsyslog::RELP, "expired"), other(Rsyslog::RELP, "other"),
-          strict(Rsyslog::RELP, "server", true);
-  for (Rsyslog* const each : {&right, &expired, &other, &strict}) ASSERT_TRUE(each->startAndWait());
+          bare(Rsyslog::RELP, "bare"), strict(Rsyslog::RELP, "server", true);
+  for (Rsyslog* const each : {&right, &expired, &other, &bare, &strict}) ASSERT_TRUE(each->startAndWait());
   const struct {
     const char* what;
     bool secure;
@@ -282,6 +282,7 @@ TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
       {"another authority", true, right.tlsPort(), &expired, "certificate is not accepted: "},
       {"expired", true, expired.tlsPort(), &expired, "certificate is not accepted: certificate has expired"},
       {"another name", true, other.tlsPort(), &other, "certificate is not accepted: hostname mismatch"},
+      {"the name as common name only", true, bare.tlsPort(), &bare, "certificate is not accepted: hostname mismatch"},
       {"TLS to a plain server", true, right.relpPort(), &right, "TLS handshake: "},
       {"plain to a TLS server", false, right.tlsPort(), &right, "perhaps it wants TLS"},
       {"no client certificate", true, strict.tlsPort(), &strict, "certificate required"},
@@ -329,6 +330,30 @@ TEST_F(LogServerTest, ShowsItsCertificateAndWaitsInFilesWithoutTheLibrary) {
   VRKFault::disarm();
   EXPECT_TRUE(acknowledges(10)) << log.text();
   expectEachOnceInOrder(Received(server->lines()).texts, 1, 10);
+}
+
+// What a document cannot say, the program says when the appender has long begun.
+TEST_F(LogServerTest, TakesCertificatesForTheAppenderOfADocument) {
+  server = std::make_unique<Rsyslog>(Rsyslog::RELP, "server", true);
+  ASSERT_TRUE(server->startAndWait());
+  const std::string document =
+      dir.write("log.xml",
+                "<log4j:configuration><appender name='made' class='TCPSocketAppender'><param name='RemoteHost' "
+                "value='localhost'/><param name='Secure' value='true'/><param name='Port' value='" +
+                    std::to_string(server->tlsPort()) +
+                    "'/></appender><root><level value='INFO'/><appender-ref ref='made'/></root></log4j:configuration>");
+  EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  EXPECT_TRUE(eventually([&] { return log.contains("the server's certificate is not accepted"); })) << log.text();
+  auto& made = dynamic_cast<LOGTCPSocketAppender&>(*LOGManager::getRootLogger()->getAppender("made"));
+  made.setAuthorities(server->certificate("ca").c_str());
+  made.setCertificate(server->certificate("client").c_str(), server->key("locked").c_str());
+  LOGManager::getLogger("shop")->info("0 1 end");
+  EXPECT_TRUE(eventually([&] {
+    return log.contains("the key " + server->key("locked") + " cannot be used, because it needs a passphrase");
+  })) << log.text();
+  made.setCertificate(server->certificate("client").c_str(), server->key("client").c_str());
+  EXPECT_TRUE(eventually([&] { return made.getAcknowledged() == 1; })) << log.text();
+  LOG4VRKConfigurator::shutdown();
 }
 
 // Without recovery files, memory holds what it can; then events are dropped and counted. Log calls go on.

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -27,6 +28,12 @@ class RecoveryFilesTest : public testing::Test {
     }
     std::sort(result.begin(), result.end());
     return result;
+  }
+
+  std::uintmax_t bytesInDirectory() const {
+    std::uintmax_t bytes = 0;
+    for (const std::string& name : names()) bytes += std::filesystem::file_size(m_dir.file("recovery/" + name));
+    return bytes;
   }
 
   TempDir m_dir;
@@ -162,6 +169,76 @@ TEST_F(RecoveryFilesTest, LimitTakesTheOldestAndSaysSoOnce) {
   EXPECT_EQ(Texts(), names());
   EXPECT_EQ(1, m_log.count(std::to_string(files.dropped()) + " messages lost")) << m_log.text();
   EXPECT_FALSE(files.append(201, std::string(16 * 1024, 'x')));
+}
+
+// Each life takes over what it can of those before.
+TEST_F(RecoveryFilesTest, LimitHoldsForTheDirectoryHoweverManyLivesHaveFilledIt) {
+  const std::string payload(1000 - LOGRecoveryRecord::HEADER, 'x');
+  for (std::uint64_t life = 1; life <= 200; ++life) {
+    LOGRecoveryFiles files(directory(), 100000);
+    files.open();
+    append(files, life, life, payload);
+  }
+  EXPECT_LE(bytesInDirectory(), 100000u);
+  LOGRecoveryFiles first(directory(), 20000), second(directory(), 20000);
+  first.open();
+  EXPECT_LE(bytesInDirectory(), 20000u);
+  append(first, 201, 250, payload);
+  append(second, 1, 50, payload);
+  EXPECT_GE(second.pending(), 2u) << "it may keep a file of its own";
+  EXPECT_GE(first.pending(), 15u) << "and others keep theirs";
+  for (std::uint64_t i = 1; i <= 100; ++i) EXPECT_FALSE(second.setAside(i, payload).isEmpty());
+  EXPECT_LE(bytesInDirectory(), 20000u + 2 * 20000 / 8 + 1000);
+}
+
+TEST_F(RecoveryFilesTest, FilesStayWhereTheyAreWhenTheProgramGoesElsewhere) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  for (const char* name : {"here", "there"}) std::filesystem::create_directory(m_dir.file(name));
+  std::filesystem::current_path(m_dir.file("here"));
+  LOGRecoveryFiles files("../recovery", 8000);
+  ASSERT_TRUE(files.open());
+  append(files, 1, 1, "a");
+  std::filesystem::current_path(m_dir.file("there"));
+  std::filesystem::remove(m_dir.file("here"));
+  append(files, 2, 10, std::string(400, 'x'));  // in new files
+  EXPECT_GT(names().size(), 3u);
+  EXPECT_EQ(10u, take(files).size());
+  files.acknowledge(10);
+  EXPECT_EQ(Texts(), names());
+  std::filesystem::current_path(before);
+}
+
+// A network file system locks only what is open for writing.
+TEST_F(RecoveryFilesTest, FilesOfOthersAreOpenedForWriting) {
+  m_dir.write(OLD, record(1, "a"));
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  int found = 0;
+  for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code closed;
+    if (std::filesystem::read_symlink(each.path(), closed) != m_dir.file(OLD)) continue;
+    EXPECT_EQ(O_RDWR, ::fcntl(std::stoi(each.path().filename()), F_GETFL) & O_ACCMODE);
+    ++found;
+  }
+  EXPECT_EQ(1, found);
+}
+
+TEST_F(RecoveryFilesTest, WhatItsOwnerGoesOnDeliveringIsGivenOutOnlyInItsTurn) {
+  LOGRecoveryFiles files(directory());
+  ASSERT_TRUE(files.open());
+  std::uint64_t position = 99;
+  ASSERT_TRUE(files.appendTaken(1, "a", position));
+  EXPECT_EQ(1u, position);
+  EXPECT_FALSE(files.hasMore());
+  append(files, 2, 2, "b");
+  EXPECT_TRUE(files.hasMore());
+  ASSERT_TRUE(files.appendTaken(3, "c", position));
+  EXPECT_EQ(0u, position) << "one before it is not taken";
+  EXPECT_EQ(Texts{"2 b"}, take(files, 1));
+  files.giveBack(2);
+  EXPECT_EQ(Texts({"2 b", "3 c"}), take(files));
+  files.rewind();
+  EXPECT_EQ(Texts({"1 a", "2 b", "3 c"}), take(files));
 }
 
 TEST_F(RecoveryFilesTest, FullDiskLeavesNothingHalfWritten) {

@@ -47,7 +47,9 @@ sign() {  # name, host, alternative names, days
 sign server localhost DNS:localhost,IP:127.0.0.1 2
 sign expired localhost DNS:localhost,IP:127.0.0.1 -1
 sign other other.example DNS:other.example 2
+sign bare localhost email:nobody@example.com 2
 sign client relp-client DNS:relp-client 2
+openssl pkey -in client.key -aes256 -passout pass:secret -out locked.key
 )";
 
 bool runs(const std::string& command) { return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0; }

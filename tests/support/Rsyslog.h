@@ -37,7 +37,8 @@ class Rsyslog {
   int relpPort() const { return m_ports[0]; }
   int tlsPort() const { return m_ports[1]; }
   /// With RELP there are an authority, "ca", and what it has signed: "server" (for localhost and 127.0.0.1), "expired"
-  /// (the same, but no longer valid), "other" (for other.example), "client" (for relp-client). Keys have no password.
+  /// (the same, but no longer valid), "other" (for other.example), "bare" (with localhost as its common name only),
+  /// "client" (for relp-client). Keys have no password; "locked" is that of "client" with one.
   std::string certificate(const std::string& name) const { return m_dir.file(name + ".pem"); }
   std::string key(const std::string& name) const { return m_dir.file(name + ".key"); }
 

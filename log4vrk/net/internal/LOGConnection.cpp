@@ -8,6 +8,7 @@
 namespace {
 
 constexpr std::size_t PIECE = 16384;
+constexpr int MOST_PIECES = 16;  // at once: a server that never stops talking must not hold the thread
 constexpr std::chrono::seconds BETWEEN_LOOKS{1};
 
 }  // namespace
@@ -63,14 +64,15 @@ void LOGConnection::carry() {
 
 void LOGConnection::receive() {
   char piece[PIECE];
-  for (;;) {
+  m_hasMore = false;
+  for (int pieces = 0; pieces < MOST_PIECES; ++pieces) {
     const long count = m_stream->read(piece, sizeof piece);
     if (count < 0 && !m_over) endOfStream();
     if (count <= 0) return;
-    m_heard = true;
     m_session.receive({piece, static_cast<std::size_t>(count)});
     if (m_session.state() == LOGRelpSession::OVER) return;
   }
+  m_hasMore = true;
 }
 
 void LOGConnection::send() {
@@ -96,15 +98,17 @@ void LOGConnection::endOfStream() {
   }
 }
 
+// Only answers count. A server may send hints for ever.
 void LOGConnection::watchTheClock() {
-  if (Clock::now() >= m_deadline) return end("the server does not answer");
+  m_timedOut = Clock::now() >= m_deadline;
+  if (m_timedOut) return end("the server does not answer");
   if (!m_connected || m_session.state() == LOGRelpSession::OPENING) return;
   if (m_session.unanswered().empty()) {
     m_deadline = Clock::time_point::max();
-  } else if (m_heard || m_deadline == Clock::time_point::max()) {
+  } else if (m_session.answers() != m_answers || m_deadline == Clock::time_point::max()) {
     m_deadline = Clock::now() + LONGEST_SILENCE;
+    m_answers = m_session.answers();
   }
-  m_heard = false;
 }
 
 void LOGConnection::end(const std::string& reason) {

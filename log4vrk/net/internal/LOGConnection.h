@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -45,6 +46,10 @@ class LOG4VRK_EXPORT LOGConnection {
 
   bool isOver() const { return m_over; }
   const std::string& reason() const { return m_reason; }
+  /// It was not the server that ended it.
+  bool timedOut() const { return m_timedOut; }
+  /// There may be more to read at once, although the descriptor does not show it.
+  bool hasMore() const { return m_hasMore; }
 
   /// What to wait for. -1 when there is nothing.
   int descriptor() const { return m_stream ? m_stream->descriptor() : -1; }
@@ -66,7 +71,9 @@ class LOG4VRK_EXPORT LOGConnection {
   std::unique_ptr<VRKNameLookup> m_lookup;
   std::unique_ptr<VRKStream> m_stream;
   bool m_connected = false;
-  bool m_heard = false;  // something since the deadline was set
+  bool m_hasMore = false;
+  bool m_timedOut = false;
+  std::uint64_t m_answers = 0;  // of the session, when the deadline was set
   Clock::time_point m_deadline = Clock::time_point::max();
   bool m_over = false;
   std::string m_reason;

@@ -90,11 +90,13 @@ LOGEncodedEvent LOGEventEncoder::encode(LOGLoggingEvent& event, std::string_view
   return result;
 }
 
-std::string LOGEventEncoder::stamped(LOGEncodedEvent&& event, const std::string& stream) {
+void LOGEventEncoder::stamp(LOGEncodedEvent& event, const std::string& stream) {
+  if (event.stampAt == 0) return;
   const std::uint64_t meta = (event.sequence - 1) % GREATEST_META_SEQUENCE + 1;
   const std::string stamp = "[meta sequenceId=\"" + std::to_string(meta) + "\"]" + ELEMENT + "stream=\"" + stream +
                             "\" sequence=\"" + std::to_string(event.sequence) + "\"";
-  return std::move(event.text.insert(event.stampAt, stamp));
+  event.text.insert(event.stampAt, stamp);
+  event.stampAt = 0;
 }
 
 std::string_view LOGEventEncoder::prefix(std::string_view utf8, std::size_t most) {

@@ -14,7 +14,7 @@ class LOGLoggingEvent;
 /// A message that still lacks its place in the stream, which it gets when it is queued.
 struct LOGEncodedEvent {
   std::string text;
-  std::size_t stampAt = 0;  // where in the text the place goes
+  std::size_t stampAt = 0;  // where in the text the place goes, 0 when it is there
   std::uint64_t sequence = 0;
 };
 
@@ -33,8 +33,9 @@ class LOG4VRK_EXPORT LOGEventEncoder {
   /// end.
   LOGEncodedEvent encode(LOGLoggingEvent& event, std::string_view message, bool withLocation) const;
 
-  /// The whole message: `sequence` counts the events of the stream from 1.
-  static std::string stamped(LOGEncodedEvent&& event, const std::string& stream);
+  /// Makes the text the whole message: `sequence` counts the events of the stream from 1. Once; a stamped event stays
+  /// as it is.
+  static void stamp(LOGEncodedEvent& event, const std::string& stream);
 
   /// The first bytes of a UTF-8 text, at most so many, without a piece of a character at the end.
   static std::string_view prefix(std::string_view utf8, std::size_t most);

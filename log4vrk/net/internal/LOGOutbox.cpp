@@ -1,5 +1,7 @@
 #include "log4vrk/net/internal/LOGOutbox.h"
 
+#include <algorithm>
+
 #include "log4vrk/core/LOGGuard.h"
 
 // Whether so many halves are in use.
@@ -18,18 +20,17 @@ LOGOutbox::Result LOGOutbox::put(LOGEncodedEvent& event) {
     m_events.push_back(std::move(event));
     m_events.back().sequence = ++m_sequence;
     m_bytes += size;
+    ++inMemory;
     if (!wasEmpty && (wasHalfFull || !holds(1))) return TAKEN;
   }
   m_wakeUp.wake();
   return TAKEN;
 }
 
-std::deque<LOGEncodedEvent> LOGOutbox::takeAll() {
-  std::deque<LOGEncodedEvent> all;
+void LOGOutbox::takeAll(std::deque<LOGEncodedEvent>& events) {
   const LOGLeafGuard guard(m_mutex);
-  all.swap(m_events);
+  events.swap(m_events);
   m_bytes = 0;
-  return all;
 }
 
 bool LOGOutbox::isFull() {
@@ -42,10 +43,11 @@ bool LOGOutbox::isHalfFull() {
   return holds(1);
 }
 
-void LOGOutbox::close() {
+void LOGOutbox::close(Clock::time_point farewellUntil) {
   {
     const LOGLeafGuard guard(m_mutex);
     m_closed = true;
+    m_farewellUntil = std::min(m_farewellUntil, farewellUntil);
   }
   m_wakeUp.wake();
 }
@@ -53,4 +55,15 @@ void LOGOutbox::close() {
 bool LOGOutbox::isClosed() {
   const LOGLeafGuard guard(m_mutex);
   return m_closed;
+}
+
+LOGOutbox::Clock::time_point LOGOutbox::farewellUntil() {
+  const LOGLeafGuard guard(m_mutex);
+  return m_farewellUntil;
+}
+
+std::int64_t LOGOutbox::giveUp() {
+  const std::int64_t left = std::max<std::int64_t>(inMemory.exchange(0), 0);
+  dropped += static_cast<std::uint64_t>(left);
+  return left;
 }

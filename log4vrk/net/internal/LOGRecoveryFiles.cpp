@@ -12,6 +12,7 @@
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKProcess.h"
 #include "log4vrk/platform/internal/VRKSpoolFile.h"
 #include "log4vrk/platform/internal/VRKTime.h"
 
@@ -22,7 +23,7 @@ constexpr std::size_t MAX_FILES = 64;
 constexpr std::int64_t MIN_FILE_BYTES = std::int64_t{1} << 20;  // unless the limit is low
 constexpr std::size_t BLOCK_BYTES = std::size_t{64} << 10;      // read at once
 constexpr std::size_t TIME_DIGITS = 14, NUMBER_DIGITS = 8, NAME_LENGTH = TIME_DIGITS + 1 + NUMBER_DIGITS;
-constexpr const char* DAMAGED = ".damaged";
+constexpr const char *DAMAGED = ".damaged", *REFUSED = ".refused";
 
 std::atomic<unsigned> g_number{0};
 
@@ -43,7 +44,9 @@ bool isName(std::u16string_view name) {
 }
 
 bool isSetAside(const I18NString& name) {
-  return isName(name.view().substr(0, NAME_LENGTH)) && name == name.substring(0, NAME_LENGTH) + DAMAGED;
+  if (!isName(name.view().substr(0, NAME_LENGTH))) return false;
+  const I18NString begin = name.substring(0, NAME_LENGTH);
+  return name == begin + DAMAGED || name == begin + REFUSED;
 }
 
 I18NString count(std::uint64_t messages) {
@@ -58,10 +61,15 @@ struct LOGRecoveryFiles::File {
   explicit File(I18NString where) : path(std::move(where)) {}
 
   std::uint64_t pending() const { return messages - acknowledged; }
+  // How many of its messages are at or before a position.
+  std::uint64_t until(std::uint64_t position) const {
+    return position < first ? 0 : std::min(position - first + 1, messages);
+  }
 
   const I18NString path;
   VRKSpoolFile file;
-  std::int64_t valid = 0;  // bytes before the damage, or all
+  std::int64_t valid = 0;   // bytes before the damage, or all
+  std::uint64_t first = 0;  // position of its first message
   std::uint64_t messages = 0, acknowledged = 0;
   bool damaged = false;
 };
@@ -110,7 +118,7 @@ class LOGRecoveryFiles::Reader {
 };
 
 LOGRecoveryFiles::LOGRecoveryFiles(const I18NString& directory, std::int64_t limitBytes)
-    : m_directory(directory.isEmpty() ? "." : directory),
+    : m_directory(VRKProcess::absolutePath(directory.isEmpty() ? "." : directory)),
       m_limit(limitBytes),
       m_fileLimit(
           std::min(limitBytes / 8, std::max(MIN_FILE_BYTES, limitBytes / static_cast<std::int64_t>(MAX_FILES)))) {}
@@ -133,8 +141,18 @@ void LOGRecoveryFiles::adopt() { adopt(false); }
 void LOGRecoveryFiles::adopt(bool report) {
   do {
     for (std::unique_ptr<File>& file : findFree(report)) takeOver(std::move(file));
+    measure();
     makeRoom(0);
-  } while (m_files.empty() && m_moreFree);
+  } while (m_moreFree && (m_files.empty() || isOver(0)));
+}
+
+// Looks at every file of the directory, so not for every message.
+void LOGRecoveryFiles::measure() {
+  std::int64_t all = 0;
+  for (const I18NString& name : VRKFmDir::list(m_directory)) {
+    if (isName(name.view()) || isSetAside(name)) all += VRKSpoolFile::sizeOf(pathOf(name));
+  }
+  m_others = std::max<std::int64_t>(all - m_bytes, 0);
 }
 
 void LOGRecoveryFiles::findSetAside() {
@@ -185,59 +203,97 @@ void LOGRecoveryFiles::takeOver(std::unique_ptr<File> file) {
     LOGLogLog::error("LOGRecoveryFiles -- damaged after " + count(file->messages) + ": " + file->path);
   }
   if (file->messages == 0) return leave(std::move(file));
-  m_writing = nullptr;  // only the last file is written to
-  m_bytes += file->file.size();
-  m_last += file->messages;
+  file->first = m_last + 1;
   m_files.push_back(std::move(file));
+  m_writing = nullptr;  // only the last file is written to
+  m_bytes += m_files.back()->file.size();
+  m_last += m_files.back()->messages;
 }
 
 bool LOGRecoveryFiles::append(std::uint64_t sequence, std::string_view payload) {
-  const LOGRecoveryRecord record = {sequence, payload};
-  const std::int64_t size = static_cast<std::int64_t>(record.size());
   try {
-    if (payload.size() > LOGRecoveryRecord::MAX_PAYLOAD || size > m_limit) {
-      throw VRKSystemError(EFBIG, "message", VRK_HERE);
-    }
-    makeRoom(size);
-    std::string bytes;
-    record.appendTo(bytes);
-    write(bytes);
+    const std::string record = recordOf(sequence, payload, m_limit);
+    makeRoom(static_cast<std::int64_t>(record.size()));
+    write(record);
   } catch (VRKSystemError& error) {
     if (!m_failing) LOGLogLog::error("LOGRecoveryFiles -- could not keep a message in " + m_directory, error);
     m_failing = true;
     return false;
   }
-  m_bytes += size;
-  ++m_last;
   if (m_failing) LOGLogLog::warn("LOGRecoveryFiles -- keeps messages again in " + m_directory);
   m_failing = false;
   return true;
 }
 
-// Raises when it fails.
+bool LOGRecoveryFiles::appendTaken(std::uint64_t sequence, std::string_view payload, std::uint64_t& position) {
+  if (!append(sequence, payload)) return false;
+  const bool everythingBeforeIs = m_taken + 1 == m_last;
+  if (everythingBeforeIs) m_taken = m_last;
+  position = everythingBeforeIs ? m_last : 0;
+  return true;
+}
+
+// Raises when it is too long.
+std::string LOGRecoveryFiles::recordOf(std::uint64_t sequence, std::string_view payload, std::int64_t limit) {
+  const LOGRecoveryRecord record = {sequence, payload};
+  if (payload.size() > LOGRecoveryRecord::MAX_PAYLOAD || static_cast<std::int64_t>(record.size()) > limit) {
+    throw VRKSystemError(EFBIG, "message", VRK_HERE);
+  }
+  std::string bytes;
+  record.appendTo(bytes);
+  return bytes;
+}
+
+// Raises when it fails. From the writing on nothing else can.
 void LOGRecoveryFiles::write(std::string_view record) {
   const std::int64_t size = static_cast<std::int64_t>(record.size());
   if (m_writing == nullptr || m_writing->valid + size > m_fileLimit) {
-    m_files.push_back(newFile());
+    m_files.push_back(newFile(""));
     m_writing = m_files.back().get();
+    m_writing->first = m_last + 1;
   }
   if (!m_writing->file.append(record)) {
     VRKSystemError error(m_writing->file.getLastError(), m_writing->path, VRK_HERE);
     if (m_writing->messages == 0) {
       m_writing = nullptr;
-      leave(std::move(m_files.back()));
+      std::unique_ptr<File> empty = std::move(m_files.back());
       m_files.pop_back();
+      leave(std::move(empty));
     }
     throw error;
   }
   m_writing->valid += size;
   ++m_writing->messages;
+  m_bytes += size;
+  ++m_last;
 }
 
-std::unique_ptr<LOGRecoveryFiles::File> LOGRecoveryFiles::newFile() {
+I18NString LOGRecoveryFiles::setAside(std::uint64_t sequence, std::string_view payload) {
+  try {
+    const std::string record = recordOf(sequence, payload, m_limit);
+    const std::int64_t size = static_cast<std::int64_t>(record.size());
+    if (m_refused && m_refused->file.size() + size > m_fileLimit) {
+      m_setAside.push_back({m_refused->path, m_refused->file.size()});
+      m_refused.reset();
+    }
+    makeRoom(size);
+    if (!m_refused) m_refused = newFile(REFUSED);
+    if (!m_refused->file.append(record)) {
+      throw VRKSystemError(m_refused->file.getLastError(), m_refused->path, VRK_HERE);
+    }
+    m_bytes += size;
+    return m_refused->path;
+  } catch (VRKSystemError& error) {
+    LOGLogLog::error("LOGRecoveryFiles -- could not set a message aside in " + m_directory, error);
+    return I18NString();
+  }
+}
+
+std::unique_ptr<LOGRecoveryFiles::File> LOGRecoveryFiles::newFile(const char* ending) {
   VRKFmDir::makeDirectories(m_directory);
+  measure();
   for (;;) {
-    auto file = std::make_unique<File>(pathOf(newName()));
+    auto file = std::make_unique<File>(pathOf(newName() + ending));
     const VRKSpoolFile::Result result = file->file.create(file->path);
     if (result == VRKSpoolFile::OPENED) return file;
     // In use: another process may take the same numbers. Gone: another one took the empty file for one without owner.
@@ -247,12 +303,18 @@ std::unique_ptr<LOGRecoveryFiles::File> LOGRecoveryFiles::newFile() {
 }
 
 void LOGRecoveryFiles::makeRoom(std::int64_t bytes) {
-  while (m_bytes + bytes > m_limit && !m_setAside.empty()) {
+  while (isOver(bytes) && !m_setAside.empty()) {
     VRKFmDir::removeFile(m_setAside.front().path);
     m_bytes -= m_setAside.front().bytes;
     m_setAside.pop_front();
   }
-  while (m_bytes + bytes > m_limit && !m_files.empty()) dropOldest();
+  if (isOver(bytes) && m_refused) {
+    VRKFmDir::removeFile(m_refused->path);
+    m_bytes -= m_refused->file.size();
+    m_refused.reset();
+  }
+  // What other stores have is no reason to be left with nothing.
+  while (isOver(bytes) && (m_files.size() > 1 || (m_bytes + bytes > m_limit && !m_files.empty()))) dropOldest();
 }
 
 void LOGRecoveryFiles::dropOldest() {
@@ -271,14 +333,18 @@ void LOGRecoveryFiles::dropOldest() {
 bool LOGRecoveryFiles::next(Record& record) {
   while (m_readIndex < m_files.size()) {
     File& file = *m_files[m_readIndex];
+    // It is ahead when the message that it has read was given back.
+    if (m_reader && m_reader->count() > file.until(m_taken)) m_reader.reset();
     if (!m_reader) m_reader = std::make_unique<Reader>(file);
     LOGRecoveryRecord read;
     if (m_reader->next(read)) {
-      if (m_reader->count() <= file.acknowledged) continue;
-      record = {++m_taken, read.sequence, std::string(read.payload)};
+      if (m_reader->count() <= file.until(m_taken)) continue;
+      record.payload.assign(read.payload);
+      record.sequence = read.sequence;
+      record.position = ++m_taken;
       return true;
     }
-    if (!m_reader->atEnd()) {
+    if (m_reader->count() < file.messages && file.until(m_taken) < file.messages) {
       cutOff(file);
     } else if (m_readIndex + 1 < m_files.size()) {
       startReading(m_readIndex + 1);
@@ -289,14 +355,15 @@ bool LOGRecoveryFiles::next(Record& record) {
   return false;
 }
 
-// It was whole when it was opened: the disk fails, or somebody has changed it.
+// It was whole when it was opened: the disk fails, or somebody has changed it. What is taken from it its taker has.
 void LOGRecoveryFiles::cutOff(File& file) {
-  const std::uint64_t left = std::max(m_reader->count(), file.acknowledged);
+  const std::uint64_t left = std::max(m_reader->count(), file.until(m_taken));
   const std::uint64_t lost = file.messages - left;
   LOGLogLog::error("LOGRecoveryFiles -- " + count(lost) + " can no longer be read: " + file.path);
   m_dropped += lost;
   m_last -= lost;
   file.messages = left;
+  for (std::size_t i = m_readIndex + 1; i < m_files.size(); ++i) m_files[i]->first -= lost;
   file.valid = m_reader->offset();
   file.damaged = true;
   if (m_writing == &file) m_writing = nullptr;
@@ -380,7 +447,8 @@ void LOGRecoveryFiles::abandon() {
   m_files.clear();
   m_stuck.clear();
   m_setAside.clear();
-  m_bytes = 0;
+  m_refused.reset();
+  m_bytes = m_others = 0;
   m_moreFree = false;
   m_acknowledged = m_taken = m_last;
 }

@@ -21,7 +21,8 @@
 /// There are several files, 4 MiB each with the default limit. A file belongs to the one store that has it locked, so
 /// that any number of stores share a directory; a store adopts the files that nobody has locked. It is removed when its
 /// last message is acknowledged. One that is damaged is delivered up to the damage, and then renamed to
-/// "<name>.damaged" instead.
+/// "<name>.damaged" instead. Messages that are set aside are in "<name>.refused"; without that ending the file is
+/// delivered again.
 ///
 /// Thread safety: not thread-safe; one thread at a time.
 /// Errors: when the file system fails, append() says so to its caller, who still has the message, and messages that can
@@ -37,8 +38,9 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
     std::string payload;
   };
 
-  /// `directory` is used as it is, relative to the working directory. `limitBytes` bounds this store's files together,
-  /// those that are set aside included; past it the oldest go.
+  /// `directory` is seen from the working directory of now. `limitBytes` bounds the files in it together, those that
+  /// are set aside included. Past it the oldest of this store go, those that are set aside first; what other stores
+  /// have open they keep, and the store keeps at least the file that it writes to.
   explicit LOGRecoveryFiles(const I18NString& directory, std::int64_t limitBytes = DEFAULT_LIMIT);
   /// Closes.
   ~LOGRecoveryFiles();
@@ -54,12 +56,21 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
 
   /// False when the message could not be kept. Larger ones than LOGRecoveryRecord::MAX_PAYLOAD never are.
   bool append(std::uint64_t sequence, std::string_view payload);
+  /// The same for a message that its caller goes on delivering. It is as if next() had given it out at `position`; or,
+  /// when messages before it are not taken, next() gives it out in its turn, and `position` is 0.
+  bool appendTaken(std::uint64_t sequence, std::string_view payload, std::uint64_t& position);
   /// The oldest message that has not been taken; false when there is none. It stays until it is acknowledged.
   bool next(Record& record);
+  /// Whether there is a message that has not been taken.
+  bool hasMore() const { return m_taken < m_last; }
+  /// The message that next() gave out last, at this position, is not taken after all.
+  void giveBack(std::uint64_t position) { m_taken = position - 1; }
   /// Lets next() begin again with the oldest message that is not acknowledged.
   void rewind();
   /// The message at this position and all before it are delivered. Positions that are not out are ignored.
   void acknowledge(std::uint64_t position);
+  /// Puts a message where nobody delivers it, for people. The name of the file, empty when it could not be kept.
+  I18NString setAside(std::uint64_t sequence, std::string_view payload);
 
   /// Messages that are not acknowledged, taken or not.
   std::uint64_t pending() const { return m_last - m_acknowledged; }
@@ -84,10 +95,13 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
 
   void adopt(bool report);
   void findSetAside();
+  void measure();
+  bool isOver(std::int64_t bytes) const { return m_bytes + m_others + bytes > m_limit; }
   std::vector<std::unique_ptr<File>> findFree(bool report);
   void takeOver(std::unique_ptr<File> file);
-  std::unique_ptr<File> newFile();
+  std::unique_ptr<File> newFile(const char* ending);
   void write(std::string_view record);
+  static std::string recordOf(std::uint64_t sequence, std::string_view payload, std::int64_t limit);
   void makeRoom(std::int64_t bytes);
   void dropOldest();
   void removeDelivered();
@@ -106,13 +120,15 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   File* m_writing = nullptr;                   // null or the last of m_files
   std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody delivers them again
   std::list<SetAside> m_setAside;              // oldest first
+  std::unique_ptr<File> m_refused;             // null, or the last to be set aside, which is written to
   bool m_moreFree = false;                     // more files than could be adopted at once
   std::int64_t m_bytes = 0;
+  std::int64_t m_others = 0;  // bytes in the directory that are not in m_bytes, as of the last look
 
   // Positions number the messages in the order of the files, from 1: m_acknowledged <= m_taken <= m_last.
   std::uint64_t m_acknowledged = 0, m_taken = 0, m_last = 0;
   std::size_t m_readIndex = 0;       // the file that next() reads
-  std::unique_ptr<Reader> m_reader;  // null at its beginning
+  std::unique_ptr<Reader> m_reader;  // null at its beginning; what it meets again and is taken it passes over
 
   std::uint64_t m_dropped = 0;
   // What the internal log has got a line about; at its end it gets another one.

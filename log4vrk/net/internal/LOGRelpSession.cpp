@@ -7,6 +7,7 @@ namespace {
 constexpr int OK = 200;
 constexpr std::string_view OFFER = "relp_version=0\nrelp_software=log4vrk,1,-\ncommands=syslog";
 constexpr std::size_t LONGEST_QUOTE = 100;
+constexpr std::size_t LONGEST_FRAME_HEAD = 64;
 constexpr std::size_t MOST_WRITTEN = 65536;  // bytes that are kept although they have been written
 
 // The first line of what a server says, fit to be shown.
@@ -37,6 +38,7 @@ void LOGRelpSession::begin() {
   m_output.clear();
   m_written = 0;
   m_number = m_closeNumber = 0;
+  m_onTheirWay = 0;
   for (LOGOutgoing& event : m_unanswered) event.number = 0;
   send("open", OFFER);
 }
@@ -55,17 +57,40 @@ void LOGRelpSession::send(std::string_view command, std::string_view data) {
 
 void LOGRelpSession::send(LOGOutgoing& event) {
   send("syslog", event.text);
+  if (event.number == 0) ++m_onTheirWay;
   event.number = m_number;
   ++m_sent;
 }
 
+void LOGRelpSession::sendWhatMayGo() {
+  for (LOGOutgoing& event : m_unanswered) {
+    if (m_onTheirWay >= m_window) return;
+    if (event.number == 0 && !event.isAnswered()) send(event);
+  }
+}
+
+// Memory first: after that nothing raises.
 void LOGRelpSession::add(LOGOutgoing&& event) {
-  m_bytes += event.text.size();
-  m_unanswered.push_back(std::move(event));
+  m_output.reserve(m_output.size() + event.text.size() + LONGEST_FRAME_HEAD);
+  m_unanswered.emplace_back();
   LOGOutgoing& added = m_unanswered.back();
+  added = std::move(event);
+  m_bytes += added.text.size();
   added.number = 0;
   added.answer = LOGOutgoing::NONE;
-  if (m_state == READY) send(added);
+  if (m_state == READY && m_onTheirWay < m_window) send(added);
+}
+
+void LOGRelpSession::interrupt() {
+  m_state = IDLE;
+  if (m_onTheirWay > 0) m_window = 1;
+  m_onTheirWay = 0;
+}
+
+void LOGRelpSession::refuse() {
+  const auto first = std::find_if(m_unanswered.begin(), m_unanswered.end(),
+                                  [](const LOGOutgoing& each) { return each.number != 0 && !each.isAnswered(); });
+  if (first != m_unanswered.end()) settle(*first, LOGOutgoing::REFUSED);
 }
 
 bool LOGRelpSession::takeAnswered(LOGOutgoing& event) {
@@ -85,7 +110,7 @@ void LOGRelpSession::close() {
 
 void LOGRelpSession::forget() {
   m_unanswered.clear();
-  m_bytes = 0;
+  m_bytes = m_onTheirWay = 0;
 }
 
 void LOGRelpSession::receive(std::string_view bytes) {
@@ -128,9 +153,8 @@ void LOGRelpSession::answerToOpen(const LOGRelpFrame& frame) {
     end("the server accepts sessions, but no syslog messages");
   } else {
     m_state = READY;
-    for (LOGOutgoing& event : m_unanswered) {
-      if (!event.isAnswered()) send(event);
-    }
+    ++m_answers;
+    sendWhatMayGo();
   }
 }
 
@@ -141,13 +165,22 @@ void LOGRelpSession::answerToEvent(const LOGRelpFrame& frame) {
   if (event == m_unanswered.end() || frame.number == 0) {
     end("the server answered what it was not asked");
   } else if (frame.code() == OK) {
-    event->answer = LOGOutgoing::ACCEPTED;
+    m_window = std::min(m_window * 2, WINDOW);
+    settle(*event, LOGOutgoing::ACCEPTED);
   } else if (event->answer == LOGOutgoing::NONE && m_state == READY) {
+    ++m_answers;
     event->answer = LOGOutgoing::REFUSED_ONCE;
     send(*event);
   } else {
-    event->answer = LOGOutgoing::REFUSED;
+    settle(*event, LOGOutgoing::REFUSED);
   }
+}
+
+void LOGRelpSession::settle(LOGOutgoing& event, LOGOutgoing::Answer answer) {
+  ++m_answers;
+  --m_onTheirWay;
+  event.answer = answer;
+  if (m_state == READY) sendWhatMayGo();
 }
 
 void LOGRelpSession::end(const std::string& reason) {

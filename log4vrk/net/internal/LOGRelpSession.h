@@ -33,7 +33,9 @@ struct LOGOutgoing {
 /// the bytes that come in and yields the bytes to send; a new connection begins with begin(), which sends everything
 /// that is unanswered again, in order.
 ///
-/// An event that the server refuses is sent once more; refused again, it counts as answered.
+/// An event that the server refuses is sent once more; refused again, it counts as answered. After a connection that
+/// was lost with events on their way, one event at a time is on its way until the server has accepted one, then two,
+/// then four: so an event that makes the server break the connection is soon alone.
 ///
 /// Thread safety: not thread-safe.
 /// Errors: a session that has come to its end is OVER, and reason() says why, for people; nothing when it was asked to.
@@ -54,7 +56,7 @@ class LOG4VRK_EXPORT LOGRelpSession {
   /// Says goodbye, when the session is READY.
   void close();
   /// The connection is gone: IDLE, and what is unanswered stays.
-  void interrupt() { m_state = IDLE; }
+  void interrupt();
   /// Whatever is unanswered is somebody else's business now.
   void forget();
 
@@ -63,12 +65,19 @@ class LOG4VRK_EXPORT LOGRelpSession {
   void written(std::size_t count);
 
   bool hasRoom() const { return m_unanswered.size() < WINDOW && m_bytes < WINDOW_BYTES; }
+  /// What raises leaves session and event as they were.
   void add(LOGOutgoing&& event);
+  /// How many events have been sent on this connection and are not answered.
+  std::size_t onTheirWay() const { return m_onTheirWay; }
+  /// The first of them counts as refused.
+  void refuse();
 
   /// Whether the event at the front has been answered; if so, moves it out. Events leave in the order in which they
   /// were added.
   bool takeAnswered(LOGOutgoing& event);
 
+  /// How many answers there have been, to whatever was sent.
+  std::uint64_t answers() const { return m_answers; }
   /// How many frames with events have been made, repetitions included.
   std::uint64_t sent() const { return m_sent; }
 
@@ -77,6 +86,8 @@ class LOG4VRK_EXPORT LOGRelpSession {
 
  private:
   void send(LOGOutgoing& event);
+  void sendWhatMayGo();
+  void settle(LOGOutgoing& event, LOGOutgoing::Answer answer);
   void send(std::string_view command, std::string_view data);
   void handle(const LOGRelpFrame& frame);
   void answerToOpen(const LOGRelpFrame& frame);
@@ -91,6 +102,9 @@ class LOG4VRK_EXPORT LOGRelpSession {
   std::uint32_t m_number = 0;  // of the last frame
   std::uint32_t m_closeNumber = 0;
   std::deque<LOGOutgoing> m_unanswered;
+  std::size_t m_window = WINDOW;  // how many events may be on their way
+  std::size_t m_onTheirWay = 0;
+  std::uint64_t m_answers = 0;
   std::uint64_t m_sent = 0;
   std::size_t m_bytes = 0;  // of the texts in it
 };

@@ -37,7 +37,7 @@ class VRKNameLookup::Thread : public VRKThread {
 
 VRKNameLookup::VRKNameLookup(const I18NString& host, long port, std::shared_ptr<VRKWakeUp> whenDone)
     : m_answer(std::make_shared<Answer>()) {
-  std::unique_ptr<Thread> thread(vrkNew<Thread>(VRK_HERE, host, port, std::move(whenDone), m_answer));
+  auto thread = std::make_unique<Thread>(host, port, std::move(whenDone), m_answer);
   thread->start();
   static_cast<void>(thread.release());
 }

@@ -14,7 +14,7 @@ class VRKWakeUp;
 /// Whoever destroys the object does not wait for the answer.
 ///
 /// Thread safety: not thread-safe.
-/// Errors: the constructor raises VRKSystemError when the system has no thread to give.
+/// Errors: the constructor raises VRKSystemError when the system has no thread to give, and std::bad_alloc.
 class LOG4VRK_EXPORT VRKNameLookup {
  public:
   /// Wakes `whenDone` when the answer is there.

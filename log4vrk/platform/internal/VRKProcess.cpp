@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
 long VRKProcess::id() { return ::getpid(); }
 
@@ -11,4 +12,11 @@ std::string VRKProcess::programName() { return ::program_invocation_short_name; 
 std::string VRKProcess::hostName() {
   char name[256] = {};
   return ::gethostname(name, sizeof name - 1) == 0 ? name : "";
+}
+
+I18NString VRKProcess::absolutePath(const I18NString& path) {
+  std::error_code none;
+  const std::filesystem::path here = std::filesystem::current_path(none);
+  if (path.isEmpty() || none) return path;
+  return I18NString(std::string_view((here / path.toUtf8()).string()));
 }

@@ -1,9 +1,10 @@
-// What this process and its machine are called.
+// What this process and its machine are called, and where it is.
 
 #pragma once
 
 #include <string>
 
+#include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
 /// Thread safety: without state; any thread.
@@ -13,4 +14,6 @@ class LOG4VRK_EXPORT VRKProcess {
   /// Without directories.
   static std::string programName();
   static std::string hostName();
+  /// The path as seen from the working directory of now, which the program may change later. Empty stays empty.
+  static I18NString absolutePath(const I18NString& path);
 };

@@ -55,7 +55,8 @@ VRKSpoolFile::Result VRKSpoolFile::create(const I18NString& path) {
 }
 
 VRKSpoolFile::Result VRKSpoolFile::openFree(const I18NString& path) {
-  const int descriptor = openDescriptor(path, O_RDONLY);
+  // For writing, although nobody may write: a network file system locks nothing else.
+  const int descriptor = openDescriptor(path, O_RDWR);
   if (descriptor < 0) return fails(errno == ENOENT ? OWNED_OR_GONE : FAILED);
   return own(descriptor);
 }
@@ -74,6 +75,11 @@ VRKSpoolFile::Result VRKSpoolFile::own(int descriptor) {
   m_size = status.st_size;
   m_modified = std::int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec;
   return OPENED;
+}
+
+std::int64_t VRKSpoolFile::sizeOf(const I18NString& path) {
+  struct stat status;
+  return ::lstat(path.toUtf8().c_str(), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
 }
 
 bool VRKSpoolFile::append(std::string_view bytes) {

@@ -24,11 +24,11 @@ class LOG4VRK_EXPORT VRKSpoolFile {
 
   /// Makes a file that only its user may read (mode 0600). OWNED_OR_GONE when the name is in use.
   Result create(const I18NString& path);
-  /// Opens a regular file for reading; symbolic links are not followed. OWNED_OR_GONE when somebody else has it, or
+  /// Opens a regular file that is there; symbolic links are not followed. OWNED_OR_GONE when somebody else has it, or
   /// there is none.
   Result openFree(const I18NString& path);
 
-  /// Writes all the bytes at the end, or none. Only after create(). What was written is in the kernel, not on the disk.
+  /// Writes all the bytes at the end, or none. What was written is in the kernel, not on the disk.
   bool append(std::string_view bytes);
   /// The number of bytes read, fewer than `count` only at the end of the file; -1 on failure.
   long read(std::int64_t offset, char* to, long count);
@@ -36,6 +36,9 @@ class LOG4VRK_EXPORT VRKSpoolFile {
   std::int64_t size() const { return m_size; }
   /// When it had last been written to as it was opened, in nanoseconds since the epoch.
   std::int64_t modified() const { return m_modified; }
+
+  /// The size of a file that anybody may own, in bytes; 0 when it is no regular file.
+  static std::int64_t sizeOf(const I18NString& path);
 
   /// The errno value of the last failure.
   int getLastError() const { return m_lastError; }

@@ -19,8 +19,15 @@ constexpr int CTRL_SET_MIN_PROTO_VERSION = 123;
 constexpr long NAMETYPE_HOST_NAME = 0;
 constexpr long TLS_1_2 = 0x0303;
 constexpr long VERIFIED = 0;
+constexpr unsigned CHECK_FLAG_NEVER_CHECK_SUBJECT = 0x20;
 
 constexpr std::size_t PIECE = 16384;  // no TLS record carries more
+
+// Instead of OpenSSL's own, which asks on the program's terminal and waits there.
+int noPassphrase(char*, int, int, void* wasAsked) {
+  *static_cast<bool*>(wasAsked) = true;
+  return -1;
+}
 
 bool isAddress(const std::string& host) {
   unsigned char bytes[sizeof(in6_addr)];
@@ -86,18 +93,26 @@ bool VRKTlsStream::setUpCertificates(const Settings& settings) {
   }
   if (settings.certificate.empty()) return true;
   const std::string& key = settings.key.empty() ? settings.certificate : settings.key;
-  if (m_crypto->SSL_CTX_use_certificate_chain_file(m_context, settings.certificate.c_str()) != 1 ||
-      m_crypto->SSL_CTX_use_PrivateKey_file(m_context, key.c_str(), FILETYPE_PEM) != 1 ||
-      m_crypto->SSL_CTX_check_private_key(m_context) != 1) {
-    return fails("the client certificate " + settings.certificate + " with the key " + key + " cannot be used");
+  bool wasAsked = false;
+  m_crypto->SSL_CTX_set_default_passwd_cb(m_context, &noPassphrase);
+  m_crypto->SSL_CTX_set_default_passwd_cb_userdata(m_context, &wasAsked);
+  if (m_crypto->SSL_CTX_use_certificate_chain_file(m_context, settings.certificate.c_str()) != 1) {
+    return fails("the client certificate " + settings.certificate + " cannot be used");
   }
-  return true;
+  if (m_crypto->SSL_CTX_use_PrivateKey_file(m_context, key.c_str(), FILETYPE_PEM) != 1) {
+    return fails("the key " + key + " cannot be used" + (wasAsked ? ", because it needs a passphrase" : ""));
+  }
+  m_crypto->SSL_CTX_set_default_passwd_cb_userdata(m_context, nullptr);
+  if (m_crypto->SSL_CTX_check_private_key(m_context) == 1) return true;
+  return fails("the key " + key + " is not that of the client certificate " + settings.certificate);
 }
 
+// A certificate that has the host only as its subject's common name is not for it.
 bool VRKTlsStream::setUpHost(const std::string& host) {
   if (isAddress(host)) {
     return m_crypto->X509_VERIFY_PARAM_set1_ip_asc(m_crypto->SSL_get0_param(m_tls), host.c_str()) == 1;
   }
+  m_crypto->X509_VERIFY_PARAM_set_hostflags(m_crypto->SSL_get0_param(m_tls), CHECK_FLAG_NEVER_CHECK_SUBJECT);
   std::string name = host;
   return !host.empty() && m_crypto->SSL_set1_host(m_tls, host.c_str()) == 1 &&
          m_crypto->SSL_ctrl(m_tls, CTRL_SET_TLSEXT_HOSTNAME, NAMETYPE_HOST_NAME, name.data()) == 1;

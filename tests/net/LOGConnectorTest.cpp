@@ -1,0 +1,434 @@
+// The TCP socket appender against a log server that does as it is told.
+
+#include <pthread.h>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+
+#include <cstdlib>
+#include <new>
+#include <set>
+
+#include "log4vrk/net/internal/LOGConnector.h"
+#include "log4vrk/net/internal/LOGRecoveryRecord.h"
+#include "tests/support/ScriptedLogServer.h"
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
+
+namespace {
+
+/// The thread of whose allocations one in so many fails, in no order.
+std::atomic<long> g_victim{0};
+std::atomic<std::uint32_t> g_every{1};
+
+}  // namespace
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  thread_local std::uint32_t state = 1;
+  if (g_victim != 0 && g_victim == VRKThread::currentThreadId()) {
+    state = state * 1664525 + 1013904223;
+    if ((state >> 8) % g_every == 0) throw std::bad_alloc();
+  }
+  if (void* const memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Server = ScriptedLogServer;
+
+Server::Answer hold(const std::string&) { return Server::HOLD; }
+Server::Answer accept(const std::string&) { return Server::ACCEPT; }
+
+Texts numbers(int first, int last) {
+  Texts result;
+  for (; first <= last; ++first) result.push_back(std::to_string(first));
+  return result;
+}
+
+/// What is left of them after each first occurrence.
+Texts withoutRepetitions(const Texts& texts) {
+  Texts result;
+  std::set<std::string> seen;
+  for (const std::string& text : texts) {
+    if (seen.insert(text).second) result.push_back(text);
+  }
+  return result;
+}
+
+std::set<long> threads() {
+  std::set<long> result;
+  for (const auto& each : std::filesystem::directory_iterator("/proc/self/task")) {
+    result.insert(std::stol(each.path().filename()));
+  }
+  return result;
+}
+
+class ConnectorTest : public testing::Test {
+ protected:
+  explicit ConnectorTest(Server::Script script = &accept) : server(std::move(script)) {
+    VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+    appender.setName("server");
+    appender.setRemoteHost("127.0.0.1");
+    appender.setPort(server.port());
+    appender.setReconnectionDelay(20);
+  }
+  ~ConnectorTest() override {
+    g_victim = 0;
+    logger->removeAppender(&appender);
+    appender.close();
+  }
+
+  void log(int first, int last) {
+    for (const std::string& number : numbers(first, last)) logger->info(number.c_str());
+  }
+  /// Begins to log to it; the number of the sending thread.
+  long open() {
+    const std::set<long> before = threads();
+    logger->addAppender(&appender);
+    appender.activateOptions();
+    for (const long thread : threads()) {
+      if (before.count(thread) == 0) return thread;
+    }
+    return 0;
+  }
+  Texts files() const {
+    Texts names;
+    std::error_code missing;
+    for (const auto& each : std::filesystem::directory_iterator(dir.file("logs/recovery/local"), missing)) {
+      names.push_back(each.path().filename());
+    }
+    return names;
+  }
+  bool acknowledges(std::uint64_t count) const {
+    return eventually([&] { return appender.getAcknowledged() == count; }, 30);
+  }
+
+  const Deadline deadline{110};
+  TempDir dir;
+  const InternalLog internal;
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("shop");
+  Server server;
+  LOGTCPSocketAppender appender;
+};
+
+struct HoldingServerTest : ConnectorTest {
+  HoldingServerTest() : ConnectorTest(&hold) {}
+};
+
+TEST_F(HoldingServerTest, KeepsToTheWindowAndToTheOrderAndRepeatsNothingAfterAStall) {
+  open();
+  log(1, 300);
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 300; }));
+  EXPECT_EQ(LOGRelpSession::WINDOW, server.held());
+  log(301, 310);
+  server.lets = Server::ALL;
+  EXPECT_TRUE(acknowledges(310));
+  EXPECT_EQ(numbers(1, 310), server.received());
+  EXPECT_TRUE(eventually([&] { return files().empty(); }));
+}
+
+TEST_F(HoldingServerTest, SendsEverythingAgainInOrderAfterALostConnection) {
+  open();
+  log(1, 300);
+  EXPECT_TRUE(eventually([&] { return server.held() == LOGRelpSession::WINDOW; }));
+  server.away = true;
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 300; }));
+  log(301, 310);
+  server.away = false;
+  server.lets = Server::ALL;
+  EXPECT_TRUE(acknowledges(310));
+  const Texts received = server.received();
+  ASSERT_EQ(LOGRelpSession::WINDOW + 310, received.size());
+  EXPECT_EQ(numbers(1, 310), Texts(received.end() - 310, received.end()));
+}
+
+// Many events that fill the queue before the thread would look for itself.
+TEST_F(HoldingServerTest, EmptiesTheQueueWhenItIsHalfFull) {
+  open();
+  const std::string large(60000, 'x');
+  for (int i = 0; i < 20; ++i) logger->info(large.c_str());
+  EXPECT_TRUE(eventually([&] { return server.held() > 10; }));
+  for (int i = 0; i < 250; ++i) logger->info(large.c_str());
+  EXPECT_EQ(0u, appender.getDropped());
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() > 0; }));
+}
+
+// Events from memory are on their way when the next of very many files are taken over. Their acknowledgement is not
+// that of what came out of the files.
+TEST_F(HoldingServerTest, DoesNotTakeWhatItKeepsForWhatFilesHad) {
+  for (int i = 100; i < 200; ++i) {
+    std::string record;
+    LOGRecoveryRecord{1, "<14>1 [stream=\"x\"] old" + std::to_string(i)}.appendTo(record);
+    dir.write("logs/recovery/local/20260102030405-00000" + std::to_string(i), record);
+  }
+  open();
+  EXPECT_TRUE(eventually([&] { return server.held() == 64; }));
+  log(1, 3);
+  EXPECT_TRUE(eventually([&] { return server.held() == 67; }));
+  server.lets = 64;
+  EXPECT_TRUE(eventually([&] { return server.held() == 39 && appender.getInRecovery() == 39; }));
+  server.lets = 3;
+  EXPECT_TRUE(acknowledges(67));
+  appender.close();
+  LOGTCPSocketAppender next;
+  next.setRemoteHost("127.0.0.1");
+  next.setPort(server.port());
+  server.lets = Server::ALL;
+  next.activateOptions();
+  EXPECT_TRUE(eventually([&] { return next.getAcknowledged() >= 36 && next.getInRecovery() == 0; }));
+  EXPECT_TRUE(eventually([&] { return files().empty(); }));
+  Texts again = server.received();
+  again.erase(again.begin(), again.begin() + 103);
+  EXPECT_EQ(1, std::count(again.begin(), again.end(), "old199"));
+  EXPECT_EQ(1, std::count(again.begin(), again.end(), "old164"));
+}
+
+TEST_F(HoldingServerTest, ClosesInTimeWhileTheServerSendsNothingButHints) {
+  open();
+  log(1, 1);
+  EXPECT_TRUE(eventually([&] { return server.held() == 1; }));
+  server.hints = true;
+  log(2, 10);
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 10; }));
+  const Clock::time_point begin = Clock::now();
+  appender.close();
+  EXPECT_LT(Clock::now() - begin, LOGConnector::LONGEST_FAREWELL + seconds(1));
+  EXPECT_FALSE(internal.contains("closed without waiting")) << internal.text();
+}
+
+TEST_F(ConnectorTest, SetsAsideWhatTheServerDoesNotTakeAndDeliversTheRest) {
+  std::atomic<bool> takesAll{false};
+  Server picky([&](const std::string& text) {
+    if (takesAll) return Server::ACCEPT;
+    if (text == "50") return Server::REFUSE;
+    return text == "60" || text == "61" || text == "300" ? Server::BREAK : Server::ACCEPT;
+  });
+  appender.setPort(picky.port());
+  open();
+  log(1, 300);
+  EXPECT_TRUE(acknowledges(296)) << appender.getAcknowledged();
+  EXPECT_TRUE(eventually([&] { return appender.getDropped() == 4 && appender.getInRecovery() == 0; }));
+  Texts delivered = withoutRepetitions(picky.received());
+  std::sort(delivered.begin(), delivered.end());
+  Texts expected = numbers(1, 300);
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(expected, delivered);
+  const Texts aside = files();
+  ASSERT_EQ(1u, aside.size());
+  EXPECT_EQ(1, internal.count("the log server refuses events, which are counted and set aside in " +
+                              std::filesystem::absolute(dir.file("work/../logs/recovery/local/" + aside[0])).string()))
+      << internal.text();
+  appender.close();
+  const std::string file = dir.file("logs/recovery/local/" + aside[0]);
+  std::filesystem::rename(file, file.substr(0, file.rfind('.')));  // and they are sent again
+  takesAll = true;
+  LOGTCPSocketAppender next;
+  next.setRemoteHost("127.0.0.1");
+  next.setPort(picky.port());
+  next.activateOptions();
+  EXPECT_TRUE(eventually([&] { return next.getAcknowledged() == 4; }));
+  const Texts again = picky.received();
+  EXPECT_EQ(Texts({"50", "60", "61", "300"}), Texts(again.end() - 4, again.end()));
+}
+
+// No thread has a stack of that size.
+TEST_F(ConnectorTest, KeepsEventsWhileThereIsNoThreadAndDeliversThemWhenThereIs) {
+  pthread_attr_t usual, huge;
+  ASSERT_EQ(0, ::pthread_getattr_default_np(&usual));
+  ::pthread_attr_init(&huge);
+  ::pthread_attr_setstacksize(&huge, std::size_t{1} << 46);
+  ASSERT_EQ(0, ::pthread_setattr_default_np(&huge));
+  EXPECT_EQ(0, open());
+  log(1, 3);
+  EXPECT_TRUE(eventually([&] {
+    appender.activateOptions();
+    return appender.getInRecovery() == 3;
+  }));
+  EXPECT_EQ(1, internal.count("there is no thread to send with, events are kept")) << internal.text();
+  LOGTCPSocketAppender closed;
+  closed.setRemoteHost("127.0.0.1");
+  LOGObject message("4");
+  LOGLoggingEvent event("", logger, LOGLevel::INFO_OBJ, &message);
+  closed.append(&event);
+  closed.close();
+  EXPECT_EQ(1u, closed.getInRecovery());
+  ASSERT_EQ(0, ::pthread_setattr_default_np(&usual));
+  EXPECT_TRUE(eventually([&] {
+    appender.activateOptions();
+    return appender.getAcknowledged() >= 3;
+  }));
+  const Texts received = server.received();
+  EXPECT_EQ(numbers(1, 3), Texts(received.begin(), received.begin() + 3));
+  EXPECT_EQ(0u, appender.getDropped());
+}
+
+TEST_F(ConnectorTest, ShortageOfMemoryOnItsThreadLosesNothing) {
+  const long thread = open();
+  ASSERT_NE(0, thread);
+  int last = 0;
+  for (std::uint32_t every = 120; every > 0; every -= 4) {
+    g_every = every;
+    g_victim = thread;
+    log(last + 1, last + 50);
+    last += 50;
+    server.away = every % 10 == 0;
+    eventually([&] { return appender.getAcknowledged() >= static_cast<std::uint64_t>(last); }, 1);
+    server.away = false;
+    g_victim = 0;
+    EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() >= static_cast<std::uint64_t>(last); }, 20));
+  }
+  EXPECT_TRUE(
+      eventually([&] { return withoutRepetitions(server.received()).size() == static_cast<std::size_t>(last); }, 20));
+  EXPECT_EQ(numbers(1, last), withoutRepetitions(server.received()));
+  EXPECT_EQ(0u, appender.getDropped());
+}
+
+TEST_F(ConnectorTest, ReconnectsWithAnyDelay) {
+  for (const long delay : {9223372036855L, std::numeric_limits<long>::max(), -1L, std::numeric_limits<long>::min()}) {
+    LOGTCPSocketAppender client;
+    client.setRemoteHost("127.0.0.1");
+    client.setPort(server.port());
+    client.setReconnectionDelay(delay);
+    server.away = true;
+    client.activateOptions();
+    const InternalLog own;
+    EXPECT_TRUE(eventually([&] { return own.contains("there is no connection"); })) << delay;
+    server.away = false;
+    LOGObject message("1");
+    LOGLoggingEvent event("", logger, LOGLevel::INFO_OBJ, &message);
+    client.append(&event);
+    EXPECT_TRUE(eventually([&] { return client.getAcknowledged() == 1; })) << delay;
+  }
+}
+
+TEST_F(HoldingServerTest, SettingsOfAnOpenAppenderHoldAtOnce) {
+  appender.setReconnectionDelay(3600000);
+  open();
+  log(1, 5);
+  EXPECT_TRUE(eventually([&] { return server.held() == 5; }));
+  Server other(&accept);
+  appender.setPort(other.port());
+  EXPECT_TRUE(acknowledges(5));
+  EXPECT_EQ(numbers(1, 5), other.received());
+}
+
+/// Stops one thread of this process for its life, wherever it is, as a file system does that does not answer.
+class Standstill {
+ public:
+  explicit Standstill(long thread) {
+    int ready[2];
+    EXPECT_EQ(0, ::pipe(ready));
+    ::prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY);
+    m_tracer = ::fork();
+    if (m_tracer == 0) {
+      int status;
+      const bool stopped = ::ptrace(PTRACE_SEIZE, thread, 0, 0) == 0 && ::ptrace(PTRACE_INTERRUPT, thread, 0, 0) == 0 &&
+                           ::waitpid(static_cast<pid_t>(thread), &status, __WALL) == thread;
+      if (::write(ready[1], stopped ? "y" : "n", 1) != 1) ::_exit(1);
+      for (;;) ::pause();
+    }
+    char answer = 'n';
+    holds = ::read(ready[0], &answer, 1) == 1 && answer == 'y';
+    for (const int end : ready) ::close(end);
+  }
+  ~Standstill() {
+    ::kill(m_tracer, SIGKILL);
+    statusOf(m_tracer);
+  }
+
+  bool holds;
+
+ private:
+  pid_t m_tracer;
+};
+
+TEST_F(ConnectorTest, CountsWhatItLeavesBehindWithAThreadThatIsStuck) {
+  server.away = true;
+  appender.setReconnectionDelay(3600000);
+  const long thread = open();
+  log(1, 1);
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 1; }));
+  {
+    const Standstill standstill(thread);
+    if (!standstill.holds) GTEST_SKIP() << "threads cannot be stopped here";
+    log(2, 11);
+    const Clock::time_point begin = Clock::now();
+    appender.close();
+    EXPECT_LT(Clock::now() - begin, seconds(5));
+    EXPECT_EQ(10u, appender.getDropped());
+    EXPECT_EQ(1, internal.count("closed without waiting any longer for its thread; events in its memory: 10"))
+        << internal.text();
+  }
+  EXPECT_TRUE(eventually([&] { return threads().count(thread) == 0; })) << "it comes out of it";
+}
+
+TEST_F(ConnectorTest, WaitsForSpaceByTheClock) {
+  server.away = true;
+  const long thread = open();
+  log(1, 1);
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 1; }));
+  const Standstill standstill(thread);
+  if (!standstill.holds) GTEST_SKIP() << "threads cannot be stopped here";
+  ::prctl(PR_SET_TIMERSLACK, 20000000UL);  // each nap takes a hundred times longer
+  const std::string large(60000, 'x');
+  const Clock::time_point begin = Clock::now();
+  while (appender.getDropped() == 0) logger->info(large.c_str());
+  ::prctl(PR_SET_TIMERSLACK, 0UL);
+  EXPECT_LT(Clock::now() - begin, seconds(2));
+}
+
+TEST_F(HoldingServerTest, FinishesEverythingInTimeBeforeTheProcessEnds) {
+  Server takes(&accept);
+  LOGTCPSocketAppender other;
+  other.setRemoteHost("127.0.0.1");
+  other.setPort(takes.port());
+  other.activateOptions();
+  open();
+  log(1, 200);
+  logger->addAppender(&other);
+  log(201, 210);
+  const Clock::time_point begin = Clock::now();
+  LOGConnector::finishAll(begin + seconds(1));
+  EXPECT_LT(Clock::now() - begin, milliseconds(1200));
+  EXPECT_EQ(210u, appender.getInRecovery());
+  EXPECT_EQ(10u, other.getAcknowledged());
+  EXPECT_EQ(numbers(201, 210), takes.received());
+  LOGTCPSocketAppender late;
+  late.setName("late");
+  late.setRemoteHost("127.0.0.1");
+  logger->addAppender(&late);
+  log(211, 211);
+  for (const char* name : {"[server]", "[]", "[late]"}) {
+    EXPECT_EQ(1, internal.count(std::string("Attempted to append to closed appender named ") + name));
+  }
+  logger->removeAppender(&late);
+  logger->removeAppender(&other);
+}
+
+TEST_F(HoldingServerTest, FinishesInAChildOnlyWhatIsTheChilds) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
+#endif
+  open();
+  log(1, 10);
+  EXPECT_TRUE(eventually([&] { return server.held() == 10; }));
+  EXPECT_EQ(0, statusInChild([] {
+              const Clock::time_point begin = Clock::now();
+              LOGConnector::finishAll(begin + seconds(5));
+              EXPECT_LT(Clock::now() - begin, seconds(2));
+            }));
+  log(11, 20);
+  server.lets = Server::ALL;
+  EXPECT_TRUE(acknowledges(20));
+  EXPECT_EQ(numbers(1, 20), withoutRepetitions(server.received()));
+}
+
+}  // namespace
