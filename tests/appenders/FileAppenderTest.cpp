@@ -144,24 +144,24 @@ TEST_F(FileAppenderTest, WritesItsBufferAtExitAndLeavesThatOfItsParentAlone) {
 
 // A limit on the size of files stops a write half-way, as a full disk does.
 TEST_F(FileAppenderTest, WhatFollowsATornLineBeginsANewOne) {
+  const std::string old(9000, '-');  // more than the internal log will have, for the limit is everybody's
+  for (const char* name : {"direct", "buffered"}) m_dir.write(name, old);
   LOGFileAppender direct(&m_layout, path("direct"));
-  LOGFileAppender buffered(&m_layout, path("buffered"), 0, 1, 25);
-  const auto writeAround = [&](rlim_t limit) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before;
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    for (LOGFileAppender* appender : {&direct, &buffered}) {
-      const rlimit small{limit, before.rlim_max};
-      ::setrlimit(RLIMIT_FSIZE, &small);
-      log(*appender, "first line", "second line", "third line");
-      ::setrlimit(RLIMIT_FSIZE, &before);
-      log(*appender, "fourth line");
-      appender->close();
-    }
-  };
-  writeAround(15);
-  EXPECT_EQ(m_dir.read("direct"), "first line\nseco\nfourth line\n");
-  EXPECT_EQ(m_dir.read("buffered"), "first line\nseco\nfourth line\n");
+  LOGFileAppender buffered(&m_layout, path("buffered"), 1, 1, 25);
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before;
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  for (LOGFileAppender* appender : {&direct, &buffered}) {
+    const rlimit small{old.size() + 15, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    log(*appender, "first line", "second line", "third line");
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    log(*appender, "fourth line");
+    appender->close();
+  }
+  for (const char* name : {"direct", "buffered"}) {
+    EXPECT_EQ(m_dir.read(name), old + "first line\nseco\nfourth line\n") << name;
+  }
   EXPECT_EQ(m_log.count("LOGQuietWriter::write -- VRKThrowable exception occurred"), 4) << "two events each";
 }
 

@@ -144,14 +144,14 @@ TEST_F(RollingFileAppenderTest, AFullDiskRollsNoBackupAwayAndReportsEachLostEven
   for (const std::string way : {"direct", "queued", "buffered"}) {
     const InternalLog log;
     for (const char* suffix : {".1", ".2", ".3"}) m_dir.write(way + suffix, std::string("good") + suffix);
+    std::filesystem::create_symlink("/dev/full", m_dir.file(way));
     LOGRollingFileAppender file;
     file.setLayout(&m_layout);
     file.setMaximumFileSize(60);
     file.setMaxBackupIndex(3);
-    file.setFile(path(way), 0, way == "buffered" ? 1 : 0, 40);
+    file.setFile(path(way), 1, way == "buffered" ? 1 : 0, 40);
     LOGAsyncAppender queue;
     queue.addAppender(&file);
-    VRKFault::arm(VRKFault::FILE_WRITE, 1000);
     Tree tree;
     LOGLogger* const logger = tree.getLogger("a");
     logger->addAppender(way == "queued" ? static_cast<LOGAppenderSkeleton*>(&queue) : &file);
@@ -162,9 +162,7 @@ TEST_F(RollingFileAppenderTest, AFullDiskRollsNoBackupAwayAndReportsEachLostEven
     } else {
       EXPECT_EQ(log.count("LOGCountingQuietWriter::write -- VRKThrowable exception occurred"), 40) << way;
     }
-    VRKFault::disarm();
     for (const char* suffix : {".1", ".2", ".3"}) EXPECT_EQ(m_dir.read(way + suffix), std::string("good") + suffix);
-    EXPECT_EQ(m_dir.read(way), "");
     logger->removeAllAppenders();
   }
 }

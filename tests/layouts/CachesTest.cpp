@@ -45,7 +45,7 @@ struct Caches : testing::Test {
     if (n % 3 == 0) {
       LOGObject object(text.c_str());
       object.instance("Other");
-      logger->log(level, &object);
+      logger->forcedLog(LOGLogger::m_FQCN, level, &object);
     } else {
       LOGMessage message;
       message << text;
@@ -137,6 +137,7 @@ TEST_F(Caches, AThreadThatWasReadOrGivenStaysWithItsEvent) {
     expected.push_back("[" + thread + "] INFO  both:both - " + std::to_string(n));
   }
   dispatcher.close();
+  logger->removeAppender(&naming);
   for (const char* file : {"direct", "dispatcher"}) {
     Texts lines = linesOf(dir.file(file));
     for (std::string& line : lines) line.erase(0, 9);
