@@ -33,6 +33,7 @@ inline std::string replaced(std::string text, const std::string& what, const std
 /// renders it.
 enum class Way { FAST, ORDINARY };
 constexpr Way WAYS[] = {Way::FAST, Way::ORDINARY};
+inline void PrintTo(Way way, std::ostream* out) { *out << (way == Way::FAST ? "fast" : "ordinary"); }
 
 /// A suite of tests that promise the same on both ways.
 struct BothWays : testing::TestWithParam<Way> {};
