@@ -71,15 +71,15 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
   /// Returns when what is queued now has been delivered, after ten seconds at the latest.
   static void drain(LOGAppenderSkeleton& appender);
-  std::shared_ptr<LOGBoundedFIFO> queue();
-  void enqueue(const LOGLoggingEvent& event);
-  LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
-                                       std::unique_ptr<LOGLoggingEvent>& copy);
-  void start() VRK_REQUIRES(m_critSection);
-  std::unique_ptr<LOGDispatcher> takeDispatcher();
-  void finish(std::unique_ptr<LOGDispatcher> dispatcher);
-  bool reaches(const LOGAppenderSkeleton* target);
-  std::shared_ptr<const LOGAppenderList> attached();
+  LOG4VRK_HIDDEN std::shared_ptr<LOGBoundedFIFO> queue();
+  LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
+  LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
+                                                      std::unique_ptr<LOGLoggingEvent>& copy);
+  LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN std::unique_ptr<LOGDispatcher> takeDispatcher();
+  LOG4VRK_HIDDEN void finish(std::unique_ptr<LOGDispatcher> dispatcher);
+  LOG4VRK_HIDDEN bool reaches(const LOGAppenderSkeleton* target);
+  LOG4VRK_HIDDEN std::shared_ptr<const LOGAppenderList> attached();
   template <typename Change>
   void remove(Change change);
   template <typename Operation>

@@ -40,9 +40,9 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
  private:
   static std::shared_ptr<LOGAppenderAttachableImpl> containerOf(LOGAsyncAppender* m_container);
   /// False when the queue is empty.
-  bool deliverSome();
-  LOGLoggingEvent* next();
-  void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, LOGThreadState& thread);
+  LOG4VRK_HIDDEN bool deliverSome();
+  LOG4VRK_HIDDEN LOGLoggingEvent* next();
+  LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, LOGThreadState& thread);
 
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;

@@ -94,7 +94,7 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   static const Identity IDENTITY;
   static const LOGAppenderInternals INTERNALS;
 
-  bool hasDirectory() const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN bool hasDirectory() const VRK_REQUIRES(m_critSection);
 
   const Identity* m_identity = &IDENTITY;  // constant after construction
 

@@ -47,10 +47,10 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
   /// m_qw, or null when that is a writer of the program's that does not count.
   LOGCountingQuietWriter* counter() const VRK_REQUIRES(m_critSection);
-  void rollOverIfFull() VRK_REQUIRES(m_critSection);
-  I18NString backupName(long index) const VRK_REQUIRES(m_critSection);
-  void shiftBackups(long oldest) VRK_REQUIRES(m_critSection);
-  std::vector<long> backupsBelow(long oldest) const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void rollOverIfFull() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN I18NString backupName(long index) const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void shiftBackups(long oldest) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN std::vector<long> backupsBelow(long oldest) const VRK_REQUIRES(m_critSection);
 
   std::atomic<long> m_maximumFileSize{DEFAULT_MAXIMUM_FILE_SIZE};
   std::atomic<long> m_maxBackupIndex{1};

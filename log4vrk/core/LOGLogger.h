@@ -151,7 +151,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// After every change that can alter what is enabled: no logger knows any more.
   static void noteLevelChange();
   bool findOutIfEnabledFor(LOGLevel* level) const;
-  void keepLowestEnabled() const;
+  LOG4VRK_HIDDEN void keepLowestEnabled() const;
 
   /// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
   bool passes(LOGLevel* level) const {
@@ -168,19 +168,19 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void logText(const I18NString& fqn, LOGLevel* level, const I18NString& text);
   void logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message);
   /// callAppenders() for those who have nobody to raise an error to.
-  void deliver(LOGLoggingEvent* event);
+  LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event);
   void callEach(LOGLoggingEvent* event);
   int walk(LOGLoggingEvent* event, LOGThreadState& thread);
   int append(LOGLoggingEvent* event, LOGThreadState& thread);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
-  static bool deliverOn(LOGDeferredEvent& putOff);
+  LOG4VRK_HIDDEN static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread delivers through this logger.
-  bool tryAppend(LOGLoggingEvent* event, int& writes);
-  void drainAppenders();
+  LOG4VRK_HIDDEN bool tryAppend(LOGLoggingEvent* event, int& writes);
+  LOG4VRK_HIDDEN void drainAppenders();
   struct Appenders;  // the steps of what changes them
   /// Where the current list of appenders is, for those who deliver.
   const std::atomic<const LOGAppenderList*>& appenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.place(); }
-  LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
 
   // Constant after construction.
   const LOGLoggerName::Share m_name;

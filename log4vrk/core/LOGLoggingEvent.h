@@ -122,8 +122,8 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   bool isPlain() const;
   void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
                 std::string_view utf8);
-  void copyMessage(const LOGLoggingEvent& other);
-  void copyOwn(const LOGLoggingEvent& other);
+  LOG4VRK_HIDDEN void copyMessage(const LOGLoggingEvent& other);
+  LOG4VRK_HIDDEN void copyOwn(const LOGLoggingEvent& other);
   void keepLogger(const LOGLoggingEvent& other);
   void keepLevel(LOGLevel* level);
 

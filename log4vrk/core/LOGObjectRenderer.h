@@ -65,8 +65,8 @@ class LOG4VRK_EXPORT LOGObjectRenderer : public LOGObject {
   };
 
  private:
-  static bool fits(const unsigned char* buffer, long offset, long count);
-  static void writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset);
+  LOG4VRK_HIDDEN static bool fits(const unsigned char* buffer, long offset, long count);
+  LOG4VRK_HIDDEN static void writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset);
 
   unsigned long m_messageLength = 0;
 };

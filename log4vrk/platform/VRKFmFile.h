@@ -83,15 +83,15 @@ class LOG4VRK_EXPORT VRKFmFile {
   int getLastError() const { return m_lastError; }
 
  private:
-  bool adopt(int descriptor, const I18NString& name);
+  LOG4VRK_HIDDEN bool adopt(int descriptor, const I18NString& name);
   long seek(long offset);
   long collect(std::string_view bytes);
   long fails(long result);
   bool failed() { return fails(0) != 0; }
   long loseOne();
   bool writeAll(std::string_view bytes);
-  bool writeOut();
-  void dropThoseOfTheParent();
+  LOG4VRK_HIDDEN bool writeOut();
+  LOG4VRK_HIDDEN void dropThoseOfTheParent();
 
   int m_descriptor = -1;
   bool m_owned = false;
