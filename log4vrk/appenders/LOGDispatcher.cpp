@@ -9,10 +9,10 @@
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKStackSize.h"
 
 namespace {
 
-constexpr std::size_t STACK_SIZE = 4096000;
 // How often an event that was put off is tried again when the thread ends.
 constexpr int LAST_ATTEMPTS = 100;
 // How many events may be on their way to the kernel together, and how long, therefore, a fork may have to wait.
@@ -29,7 +29,7 @@ void rest(LOGPolling& polling) {
 }  // namespace
 
 LOGDispatcher::LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppender* container)
-    : VRKThread(STACK_SIZE), m_bf(std::move(queue)), m_container(containerOf(container)) {}
+    : VRKThread(VRK_STACK_SIZE), m_bf(std::move(queue)), m_container(containerOf(container)) {}
 
 std::shared_ptr<LOGAppenderAttachableImpl> LOGDispatcher::containerOf(LOGAsyncAppender* m_container) {
   VRK_ASSERT(m_container);

@@ -56,6 +56,16 @@ auto logContainAll(const LOGFailureTexts& texts, decltype(std::declval<Operation
   return failed;
 }
 
+/// The same of an operation whose result nobody needs.
+template <typename Operation>
+void logContainAll(const LOGFailureTexts& texts, Operation&& operation) {
+  try {
+    operation();
+  } catch (...) {
+    logFailureContainedAll(texts);
+  }
+}
+
 /// Runs `operation` and lets errors pass, after one line in the internal log that names the operation, not the cause.
 template <typename Operation>
 [[gnu::always_inline]] inline auto logReport(const char* text, Operation&& operation) -> decltype(operation()) {
