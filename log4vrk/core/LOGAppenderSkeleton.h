@@ -74,7 +74,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   LOGAppenderSkeleton(const LOGAppenderSkeleton& other);
   LOGAppenderSkeleton& operator=(const LOGAppenderSkeleton& other);
 
-  /// Compared with 1 exactly.
+  /// doAppend() takes exactly 1 for closed.
   int getClosed() const { return m_closed.load(std::memory_order_acquire); }
   void reportClosed() const;
   void setClosed(int closed) { m_closed.store(closed, std::memory_order_release); }
@@ -98,7 +98,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   LOG4VRK_HIDDEN static bool isAccepted(LOGLoggingEvent* event, LOGFilter* filter);
   LOG4VRK_HIDDEN void copyFrom(const LOGAppenderSkeleton& other);
 
-  // Keeps the lock, for which threads contend, out of the cache lines of what they only read.
+  // Keeps what threads only read out of the cache line of the lock, which changes hands with every event.
   const char m_distance[64] = {};
 
   // Constant while the appender is attached.

@@ -57,7 +57,8 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   LOGPatternCopy& copyOf(LOGThreadState& thread);
   LOG4VRK_HIDDEN LOGPatternCopy& takeCopy(LOGThreadState& thread);
 
-  // Of all patterns of all layouts this one, by which a thread knows whether it has a copy of it.
+  // Every pattern that is set, in whichever layout, has a number of its own. A thread compares it with that of the copy
+  // it has, and so sees without a lock that the pattern has changed.
   std::atomic<std::uint64_t> m_number{0};
   I18NString m_pattern VRK_GUARDED_BY(m_critSection);
   std::vector<LOGPatternConverter> m_converters VRK_GUARDED_BY(m_critSection);
