@@ -10,6 +10,8 @@ namespace {
 
 constexpr long LARGEST_LIMIT_WITHOUT_TEXT = 5;
 
+// Renderers get a bare pointer, since programs have written them so. An appender says on the side how much room there
+// is behind it.
 thread_local const LOGObjectRenderer::Bound* t_bound = nullptr;
 
 }  // namespace

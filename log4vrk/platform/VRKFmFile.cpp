@@ -45,7 +45,7 @@ bool injected(VRKFault::Point point) {
 
 constexpr std::size_t MOST_HELD_BACK = 64 * 1024;
 
-// From here on nothing is collected any more.
+// Set at the process's exit. From then on nothing is collected any more, because nobody would write it.
 std::atomic<bool> g_exiting{false};
 
 // A descriptor that somebody made non-blocking, such as a shared terminal, may be full for a moment.
@@ -54,7 +54,7 @@ bool waitUntilWritable(int descriptor) {
   return ::poll(&waiting, 1, -1) > 0 || errno == EINTR;
 }
 
-// The files that have a buffer.
+// The files that have a buffer, for the process's exit.
 struct Buffered {
   VRKMutex mutex;
   std::vector<VRKFmFile*> files VRK_GUARDED_BY(mutex);
@@ -164,7 +164,8 @@ bool VRKFmFile::writeAll(std::string_view bytes) {
   return true;
 }
 
-// Whatever comes of it, the bytes are gone afterwards.
+// The bytes are gone afterwards, whatever comes of it: kept, they would grow without limit on a full disk. Each write
+// that has not reached the file whole is counted as lost.
 bool VRKFmFile::writeOut() {
   if (m_collected.size() == 0) return true;
   dropThoseOfTheParent();
@@ -179,6 +180,8 @@ bool VRKFmFile::writeOut() {
   return written;
 }
 
+// A forked child has a copy of what its parent has collected. The parent writes it; written here it would be there
+// twice.
 void VRKFmFile::dropThoseOfTheParent() {
   if (m_forks == VRKThread::forks()) return;
   m_forks = VRKThread::forks();

@@ -35,7 +35,7 @@ class Tree;
 
 }  // namespace
 
-// What a handle leads to. Its memory and that of its texts is the tree's.
+// What a handle leads to. The tree owns its memory and that of its texts.
 struct VRKIDOM_Data {
   Tree* tree;
   short type;
@@ -53,7 +53,8 @@ namespace {
 
 using Node = VRKIDOM_Data;
 
-// One document. Nothing in it is freed before all of it is, and nothing in it needs a destructor.
+// One document. Its nodes and texts are laid one behind the other and freed all at once, so that they need neither
+// owners nor destructors: documents are read once, asked a little and dropped.
 class Tree {
  public:
   Tree() = default;
@@ -151,7 +152,7 @@ bool isIn(const CharacterRange (&ranges)[N], char32_t character) {
   });
 }
 
-// A lone surrogate is in no range.
+// Takes a character off the text. A lone surrogate comes as it is, and is in no range of names.
 char32_t nextCharacter(std::u16string_view& text) {
   const char32_t lead = text[0];
   const bool isPair = lead >= 0xD800 && lead < 0xDC00 && text.size() > 1 && text[1] >= 0xDC00 && text[1] < 0xE000;
@@ -240,7 +241,7 @@ struct Descriptor {
 };
 
 std::string readFile(const char* path, const I18NString& name) {
-  // Non-blocking, since opening a pipe would wait for its writer.
+  // Non-blocking, because otherwise opening a pipe would wait for a writer before it can be refused.
   const Descriptor file{::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)};
   struct stat status;
   if (file.number < 0 || ::fstat(file.number, &status) != 0) throw VRKSystemError(errno, name, VRK_HERE);
@@ -258,6 +259,7 @@ std::string readFile(const char* path, const I18NString& name) {
   return bytes;
 }
 
+// The parser is in a module of its own: programs that are configured in code do not pay for loading it.
 VRKXmlParse loadParser() {
   I18NString reason;
   void* const module = VRKDynamicLibrary::openModule(VRK_XML_MODULE, reason);

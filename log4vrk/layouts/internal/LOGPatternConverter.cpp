@@ -147,7 +147,8 @@ void LOGPatternConverter::fit(I18NUtf8Buffer& out, std::size_t start) const {
   if (length < minimumWidth) out.insertBlanks(leftAligned ? out.size() : start, minimumWidth - length);
 }
 
-// Cuts a piece of which bytes are not units, and returns its length in units.
+// Widths count UTF-16 units, which for anything but ASCII are not bytes. Cuts the piece and returns its length in
+// units.
 std::size_t LOGPatternConverter::fitUtf16(I18NUtf8Buffer& out, std::size_t start) const {
   I18NString piece(out.view().substr(start));
   if (piece.length() > maximumWidth) {
