@@ -72,6 +72,7 @@ std::shared_ptr<LOGBoundedFIFO> LOGAsyncAppender::queue() {
   return m_bf != nullptr ? m_queue : nullptr;
 }
 
+// Looks without the lock first, because it is called before every event.
 void LOGAsyncAppender::activateOptions() {
   if (getClosed() == 0 && m_forks == VRKThread::forks()) return;
   const LOGGuard guard(*this);
@@ -124,6 +125,7 @@ bool LOGAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent
 }
 
 void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
+  // Without the lock: the queue lives as long as the appender, and a closed one refuses the event.
   LOGBoundedFIFO* const queue = m_bf;
   std::unique_ptr<LOGLoggingEvent> copy;
   LOGBoundedFIFO::Outcome outcome = queue != nullptr ? queue->putCopy(event, copy) : LOGBoundedFIFO::CLOSED;
@@ -172,6 +174,8 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
   logContain({"LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
               "Got an Exception while waiting for the dispatcher to finish."},
              [&] {
+               // An appender behind the queue may close it, on the dispatcher's own thread, which cannot wait for
+               // itself.
                if (dispatcher->isItself()) {
                  dispatcher.release()->closeItself();
                } else {

@@ -113,6 +113,7 @@ bool LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
 void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
   if (m_place == nullptr) return;
   VRK_ASSERT(appender);
+  // The list as it is now, because unlink() replaces it. Several appenders may be equal.
   const LOGAppenderLists::Snapshot before = LOGAppenderLists::snapshot(*this);
   for (const Attached& attached : before->attached) {
     if (*attached.appender == *appender) unlink(attached.appender);
@@ -156,6 +157,7 @@ void LOGAppenderLists::closeAll(const Snapshot& appenders) {
   if (failure) std::rethrow_exception(failure);
 }
 
+// An appender that the table holds under its name is stale: the next configuration that refers to it makes a new one.
 void LOGAppenderLists::forget(LOGAppenderAttachableImpl& container, const Snapshot& appenders, LOGHashtable* table) {
   for (const Attached& attached : in(appenders.get())) {
     LOGAppenderSkeleton* const appender = attached.appender;

@@ -35,6 +35,7 @@ LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& o
 }
 
 void LOGAppenderSkeleton::copyFrom(const LOGAppenderSkeleton& other) {
+  // Before the lock, since two appenders may be copied into each other at once.
   std::shared_ptr<LOGErrorHandler> handler = other.errorHandlerShare();
   const LOGGuard guard(*this);
   m_name = other.m_name;
@@ -144,6 +145,7 @@ std::shared_ptr<LOGErrorHandler> LOGAppenderSkeleton::ownerOf(LOGErrorHandler* h
   return std::shared_ptr<LOGErrorHandler>(handler, HandlerOwner());
 }
 
+// The former handler is freed after the leaf lock is, because its destructor may be the program's code.
 void LOGAppenderSkeleton::storeErrorHandler(LOGErrorHandler* handler) {
   if (handler == getErrorHandler()) return;
   std::shared_ptr<LOGErrorHandler> owner = ownerOf(handler);

@@ -29,6 +29,7 @@ LOGSerializable::~LOGSerializable() = default;
 [[gnu::always_inline]] inline void LOGLoggingEvent::begin(const I18NString& fqnOfLoggerClass) {
   VRK_ASSERT(m_logger);
   m_fqnOfLoggerClass = &fqnOfLoggerClass;
+  // Any other class name is the caller's, and nobody says how long it stays.
   if (m_fqnOfLoggerClass != &LOGLogger::m_FQCN) {
     own().fqnOfLoggerClass = fqnOfLoggerClass;
     m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
@@ -185,6 +186,7 @@ void LOGLoggingEvent::appendThreadName(I18NUtf8Buffer& out) {
   }
 }
 
+// From here on the message is an object and no text any more, because whoever has asked for it may change it.
 LOGObject* LOGLoggingEvent::getMessage() const {
   if (m_isText) {
     m_message.reset(vrkNew<LOGObject>(VRK_HERE, I18NString(m_text)));
@@ -207,6 +209,7 @@ const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName->isEmpty()) {
     const I18NString& name = LOGThreadState::current().name.text();
     m_threadName = &name;
+    // The thread may end before an event that somebody keeps.
     if (!m_isPassing) setThreadName(name);
   }
   return *m_threadName;

@@ -25,6 +25,8 @@ std::atomic<LOGRepositorySelector*> g_selector{nullptr};
 LOGRepositorySelector* g_default VRK_GUARDED_BY(g_mutex) = nullptr;  // kept when a program sets another
 std::atomic<LOGObject*> g_guard{nullptr};
 
+// Root, hierarchy and selector are never freed: static destructors of the program may still log. Each has an owner only
+// until the next has taken it over, for the case that memory ends half-way.
 LOGRepositorySelector* makeDefaultSelector() VRK_REQUIRES(g_mutex) {
   std::unique_ptr<LOGLogger> root(vrkNew<LOGRootLogger>(VRK_HERE, LOGLevel::DEBUG_OBJ));
   std::unique_ptr<LOGHierarchy> hierarchy(vrkNew<LOGHierarchy>(VRK_HERE, root.get()));

@@ -89,6 +89,7 @@ LOGNDC::LOGNDC() { instance("LOGNDC"); }
 
 LOGNDC::~LOGNDC() { lazyRemove(); }
 
+// The full text is put together once, here, and not for every event that prints it.
 void LOGNDC::push(const I18NString& message) {
   vrkTranslateErrors(VRK_HERE, [&] {
     const std::shared_ptr<LOGObject> below = top();

@@ -32,11 +32,13 @@ LOGObjectRenderer::Bound::Bound(const unsigned char* buffer, long size)
 
 LOGObjectRenderer::Bound::~Bound() { t_bound = m_outer; }
 
+// A buffer that nobody has bound is the program's own, and large enough as far as anybody knows.
 bool LOGObjectRenderer::fits(const unsigned char* buffer, long offset, long count) {
   if (t_bound == nullptr || buffer < t_bound->m_buffer || buffer > t_bound->m_buffer + t_bound->m_size) return true;
   return offset <= t_bound->m_size - (buffer - t_bound->m_buffer) - count;
 }
 
+// The offset advances even where nothing is written. So the appender sees how large the message would have been.
 void LOGObjectRenderer::writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset) {
   VRK_ASSERT(buffer);
   VRK_ASSERT(offset);

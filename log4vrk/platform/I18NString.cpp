@@ -26,6 +26,7 @@ void checkLength(std::size_t length) {
   }
 }
 
+// No UTF-8 gives more units than it has bytes, so that one pass is enough. Below it is three bytes for a unit.
 void appendByIcu(std::u16string& out, std::string_view utf8) {
   checkLength(utf8.size());
   const std::size_t start = out.size();

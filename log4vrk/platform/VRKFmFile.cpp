@@ -104,13 +104,15 @@ bool VRKFmFile::open(const I18NString& path, int flags) {
 }
 
 bool VRKFmFile::attach(int descriptor) {
+  // A process may run without standard streams; any open descriptor will do.
   const bool valid = !injected(VRKFault::FILE_ATTACH) && ::fcntl(descriptor, F_GETFD) >= 0;
   if (!adopt(valid ? descriptor : -1, I18NString(descriptor == STDERR_FILENO ? "stderr" : "stdout"))) return false;
   m_owned = false;
-  m_seeks = ::lseek(descriptor, 0, SEEK_CUR) >= 0;
+  m_seeks = ::lseek(descriptor, 0, SEEK_CUR) >= 0;  // a file, which somebody may have opened without O_APPEND
   return true;
 }
 
+// The former file stays open when the new one cannot be had.
 bool VRKFmFile::adopt(int descriptor, const I18NString& name) {
   m_lastError = descriptor < 0 ? errno : 0;
   if (descriptor < 0) return false;
@@ -136,6 +138,7 @@ long VRKFmFile::write(const I18NString& text) { return write(std::string_view(te
 long VRKFmFile::collect(std::string_view bytes) {
   const std::size_t limit = std::max(g_exiting ? 0 : m_bufferSize, m_holding ? MOST_HELD_BACK : 0);
   dropThoseOfTheParent();
+  // The rest of the last line is lost. Its beginning gets a line of its own.
   if (m_isTorn && m_collected.size() == 0) m_collected.appendChecked("\n");
   m_collected.appendChecked(bytes);
   m_ends.push_back(m_collected.size());

@@ -100,6 +100,8 @@ void append(Node& parent, Node& child) {
   parent.lastChild = &child;
 }
 
+// Searches from the first child, because nodes have no pointer to the one before: documents are read far more often
+// than changed.
 void detach(Node& child) {
   Node* const parent = std::exchange(child.parent, nullptr);
   if (parent == nullptr) return;
@@ -118,6 +120,7 @@ bool mayHold(const Node& parent, const Node& child) {
   const bool isContent =
       child.type == VRKIDOM_Node::ELEMENT_NODE || child.type == TEXT_NODE || child.type == CDATA_NODE;
   if (parent.type != VRKIDOM_Node::ELEMENT_NODE || !isContent) return false;
+  // An element below itself would make a ring.
   for (const Node* outer = &parent; outer != nullptr; outer = outer->parent) {
     if (outer == &child) return false;
   }
@@ -170,6 +173,7 @@ bool isName(std::u16string_view text) {
   return true;
 }
 
+// The tree's memory raises std::bad_alloc, and callers expect the library's own error.
 template <typename Operation>
 auto translated(Operation&& operation) -> decltype(operation()) {
   try {
@@ -204,6 +208,7 @@ class TreeBuilder final : public VRKXmlSink {
     m_parent = m_parent->parent;
   }
 
+  // Parsers give a long text in pieces, and one with entities too. The tree has one node for it.
   void characters(std::u16string_view text) override { m_text += text; }
 
   void node(short type, std::u16string_view name, std::u16string_view value) override { add(type, name, value); }
@@ -281,7 +286,8 @@ VRKXmlParse parser(const I18NString& file) {
 
 }  // namespace
 
-// How the handles are made.
+// Makes the handles. Each is a share of the whole document that leads to one node of it: that keeps a document alive
+// for as long as somebody has any place in it.
 struct VRKIDOM_Access {
   template <typename Handle>
   static Handle handle(const std::shared_ptr<Node>& owner, Node* node) {
@@ -359,7 +365,7 @@ void VRKIDOM_Element::setAttribute(const I18NString& name, const I18NString& val
       attribute = m_node->tree->make(ATTRIBUTE_NODE, name.view());
       attribute->next = std::exchange(m_node->firstAttribute, attribute);
     }
-    attribute->value = m_node->tree->keep(value.view());
+    attribute->value = m_node->tree->keep(value.view());  // the former value is freed with the tree
   });
 }
 
