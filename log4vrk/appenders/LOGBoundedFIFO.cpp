@@ -58,13 +58,12 @@ struct LOGBoundedFIFO::Ring {
   bool isSealed() const { return (tail.load(std::memory_order_relaxed) & SEALED) != 0; }
   Slot& at(std::uint64_t position) { return slots[position % CAPACITY]; }
 
-  // Of those who put: how many events there have been in the queue, a value that m_head has had, and the position of
-  // the first event that went into this ring.
-  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};
-  std::atomic<std::uint64_t> knownHead{0};
-  std::atomic<std::uint64_t> first{0};
+  // What putting threads use, on one cache line.
+  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};  // how many events have ever been put; may be SEALED
+  std::atomic<std::uint64_t> knownHead{0};                 // what m_head was at some time
+  std::atomic<std::uint64_t> first{0};                     // the position of the first event in this ring
 
-  // The ring after this one, or the next of those that are not in use.
+  // The ring after this one; of a ring that is not in use, the next such ring.
   alignas(CACHE_LINE) std::atomic<Ring*> next{nullptr};
   Slot slots[CAPACITY];
 };
