@@ -20,10 +20,11 @@ const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NStrin
 
 namespace {
 
-// A queue that is not delivered by then has a sink that hangs.
+// When a queue has not been delivered by then, its sink hangs.
 constexpr std::chrono::seconds LONGEST_DRAINING{10};
 
-// Counts a log call that waits: the dispatcher does not end before it has made space for it.
+// Counts a log call that waits. The dispatcher does not close the queue before it has made space for all that do:
+// close() promises to deliver what was logged before it.
 class Counted {
  public:
   explicit Counted(std::atomic<int>& count) : m_count(count) { ++m_count; }
@@ -71,6 +72,7 @@ std::shared_ptr<LOGBoundedFIFO> LOGAsyncAppender::queue() {
   return m_bf != nullptr ? m_queue : nullptr;
 }
 
+// Looks without the lock first, because it is called before every event.
 void LOGAsyncAppender::activateOptions() {
   if (getClosed() == 0 && m_forks == VRKThread::forks()) return;
   const LOGGuard guard(*this);
@@ -79,8 +81,7 @@ void LOGAsyncAppender::activateOptions() {
   start();
 }
 
-// In a forked child the dispatcher is the parent's, and so is what is queued, if the fork has not caught it in the
-// middle of a step.
+// A forked child has no dispatcher thread, and what is queued is the parent's to deliver. So it begins anew.
 void LOGAsyncAppender::start() {
   if (m_forks != VRKThread::forks()) {
     discard(*m_queue);
@@ -97,6 +98,7 @@ void LOGAsyncAppender::start() {
 
 void LOGAsyncAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
+  // Does nothing but in a forked child, which needs a dispatcher of its own.
   if (getClosed() == 0) activateOptions();
   if (m_closing) {
     reportClosed();
@@ -123,6 +125,7 @@ bool LOGAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent
 }
 
 void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
+  // Without the lock: the queue lives as long as the appender, and a closed one refuses the event.
   LOGBoundedFIFO* const queue = m_bf;
   std::unique_ptr<LOGLoggingEvent> copy;
   LOGBoundedFIFO::Outcome outcome = queue != nullptr ? queue->putCopy(event, copy) : LOGBoundedFIFO::CLOSED;
@@ -131,8 +134,8 @@ void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
   if (outcome == LOGBoundedFIFO::FULL) LOGBoundedFIFO::reportFull();
 }
 
-// Waits without a lock. There is nothing to wait for in a queue of size 0, without a dispatcher, and for an event that
-// a dispatcher itself had put off: then the queue stays full.
+// Waits without a lock. There is nothing to wait for when the size is 0 or no dispatcher runs. An event that a
+// dispatcher itself had put off cannot wait either: that dispatcher may be the one that would have to make space.
 LOGBoundedFIFO::Outcome LOGAsyncAppender::waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                        std::unique_ptr<LOGLoggingEvent>& copy) {
   const Counted waiting(queue.waiting);
@@ -171,6 +174,8 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
   logContain({"LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
               "Got an Exception while waiting for the dispatcher to finish."},
              [&] {
+               // An appender behind the queue may close it, on the dispatcher's own thread, which cannot wait for
+               // itself.
                if (dispatcher->isItself()) {
                  dispatcher.release()->closeItself();
                } else {
@@ -186,7 +191,8 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
              });
 }
 
-// A dispatcher that drained its own queue would wait for itself.
+// Not on a dispatcher's thread: one that drained its own queue would wait for itself, and two could wait for each
+// other.
 void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   auto& self = static_cast<LOGAsyncAppender&>(appender);
   const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();

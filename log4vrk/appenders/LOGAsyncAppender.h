@@ -15,7 +15,7 @@ class LOGDispatcher;
 struct LOGAppenderList;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A
-/// logging thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped:
+/// logging thread pays for the copy, and it waits only while the queue is full. Nothing that was accepted is dropped:
 /// close() delivers everything queued. A process that ends without close() (LOG4VRKConfigurator::shutdown() does it)
 /// loses what is queued.
 ///
@@ -44,7 +44,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// that.
   void close() override;
 
-  // The attached appenders. The appender itself, and one from which it can be reached, are not added.
+  // The attached appenders. An appender from which this one can be reached is not added, and neither is this one: such
+  // a ring would feed itself.
   void addAppender(LOGAppenderSkeleton* newAppender) override;
   VRKListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
@@ -71,15 +72,15 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
   /// Returns when what is queued now has been delivered, after ten seconds at the latest.
   static void drain(LOGAppenderSkeleton& appender);
-  std::shared_ptr<LOGBoundedFIFO> queue();
-  void enqueue(const LOGLoggingEvent& event);
-  LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
-                                       std::unique_ptr<LOGLoggingEvent>& copy);
-  void start() VRK_REQUIRES(m_critSection);
-  std::unique_ptr<LOGDispatcher> takeDispatcher();
-  void finish(std::unique_ptr<LOGDispatcher> dispatcher);
-  bool reaches(const LOGAppenderSkeleton* target);
-  std::shared_ptr<const LOGAppenderList> attached();
+  LOG4VRK_HIDDEN std::shared_ptr<LOGBoundedFIFO> queue();
+  LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
+  LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
+                                                      std::unique_ptr<LOGLoggingEvent>& copy);
+  LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN std::unique_ptr<LOGDispatcher> takeDispatcher();
+  LOG4VRK_HIDDEN void finish(std::unique_ptr<LOGDispatcher> dispatcher);
+  LOG4VRK_HIDDEN bool reaches(const LOGAppenderSkeleton* target);
+  LOG4VRK_HIDDEN std::shared_ptr<const LOGAppenderList> attached();
   template <typename Change>
   void remove(Change change);
   template <typename Operation>
@@ -93,10 +94,11 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   std::atomic<int> m_locationInfo{0};
   std::atomic<int> m_interrupted{0};
   std::atomic<bool> m_closing{false};
-  std::atomic<unsigned> m_forks;               // of the process whose dispatcher this is
+  std::atomic<unsigned> m_forks;               // of the process that runs the dispatcher
   std::atomic<LOGBoundedFIFO*> m_bf{nullptr};  // the queue, or null when the dispatcher has finished
 
-  // Stays as long as the appender: a log call may be about to find it closed. Another one in a forked child.
+  // The queue lives as long as the appender: a log call that has just read m_bf must find a closed queue, not a freed
+  // one. A forked child makes another.
   std::shared_ptr<LOGBoundedFIFO> m_queue VRK_GUARDED_BY(m_critSection);
   std::unique_ptr<LOGDispatcher> m_dispatcher VRK_GUARDED_BY(m_critSection);
 };

@@ -21,8 +21,8 @@ std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast
 
 }  // namespace
 
-// An event, or the record of one that is nothing but a text. It is written by whoever has claimed its position, who
-// sets `turn` then, and read by the getting side, which advances m_head then.
+// An event, or the record of one that is nothing but a text. Whoever has claimed its position writes it and then sets
+// `turn`; the getting side sees that, reads it and then advances m_head.
 struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   static constexpr std::size_t SIZE = 3 * CACHE_LINE;
   static constexpr std::uint32_t OBJECT = UINT32_MAX;
@@ -39,15 +39,16 @@ struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   char text[SIZE - 3 * sizeof(std::uint64_t) - 2 * sizeof(void*)];
 };
 
-// Slots for some events in a row. As long as the queue is short it stays in one ring, and so in the processor's cache.
-// When the slots are used up it goes on in another ring: there is one for every event, whatever happens to the maximum
-// size. A ring that has been emptied waits for its next use; rings stay as long as the queue, for a thread may still be
-// looking at one. Positions in the queue are never used twice, by which it will find out.
+// Slots for some events in a row. There are rings, and no array of the maximum size, for two reasons: a short queue
+// stays in one ring and so in the processor's cache, however large the maximum; and the maximum can be changed at any
+// time, because a full ring is followed by another. A ring that has been emptied is kept for its next use. Rings are
+// freed only with the queue: a thread may still be looking at one that has been left. Such a thread cannot mistake it
+// for the ring that it knew, because positions in the queue are never used twice.
 struct LOGBoundedFIFO::Ring {
   static constexpr std::uint64_t CAPACITY = 128;  // a power of two
   static_assert(sizeof(Slot) == Slot::SIZE);
 
-  // Before anything can be put into it: what is stored last lets them in.
+  // For a ring that nothing is put into yet. The tail is stored last, since it is what lets putting threads in.
   void begin(std::uint64_t position, std::uint64_t head) {
     next.store(nullptr, std::memory_order_relaxed);
     first.store(position, std::memory_order_relaxed);
@@ -57,13 +58,12 @@ struct LOGBoundedFIFO::Ring {
   bool isSealed() const { return (tail.load(std::memory_order_relaxed) & SEALED) != 0; }
   Slot& at(std::uint64_t position) { return slots[position % CAPACITY]; }
 
-  // Of those who put: how many events there have been in the queue, a value that m_head has had, and the position of
-  // the first event that went into this ring.
-  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};
-  std::atomic<std::uint64_t> knownHead{0};
-  std::atomic<std::uint64_t> first{0};
+  // What putting threads use, on one cache line.
+  alignas(CACHE_LINE) std::atomic<std::uint64_t> tail{0};  // how many events have ever been put; may be SEALED
+  std::atomic<std::uint64_t> knownHead{0};                 // what m_head was at some time
+  std::atomic<std::uint64_t> first{0};                     // the position of the first event in this ring
 
-  // The ring after this one, or the next of those that are not in use.
+  // The ring after this one; of a ring that is not in use, the next such ring.
   alignas(CACHE_LINE) std::atomic<Ring*> next{nullptr};
   Slot slots[CAPACITY];
 };
@@ -90,9 +90,8 @@ LOGBoundedFIFO::~LOGBoundedFIFO() {
   }
 }
 
-// The head first: what was got had been put, and whoever sees the one sees the other.
 int LOGBoundedFIFO::length() const {
-  const std::uint64_t got = m_head.load(std::memory_order_acquire);  // first: it is never more than what has been put
+  const std::uint64_t got = m_head.load(std::memory_order_acquire);  // first, so that the difference is never negative
   return static_cast<int>(putSoFar() - got);
 }
 
@@ -101,9 +100,16 @@ std::uint64_t LOGBoundedFIFO::putSoFar() const {
   return last.tail.load(std::memory_order_relaxed) & ~SEALED;
 }
 
-// What the head was some time ago is good enough as long as that leaves room. Whoever finds room may write the slot, so
-// its reading must have happened before, by whichever thread the news of the head came: hence acquire and release for
-// the known head, too. A tail that is no longer true does no harm, since nothing is claimed by it.
+// Takes the next position, by one compare-and-swap of the tail.
+//
+// The head belongs to the getting side, and reading it at every event would move its cache line to and fro. So the
+// putting threads share a copy of it, which may be old: as long as even that leaves room there is room. Only when it
+// does not, the head itself is read.
+//
+// Whoever finds room writes a slot that the getting side has read before. That reading has to have happened before the
+// writing, whichever thread has brought the news of the head: hence acquire and release for the copy, too.
+//
+// A tail that has been overtaken does no harm, because the compare-and-swap fails then.
 LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
   Ring* ring = m_last.load(std::memory_order_acquire);
   std::uint64_t tail = ring->tail.load(std::memory_order_acquire);
@@ -120,7 +126,7 @@ LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
     if (distance(known, tail) >= size || distance(std::max(known, first), tail) >= distance(0, Ring::CAPACITY)) {
       const std::uint64_t head = m_head.load(std::memory_order_acquire);
       ring->knownHead.store(head, std::memory_order_release);
-      // The same before and after, it was the tail when the head was read. Otherwise the two say nothing.
+      // Head and tail are two reads. Only a tail that is the same before and after belongs to that head.
       const std::uint64_t before = std::exchange(tail, ring->tail.load(std::memory_order_acquire));
       if (before != tail) continue;
       if (static_cast<int>(tail - head) == size) return {FULL};
@@ -136,15 +142,16 @@ LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
   }
 }
 
-// Null when the queue is closed. A ring is sealed before there is another, but under the lock.
+// Null when the queue is closed. The lock is needed to tell that from a ring that has been sealed because it is full:
+// its successor is made under the same lock.
 LOGBoundedFIFO::Ring* LOGBoundedFIFO::lastOpen() {
   const LOGLeafGuard guard(m_changing);
   Ring* const last = m_last.load(std::memory_order_relaxed);
   return last->isSealed() ? nullptr : last;
 }
 
-// The getting side may follow `next`, and others go by what it has got, only when they would find the new ring to be
-// the last.
+// Goes on in another ring. The order of the last two stores counts: the getting side leaves a ring as soon as it sees
+// `next`, and putting threads go by what it has got. They must find the new ring to be the last one by then.
 void LOGBoundedFIFO::goOn(const Ring& usedUp) {
   const LOGLeafGuard guard(m_changing);
   Ring* const last = m_last.load(std::memory_order_relaxed);
@@ -197,8 +204,8 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
   return QUEUED;
 }
 
-// The oldest event's slot, when it has been published. A sealed ring is left when all that was claimed in it has been
-// got.
+// The slot of the oldest event, once it has been published: a thread that has claimed it may still be writing, and then
+// those behind it wait. A sealed ring is left when everything that was claimed in it has been got.
 LOGBoundedFIFO::Slot* LOGBoundedFIFO::oldest() {
   const std::uint64_t head = m_head.load(std::memory_order_relaxed);
   for (;;) {

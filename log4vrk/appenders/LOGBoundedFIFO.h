@@ -43,21 +43,22 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   void resize(int newSize);
   static int minimum(int a, int b) { return a < b ? a : b; }
 
-  // What the asynchronous appender and its dispatcher use instead, so that an event needs no memory of its own on its
-  // way.
+  // The asynchronous appender and its dispatcher use the following instead. An event then needs no memory of its own on
+  // its way.
   enum Outcome { QUEUED, FULL, CLOSED };
-  /// Puts a copy into the queue, without a word when it is refused. Of an event that has more than a short text it is
-  /// an object, made in `copy` before the first attempt and left there for the next.
+  /// Puts a copy into the queue. A refusal is not reported. An event that is no more than a short text is copied into
+  /// the queue's own memory. Any other needs an object: it is made in `copy` before the first attempt, and stays there
+  /// for the next when it is refused.
   Outcome putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy);
   static void reportFull();
-  /// get() without an object for an event that came without: it is returned in `place`, everything else as the caller's
-  /// own.
+  /// As get(), but an event that came without an object is filled into `place`, and that is returned. Any other result
+  /// is an object, which belongs to the caller.
   LOGLoggingEvent* get(LOGLoggingEvent& place);
-  /// For good: nothing is put any more, and length() says what is still to be got.
+  /// From now on nothing can be put, for good. length() says how many events are still to be got.
   void close();
-  /// How many events, since the queue was made.
+  /// How many events have been put since the queue was made.
   std::uint64_t putSoFar() const;
-  /// How many of them have been delivered. The getting side's.
+  /// How many of them have been delivered. Only the getting side changes it.
   std::atomic<std::uint64_t> delivered{0};
   /// Log calls that wait for space.
   std::atomic<int> waiting{0};
@@ -73,11 +74,12 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   Slot* oldest();
 
   std::atomic<int> m_maxSize;
-  std::atomic<Ring*> m_last;  // into which events are put
+  std::atomic<Ring*> m_last;  // the ring into which events are put
   VRKMutex m_changing;        // held while the last ring is replaced or sealed
   Ring* m_unused VRK_GUARDED_BY(m_changing) = nullptr;
 
-  // The getting side's, on a cache line of its own: those who put look at it only when there might be no space.
+  // Only the getting side changes these. They have a cache line of their own, which putting threads read only when
+  // there might be no space, so that the two sides do not slow each other down.
   alignas(64) std::atomic<std::uint64_t> m_head{0};  // how many events have been got
-  Ring* m_first;
+  Ring* m_first;                                     // the ring that holds the oldest event
 };

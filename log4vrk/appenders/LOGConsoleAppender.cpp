@@ -31,6 +31,7 @@ LOGConsoleAppender::LOGConsoleAppender() : m_target("out") {
 LOGConsoleAppender::LOGConsoleAppender(LOGLayout* layout) : LOGConsoleAppender() { setLayout(layout); }
 
 LOGConsoleAppender::LOGConsoleAppender(LOGLayout* layout, const I18NString& target) : LOGConsoleAppender(layout) {
+  // Keeps a valid target, and lets go of its stream again until activateOptions().
   setTarget(target);
   LOGConsoleAppender::closeWriter();
   setOpen(0);

@@ -40,7 +40,7 @@ class LOG4VRK_EXPORT LOGConsoleAppender : public LOGWriterAppender {
 
   /// Writes a line that has been formatted.
   void writeLine(std::string_view line) VRK_REQUIRES(m_critSection);
-  void takeStream(int descriptor) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void takeStream(int descriptor) VRK_REQUIRES(m_critSection);
 
   I18NString m_target VRK_GUARDED_BY(m_critSection);
   std::unique_ptr<VRKFmFile> m_outFile VRK_GUARDED_BY(m_critSection);

@@ -9,13 +9,14 @@
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKStackSize.h"
 
 namespace {
 
-constexpr std::size_t STACK_SIZE = 4096000;
-// How often an event that was put off is tried again when the thread ends.
+// How often the thread, when it ends, tries again to deliver what it has put off. A logger that is in use all that time
+// may be waiting for this very thread to end.
 constexpr int LAST_ATTEMPTS = 100;
-// How many events may be on their way to the kernel together, and how long, therefore, a fork may have to wait.
+// How many events at most are collected for one write to the kernel. There is a limit because a fork waits for them.
 constexpr int MOST_AT_ONCE = 512;
 
 void rest(LOGPolling& polling) {
@@ -29,7 +30,7 @@ void rest(LOGPolling& polling) {
 }  // namespace
 
 LOGDispatcher::LOGDispatcher(std::shared_ptr<LOGBoundedFIFO> queue, LOGAsyncAppender* container)
-    : VRKThread(STACK_SIZE), m_bf(std::move(queue)), m_container(containerOf(container)) {}
+    : VRKThread(VRK_STACK_SIZE), m_bf(std::move(queue)), m_container(containerOf(container)) {}
 
 std::shared_ptr<LOGAppenderAttachableImpl> LOGDispatcher::containerOf(LOGAsyncAppender* m_container) {
   VRK_ASSERT(m_container);
@@ -49,6 +50,8 @@ void LOGDispatcher::closeItself() {
   m_interrupted = 1;
 }
 
+// The queue is closed only when no log call waits for space any more, and the thread ends only when it is empty: so
+// everything that was accepted is delivered.
 void LOGDispatcher::run() {
   VRK_ASSERT(m_bf);
   m_threadId = VRKThread::currentThreadId();
@@ -104,8 +107,9 @@ class HoldingBack {
 
 }  // namespace
 
-// The list stays in use for the whole batch, so that who removes an appender waits until it has been released. What is
-// appended to no list at all is taken from the queue and gone.
+// Delivers a batch, which is more than one event only when all appenders can hold back for one write. The list of
+// appenders stays in use for the whole batch: whoever removes an appender waits until it has been released. Without
+// appenders the events are taken from the queue and gone.
 bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
   m_seen = m_bf->length();
@@ -128,7 +132,8 @@ bool LOGDispatcher::deliverSome() {
   return delivered > 0;
 }
 
-// To ask the queue for its length at every event would cost those who put as much as the rest of it.
+// The queue is asked for its length once for many events: each time takes a cache line away from the threads that put,
+// which would cost them as much as everything else they do there.
 LOGLoggingEvent* LOGDispatcher::next() {
   if (m_seen == 0) m_seen = m_bf->length();
   if (m_seen == 0) return nullptr;

@@ -40,15 +40,15 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
  private:
   static std::shared_ptr<LOGAppenderAttachableImpl> containerOf(LOGAsyncAppender* m_container);
   /// False when the queue is empty.
-  bool deliverSome();
-  LOGLoggingEvent* next();
-  void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, LOGThreadState& thread);
+  LOG4VRK_HIDDEN bool deliverSome();
+  LOG4VRK_HIDDEN LOGLoggingEvent* next();
+  LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, LOGThreadState& thread);
 
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
-  int m_seen = 0;                             // how many events were queued when it looked, less those it has got since
-  std::unique_ptr<LOGLoggingEvent> m_object;  // the event that is delivered, when it came as an object
-  LOGLoggingEvent m_event;                    // the thread's, for those that come without an object
+  int m_seen = 0;                             // events left of those that were queued when it last looked
+  std::unique_ptr<LOGLoggingEvent> m_object;  // the event in delivery, when it came as an object
+  LOGLoggingEvent m_event;                    // the event in delivery otherwise; one memory for all
   std::atomic<long> m_threadId{0};
   std::atomic<int> m_interrupted{0};
   std::atomic<bool> m_deletesItself{false};

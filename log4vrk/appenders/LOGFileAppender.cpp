@@ -14,8 +14,8 @@
 
 namespace {
 
-// Runs after the program's own destructors, which may still log. Where nothing is buffered, no thread that is stuck in
-// a log call holds up the exit.
+// Runs after the program's own destructors, which may still log. The gate is closed only when something is buffered:
+// otherwise a thread that is stuck in a log call would hold up the exit for nothing.
 __attribute__((destructor)) void writeBuffersAtExit() {
   if (!VRKFmFile::anyBuffered()) return;
   const LOGGate::FullClosure alone;
@@ -24,8 +24,8 @@ __attribute__((destructor)) void writeBuffersAtExit() {
 
 }  // namespace
 
-// The texts of setFile() name setFileOptions(), whose own name setFile(), on purpose: readers of the internal log know
-// them so.
+// On purpose the texts of setFile() name setFileOptions(), and those of setFileOptions() name setFile(): readers of the
+// internal log know them so.
 const LOGFileAppender::Identity LOGFileAppender::IDENTITY = {
     "LOGFileAppender",
     "LOGFileAppender::setFile -- ",
@@ -149,7 +149,8 @@ bool LOGFileAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent*
       self, event, [&](std::string_view line) VRK_INLINED VRK_NO_THREAD_SAFETY_ANALYSIS { self.writeLine(line); });
 }
 
-// A second queue in front of the same file does not hold back: its lines would wait for the first one's release.
+// Only one thread at a time holds back. A second queue in front of the same file writes at once; otherwise its lines
+// would wait for the first one's release.
 void LOGFileAppender::holdBack(LOGAppenderSkeleton& appender) {
   auto& self = static_cast<LOGFileAppender&>(appender);
   const LOGGuard guard(self);

@@ -60,18 +60,19 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   struct Identity;
   /// For the constructors of derived classes of the library.
   void setIdentity(const Identity& identity, const LOGAppenderInternals& internals);
-  // Steps of the library's derived classes.
+  // Steps that the library's derived classes share.
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
   static void holdBack(LOGAppenderSkeleton& appender);
   static void release(LOGAppenderSkeleton& appender);
   /// Writes a line that has been formatted, and flushes if need be.
   void writeLine(std::string_view line) VRK_REQUIRES(m_critSection);
-  /// The writer that setQWForFiles() makes. Nobody else can reach it, unless the class is a program's.
+  /// Makes the writer for setQWForFiles(). In an appender of the library's own classes nobody else can reach it, and it
+  /// works without a lock.
   template <typename Writer>
   void makeWriter() VRK_REQUIRES(m_critSection);
 
-  /// For its life the flags stay as they are, so that other threads wait for the lock instead of finding the appender
-  /// closed. At its end they tell whether there is a file.
+  /// A change from one file to another. While it lasts the flags stay as they are, so that other threads wait for the
+  /// lock instead of finding the appender closed. At its end they tell whether there is a file.
   class Change {
    public:
     explicit Change(LOGFileAppender& appender);
@@ -94,7 +95,7 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   static const Identity IDENTITY;
   static const LOGAppenderInternals INTERNALS;
 
-  bool hasDirectory() const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN bool hasDirectory() const VRK_REQUIRES(m_critSection);
 
   const Identity* m_identity = &IDENTITY;  // constant after construction
 
@@ -102,7 +103,7 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   std::atomic<int> m_bufferedIO{0};
   std::atomic<long> m_bufferSize{DEFAULT_BUFFER_SIZE};
   bool m_changing VRK_GUARDED_BY(m_critSection) = false;
-  // The thread that has asked to hold back and will ask to release; null when there is none. Others who append
-  // meanwhile write through.
+  // The thread that has asked to hold its lines back and will release them; null when there is none. What other threads
+  // append meanwhile is written at once, together with what is held back.
   const void* m_holder VRK_GUARDED_BY(m_critSection) = nullptr;
 };

@@ -36,6 +36,8 @@ void LOGQuietWriter::stWrite(VRKFmFile* outStream, const I18NString& text) {
   });
 }
 
+// For what had been collected. The counting writer learns how much of it has reached the file, also when the rest has
+// not.
 void LOGLineWriter::writeOut(LOGQuietWriter& writer, VRKFmFile& file, int (VRKFmFile::*operation)()) {
   LOGCountingQuietWriter* const counting = dynamic_cast<LOGCountingQuietWriter*>(&writer);
   const LOGFailureTexts& failures = counting != nullptr ? COUNTING_WRITE : WRITE;
@@ -47,6 +49,8 @@ void LOGLineWriter::writeOut(LOGQuietWriter& writer, VRKFmFile& file, int (VRKFm
   });
 }
 
+// One line in the internal log for each event that is lost, as if they had been written one by one. The last is the
+// caller's to write.
 void LOGLineWriter::fail(LOGQuietWriter& writer, VRKFmFile& file, const LOGFailureTexts& failures) {
   for (std::size_t others = file.takeLost(); others > 1; --others) {
     logContain(failures, [&] { writer.throwFileError(&file); });

@@ -46,7 +46,8 @@ const LOGAppenderInternals LOGRollingFileAppender::INTERNALS = {&typeid(LOGRolli
 
 LOGRollingFileAppender::LOGRollingFileAppender() { setIdentity(IDENTITY, INTERNALS); }
 
-// Opens the file itself: in the base's constructor it would get the base's writer, which does not count.
+// It opens the file itself. Opened by the base's constructor the file would get the base's writer, which does not
+// count, since virtual calls there end in the base.
 LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NString& fileName, int append)
     : LOGRollingFileAppender() {
   setLayout(layout);
@@ -83,8 +84,9 @@ bool LOGRollingFileAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggin
                                           });
 }
 
-// What is collected counts once it has been written: a full disk must not roll good backups away. So when the file
-// would be full with it, it is written first.
+// Bytes that are collected but not written do not count: on a full disk they will be lost, and roll-overs for their
+// sake would push good backups out. So when the file would be full with them they are written first, and then it is
+// looked at again.
 void LOGRollingFileAppender::rollOverIfFull() {
   LOGCountingQuietWriter* const counting = counter();
   if (m_fileName.isEmpty() || counting == nullptr) return;
@@ -94,6 +96,8 @@ void LOGRollingFileAppender::rollOverIfFull() {
   if (counting->getCount() >= m_maximumFileSize) rollOver();
 }
 
+// The backups move first, from the oldest on, so that no rename overwrites a file that is still to be moved. What fails
+// is reported and does not stop the rest: a program must be able to log although its old logs cannot be moved.
 void LOGRollingFileAppender::rollOver() {
   VRK_ASSERT(m_qw);
   const Change change(*this);
@@ -117,7 +121,8 @@ void LOGRollingFileAppender::shiftBackups(long oldest) {
   for (long index : backupsBelow(oldest)) renameOrReport(backupName(index), backupName(index + 1));
 }
 
-// In descending order. The directory is read because trying every index would take for ever where `oldest` is large.
+// In descending order. The directory is read, because a try of every index would take for ever when `oldest` is large,
+// and a search that ends at the first gap would leave backups behind it where they are.
 std::vector<long> LOGRollingFileAppender::backupsBelow(long oldest) const {
   I18NString directory, file;
   VRKFmDir::splitPath(m_fileName, directory, file);

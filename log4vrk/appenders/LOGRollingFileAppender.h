@@ -35,7 +35,7 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
 
   void subappend(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
   void setQWForFiles() override VRK_REQUIRES(m_critSection);
-  /// Acts on an open appender too.
+  /// Unlike that of the base it acts on an open appender too.
   void setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) override
       VRK_REQUIRES(m_critSection);
   void rollOver() VRK_REQUIRES(m_critSection);
@@ -45,12 +45,12 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   static const LOGAppenderInternals INTERNALS;
 
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
-  /// m_qw, or null when that is a writer of the program's that does not count.
+  /// The writer as one that counts. Null when the program has set one that does not.
   LOGCountingQuietWriter* counter() const VRK_REQUIRES(m_critSection);
-  void rollOverIfFull() VRK_REQUIRES(m_critSection);
-  I18NString backupName(long index) const VRK_REQUIRES(m_critSection);
-  void shiftBackups(long oldest) VRK_REQUIRES(m_critSection);
-  std::vector<long> backupsBelow(long oldest) const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void rollOverIfFull() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN I18NString backupName(long index) const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void shiftBackups(long oldest) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN std::vector<long> backupsBelow(long oldest) const VRK_REQUIRES(m_critSection);
 
   std::atomic<long> m_maximumFileSize{DEFAULT_MAXIMUM_FILE_SIZE};
   std::atomic<long> m_maxBackupIndex{1};

@@ -19,7 +19,7 @@ void LOGWriterAppender::close() {
   if (getClosed() == 1) return;
   logContain("LOGWriterAppender::close -- unable to lock mutex", [&] {
     const LOGGuard guard(*this);
-    if (getClosed() == 1) return;
+    if (getClosed() == 1) return;  // by the thread that had the lock
     setClosed(1);
     writeFooter();
     resetWriter();
@@ -45,6 +45,7 @@ void LOGWriterAppender::setErrorHandler(LOGErrorHandler* handler) {
   logContain("LOGWriterAppender::setErrorHandler -- unable to lock mutex", [&] {
     const LOGGuard guard(*this);
     if (handler == nullptr) return;
+    // The writer has a pointer of its own.
     replaceErrorHandler(handler);
     if (m_qw) m_qw->setErrorHandler(handler);
   });

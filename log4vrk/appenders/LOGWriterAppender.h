@@ -23,11 +23,11 @@ class LOG4VRK_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
 
   void activateOptions() override;
   void append(LOGLoggingEvent* event) override VRK_REQUIRES(m_critSection);
-  /// False on purpose for all of them, although without a layout nothing appears.
+  /// False on purpose for all stream appenders, although nothing appears without a layout.
   bool requiresLayout() override;
   /// May be repeated.
   void close() override;
-  /// Unlike other appenders this does not free the handler before: it is the program's again.
+  /// The former handler is not freed, unlike in other appenders: it is the program's again.
   void setErrorHandler(LOGErrorHandler* handler) override;
 
   /// Not 0 when an event may be written.

@@ -185,13 +185,12 @@ void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, L
 void LOGDOMConfigurator::parseLayout(const VRKIDOM_Element& element, LOGAppenderBundle& bundle) {
   const I18NString className = "LOG" + subst(element.getAttribute(CLASS_ATTR));
   LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
-  logContainAll(LAYOUT_FAILURES, 0, [&] {
+  logContainAll(LAYOUT_FAILURES, [&] {
     std::unique_ptr<LOGLayout> layout = makerOf<LOGLayout>(LAYOUTS, className, &make<LOGLayout, LOGLayout>)();
     setParameters(element, *layout);
     LOGLayout* const set = layout.get();
     bundle.own(std::move(layout));
     bundle.appender()->setLayout(set);
-    return 1;
   });
 }
 
@@ -200,13 +199,12 @@ void LOGDOMConfigurator::parseFilters(const VRKIDOM_Element& element, LOGAppende
   VRK_ASSERT(appender);
   const I18NString className = "LOG" + subst(element.getAttribute(CLASS_ATTR));
   LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
-  logContainAll(LAYOUT_FAILURES, 0, [&] {
+  logContainAll(LAYOUT_FAILURES, [&] {
     std::unique_ptr<LOGFilter> filter = makerOf<LOGFilter>(FILTERS, className, &make<LOGFilter, LOGDenyAllFilter>)();
     setParameters(element, *filter);
     LOGFilter* const added = filter.get();
     bundle.own(std::move(filter));
     appender->addFilter(added);
-    return 1;
   });
 }
 

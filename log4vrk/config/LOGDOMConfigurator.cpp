@@ -252,12 +252,11 @@ void LOGDOMConfigurator::parseRenderer(const VRKIDOM_Element& element) {
   logContainAll({"LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
                  "LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
                  "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"},
-                0, [&] {
+                [&] {
                   const VRKThreadGuard guard(m_critSection);
                   LOGRendererMap::addRenderer(dynamic_cast<LOGHierarchy*>(m_repository),
                                               subst(element.getAttribute(RENDERING_CLASS_ATTR)),
                                               subst(element.getAttribute(RENDERED_CLASS_ATTR)));
-                  return 1;
                 });
 }
 
@@ -265,16 +264,15 @@ void LOGDOMConfigurator::parseLogger(const VRKIDOM_Element& element) {
   logContainAll({"LOGDOMConfigurator::parseLogger -- unable to lock mutex",
                  "LOGDOMConfigurator::parseLogger -- unable to lock mutex",
                  "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred"},
-                0, [&] {
+                [&] {
                   const VRKThreadGuard guard(m_critSection);
                   LOGLogger* const logger = findLogger(element);
-                  if (logger == nullptr) return 0;
+                  if (logger == nullptr) return;
                   const I18NString additivity = element.getAttribute(ADDITIVITY_ATTR);
                   LOGLogLog::debug("Setting [" + logger->getName() + "] additivity to [" +
                                    (additivity.isEmpty() ? I18NString("true") : additivity) + "].");
                   logger->setAdditivity(vrkEqualIgnoringAsciiCase(additivity, "false") ? 0 : 1);
                   parseChildrenOfLoggerElement(element, logger, false);
-                  return 1;
                 });
 }
 
@@ -310,11 +308,10 @@ void LOGDOMConfigurator::parseRoot(const VRKIDOM_Element& element) {
   logContainAll(
       {"LOGDOMConfigurator::parseRoot -- unable to lock mutex", "LOGDOMConfigurator::parseRoot -- unable to lock mutex",
        "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred"},
-      0, [&] {
+      [&] {
         VRK_ASSERT(m_repository);
         const VRKThreadGuard guard(m_critSection);
         parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true);
-        return 1;
       });
 }
 
@@ -355,7 +352,7 @@ void LOGDOMConfigurator::parseLevel(const VRKIDOM_Element& element, LOGLogger* l
   logContainAll({"LOGDOMConfigurator::parseLevel --- An unknown exception has occurred.",
                  "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred.",
                  "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred."},
-                0, [&] {
+                [&] {
                   const I18NString name = isRoot ? ROOT_TAG : logger->getName();
                   const I18NString value = element.getAttribute(VALUE_ATTR);
                   LOGLogLog::debug("Level value for " + name + " is  [" + value + "].");
@@ -365,7 +362,7 @@ void LOGDOMConfigurator::parseLevel(const VRKIDOM_Element& element, LOGLogger* l
                     } else {
                       logger->setLevel(nullptr);
                     }
-                    return 0;
+                    return;
                   }
                   const I18NString className = subst(element.getAttribute(CLASS_ATTR));
                   if (!className.isEmpty()) LOGLogLog::debug("Desired LOGLevel sub-class: [" + className + "]");
@@ -374,11 +371,10 @@ void LOGDOMConfigurator::parseLevel(const VRKIDOM_Element& element, LOGLogger* l
                   } catch (VRKThrowable& error) {
                     if (className.isEmpty()) throw;
                     LOGLogLog::error("Could not create level [" + value + "] Reported error follows. ", error);
-                    return 0;
+                    return;
                   }
                   const LOGLevel* const logLevel = logger->getLevel();
                   VRK_ASSERT(logLevel);
                   LOGLogLog::debug(name + " level set to " + logLevel->toString());
-                  return 1;
                 });
 }

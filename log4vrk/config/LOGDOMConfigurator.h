@@ -91,33 +91,33 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
 
   template <typename Operation>
   int configureOnce(LOGLoggerRepository* repository, Operation operation);
-  int parse(const VRKIDOM_Element& root);
-  void parseAttributes(const VRKIDOM_Element& root);
-  void parseCategoryFactory(const VRKIDOM_Element& element);
-  void parseRenderer(const VRKIDOM_Element& element);
-  void parseLogger(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN int parse(const VRKIDOM_Element& root);
+  LOG4VRK_HIDDEN void parseAttributes(const VRKIDOM_Element& root);
+  LOG4VRK_HIDDEN void parseCategoryFactory(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN void parseRenderer(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN void parseLogger(const VRKIDOM_Element& element);
   static bool isLoggerName(const I18NString& name);
-  LOGLogger* findLogger(const VRKIDOM_Element& element);
-  void parseRoot(const VRKIDOM_Element& element);
-  void parseChildrenOfLoggerElement(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot);
-  void parseAppenderRef(const VRKIDOM_Element& element, LOGLogger* logger);
-  void parseLevel(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot);
+  LOG4VRK_HIDDEN LOGLogger* findLogger(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN void parseRoot(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN void parseChildrenOfLoggerElement(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot);
+  LOG4VRK_HIDDEN void parseAppenderRef(const VRKIDOM_Element& element, LOGLogger* logger);
+  LOG4VRK_HIDDEN void parseLevel(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot);
 
-  LOGAppenderSkeleton* findAppenderByReference(const VRKIDOM_Element& reference);
-  LOGAppenderSkeleton* findAppenderByName(const I18NString& name, const VRKIDOM_Element& reference);
-  std::shared_ptr<LOGAppenderBundle> parseAppender(const VRKIDOM_Element& element);
-  std::shared_ptr<LOGAppenderBundle> makeAppender(const VRKIDOM_Element& element);
-  void parseAppenderChild(const VRKIDOM_Element& child, LOGAppenderBundle& bundle);
-  void parseLayout(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
-  void parseFilters(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
-  void parseErrorHandler(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
-  void parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* appender);
-  static void setParameter(const VRKIDOM_Element& element, LOGObject& target);
-  static void setParameters(const VRKIDOM_Element& parent, LOGObject& target);
+  LOG4VRK_HIDDEN LOGAppenderSkeleton* findAppenderByReference(const VRKIDOM_Element& reference);
+  LOG4VRK_HIDDEN LOGAppenderSkeleton* findAppenderByName(const I18NString& name, const VRKIDOM_Element& reference);
+  LOG4VRK_HIDDEN std::shared_ptr<LOGAppenderBundle> parseAppender(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN std::shared_ptr<LOGAppenderBundle> makeAppender(const VRKIDOM_Element& element);
+  LOG4VRK_HIDDEN void parseAppenderChild(const VRKIDOM_Element& child, LOGAppenderBundle& bundle);
+  LOG4VRK_HIDDEN void parseLayout(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
+  LOG4VRK_HIDDEN void parseFilters(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
+  LOG4VRK_HIDDEN void parseErrorHandler(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
+  LOG4VRK_HIDDEN void parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* appender);
+  LOG4VRK_HIDDEN static void setParameter(const VRKIDOM_Element& element, LOGObject& target);
+  LOG4VRK_HIDDEN static void setParameters(const VRKIDOM_Element& parent, LOGObject& target);
 
-  void putIntoBag(const I18NString& name, std::shared_ptr<LOGAppenderBundle> bundle);
-  void retireStaleAppenders();
-  std::shared_ptr<LOGAppenderBundle> bundleOf(const LOGAppenderSkeleton* appender) const;
+  LOG4VRK_HIDDEN void putIntoBag(const I18NString& name, std::shared_ptr<LOGAppenderBundle> bundle);
+  LOG4VRK_HIDDEN void retireStaleAppenders();
+  LOG4VRK_HIDDEN std::shared_ptr<LOGAppenderBundle> bundleOf(const LOGAppenderSkeleton* appender) const;
 
   VRKThreadCriticalSection m_critSection{0};
 

@@ -5,11 +5,10 @@
 #include <limits>
 
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/platform/internal/VRKStackSize.h"
 #include "log4vrk/platform/internal/VRKTime.h"
 
 namespace {
-
-constexpr std::size_t STACK_SIZE = 4096000;
 
 // Of all watchdogs.
 std::atomic<long> g_delay{LOGFileWatchdog::m_DEFAULT_DELAY};
@@ -24,11 +23,11 @@ constexpr LOGFailureTexts CHECK_FAILURES{"LOGFileWatchdog::checkAndConfigure -- 
 
 LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName) : LOGFileWatchdog(fileName, LookLater()) {
   std::int64_t modified = 0;
-  logContainAll(CHECK_FAILURES, false, [&] { return examine(modified); });
+  logContainAll(CHECK_FAILURES, [&] { examine(modified); });
 }
 
 LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName, LookLater)
-    : VRKThread(STACK_SIZE), m_fileName(fileName), m_stop(std::make_shared<VRKStopSignal>()) {
+    : VRKThread(VRK_STACK_SIZE), m_fileName(fileName), m_stop(std::make_shared<VRKStopSignal>()) {
   g_delay = m_DEFAULT_DELAY;
   g_lastModified = 0;
   g_interrupted = 0;
@@ -53,12 +52,11 @@ bool LOGFileWatchdog::examine(std::int64_t& modified) {
 }
 
 void LOGFileWatchdog::checkAndConfigure() {
-  logContainAll(CHECK_FAILURES, 0, [&] {
+  logContainAll(CHECK_FAILURES, [&] {
     std::int64_t modified = 0;
-    if (!examine(modified) || modified <= g_lastModified) return 0;
+    if (!examine(modified) || modified <= g_lastModified) return;
     g_lastModified = modified;
     doOnChange();
-    return 1;
   });
 }
 

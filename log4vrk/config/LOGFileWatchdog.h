@@ -47,7 +47,7 @@ class LOG4VRK_EXPORT LOGFileWatchdog : public VRKThread {
   void stop();
 
  private:
-  bool examine(std::int64_t& modified);
+  LOG4VRK_HIDDEN bool examine(std::int64_t& modified);
 
   const I18NString m_fileName;
   const std::shared_ptr<VRKStopSignal> m_stop;  // the thread keeps it when doOnChange() deletes the watchdog

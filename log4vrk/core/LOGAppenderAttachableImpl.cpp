@@ -18,8 +18,8 @@ LOGAppenderAttachable::~LOGAppenderAttachable() = default;
 struct LOGAppenderAttachableImpl::Lists {
   VRKList<LOGAppenderSkeleton*> appenders;  // the same as in the list, for those who walk the living list
   std::shared_ptr<const LOGAppenderList> current;
-  // Somebody may use these still. Those that were replaced by additions are kept here until the next removal; the
-  // others are kept by whoever waits for their end.
+  // Lists that have been replaced and may still be in use. `earlier` names them all. Whoever removes an appender takes
+  // them over and waits until nobody uses them; an addition waits for nobody, so that `kept` holds them until then.
   std::vector<std::weak_ptr<const LOGAppenderList>> earlier;
   LOGAppenderUse::Lists kept;
 };
@@ -49,7 +49,8 @@ LOGAppenderAttachableImpl::Lists& LOGAppenderAttachableImpl::lists() {
   return *m_lists;
 }
 
-// Puts a changed copy in place of the list. Nothing has happened when memory is short.
+// Puts a changed copy in place of the list, because deliveries read it without a lock. When memory is short, nothing
+// has happened.
 template <typename Change>
 void LOGAppenderAttachableImpl::change(Change change) {
   Lists& mine = lists();
@@ -112,6 +113,7 @@ bool LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
 void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
   if (m_place == nullptr) return;
   VRK_ASSERT(appender);
+  // The list as it is now, because unlink() replaces it. Several appenders may be equal.
   const LOGAppenderLists::Snapshot before = LOGAppenderLists::snapshot(*this);
   for (const Attached& attached : before->attached) {
     if (*attached.appender == *appender) unlink(attached.appender);
@@ -140,6 +142,7 @@ void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* table) {
   LOGAppenderLists::forget(*this, appenders, table);
 }
 
+// All of them are closed, even when one raises. The first error goes on to the caller.
 void LOGAppenderLists::closeAll(const Snapshot& appenders) {
   std::exception_ptr failure;
   for (const Attached& attached : in(appenders.get())) {
@@ -154,6 +157,7 @@ void LOGAppenderLists::closeAll(const Snapshot& appenders) {
   if (failure) std::rethrow_exception(failure);
 }
 
+// An appender that the table holds under its name is stale: the next configuration that refers to it makes a new one.
 void LOGAppenderLists::forget(LOGAppenderAttachableImpl& container, const Snapshot& appenders, LOGHashtable* table) {
   for (const Attached& attached : in(appenders.get())) {
     LOGAppenderSkeleton* const appender = attached.appender;

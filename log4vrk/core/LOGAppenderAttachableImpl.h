@@ -45,7 +45,7 @@ class LOG4VRK_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
 
   template <typename Change>
   void change(Change change);
-  void unlink(LOGAppenderSkeleton* appender);
+  LOG4VRK_HIDDEN void unlink(LOGAppenderSkeleton* appender);
   // Made with the first appender, because most loggers have none.
   struct Lists;
   Lists& lists();

@@ -35,6 +35,7 @@ LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& o
 }
 
 void LOGAppenderSkeleton::copyFrom(const LOGAppenderSkeleton& other) {
+  // Before the lock, since two appenders may be copied into each other at once.
   std::shared_ptr<LOGErrorHandler> handler = other.errorHandlerShare();
   const LOGGuard guard(*this);
   m_name = other.m_name;
@@ -93,8 +94,8 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
       if (admits(event, getFilter())) append(event);
       return;
     }
-    // Filters are the program's code and need the lock for themselves. Asked once: one that is added from here on comes
-    // too late for this event.
+    // An appender that locks for itself still asks its filters under the lock, as their contract says. Whether there
+    // are any is asked once: a filter that is added from here on comes too late for this event.
     if (getFilter() != nullptr) {
       const LOGGuard guard(*this);
       if (!admits(event, getFilter())) return;
@@ -136,6 +137,7 @@ bool LOGAppenderSkeleton::isAsSevereAsThreshold(const LOGLevel* level) const {
   return threshold == nullptr || threshold->isGreaterOrEqual(level);
 }
 
+// A handler that a document has configured belongs to the appender's bundle, any other to whoever shares it here.
 std::shared_ptr<LOGErrorHandler> LOGAppenderSkeleton::ownerOf(LOGErrorHandler* handler) const {
   if (const std::shared_ptr<LOGAppenderBundle> bundle = m_bundle.lock()) {
     if (std::shared_ptr<LOGErrorHandler> owner = bundle->find(handler)) return owner;
@@ -143,6 +145,7 @@ std::shared_ptr<LOGErrorHandler> LOGAppenderSkeleton::ownerOf(LOGErrorHandler* h
   return std::shared_ptr<LOGErrorHandler>(handler, HandlerOwner());
 }
 
+// The former handler is freed after the leaf lock is, because its destructor may be the program's code.
 void LOGAppenderSkeleton::storeErrorHandler(LOGErrorHandler* handler) {
   if (handler == getErrorHandler()) return;
   std::shared_ptr<LOGErrorHandler> owner = ownerOf(handler);

@@ -74,7 +74,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   LOGAppenderSkeleton(const LOGAppenderSkeleton& other);
   LOGAppenderSkeleton& operator=(const LOGAppenderSkeleton& other);
 
-  /// Compared with 1 exactly.
+  /// doAppend() takes exactly 1 for closed.
   int getClosed() const { return m_closed.load(std::memory_order_acquire); }
   void reportClosed() const;
   void setClosed(int closed) { m_closed.store(closed, std::memory_order_release); }
@@ -90,15 +90,15 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   struct HandlerOwner;
   static const LOGFailureTexts APPEND_FAILURES;
 
-  std::shared_ptr<LOGErrorHandler> ownerOf(LOGErrorHandler* handler) const;
-  void storeErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN std::shared_ptr<LOGErrorHandler> ownerOf(LOGErrorHandler* handler) const;
+  LOG4VRK_HIDDEN void storeErrorHandler(LOGErrorHandler* handler) VRK_REQUIRES(m_critSection);
   /// Keeps the handler alive while it is compared, though another thread may replace it.
-  std::shared_ptr<LOGErrorHandler> errorHandlerShare() const;
-  bool admits(LOGLoggingEvent* event, LOGFilter* filter) const;
-  static bool isAccepted(LOGLoggingEvent* event, LOGFilter* filter);
-  void copyFrom(const LOGAppenderSkeleton& other);
+  LOG4VRK_HIDDEN std::shared_ptr<LOGErrorHandler> errorHandlerShare() const;
+  LOG4VRK_HIDDEN bool admits(LOGLoggingEvent* event, LOGFilter* filter) const;
+  LOG4VRK_HIDDEN static bool isAccepted(LOGLoggingEvent* event, LOGFilter* filter);
+  LOG4VRK_HIDDEN void copyFrom(const LOGAppenderSkeleton& other);
 
-  // Keeps the lock, for which threads contend, out of the cache lines of what they only read.
+  // Keeps what threads only read out of the cache line of the lock, which changes hands with every event.
   const char m_distance[64] = {};
 
   // Constant while the appender is attached.

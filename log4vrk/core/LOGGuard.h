@@ -8,7 +8,8 @@
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 
-/// A library call that holds the lock of an object.
+/// A library call that holds the lock of an object. It is inside the gate, so that a fork or a configuration run finds
+/// no lock held, and its log calls are put off, because their delivery takes locks of its own.
 class LOG4VRK_EXPORT VRK_SCOPED_CAPABILITY LOGGuard {
  public:
   /// Raises what the lock raises.
@@ -41,7 +42,8 @@ class LOGTryGuard {
   const bool m_holds;
 };
 
-/// A library call that holds one of the library's own locks for a few instructions.
+/// A library call that holds one of the library's own locks for a few instructions. Nothing under it can log, so that
+/// nothing has to be put off.
 class VRK_SCOPED_CAPABILITY LOGLeafGuard {
  public:
   explicit LOGLeafGuard(VRKMutex& mutex) VRK_ACQUIRE(mutex) : m_guard(mutex) {}

@@ -66,9 +66,9 @@ class LOG4VRK_EXPORT LOGHashtable : public LOGMutex {
   using Link = std::unique_ptr<Entry>;
 
   Link& bucketOf(std::uint32_t hash) { return m_buckets[hash % m_buckets.size()]; }
-  Entry* find(std::uint32_t hash, std::u16string_view name) const;
-  bool hasRoom();
-  int link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value);
+  LOG4VRK_HIDDEN Entry* find(std::uint32_t hash, std::u16string_view name) const;
+  LOG4VRK_HIDDEN bool hasRoom();
+  LOG4VRK_HIDDEN int link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value);
   template <typename Visitor>
   void visit(Visitor visitor) const;
 

@@ -73,17 +73,20 @@ class LOG4VRK_EXPORT LOGHierarchy : public LOGMutex, public LOGLoggerRepository,
   void addHierarchyEventListener(LOGHierarchyEventListener* listener);
 
  private:
-  LOGLogger* find(const I18NString& name);
+  LOG4VRK_HIDDEN LOGLogger* find(const I18NString& name);
   LOGLogger* add(const I18NString& name, LOGLogger* made);
-  void makeRoomFor(const I18NString& name, const LOGLogger* made) VRK_REQUIRES(m_ht->criticalSection());
-  bool store(const I18NString& name, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
-  LOGLogger* updateParents(const I18NString& name, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
-  bool waitAt(std::u16string_view ancestor, LOGObject* entry, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
-  void updateChildren(LOGProvisionNode* provisionNode, LOGLogger* parentLogger) VRK_REQUIRES(m_ht->criticalSection());
-  void updateChild(LOGLogger* child, LOGLogger* parentLogger) VRK_REQUIRES(m_ht->criticalSection());
-  const I18NString& askedName(const LOGLogger* logger) const VRK_REQUIRES(m_ht->criticalSection());
-  void keepUnlisted(LOGLogger* logger);
-  void closeAllAppenders();
+  LOG4VRK_HIDDEN void makeRoomFor(const I18NString& name, const LOGLogger* made) VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN bool store(const I18NString& name, LOGLogger* logger) VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN LOGLogger* updateParents(const I18NString& name, LOGLogger* logger)
+      VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN bool waitAt(std::u16string_view ancestor, LOGObject* entry, LOGLogger* logger)
+      VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN void updateChildren(LOGProvisionNode* provisionNode, LOGLogger* parentLogger)
+      VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN void updateChild(LOGLogger* child, LOGLogger* parentLogger) VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN const I18NString& askedName(const LOGLogger* logger) const VRK_REQUIRES(m_ht->criticalSection());
+  LOG4VRK_HIDDEN void keepUnlisted(LOGLogger* logger);
+  LOG4VRK_HIDDEN void closeAllAppenders();
 
   // Constant after construction.
   LOGDefaultLoggerFactory m_defaultFactory;

@@ -48,6 +48,8 @@ LOGLayout* LOGLayout::clone() const {
   VRKAssertError::raise("VRK_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");", VRK_SOURCE, 113);
 }
 
+// Two texts take turns. One is the result, which the caller may still be reading; the next is built in the other, with
+// the memory of an earlier line.
 I18NString LOGLayout::takeSpare() {
   I18NString text = std::move(m_spare);
   text.clear();
@@ -62,6 +64,7 @@ I18NString& LOGLayout::setResult(I18NString&& text) {
 
 std::string_view LOGLayoutInternals::formatUtf8(LOGLayout& layout, LOGLoggingEvent* event) {
   if (const LOGLayoutInternals* const internals = of(layout)) return internals->format(layout, event);
+  // A layout of the program's. Its UTF-16 is converted into memory that is kept from line to line.
   const I18NString& text = layout.format(event);
   layout.m_utf8.limitMemory(MOST_KEPT);
   layout.m_utf8.clear();

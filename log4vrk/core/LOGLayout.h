@@ -55,5 +55,5 @@ class LOG4VRK_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   I18NString m_result;
   I18NString m_lineSeparator;
   I18NString m_spare;
-  I18NUtf8Buffer m_utf8;  // m_result, for those who write it
+  I18NUtf8Buffer m_utf8;  // m_result in UTF-8, for appenders
 };

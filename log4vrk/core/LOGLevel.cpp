@@ -8,8 +8,9 @@
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 
-// A level that is ready at load without a constructor having run, together with its name, and that is never destroyed.
-// The name's constructor runs when the library is loaded, before any code of a program that needs it.
+// A level that needs no constructor at run time and is never destroyed, so that static objects of a program can log in
+// their constructors and destructors. Only its name is constructed, when the library is loaded, which is before any
+// code of a program that is linked to it.
 struct LOGLevelSingleton {
   union Storage {
     constexpr Storage(std::int32_t rank, const I18NString* name, std::int32_t syslog) : level(rank, name, syslog) {}
@@ -20,7 +21,7 @@ struct LOGLevelSingleton {
 
 namespace {
 
-// Text that is destroyed never; its storage is known before it is built.
+// A text that is never destroyed, and whose address is known before it is built.
 union Name {
   explicit Name(const char* text) : value(text) {}
   ~Name() {}

@@ -21,12 +21,12 @@ class LOG4VRK_EXPORT LOGLevel {
   static LOGLevel* const ERROR_OBJ;
   static LOGLevel* const FATAL_OBJ;
   static LOGLevel* const OFF_OBJ;
-  // The ranks of those that programs log at.
+  // The ranks of the levels that programs log at.
   static constexpr int DEBUG_RANK = 10000, INFO_RANK = 20000, WARN_RANK = 30000, ERROR_RANK = 40000, FATAL_RANK = 50000;
 
-  /// Rank and syslog priority are 50000, both; the name is empty.
+  /// Both rank and syslog priority are 50000; the name is empty.
   LOGLevel();
-  /// A copy of the name is kept for the life of the process, one for all levels of that name.
+  /// The levels of one name share a copy of it, which is kept for the life of the process.
   LOGLevel(long level, const char* name, long syslogEquivalent);
   LOGLevel(const LOGLevel&) = default;
   LOGLevel& operator=(const LOGLevel&) = default;

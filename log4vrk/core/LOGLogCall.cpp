@@ -15,8 +15,8 @@
 
 namespace {
 
-// Runs what makes and delivers an event, and lets nothing out: what an application class raises in its clone() ends
-// here too, for the program's log call is not the place to hear of it.
+// Runs what makes and delivers an event, and lets nothing out. What an application class raises in its clone() ends
+// here too: a log call must not fail where the same program without logging would not.
 template <typename Operation>
 [[gnu::always_inline]] inline void contained(Operation operation) {
   try {
@@ -29,7 +29,7 @@ template <typename Operation>
   }
 }
 
-// Runs a delivery, which has written its line when it raises something.
+// Runs a delivery. What it raises has its line in the internal log already.
 template <typename Operation>
 [[gnu::always_inline]] inline void delivered(Operation operation) {
   try {
@@ -50,7 +50,7 @@ bool hasUnpairedSurrogate(std::u16string_view text) {
   return false;
 }
 
-// A text and nothing else, whose copy is as good as its clone().
+// Whether an object is a text and nothing else, so that a copy of the text is as good as its clone().
 bool isText(const LOGObject* message) {
   return message != nullptr && typeid(*message) == typeid(LOGObject) && message->instanceOf().isEmpty();
 }
@@ -75,8 +75,8 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString
   contained([&] {
     LOGMessage message;
     message << text;
-    // An unpaired surrogate has no UTF-8, and yet a program finds it again in the message: such a text goes as an
-    // object.
+    // Texts travel in UTF-8, in which an unpaired surrogate cannot be written. A program that looks at the message
+    // shall find it all the same, so such a text goes as an object.
     if (message.utf8().size() != text.length() && hasUnpairedSurrogate(text.view())) {
       LOGObject object(text);
       LOGLoggingEvent event(fqn, this, level, &object);
@@ -88,7 +88,8 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString
   });
 }
 
-// No lock to find the appenders: LOGAppenderUse says which list is in use. The fast path is a single appender's.
+// No lock is taken to find the appenders: LOGAppenderUse says which list is in use. The fast path is for a single
+// appender, because only then it need not be kept that all appenders get the events in one order.
 [[gnu::always_inline]] inline int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) {
   const LOGAppenderUse use(thread.uses.delivering, appenders());
   const LOGAppenderList* const list = use.list();
@@ -98,7 +99,7 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString
   return list->append(event, thread, appenders());
 }
 
-// One logger at a time, the child before the parent.
+// From the child to the parent. One logger is left before the next is entered, so that no thread holds two of them.
 [[gnu::always_inline]] inline int LOGLogger::walk(LOGLoggingEvent* event, LOGThreadState& thread) {
   return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&]() VRK_INLINED {
     int writes = 0;
@@ -135,6 +136,7 @@ void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const LOGMessage
   });
 }
 
+// For a dispatcher thread: it must not wait for a logger, whose user may be waiting for space in the thread's queue.
 bool LOGLogger::tryAppend(LOGLoggingEvent* event, int& writes) {
   const LOGTryGuard guard(m_order);
   if (!guard.holds()) return false;

@@ -25,7 +25,8 @@ constexpr char ERROR_PREFIX[] = "log4vrk:ERROR ";
 std::atomic<int> g_debugEnabled{0};
 std::atomic<int> g_quietMode{0};
 
-// Whether a message can be passed over without the lock: the settings have been read, and there is no file.
+// True when messages can be passed over without the lock, because the settings have been read and there is no file.
+// That is so in most programs, and messages are written even on the path of log calls.
 std::atomic<bool> g_silent{false};
 
 // The last lock of all: nothing but file operations happens under it.
@@ -41,11 +42,12 @@ bool openLog(const I18NString& path, int flagsWhenThere) VRK_REQUIRES(g_mutex) {
   return true;
 }
 
-// Child processes inherit the variable: they must not wipe what their parent has written.
+// The file is continued and never emptied: child processes inherit the variable, and must not wipe what their parent
+// has written.
 void openLogOfVariable(const std::string& value) VRK_REQUIRES(g_mutex) {
   if (value != "stderr") {
     const I18NString path{std::string_view(value)};
-    // The second time for the process that another one was faster than.
+    // Twice: when the file is missing another process may be faster to make it, and then it is there.
     if (!openLog(path, VRKFmFile::EXISTING)) openLog(path, VRKFmFile::EXISTING);
     return;
   }
@@ -120,7 +122,7 @@ void writeMessage(const char* prefix, const Text& appendText) {
 }
 
 void append(const I18NString& message, std::string& line) { message.appendUtf8To(line); }
-// Not made into an I18NString first, which would take memory outside of the containment.
+// A plain text is not made into an I18NString first: what that raises without memory would reach the caller.
 void append(const char* message, std::string& line) { line += message; }
 
 template <typename Text>

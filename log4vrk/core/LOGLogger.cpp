@@ -18,7 +18,9 @@ const I18NString& LOGLogger::m_FQCN = vrkImmortal<I18NString>("LOGLogger");
 
 namespace {
 
-// The loggers that know what is enabled.
+// The loggers that know what is enabled: those that a change of a level, a threshold or the tree has to make forget it.
+// It is one list for all repositories, since such changes are rare, and what a logger below has inherited is not worth
+// finding out.
 struct Knowing {
   VRKMutex mutex;
   std::vector<std::atomic<std::int64_t>*> lowestEnabled VRK_GUARDED_BY(mutex);
@@ -42,7 +44,8 @@ struct LOGLogger::Appenders {
     return LOGAppenderLists::snapshot(logger.m_aai);
   }
 
-  // Changes the list under the lock, and afterwards waits for those who use an earlier one.
+  // Changes the list under the lock, and waits afterwards for the threads that use an earlier one: whoever has removed
+  // an appender may delete it. Not under the lock, because those threads may need it to come to an end.
   template <typename Change>
   static void remove(LOGLogger& logger, Change change) {
     LOGAppenderUse::Lists earlier;
@@ -71,7 +74,7 @@ LOGLogger::LOGLogger(const LOGLogger& other)
 }
 
 LOGLogger::~LOGLogger() {
-  noteLevelChange();
+  noteLevelChange();  // takes this logger out of the list, too, which points to its members
   for (const LOGLevel* const kept : m_levels) delete kept;
 }
 
@@ -92,13 +95,15 @@ LOGLevel* LOGLogger::getChainedLevel() const {
 
 bool LOGLogger::findOutIfPasses(LOGLevel* level) const {
   LOGLoggerRepository* const repository = getRepository();
-  // Of a repository of another class nobody knows when it changes its mind.
+  // A repository of another class is asked every time: nobody hears when it changes its mind.
   if (repository != nullptr && typeid(*repository) == typeid(LOGHierarchy)) keepLowestEnabled();
   return (repository == nullptr || !repository->isDisabled(level->toInt())) &&
          level->isGreaterOrEqual(getChainedLevel());
 }
 
-// Under the lock, so that what was true before a change is not kept after it.
+// Keeps the lowest rank that is enabled, so that the next call costs one comparison instead of a walk up the tree and a
+// virtual call. Finding it out and keeping it are one step under the lock, which every change takes after it has been
+// made: so either the change is seen here, or it makes the logger forget what was found before it.
 void LOGLogger::keepLowestEnabled() const {
   const LOGLeafGuard guard(knowing().mutex);
   const LOGLevel* const chained = getChainedLevel();
@@ -108,7 +113,7 @@ void LOGLogger::keepLowestEnabled() const {
   } catch (const std::bad_alloc&) {
     return;  // it asks again next time
   }
-  // The caller has looked at the class. The rank is the one of the moment when the threshold was set.
+  // The caller has made sure of the class. The rank is that of the threshold when it was set.
   m_lowestEnabled = std::max(chained->toInt(), static_cast<LOGHierarchy*>(getRepository())->getThresholdRank());
 }
 

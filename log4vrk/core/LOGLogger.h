@@ -80,7 +80,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   bool isEnabledFor(LOGLevel* level) const {
     return level != nullptr ? isEnabledFor(level->toInt(), level) : findOutIfEnabledFor(level);
   }
-  /// The same of a level whose rank the compiler knows. What is disabled costs one comparison.
+  /// The same for a level whose rank the compiler knows. A disabled call costs one comparison.
   bool isEnabledFor(int rank, LOGLevel* level) const {
     const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
     return rank >= lowest && (lowest != NOT_YET_KNOWN || findOutIfEnabledFor(level));
@@ -145,15 +145,17 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   friend class LOGHierarchy;
   friend class LOGLoggingEvent;
 
-  /// What m_lowestEnabled is until somebody asks, below all ranks.
+  /// The value of m_lowestEnabled until somebody asks. It is below all ranks, so that the one comparison that turns
+  /// disabled calls away lets every call through to find out.
   static constexpr std::int64_t NOT_YET_KNOWN = std::numeric_limits<std::int64_t>::min();
 
-  /// After every change that can alter what is enabled: no logger knows any more.
+  /// Has every logger forget what is enabled. For every change that can alter it, and before a logger is freed, because
+  /// it is in the list of those that know.
   static void noteLevelChange();
   bool findOutIfEnabledFor(LOGLevel* level) const;
-  void keepLowestEnabled() const;
+  LOG4VRK_HIDDEN void keepLowestEnabled() const;
 
-  /// The test of a call whose level is known not to be null, and of a logger that need not have a repository.
+  /// The test of debug() to fatal(): the level is not null, and without a repository it decides alone.
   bool passes(LOGLevel* level) const {
     const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
     return level->toInt() >= lowest && (lowest != NOT_YET_KNOWN || findOutIfPasses(level));
@@ -167,20 +169,20 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   }
   void logText(const I18NString& fqn, LOGLevel* level, const I18NString& text);
   void logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message);
-  /// callAppenders() for those who have nobody to raise an error to.
-  void deliver(LOGLoggingEvent* event);
+  /// callAppenders() for callers that have nobody to raise an error to.
+  LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event);
   void callEach(LOGLoggingEvent* event);
   int walk(LOGLoggingEvent* event, LOGThreadState& thread);
   int append(LOGLoggingEvent* event, LOGThreadState& thread);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
-  static bool deliverOn(LOGDeferredEvent& putOff);
+  LOG4VRK_HIDDEN static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread delivers through this logger.
-  bool tryAppend(LOGLoggingEvent* event, int& writes);
-  void drainAppenders();
-  struct Appenders;  // the steps of what changes them
+  LOG4VRK_HIDDEN bool tryAppend(LOGLoggingEvent* event, int& writes);
+  LOG4VRK_HIDDEN void drainAppenders();
+  struct Appenders;  // the steps of the operations that change them
   /// Where the current list of appenders is, for those who deliver.
   const std::atomic<const LOGAppenderList*>& appenders() const VRK_NO_THREAD_SAFETY_ANALYSIS { return m_aai.place(); }
-  LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN LOGLevel* keptLevel(const LOGLevel& level) VRK_REQUIRES(m_critSection);
 
   // Constant after construction.
   const LOGLoggerName::Share m_name;
@@ -193,11 +195,11 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};
   std::atomic<int> m_additive{1};
 
-  // Held while appenders append, so that events have one order in all appenders of the logger, except on the fast path,
-  // which needs a logger with one appender. Apart from the lock of the object: that is held for a moment only, and a
-  // thread that is delivering may ask any logger for what it holds.
+  // Held while the appenders append, so that all of them get the events in one order. A single appender orders them
+  // itself, and the fast path, which is for a single appender, does without. It is not the lock of the object: that one
+  // is held for a moment only, since a thread that delivers may ask any logger for what it holds.
   VRKThreadCriticalSection m_order{0};
   LOGAppenderAttachableImpl m_aai VRK_GUARDED_BY(m_critSection);
-  // Every value that was ever set, its own: log calls and queued events may still point to one.
+  // Its own copies of all levels that were ever set: log calls and queued events may still point to one.
   std::vector<LOGLevel*> m_levels VRK_GUARDED_BY(m_critSection);
 };

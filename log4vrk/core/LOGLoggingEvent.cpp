@@ -29,6 +29,7 @@ LOGSerializable::~LOGSerializable() = default;
 [[gnu::always_inline]] inline void LOGLoggingEvent::begin(const I18NString& fqnOfLoggerClass) {
   VRK_ASSERT(m_logger);
   m_fqnOfLoggerClass = &fqnOfLoggerClass;
+  // Any other class name is the caller's, and nobody says how long it stays.
   if (m_fqnOfLoggerClass != &LOGLogger::m_FQCN) {
     own().fqnOfLoggerClass = fqnOfLoggerClass;
     m_fqnOfLoggerClass = &m_own->fqnOfLoggerClass;
@@ -72,7 +73,7 @@ LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   return *this;
 }
 
-// The name is shared by the logger and everything that was ever copied from its events, so that it outlives the logger.
+// Copies share the logger's name, so that it outlives the logger without a copy of the text for each of them.
 void LOGLoggingEvent::keepLogger(const LOGLoggingEvent& other) {
   m_wasRenderable = other.isRenderable();
   m_logger = other.m_logger;
@@ -87,7 +88,8 @@ void LOGLoggingEvent::keepLogger(const LOGLoggingEvent& other) {
   }
 }
 
-// A level may be the logger's own copy of one that was set. The seven that there are live for ever.
+// A level may be the logger's own copy of one that was set, and go with the logger. The seven singletons live for ever:
+// when one of them is the same in all respects it takes the place of the copy.
 void LOGLoggingEvent::keepLevel(LOGLevel* level) {
   m_level = level;
   if (level == nullptr) return;
@@ -134,6 +136,7 @@ void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
   if (m_ndc == &other.m_own->ndc) m_ndc = &m_own->ndc;
 }
 
+// Everything that setPlain() does not get has to be as it is at first.
 bool LOGLoggingEvent::isPlain() const {
   return m_isText && !m_own && m_ndcLookupRequired && m_threadName == &NO_TEXT && m_logger != nullptr &&
          m_ownLoggerName.get() == nullptr && m_loggerName == m_logger->m_name.get() &&
@@ -171,6 +174,8 @@ const I18NString& LOGLoggingEvent::getNDC() {
   return *m_ndc;
 }
 
+// A thread keeps its name in UTF-8, too. That saves the conversion in nearly all lines, since most are written by the
+// thread that has logged.
 void LOGLoggingEvent::appendThreadName(I18NUtf8Buffer& out) {
   const I18NString& name = getThreadName();
   LOGThreadName& thread = LOGThreadState::current().name;
@@ -181,6 +186,7 @@ void LOGLoggingEvent::appendThreadName(I18NUtf8Buffer& out) {
   }
 }
 
+// From here on the message is an object and no text any more, because whoever has asked for it may change it.
 LOGObject* LOGLoggingEvent::getMessage() const {
   if (m_isText) {
     m_message.reset(vrkNew<LOGObject>(VRK_HERE, I18NString(m_text)));
@@ -203,6 +209,7 @@ const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName->isEmpty()) {
     const I18NString& name = LOGThreadState::current().name.text();
     m_threadName = &name;
+    // The thread may end before an event that somebody keeps.
     if (!m_isPassing) setThreadName(name);
   }
   return *m_threadName;

@@ -21,11 +21,11 @@ class LOGObject;
 /// What was logged, by which logger, at which level and when. Thread name and nested context are looked up when
 /// somebody first asks, on the thread that asks, and then kept.
 ///
-/// Thread safety: one thread at a time; also the get operations may fill fields.
-/// Ownership: an event owns a clone of the message. During a log call it borrows the rest: the logger, its name and the
-/// level, the name of the thread that first asked for it, and a message that is nothing but a text, of which an object
-/// is made when somebody asks for it. A copy owns all that it prints: it reads the same for ever, also when the logger
-/// or the thread is gone. From then on the copy's getLogger() must not be followed.
+/// Thread safety: one thread at a time; the get operations may fill fields, too.
+/// Ownership: an event owns a clone of the message. During a log call it borrows the rest: the logger, its name, the
+/// level, and the name of the thread that first asked for that. A message that is nothing but a text is borrowed, too,
+/// and becomes an object when somebody asks for one. A copy owns all that it prints: it reads the same for ever, also
+/// when the logger or the thread is gone. From then on the copy's getLogger() must not be followed.
 class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  public:
   LOGLoggingEvent() = default;
@@ -60,9 +60,9 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   void appendThreadName(I18NUtf8Buffer& out);
   void setThreadName(const I18NString& name);
   /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
-  /// renderers by. A text that was set goes before.
+  /// renderers by. A rendered text that was set takes precedence.
   I18NString* getRenderedMessage();
-  /// The same text for those who write it, empty where that is null: the event's own if it is in UTF-8, otherwise
+  /// The same text in UTF-8, empty instead of null. It is the event's own when that is in UTF-8, otherwise it is
   /// converted into `room`. Valid as long as neither changes.
   std::string_view renderUtf8(I18NUtf8Buffer& room);
   void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
@@ -93,7 +93,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   static const I18NString& NO_TEXT;
   static const LOGLoggerName& NO_LOGGER;
 
-  // What few events have.
+  // What few events have, in memory of its own: the others stay small.
   struct Own {
     I18NString fqnOfLoggerClass;
     I18NString threadName;
@@ -105,7 +105,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   };
   Own& own();
 
-  // One of the three, or nothing.
+  // A message as text: UTF-8, or UTF-16 that somebody else owns or that was made for it; or none.
   struct Rendered {
     bool isNull = true;
     std::string_view utf8;
@@ -114,16 +114,17 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   };
   Rendered render();
 
-  /// Of a message that is nothing but a text, well-formed and lent for the life of the event.
+  /// For a message that is nothing but a text. `utf8` is well-formed, and lent for the life of the event.
   LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);
   void begin(const I18NString& fqnOfLoggerClass);
-  /// Whether it is what a log call of a text has made, and nobody has looked up or set anything: as much as a queue
-  /// remembers. Then setPlain() makes a copy, in the memory that the event has.
+  /// True as long as the event is what a log call made of a text, and nobody has looked up or set anything. Of such an
+  /// event a queue keeps a few fields and no object; setPlain() makes a copy from them, in memory that is there
+  /// already.
   bool isPlain() const;
   void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
                 std::string_view utf8);
-  void copyMessage(const LOGLoggingEvent& other);
-  void copyOwn(const LOGLoggingEvent& other);
+  LOG4VRK_HIDDEN void copyMessage(const LOGLoggingEvent& other);
+  LOG4VRK_HIDDEN void copyOwn(const LOGLoggingEvent& other);
   void keepLogger(const LOGLoggingEvent& other);
   void keepLevel(LOGLevel* level);
 
@@ -132,19 +133,19 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   std::int32_t m_timeStampNanos = 0;
   mutable bool m_isText = false;  // the message is m_text until somebody asks for the object
   bool m_ndcLookupRequired = true;
-  bool m_wasRenderable = false;  // a copy's: when it was made
+  bool m_wasRenderable = false;  // in a copy: isRenderable() when it was made
   bool m_isPassing = false;      // it lives for a log call or a delivery, and may borrow the name of the thread
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
-  // Texts that outlive the event, or are in m_own. The thread's is lent by the thread that asked first, never to a
-  // copy.
+  // Each points to a text that outlives the event, or into m_own. The name of the thread that asked first is lent by
+  // that thread; a copy has its own.
   const LOGLoggerName* m_loggerName = &NO_LOGGER;
   const I18NString* m_fqnOfLoggerClass = &NO_TEXT;
   const I18NString* m_threadName = &NO_TEXT;
   const I18NString* m_ndc = &NO_TEXT;
-  std::string_view m_text;  // lent, or in the next
+  std::string_view m_text;  // lent, or in m_ownText
   I18NUtf8Buffer m_ownText;
-  LOGLoggerName::Share m_ownLoggerName;  // a copy's
+  LOGLoggerName::Share m_ownLoggerName;  // in a copy, which may outlive the logger
   mutable std::unique_ptr<LOGObject> m_message;
   std::unique_ptr<Own> m_own;
 };

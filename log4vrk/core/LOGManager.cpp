@@ -25,6 +25,8 @@ std::atomic<LOGRepositorySelector*> g_selector{nullptr};
 LOGRepositorySelector* g_default VRK_GUARDED_BY(g_mutex) = nullptr;  // kept when a program sets another
 std::atomic<LOGObject*> g_guard{nullptr};
 
+// Root, hierarchy and selector are never freed: static destructors of the program may still log. Each has an owner only
+// until the next has taken it over, for the case that memory ends half-way.
 LOGRepositorySelector* makeDefaultSelector() VRK_REQUIRES(g_mutex) {
   std::unique_ptr<LOGLogger> root(vrkNew<LOGRootLogger>(VRK_HERE, LOGLevel::DEBUG_OBJ));
   std::unique_ptr<LOGHierarchy> hierarchy(vrkNew<LOGHierarchy>(VRK_HERE, root.get()));
@@ -34,7 +36,8 @@ LOGRepositorySelector* makeDefaultSelector() VRK_REQUIRES(g_mutex) {
   return g_default;
 }
 
-// The program's guard may be gone when the next one is compared with it.
+// Keeps a clone: the program's guard may be gone when the next one is compared with it. An object that refuses to be
+// cloned is kept itself.
 LOGObject* keptGuard(LOGObject* guard) {
   try {
     return guard->clone();
@@ -73,7 +76,8 @@ void LOGManager::shutdown() {
 
 void LOGManager::setRepositorySelector(LOGRepositorySelector* selector, LOGObject* guard) {
   VRK_ASSERT(guard);
-  // The guard's own code runs without a lock.
+  // No lock is held, because comparing and cloning run the program's code. Of two threads that give the first guard at
+  // once, one wins, and the other is judged by that guard.
   LOGObject* first = g_guard.load(std::memory_order_acquire);
   if (first != nullptr && *first != *guard) return;
   if (selector == nullptr) return;

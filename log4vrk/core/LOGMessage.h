@@ -60,7 +60,8 @@ class LOG4VRK_EXPORT LOGMessage {
   }
 
  private:
-  /// A std::ostringstream, whose header is for those who have something to put into it.
+  /// A std::ostringstream behind bare memory: <sstream> would cost every file that logs, and few put a number with a
+  /// point or an object of their own into a message.
   class LOG4VRK_EXPORT Stream {
    public:
     Stream();

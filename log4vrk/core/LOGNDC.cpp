@@ -22,7 +22,8 @@ LOGDiagnosticContext* LOGDiagnosticContext::clone() const { return vrkNew<LOGDia
 
 namespace {
 
-// Every stack of an earlier generation counts as dropped; its thread frees it when it next looks, or ends.
+// Nobody can free the stacks of other threads while these use them. So dropping them all begins a new generation: a
+// stack of an earlier one counts as dropped, and its thread frees it when it next looks, or ends.
 std::atomic<unsigned> g_generation{0};
 
 using Inherited = std::map<LOGStack*, std::weak_ptr<LOGStack>>;
@@ -30,7 +31,7 @@ using Inherited = std::map<LOGStack*, std::weak_ptr<LOGStack>>;
 VRKMutex g_inheritedMutex;
 Inherited& g_inherited VRK_GUARDED_BY(g_inheritedMutex) = vrkImmortal<Inherited>();
 
-// Owns a stack that threads were given, as soon as it has one.
+// Owns a stack that threads were given. Without a stack it owns nothing.
 struct InheritedStack {
   InheritedStack() = default;
   ~InheritedStack() {
@@ -47,8 +48,8 @@ struct InheritedStack {
   LOGStack* stack = nullptr;
 };
 
-// One owner for all threads that were given the same stack. What may fail comes before the owner has the stack: until
-// then that is the caller's.
+// All threads that were given the same stack share one owner, and the last of them frees it. Steps that may fail come
+// before the owner has the stack: when one does, the stack is still the caller's.
 std::shared_ptr<LOGStack> ownerOf(LOGStack* stack) {
   const auto made = std::make_shared<InheritedStack>();
   const LOGLeafGuard guard(g_inheritedMutex);
@@ -88,6 +89,7 @@ LOGNDC::LOGNDC() { instance("LOGNDC"); }
 
 LOGNDC::~LOGNDC() { lazyRemove(); }
 
+// The full text is put together once, here, and not for every event that prints it.
 void LOGNDC::push(const I18NString& message) {
   vrkTranslateErrors(VRK_HERE, [&] {
     const std::shared_ptr<LOGObject> below = top();

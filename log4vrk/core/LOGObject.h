@@ -28,7 +28,8 @@ class LOG4VRK_EXPORT LOGObject {
   /// Equal when both type name and text are.
   virtual bool operator==(const LOGObject& other) const;
   virtual bool operator!=(const LOGObject& other) const;
-  // Of classes that override the former: what `a` says, and not `b` with the sides changed, which C++20 finds as good.
+  // For classes that override the members: `a` decides. Without these C++20 would also try `b == a`, and find that as
+  // good.
   template <typename A, typename B, typename = IfBothAreObjects<A, B>>
   friend bool operator==(const A& a, const B& b) {
     return a.operator==(b);
@@ -37,7 +38,7 @@ class LOG4VRK_EXPORT LOGObject {
   friend bool operator!=(const A& a, const B& b) {
     return a.operator!=(b);
   }
-  /// The text. Log calls ask for it while they hold locks of the library; it may log itself, which is put off.
+  /// The text. Log calls ask for it while they hold locks of the library. It may log; such log calls are put off.
   virtual const I18NString& toString() const;
   /// A new copy that the caller owns.
   virtual LOGObject* clone() const;

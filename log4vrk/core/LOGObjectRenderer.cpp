@@ -10,6 +10,8 @@ namespace {
 
 constexpr long LARGEST_LIMIT_WITHOUT_TEXT = 5;
 
+// Renderers get a bare pointer, since programs have written them so. An appender says on the side how much room there
+// is behind it.
 thread_local const LOGObjectRenderer::Bound* t_bound = nullptr;
 
 }  // namespace
@@ -30,11 +32,13 @@ LOGObjectRenderer::Bound::Bound(const unsigned char* buffer, long size)
 
 LOGObjectRenderer::Bound::~Bound() { t_bound = m_outer; }
 
+// A buffer that nobody has bound is the program's own, and large enough as far as anybody knows.
 bool LOGObjectRenderer::fits(const unsigned char* buffer, long offset, long count) {
   if (t_bound == nullptr || buffer < t_bound->m_buffer || buffer > t_bound->m_buffer + t_bound->m_size) return true;
   return offset <= t_bound->m_size - (buffer - t_bound->m_buffer) - count;
 }
 
+// The offset advances even where nothing is written. So the appender sees how large the message would have been.
 void LOGObjectRenderer::writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset) {
   VRK_ASSERT(buffer);
   VRK_ASSERT(offset);

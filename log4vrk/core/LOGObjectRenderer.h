@@ -9,9 +9,9 @@
 /// document names as a renderer exports `extern "C" LOGObjectRenderer* getRenderer()`, which gives a new one.
 ///
 /// The write operations put values into a buffer at `*offset`, most significant byte first, and advance the offset.
-/// A null buffer or offset raises VRKAssertError. They do not know how large a buffer is, except that of an appender
-/// that sends bytes: what does not fit there is not written, while the offset goes on, and the appender drops the
-/// message.
+/// A null buffer or offset raises VRKAssertError. They know how large a buffer is only when it is that of an
+/// appender that sends bytes. What does not fit there is not written, while the offset goes on, and the appender drops
+/// the message.
 ///
 /// Thread safety: several threads may render through one renderer at once. The message length belongs to whoever sets
 /// it.
@@ -65,8 +65,8 @@ class LOG4VRK_EXPORT LOGObjectRenderer : public LOGObject {
   };
 
  private:
-  static bool fits(const unsigned char* buffer, long offset, long count);
-  static void writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset);
+  LOG4VRK_HIDDEN static bool fits(const unsigned char* buffer, long offset, long count);
+  LOG4VRK_HIDDEN static void writeBytes(unsigned long long value, int count, unsigned char* buffer, long* offset);
 
   unsigned long m_messageLength = 0;
 };

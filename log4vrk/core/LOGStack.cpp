@@ -13,6 +13,7 @@ std::shared_ptr<LOGObject> lent(LOGObject* object) {
 
 LOGStack::LOGStack() { instance("LOGStack"); }
 
+// One lock after the other, since two stacks may be copied into each other at once.
 LOGStack::LOGStack(const LOGStack& other) : LOGMutex(other), LOGObject(other) {
   VRKList<std::shared_ptr<LOGObject>> objects;
   {
@@ -46,6 +47,7 @@ bool LOGStack::peekShared(std::shared_ptr<LOGObject>& top) const {
   return true;
 }
 
+// The caller gets a bare pointer. An object that stacks share might be freed under it, so this one keeps its share.
 LOGObject* LOGStack::pop() {
   const VRKThreadGuard guard(m_critSection);
   std::shared_ptr<LOGObject> top;

@@ -11,8 +11,8 @@
 #include "log4vrk/platform/VRKList.h"
 
 /// Thread safety: any thread.
-/// Ownership: objects that were pushed by pointer stay the caller's. Shared ones live as long as a stack holds them, or
-/// has given them out by pop().
+/// Ownership: objects that were pushed by pointer stay the caller's. Shared ones live as long as a stack holds them,
+/// and those that pop() gave out as long as the stack.
 class LOG4VRK_EXPORT LOGStack : public LOGMutex, public LOGObject {
  public:
   LOGStack();

@@ -45,7 +45,7 @@ class LOG4VRK_EXPORT LOGDateLayout : public LOGLayout {
   virtual void setDateFormat(const I18NString& format, LOGTimeZone* zone);
 
  private:
-  void renew() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void renew() VRK_REQUIRES(m_critSection);
 
   I18NString m_dateFormatName VRK_GUARDED_BY(m_critSection);
   LOGTimeZone m_timeZone VRK_GUARDED_BY(m_critSection);

@@ -24,20 +24,22 @@ constexpr LOGFailureTexts FAILURES = {"LOGPatternLayout::format -- some i18nstri
 
 }  // namespace
 
-// A pattern as one thread uses it, without a lock: with dates and levels as the thread has written them last, and with
-// the beginning of the line up to the first item that is not the same for all events of a second.
+// A pattern as one thread uses it. Each thread has a copy, so that threads that share a layout format without a lock,
+// and so that a copy can keep what will probably be the same in the next line: the text of a date, the name of a level,
+// and the whole beginning of the line up to the first item that changes within a second.
 class LOGPatternCopy {
  public:
   bool isOf(std::uint64_t number) const { return m_number == number; }
   bool hasMessage() const { return m_hasMessage; }
   [[gnu::cold]] void take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters);
   std::size_t size() const { return m_converters.size(); }
-  /// Appends to `out` all items from `next`, which is behind what raised if anything does.
+  /// Appends to `out` all items from `next` on, and advances `next`. When an item raises, `next` is behind it.
   void write(I18NUtf8Buffer& out, std::size_t& next, LOGLoggingEvent& event, std::string_view message,
              LOGThreadState& thread);
 
  private:
-  /// So many converters of the frequent kind one behind the other, with so many logger names and messages.
+  /// Converters of the frequent kind in a row: how many there are, and how many logger names and messages they write.
+  /// From that follows how much memory they need, which is then asked for once and not for every item.
   struct Run {
     std::size_t length = 0, names = 0, messages = 0;
   };
@@ -51,9 +53,9 @@ class LOGPatternCopy {
   std::uint64_t m_number = 0;  // none
   std::vector<LOGPatternConverter> m_converters;
   bool m_hasMessage = false;
-  std::vector<Run> m_runs;              // that begin at the converter of the same index
-  const I18NString* m_level = nullptr;  // which the converters have; the names of levels are never freed
-  bool m_levelFits = false;             // and whether all of them could take it
+  std::vector<Run> m_runs;              // each begins at the converter of the same index
+  const I18NString* m_level = nullptr;  // the name that the converters have; such names are never freed
+  bool m_levelFits = false;             // whether all of them could take it
 
   std::size_t m_steady = 0;  // how many items there are in the beginning
   bool m_namesThread = false;
@@ -91,7 +93,8 @@ void LOGPatternCopy::findRuns() {
   }
 }
 
-// What is frequent in an event, too: that it has a level with a short name.
+// Runs are for events that have a level with a short name, as most have. The converters keep the name as it is written:
+// it changes rarely from one line to the next.
 inline bool LOGPatternCopy::takesRuns(const LOGLoggingEvent& event) {
   const LOGLevel* const level = event.getLevel();
   if (level == nullptr) return false;
@@ -106,6 +109,8 @@ inline bool LOGPatternCopy::takesRuns(const LOGLoggingEvent& event) {
   return m_levelFits;
 }
 
+// Whether the item reads the same in all lines of one thread and one second, but for milliseconds. A date that is
+// fitted to a width is not steady: the milliseconds would have to be found again in what has been cut.
 bool LOGPatternCopy::isSteady(const LOGPatternConverter& converter) const {
   switch (converter.letter) {
     case u'd':
@@ -180,7 +185,8 @@ inline void LOGPatternCopy::write(I18NUtf8Buffer& out, std::size_t& next, LOGLog
   }
 }
 
-// Those that a thread has used last, each at the place that follows from its number.
+// The copies that a thread has used last. The place of each follows from its number, so that none is searched for. Two
+// patterns that share a place take new copies in turn, which is slower and still right.
 struct LOGPatternCopies : std::array<LOGPatternCopy, 16> {};
 
 const LOGLayoutInternals LOGPatternLayout::INTERNALS = {
@@ -244,7 +250,8 @@ std::string_view LOGPatternLayout::buildAny(LOGLoggingEvent* event) {
   }
   LOGThreadState& thread = LOGThreadState::current();
   thread.texts.message.limitMemory(LOGLayoutInternals::MOST_KEPT);
-  // First, because it may run application code, and that may even format, and set another pattern.
+  // The message is rendered first. That may run application code, which may log by this layout or even set another
+  // pattern: a copy that had been found before could be another pattern's afterwards. So it is looked up again.
   std::string_view message;
   LOGPatternCopy* copy = nullptr;
   logContain(FAILURES, [&] {

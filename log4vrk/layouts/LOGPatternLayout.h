@@ -51,13 +51,14 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   static const LOGLayoutInternals INTERNALS;
 
   static std::string_view formatFast(LOGLayout& layout, LOGLoggingEvent& event);
-  std::string_view buildAny(LOGLoggingEvent* event);
-  static std::string_view build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
-                                std::string_view message);
+  LOG4VRK_HIDDEN std::string_view buildAny(LOGLoggingEvent* event);
+  LOG4VRK_HIDDEN static std::string_view build(LOGThreadState& thread, LOGPatternCopy& copy, LOGLoggingEvent& event,
+                                               std::string_view message);
   LOGPatternCopy& copyOf(LOGThreadState& thread);
-  LOGPatternCopy& takeCopy(LOGThreadState& thread);
+  LOG4VRK_HIDDEN LOGPatternCopy& takeCopy(LOGThreadState& thread);
 
-  // Of all patterns of all layouts this one, by which a thread knows whether it has a copy of it.
+  // Every pattern that is set, in whichever layout, has a number of its own. A thread compares it with that of the copy
+  // it has, and so sees without a lock that the pattern has changed.
   std::atomic<std::uint64_t> m_number{0};
   I18NString m_pattern VRK_GUARDED_BY(m_critSection);
   std::vector<LOGPatternConverter> m_converters VRK_GUARDED_BY(m_critSection);

@@ -31,7 +31,7 @@ class LOG4VRK_EXPORT LOGTTCCLayout : public LOGDateLayout {
   virtual int getContextPrinting();
 
  private:
-  void appendParts(I18NString& text, LOGLoggingEvent* event);
+  LOG4VRK_HIDDEN void appendParts(I18NString& text, LOGLoggingEvent* event);
 
   int m_threadPrinting VRK_GUARDED_BY(m_critSection) = 1;
   int m_loggerPrefixing VRK_GUARDED_BY(m_critSection) = 1;

@@ -48,8 +48,8 @@ class LOG4VRK_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
  private:
   class Datagram;
 
-  void openSocket() VRK_REQUIRES(m_critSection);
-  bool build(Datagram& datagram, LOGLoggingEvent& event, LOGObject& message) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void openSocket() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN bool build(Datagram& datagram, LOGLoggingEvent& event, LOGObject& message) VRK_REQUIRES(m_critSection);
 
   std::atomic<long> m_port{DEFAULT_PORT};
   std::atomic<int> m_socketClosed{1};  // instead of the base's flag, so that doAppend() never refuses an event

@@ -58,8 +58,8 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   static const Facility FACILITIES[];
   static const LOGAppenderInternals INTERNALS;
 
-  void openWriter(const I18NString& host) VRK_REQUIRES(m_critSection);
-  void send(LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void openWriter(const I18NString& host) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void send(LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);
   bool isReady() VRK_REQUIRES(m_critSection);
   /// Sends a line that has been formatted.
   void writeLine(const LOGLoggingEvent& event, std::string_view line) VRK_REQUIRES(m_critSection);

@@ -36,7 +36,7 @@ class LOG4VRK_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
   int getLevel() const { return m_level; }
 
  private:
-  void reportFailure(const char* description);
+  LOG4VRK_HIDDEN void reportFailure(const char* description);
 
   int m_facility = 0;
   int m_level = 0;

@@ -86,15 +86,15 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   std::uint64_t getDropped() const;
 
  private:
-  bool isActive() const;
-  void start() VRK_REQUIRES(m_critSection);
-  void tryThread() VRK_REQUIRES(m_critSection);
-  LOGLogServer server() const VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN bool isActive() const;
+  LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN void tryThread() VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN LOGLogServer server() const VRK_REQUIRES(m_critSection);
   template <typename Setting, typename Value>
-  void change(Setting& setting, const Value& value) VRK_REQUIRES(m_critSection);
-  std::string render(LOGLoggingEvent* event);
-  void put(LOGLoggingEvent* event);
-  bool waitForSpace(LOGOutbox& outbox);
+  LOG4VRK_HIDDEN void change(Setting& setting, const Value& value) VRK_REQUIRES(m_critSection);
+  LOG4VRK_HIDDEN std::string render(LOGLoggingEvent* event);
+  LOG4VRK_HIDDEN void put(LOGLoggingEvent* event);
+  LOG4VRK_HIDDEN bool waitForSpace(LOGOutbox& outbox);
 
   // Settings.
   std::atomic<long> m_port{DEFAULT_PORT};

@@ -26,6 +26,7 @@ void checkLength(std::size_t length) {
   }
 }
 
+// No UTF-8 gives more units than it has bytes, so that one pass is enough. Below it is three bytes for a unit.
 void appendByIcu(std::u16string& out, std::string_view utf8) {
   checkLength(utf8.size());
   const std::size_t start = out.size();
@@ -38,7 +39,8 @@ void appendByIcu(std::u16string& out, std::string_view utf8) {
   out.resize(start + static_cast<std::size_t>(length));
 }
 
-// In pieces that are widened on the stack: room made in the text itself would be filled with zeros first.
+// Nearly all narrow text is ASCII, so that is tried first and ICU gets the rest. Pieces are widened on the stack, since
+// room that is made in the text itself would be filled with zeros first.
 void appendWidened(std::u16string& out, std::string_view utf8) {
   char16_t piece[128];
   while (!utf8.empty()) {
@@ -80,7 +82,8 @@ void appendDecimal(std::u16string& out, Integer value) {
   out.append(units, count);
 }
 
-// The bytes that c_str() lends.
+// The bytes that c_str() lends. They are freed by VRKThreadExit and not by a destructor of the thread's, because other
+// such destructors may still log, and would find them gone.
 std::string& lentBytes() {
   static thread_local std::string* bytes = nullptr;
   if (bytes == nullptr) {

@@ -9,8 +9,8 @@
 
 #include "log4vrk/platform/VRKExport.h"
 
-/// Bytes that belong to whoever has this. It is what std::unique_ptr<char[]> would be, and becomes one where a program
-/// wants one; the header of that costs every file that logs as much as the rest of this one.
+/// Bytes that belong to whoever has this. It is as std::unique_ptr<char[]>, and converts into one. <memory> is not
+/// included for it, because that would cost every file that logs as much again as this whole header.
 class I18NBytes {
  public:
   explicit I18NBytes(char* bytes) noexcept : m_bytes(bytes) {}

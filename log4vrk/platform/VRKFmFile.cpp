@@ -45,7 +45,7 @@ bool injected(VRKFault::Point point) {
 
 constexpr std::size_t MOST_HELD_BACK = 64 * 1024;
 
-// From here on nothing is collected any more.
+// Set at the process's exit. From then on nothing is collected any more, because nobody would write it.
 std::atomic<bool> g_exiting{false};
 
 // A descriptor that somebody made non-blocking, such as a shared terminal, may be full for a moment.
@@ -54,7 +54,7 @@ bool waitUntilWritable(int descriptor) {
   return ::poll(&waiting, 1, -1) > 0 || errno == EINTR;
 }
 
-// The files that have a buffer.
+// The files that have a buffer, for the process's exit.
 struct Buffered {
   VRKMutex mutex;
   std::vector<VRKFmFile*> files VRK_GUARDED_BY(mutex);
@@ -104,13 +104,15 @@ bool VRKFmFile::open(const I18NString& path, int flags) {
 }
 
 bool VRKFmFile::attach(int descriptor) {
+  // A process may run without standard streams; any open descriptor will do.
   const bool valid = !injected(VRKFault::FILE_ATTACH) && ::fcntl(descriptor, F_GETFD) >= 0;
   if (!adopt(valid ? descriptor : -1, I18NString(descriptor == STDERR_FILENO ? "stderr" : "stdout"))) return false;
   m_owned = false;
-  m_seeks = ::lseek(descriptor, 0, SEEK_CUR) >= 0;
+  m_seeks = ::lseek(descriptor, 0, SEEK_CUR) >= 0;  // a file, which somebody may have opened without O_APPEND
   return true;
 }
 
+// The former file stays open when the new one cannot be had.
 bool VRKFmFile::adopt(int descriptor, const I18NString& name) {
   m_lastError = descriptor < 0 ? errno : 0;
   if (descriptor < 0) return false;
@@ -136,6 +138,7 @@ long VRKFmFile::write(const I18NString& text) { return write(std::string_view(te
 long VRKFmFile::collect(std::string_view bytes) {
   const std::size_t limit = std::max(g_exiting ? 0 : m_bufferSize, m_holding ? MOST_HELD_BACK : 0);
   dropThoseOfTheParent();
+  // The rest of the last line is lost. Its beginning gets a line of its own.
   if (m_isTorn && m_collected.size() == 0) m_collected.appendChecked("\n");
   m_collected.appendChecked(bytes);
   m_ends.push_back(m_collected.size());
@@ -164,7 +167,8 @@ bool VRKFmFile::writeAll(std::string_view bytes) {
   return true;
 }
 
-// Whatever comes of it, the bytes are gone afterwards.
+// The bytes are gone afterwards, whatever comes of it: kept, they would grow without limit on a full disk. Each write
+// that has not reached the file whole is counted as lost.
 bool VRKFmFile::writeOut() {
   if (m_collected.size() == 0) return true;
   dropThoseOfTheParent();
@@ -179,6 +183,8 @@ bool VRKFmFile::writeOut() {
   return written;
 }
 
+// A forked child has a copy of what its parent has collected. The parent writes it; written here it would be there
+// twice.
 void VRKFmFile::dropThoseOfTheParent() {
   if (m_forks == VRKThread::forks()) return;
   m_forks = VRKThread::forks();

@@ -41,8 +41,8 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// Moves `offset` bytes from the end. Succeeds without effect where there is nothing to do: on files opened for
   /// appending, and on terminals and pipes. -1 on failure.
   long seekFromEnd(long offset) { return m_seeks || VRKFault::armed() ? seek(offset) : 0; }
-  /// The number of bytes written, all of them, or -1: then they are lost, and with them what had been collected. When a
-  /// part had been written, the next write begins a new line.
+  /// Returns the number of bytes, all of which have been taken, or -1: then they are lost, and so is what had been
+  /// collected. When a part of them has reached the file, the next write begins a new line.
   long write(std::string_view bytes) {
     if (m_bufferSize > 0 || m_holding || m_isTorn || m_collected.size() > 0) return collect(bytes);
     return writeAll(bytes) ? static_cast<long>(bytes.size()) : loseOne();
@@ -53,8 +53,8 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// Writes what the buffer holds; the disk is not waited for. 0 on failure.
   int flush();
 
-  /// Collects whole writes until there are `size` bytes or more; then, and with flush(), close() and the process's
-  /// exit(), they go to the system. 0, as it is at first, collects nothing. A forked child drops what is its parent's.
+  /// Collects whole writes. They go to the system when there are `size` bytes or more, and with flush(), close() and
+  /// the process's exit(). 0, the default, collects nothing. A forked child drops what its parent has collected.
   void setBuffer(std::size_t size);
   /// While this is on, write() collects as with a buffer of 64 KiB; release() has to come soon.
   void setHoldingBack(bool on) { m_holding = on; }
@@ -83,15 +83,15 @@ class LOG4VRK_EXPORT VRKFmFile {
   int getLastError() const { return m_lastError; }
 
  private:
-  bool adopt(int descriptor, const I18NString& name);
+  LOG4VRK_HIDDEN bool adopt(int descriptor, const I18NString& name);
   long seek(long offset);
   long collect(std::string_view bytes);
   long fails(long result);
   bool failed() { return fails(0) != 0; }
   long loseOne();
   bool writeAll(std::string_view bytes);
-  bool writeOut();
-  void dropThoseOfTheParent();
+  LOG4VRK_HIDDEN bool writeOut();
+  LOG4VRK_HIDDEN void dropThoseOfTheParent();
 
   int m_descriptor = -1;
   bool m_owned = false;
@@ -105,5 +105,5 @@ class LOG4VRK_EXPORT VRKFmFile {
   std::size_t m_bufferSize = 0;
   I18NUtf8Buffer m_collected;       // in the buffer, or held back
   std::vector<std::size_t> m_ends;  // where each write ends in it
-  unsigned m_forks = 0;             // in which process
+  unsigned m_forks = 0;             // of the process that has collected
 };

@@ -35,7 +35,7 @@ class Tree;
 
 }  // namespace
 
-// What a handle leads to. Its memory and that of its texts is the tree's.
+// What a handle leads to. The tree owns its memory and that of its texts.
 struct VRKIDOM_Data {
   Tree* tree;
   short type;
@@ -53,7 +53,8 @@ namespace {
 
 using Node = VRKIDOM_Data;
 
-// One document. Nothing in it is freed before all of it is, and nothing in it needs a destructor.
+// One document. Its nodes and texts are laid one behind the other and freed all at once, so that they need neither
+// owners nor destructors: documents are read once, asked a little and dropped.
 class Tree {
  public:
   Tree() = default;
@@ -99,6 +100,8 @@ void append(Node& parent, Node& child) {
   parent.lastChild = &child;
 }
 
+// Searches from the first child, because nodes have no pointer to the one before: documents are read far more often
+// than changed.
 void detach(Node& child) {
   Node* const parent = std::exchange(child.parent, nullptr);
   if (parent == nullptr) return;
@@ -117,6 +120,7 @@ bool mayHold(const Node& parent, const Node& child) {
   const bool isContent =
       child.type == VRKIDOM_Node::ELEMENT_NODE || child.type == TEXT_NODE || child.type == CDATA_NODE;
   if (parent.type != VRKIDOM_Node::ELEMENT_NODE || !isContent) return false;
+  // An element below itself would make a ring.
   for (const Node* outer = &parent; outer != nullptr; outer = outer->parent) {
     if (outer == &child) return false;
   }
@@ -151,7 +155,7 @@ bool isIn(const CharacterRange (&ranges)[N], char32_t character) {
   });
 }
 
-// A lone surrogate is in no range.
+// Takes a character off the text. A lone surrogate comes as it is, and is in no range of names.
 char32_t nextCharacter(std::u16string_view& text) {
   const char32_t lead = text[0];
   const bool isPair = lead >= 0xD800 && lead < 0xDC00 && text.size() > 1 && text[1] >= 0xDC00 && text[1] < 0xE000;
@@ -169,6 +173,7 @@ bool isName(std::u16string_view text) {
   return true;
 }
 
+// The tree's memory raises std::bad_alloc, and callers expect the library's own error.
 template <typename Operation>
 auto translated(Operation&& operation) -> decltype(operation()) {
   try {
@@ -203,6 +208,7 @@ class TreeBuilder final : public VRKXmlSink {
     m_parent = m_parent->parent;
   }
 
+  // Parsers give a long text in pieces, and one with entities too. The tree has one node for it.
   void characters(std::u16string_view text) override { m_text += text; }
 
   void node(short type, std::u16string_view name, std::u16string_view value) override { add(type, name, value); }
@@ -240,7 +246,7 @@ struct Descriptor {
 };
 
 std::string readFile(const char* path, const I18NString& name) {
-  // Non-blocking, since opening a pipe would wait for its writer.
+  // Non-blocking, because otherwise opening a pipe would wait for a writer before it can be refused.
   const Descriptor file{::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)};
   struct stat status;
   if (file.number < 0 || ::fstat(file.number, &status) != 0) throw VRKSystemError(errno, name, VRK_HERE);
@@ -258,6 +264,7 @@ std::string readFile(const char* path, const I18NString& name) {
   return bytes;
 }
 
+// The parser is in a module of its own: programs that are configured in code do not pay for loading it.
 VRKXmlParse loadParser() {
   I18NString reason;
   void* const module = VRKDynamicLibrary::openModule(VRK_XML_MODULE, reason);
@@ -279,7 +286,8 @@ VRKXmlParse parser(const I18NString& file) {
 
 }  // namespace
 
-// How the handles are made.
+// Makes the handles. Each is a share of the whole document that leads to one node of it: that keeps a document alive
+// for as long as somebody has any place in it.
 struct VRKIDOM_Access {
   template <typename Handle>
   static Handle handle(const std::shared_ptr<Node>& owner, Node* node) {
@@ -357,7 +365,7 @@ void VRKIDOM_Element::setAttribute(const I18NString& name, const I18NString& val
       attribute = m_node->tree->make(ATTRIBUTE_NODE, name.view());
       attribute->next = std::exchange(m_node->firstAttribute, attribute);
     }
-    attribute->value = m_node->tree->keep(value.view());
+    attribute->value = m_node->tree->keep(value.view());  // the former value is freed with the tree
   });
 }
 

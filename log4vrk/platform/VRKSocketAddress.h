@@ -44,7 +44,7 @@ class LOG4VRK_EXPORT VRKSocketAddress {
  private:
   static constexpr unsigned SPACE = 128;  // for an address of any family
 
-  void store(const void* address, unsigned length, unsigned short family);
+  LOG4VRK_HIDDEN void store(const void* address, unsigned length, unsigned short family);
 
   I18NString m_interface;
   unsigned short m_family = INVALID_FAMILY;

@@ -17,7 +17,7 @@ Page pageOf(LOGHTMLLayout& layout) {
       {LOGLevel::WARN_OBJ, u"disk low", "user <17>", ""},
       {LOGLevel::ERROR_OBJ, u"lost", "", "overflow <main>"},
       {LOGLevel::FATAL_OBJ, u"", "user", "overflow"},
-      {&quiet, u"\u041f\u0440 \u6f22 \U0001f600 \xd800.", "", ""},
+      {&quiet, u"\u041f\u0440 \u6f22 \U0001f600.", "", ""},
       {&renamed, u"green", "", ""},
   };
   Page page;

@@ -39,9 +39,7 @@ TEST(PatternLayoutTest, NeverSplitsACharacter) {
       {"[%.1m]", u"a\U0001F600", "[]"},
       {"[%3.3m]", u"\U0001F600\U0001F601", "[ \U0001F601]"},
       // What is no character is counted as one, and replaced on the way out.
-      {"[%.1m]", u"\xD83Dx", "[x]"},
-      {"[%-3.1m]", u"x\xDE00", "[\uFFFD  ]"},
-      {"[%m]", u"\xD83D", "[\uFFFD]"},
+      {"[%m][%-3.1m][%.2m]", u"\xD83Dx\xDE00", "[\uFFFDx\uFFFD][\uFFFD  ][x\uFFFD]"},
   };
   for (const auto& [pattern, message, expected] : CASES) EXPECT_EQ(written(pattern, message), expected) << pattern;
 }

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "log4vrk/core/LOGLogLog.h"
-#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 /// What an operation writes to the internal log, by the kind of error.
@@ -18,11 +17,11 @@ struct LOGFailureTexts {
 
 /// What the functions below do with the error that is being handled. Out of line, so that each use costs one call.
 /// The rule of logContain(): returns when the error ends here.
-LOG4VRK_EXPORT void logFailureContained(const LOGFailureTexts& texts);
+void logFailureContained(const LOGFailureTexts& texts);
 /// The rule of logContainAll().
-LOG4VRK_EXPORT void logFailureContainedAll(const LOGFailureTexts& texts);
+void logFailureContainedAll(const LOGFailureTexts& texts);
 /// The rule of logReport().
-[[noreturn]] LOG4VRK_EXPORT void logFailureReported(const char* text);
+[[noreturn]] void logFailureReported(const char* text);
 
 /// Runs `operation`. The library's own errors are written with their description and end here; anything else is written
 /// and raised again, because it is not the library's to judge.
@@ -55,6 +54,16 @@ auto logContainAll(const LOGFailureTexts& texts, decltype(std::declval<Operation
     logFailureContainedAll(texts);
   }
   return failed;
+}
+
+/// The same of an operation whose result nobody needs.
+template <typename Operation>
+void logContainAll(const LOGFailureTexts& texts, Operation&& operation) {
+  try {
+    operation();
+  } catch (...) {
+    logFailureContainedAll(texts);
+  }
 }
 
 /// Runs `operation` and lets errors pass, after one line in the internal log that names the operation, not the cause.

@@ -8,7 +8,6 @@
 
 #include "log4vrk/core/internal/LOGAppenderUse.h"
 #include "log4vrk/core/internal/LOGGate.h"
-#include "log4vrk/platform/VRKExport.h"
 
 class LOGLogger;
 class LOGLoggingEvent;
@@ -26,7 +25,7 @@ struct LOGDeferredEvent {
 /// appender, a renderer, a listener, a factory) may log, and the events are delivered, in order, when the outermost
 /// scope ends and the thread holds no lock. At most 1000 events are put off in one outermost scope; what comes after is
 /// dropped with one line in the internal log.
-class LOG4VRK_EXPORT LOGDeferral {
+class LOGDeferral {
  public:
   /// What is put off on a thread. The thread's own.
   struct Thread {
@@ -54,7 +53,7 @@ class LOG4VRK_EXPORT LOGDeferral {
   static void defer(LOGLogger* logger, const LOGLoggingEvent* event);
 
   /// For its life the thread is one that serves a queue. It delivers what it puts off by deliverPutOff() alone.
-  class LOG4VRK_EXPORT DispatcherThread {
+  class DispatcherThread {
    public:
     DispatcherThread();
     ~DispatcherThread();

@@ -52,6 +52,7 @@ bool isAscii(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
+// Whether a cut at `position` would leave half a character on each side.
 bool splitsPair(const I18NString& text, std::size_t position) {
   return (text[position - 1] & 0xFC00) == 0xD800 && (text[position] & 0xFC00) == 0xDC00;
 }
@@ -75,6 +76,8 @@ void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event, st
   if (isFitted()) fit(out, start);
 }
 
+// Those whose length is known beforehand: at most MOST_PUT bytes beside the logger's name and the message. Widths are
+// no hindrance for a level, which setLevel() fits once and not in every line.
 bool LOGPatternConverter::isFrequent() const {
   if (text.size() > sizeof shortText) return false;
   return letter == 0 || letter == u'p' || (!isFitted() && (letter == u'm' || (letter == u'c' && precision == 0)));
@@ -136,6 +139,7 @@ inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent
 }
 
 void LOGPatternConverter::fit(I18NUtf8Buffer& out, std::size_t start) const {
+  // Most pieces are ASCII, where a byte is a unit and nothing has to be converted.
   const std::string_view piece = out.view().substr(start);
   std::size_t length = piece.size();
   if (!isAscii(piece)) {
@@ -147,7 +151,8 @@ void LOGPatternConverter::fit(I18NUtf8Buffer& out, std::size_t start) const {
   if (length < minimumWidth) out.insertBlanks(leftAligned ? out.size() : start, minimumWidth - length);
 }
 
-// Cuts a piece of which bytes are not units, and returns its length in units.
+// Widths count UTF-16 units, which for anything but ASCII are not bytes. Cuts the piece and returns its length in
+// units.
 std::size_t LOGPatternConverter::fitUtf16(I18NUtf8Buffer& out, std::size_t start) const {
   I18NString piece(out.view().substr(start));
   if (piece.length() > maximumWidth) {

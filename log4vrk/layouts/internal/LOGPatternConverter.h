@@ -28,7 +28,7 @@ struct LOGPatternConverter {
   bool isFitted() const { return minimumWidth > 0 || maximumWidth != I18NString::npos; }
   void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message);
 
-  // The most frequent items, several of which are written into one piece of memory.
+  // A faster way for the most frequent items: several in a row are written into memory that has room for all of them.
   /// Whether put() can write it.
   bool isFrequent() const;
   /// Has put() write this level from now on. False when it is too long for that.
@@ -45,7 +45,7 @@ struct LOGPatternConverter {
   std::size_t maximumWidth = I18NString::npos;
   std::size_t precision = 0;            // how many components of the logger's name; 0 is all
   std::string text;                     // in front of the item; in UTF-8
-  char shortText[16] = {};              // the same when it fits
+  char shortText[16] = {};              // the same when it fits, copied as one block
   std::unique_ptr<LOGDateFormat> date;  // letter d; null is no date
 
   void setText(std::string&& utf8);
@@ -56,11 +56,12 @@ struct LOGPatternConverter {
   void fit(I18NUtf8Buffer& out, std::size_t start) const;
   std::size_t fitUtf16(I18NUtf8Buffer& out, std::size_t start) const;
 
-  char m_level[16] = {};  // as it is written
+  char m_level[16] = {};  // the name, fitted to the widths
   std::size_t m_levelSize = 0;
 };
 
 inline char* LOGPatternConverter::put(char* out, const std::string& logger, std::string_view message) const {
+  // The whole block, of which the beginning counts: a copy of constant size needs no call and no loop.
   std::memcpy(out, shortText, sizeof shortText);
   out += text.size();
   switch (letter) {

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 
-#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKNameLookup.h"
 #include "log4vrk/platform/internal/VRKTlsStream.h"
 
@@ -22,7 +21,7 @@ struct LOGLogServer {
   VRKTlsStream::Settings tls;
 
   /// "host:port", for people.
-  LOG4VRK_EXPORT std::string name() const;
+  std::string name() const;
 };
 
 /// Looks the name up, connects, and then carries the bytes of a session. It never waits: whoever owns it waits for its
@@ -30,7 +29,7 @@ struct LOGLogServer {
 ///
 /// Thread safety: not thread-safe.
 /// Errors: a connection that is over stays so, and reason() says why, for people.
-class LOG4VRK_EXPORT LOGConnection {
+class LOGConnection {
  public:
   using Clock = std::chrono::steady_clock;
 

@@ -42,7 +42,7 @@ class LOGConnector : public VRKThread, private LOGMutex, public std::enable_shar
 
   /// The same for all connectors of the process, and for those that are made later: for its exit. What is not
   /// acknowledged in time is kept. Returns at `until` at the latest. Once, from any thread.
-  LOG4VRK_EXPORT static void finishAll(Clock::time_point until);
+  LOG4VRK_EXPORT_FOR_TESTS static void finishAll(Clock::time_point until);
 
  private:
   struct Registry;

@@ -19,7 +19,7 @@ struct LOGEncodedEvent {
 };
 
 /// Thread safety: immutable.
-class LOG4VRK_EXPORT LOGEventEncoder {
+class LOG4VRK_EXPORT_FOR_TESTS LOGEventEncoder {
  public:
   /// In bytes: what encode() and stamp() make is never longer.
   static constexpr std::size_t LONGEST = 61440;

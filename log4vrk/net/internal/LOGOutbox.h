@@ -8,7 +8,6 @@
 #include <deque>
 
 #include "log4vrk/net/internal/LOGEventEncoder.h"
-#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 #include "log4vrk/platform/internal/VRKWakeUp.h"
@@ -17,7 +16,7 @@
 /// Each gets its number here, so that the queue and the numbers have one order.
 ///
 /// Thread safety: any thread. Nothing is waited for but the lock.
-class LOG4VRK_EXPORT LOGOutbox {
+class LOGOutbox {
  public:
   using Clock = std::chrono::steady_clock;
 

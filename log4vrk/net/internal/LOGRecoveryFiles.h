@@ -28,7 +28,7 @@
 /// Errors: when the file system fails, append() says so to its caller, who still has the message, and messages that can
 /// no longer be read are counted as dropped. The internal log gets one line when a trouble begins and one when it is
 /// over. Nothing is raised but std::bad_alloc.
-class LOG4VRK_EXPORT LOGRecoveryFiles {
+class LOG4VRK_EXPORT_FOR_TESTS LOGRecoveryFiles {
  public:
   static constexpr std::int64_t DEFAULT_LIMIT = std::int64_t{256} << 20;
 
@@ -94,23 +94,23 @@ class LOG4VRK_EXPORT LOGRecoveryFiles {
   };
 
   void adopt(bool report);
-  void findSetAside();
-  void measure();
+  LOG4VRK_HIDDEN void findSetAside();
+  LOG4VRK_HIDDEN void measure();
   bool isOver(std::int64_t bytes) const { return m_bytes + m_others + bytes > m_limit; }
-  std::vector<std::unique_ptr<File>> findFree(bool report);
-  void takeOver(std::unique_ptr<File> file);
-  std::unique_ptr<File> newFile(const char* ending);
-  void write(std::string_view record);
-  static std::string recordOf(std::uint64_t sequence, std::string_view payload, std::int64_t limit);
-  void makeRoom(std::int64_t bytes);
-  void dropOldest();
-  void removeDelivered();
-  void removeOldest();
-  void leave(std::unique_ptr<File> file);
-  void cutOff(File& file);
-  void startReading(std::size_t index);
-  void sayLost();
-  I18NString pathOf(const I18NString& name) const;
+  LOG4VRK_HIDDEN std::vector<std::unique_ptr<File>> findFree(bool report);
+  LOG4VRK_HIDDEN void takeOver(std::unique_ptr<File> file);
+  LOG4VRK_HIDDEN std::unique_ptr<File> newFile(const char* ending);
+  LOG4VRK_HIDDEN void write(std::string_view record);
+  LOG4VRK_HIDDEN static std::string recordOf(std::uint64_t sequence, std::string_view payload, std::int64_t limit);
+  LOG4VRK_HIDDEN void makeRoom(std::int64_t bytes);
+  LOG4VRK_HIDDEN void dropOldest();
+  LOG4VRK_HIDDEN void removeDelivered();
+  LOG4VRK_HIDDEN void removeOldest();
+  LOG4VRK_HIDDEN void leave(std::unique_ptr<File> file);
+  LOG4VRK_HIDDEN void cutOff(File& file);
+  LOG4VRK_HIDDEN void startReading(std::size_t index);
+  LOG4VRK_HIDDEN void sayLost();
+  LOG4VRK_HIDDEN I18NString pathOf(const I18NString& name) const;
 
   const I18NString m_directory;
   const std::int64_t m_limit;

@@ -13,7 +13,7 @@
 /// sequence, the payload. Numbers are little-endian. A file is a row of such records and nothing else.
 ///
 /// Thread safety: without state; any thread.
-struct LOG4VRK_EXPORT LOGRecoveryRecord {
+struct LOG4VRK_EXPORT_FOR_TESTS LOGRecoveryRecord {
   static constexpr std::size_t HEADER = 16;
   static constexpr std::size_t MAX_PAYLOAD = std::size_t{1} << 20;
 

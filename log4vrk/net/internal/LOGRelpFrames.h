@@ -19,10 +19,10 @@ struct LOGRelpFrame {
   std::string data;
 
   /// The code of an answer ("200 OK"), 0 when it has none.
-  LOG4VRK_EXPORT int code() const;
+  LOG4VRK_EXPORT_FOR_TESTS int code() const;
   /// Puts a frame at the end of `out`.
-  LOG4VRK_EXPORT static void append(std::string& out, std::uint32_t number, std::string_view command,
-                                    std::string_view data);
+  LOG4VRK_EXPORT_FOR_TESTS static void append(std::string& out, std::uint32_t number, std::string_view command,
+                                              std::string_view data);
   /// Numbers start at 1 and go up by one; after the greatest comes 1.
   static std::uint32_t next(std::uint32_t number) { return number == GREATEST_NUMBER ? 1 : number + 1; }
 };
@@ -32,7 +32,7 @@ struct LOGRelpFrame {
 ///
 /// Thread safety: not thread-safe.
 /// Errors: after a byte that cannot stand where it stands, next() gives BROKEN for good: the stream has lost its step.
-class LOG4VRK_EXPORT LOGRelpParser {
+class LOG4VRK_EXPORT_FOR_TESTS LOGRelpParser {
  public:
   enum Result { FRAME, NEEDS_MORE, BROKEN };
 
@@ -44,9 +44,9 @@ class LOG4VRK_EXPORT LOGRelpParser {
   Result next(LOGRelpFrame& frame);
 
  private:
-  Result number(std::size_t& position, std::uint32_t& value) const;
-  Result command(std::size_t& position, std::string& text) const;
-  Result parse(LOGRelpFrame& frame, std::size_t& position) const;
+  LOG4VRK_HIDDEN Result number(std::size_t& position, std::uint32_t& value) const;
+  LOG4VRK_HIDDEN Result command(std::size_t& position, std::string& text) const;
+  LOG4VRK_HIDDEN Result parse(LOGRelpFrame& frame, std::size_t& position) const;
 
   std::string m_bytes;
   std::size_t m_next = 0;  // where the next frame begins

@@ -39,7 +39,7 @@ struct LOGOutgoing {
 ///
 /// Thread safety: not thread-safe.
 /// Errors: a session that has come to its end is OVER, and reason() says why, for people; nothing when it was asked to.
-class LOG4VRK_EXPORT LOGRelpSession {
+class LOG4VRK_EXPORT_FOR_TESTS LOGRelpSession {
  public:
   /// IDLE until begin(); OPENING until the server has accepted the session; CLOSING until it has said goodbye.
   enum State { IDLE, OPENING, READY, CLOSING, OVER };
@@ -85,14 +85,14 @@ class LOG4VRK_EXPORT LOGRelpSession {
   std::deque<LOGOutgoing>& unanswered() { return m_unanswered; }
 
  private:
-  void send(LOGOutgoing& event);
-  void sendWhatMayGo();
-  void settle(LOGOutgoing& event, LOGOutgoing::Answer answer);
-  void send(std::string_view command, std::string_view data);
-  void handle(const LOGRelpFrame& frame);
-  void answerToOpen(const LOGRelpFrame& frame);
-  void answerToEvent(const LOGRelpFrame& frame);
-  void end(const std::string& reason);
+  LOG4VRK_HIDDEN void send(LOGOutgoing& event);
+  LOG4VRK_HIDDEN void sendWhatMayGo();
+  LOG4VRK_HIDDEN void settle(LOGOutgoing& event, LOGOutgoing::Answer answer);
+  LOG4VRK_HIDDEN void send(std::string_view command, std::string_view data);
+  LOG4VRK_HIDDEN void handle(const LOGRelpFrame& frame);
+  LOG4VRK_HIDDEN void answerToOpen(const LOGRelpFrame& frame);
+  LOG4VRK_HIDDEN void answerToEvent(const LOGRelpFrame& frame);
+  LOG4VRK_HIDDEN void end(const std::string& reason);
 
   State m_state = IDLE;
   std::string m_reason;

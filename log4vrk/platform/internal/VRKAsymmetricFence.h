@@ -4,15 +4,13 @@
 
 #include <atomic>
 
-#include "log4vrk/platform/VRKExport.h"
-
 /// Thread A stores "I am in" and then loads whether it is closed. Thread B stores "closed" and then loads whether
 /// anybody is in. At least one of them has to see what the other has stored, which takes a full barrier between store
 /// and load on both sides. Where the system can run a barrier in all threads of the process (membarrier), B has it run
 /// A's: a log call is A several times and saves nanoseconds each time, and B pays microseconds.
 ///
 /// Thread safety: any thread.
-class LOG4VRK_EXPORT VRKAsymmetricFence {
+class VRKAsymmetricFence {
  public:
   /// A's store. Whoever sees `value` also sees what A stored before it. A's later loads come after it.
   template <typename Value>

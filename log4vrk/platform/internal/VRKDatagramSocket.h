@@ -38,7 +38,7 @@ class LOG4VRK_EXPORT VRKDatagramSocket {
   bool isOpen() const { return m_descriptor >= 0; }
 
  private:
-  void connect();
+  LOG4VRK_HIDDEN void connect();
   bool sendOnce(const void* bytes, std::size_t count);
 
   int m_descriptor = -1;

@@ -5,7 +5,6 @@
 #include <memory>
 #include <vector>
 
-#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/VRKSocketAddress.h"
 
 class VRKWakeUp;
@@ -15,7 +14,7 @@ class VRKWakeUp;
 ///
 /// Thread safety: not thread-safe.
 /// Errors: the constructor raises VRKSystemError when the system has no thread to give, and std::bad_alloc.
-class LOG4VRK_EXPORT VRKNameLookup {
+class VRKNameLookup {
  public:
   /// Wakes `whenDone` when the answer is there.
   VRKNameLookup(const I18NString& host, long port, std::shared_ptr<VRKWakeUp> whenDone);

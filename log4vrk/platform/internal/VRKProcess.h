@@ -5,10 +5,9 @@
 #include <string>
 
 #include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/VRKExport.h"
 
 /// Thread safety: without state; any thread.
-class LOG4VRK_EXPORT VRKProcess {
+class VRKProcess {
  public:
   static long id();
   /// Without directories.

@@ -6,14 +6,13 @@
 #include <string_view>
 
 #include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/VRKExport.h"
 
 /// Its owner is the object that has it open: while it is, no other object, here or in another process, can open it. The
 /// system ends that when the owner's process does, unless a forked child still has the descriptor.
 ///
 /// Thread safety: not thread-safe.
 /// Errors: returned; getLastError() tells why.
-class LOG4VRK_EXPORT VRKSpoolFile {
+class VRKSpoolFile {
  public:
   enum Result { OPENED, OWNED_OR_GONE, FAILED };
 

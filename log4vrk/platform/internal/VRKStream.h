@@ -5,13 +5,11 @@
 #include <cstddef>
 #include <string>
 
-#include "log4vrk/platform/VRKExport.h"
-
 /// Bytes to and from one peer. Its user waits for the descriptor between the calls.
 ///
 /// Thread safety: not thread-safe.
 /// Errors: none is raised. Once an operation has failed all of them fail, and failure() says why, for people.
-class LOG4VRK_EXPORT VRKStream {
+class VRKStream {
  public:
   enum Progress { PENDING, READY, FAILED };
 

@@ -12,7 +12,7 @@
 /// it asks when idle, and gives up on bytes that nobody acknowledges.
 ///
 /// Thread safety: not thread-safe.
-class LOG4VRK_EXPORT VRKStreamSocket : public VRKStream {
+class VRKStreamSocket : public VRKStream {
  public:
   /// For each address.
   static constexpr std::chrono::seconds LONGEST_ATTEMPT{10};

@@ -9,7 +9,7 @@
 #include "log4vrk/platform/VRKExport.h"
 
 /// Thread safety: without state; any thread.
-class LOG4VRK_EXPORT VRKTime {
+class LOG4VRK_EXPORT_FOR_TESTS VRKTime {
  public:
   /// A moment of the wall clock: seconds since the Unix epoch and the nanoseconds within that second.
   struct Moment {

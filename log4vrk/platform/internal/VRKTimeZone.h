@@ -7,14 +7,13 @@
 #include <memory>
 
 #include "log4vrk/platform/I18NString.h"
-#include "log4vrk/platform/VRKExport.h"
 
 /// The rules of one time zone, as new as the installed ICU has them or the directory ICU_TIMEZONE_FILES_DIR in the
 /// environment. The process's own zone is neither asked nor changed; VRKTime::local() is for that.
 ///
 /// Thread safety: any thread.
 /// Ownership: the result of find() is shared by all who hold it.
-class LOG4VRK_EXPORT VRKTimeZone {
+class VRKTimeZone {
  public:
   /// `name` is one that ICU knows ("Europe/Berlin", "UTC"), "Z" for UTC, or an offset to the east, alone or after GMT
   /// or UTC ("+05:45", "-0330", "GMT-3", "UTC+2"). Null when there is no such zone.

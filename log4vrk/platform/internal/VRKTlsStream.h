@@ -16,7 +16,7 @@ struct bio_st;
 /// authority.
 ///
 /// Thread safety: not thread-safe.
-class LOG4VRK_EXPORT VRKTlsStream : public VRKStream {
+class VRKTlsStream : public VRKStream {
  public:
   /// Names of PEM files, empty for none. Without authorities of its own a client takes OpenSSL's: those of the system,
   /// or those that the environment names in SSL_CERT_FILE and SSL_CERT_DIR.

@@ -2,11 +2,9 @@
 
 #pragma once
 
-#include "log4vrk/platform/VRKExport.h"
-
 /// Thread safety: one thread waits; any thread wakes it.
 /// Errors: the constructor raises VRKSystemError when the system has no descriptor to give.
-class LOG4VRK_EXPORT VRKWakeUp {
+class VRKWakeUp {
  public:
   VRKWakeUp();
   ~VRKWakeUp();
