@@ -37,7 +37,7 @@ void oneThread(const bench::Settings& settings, bench::Folder& folder) {
     folder.expectLines(events);
     return result;
   });
-  comparison.gate("b", "ours", "write", Comparison::AT_MOST, 1.55, 1.35);
+  comparison.gate("b", "ours", "write", Comparison::AT_MOST, 1.45, 1.15);
   comparison.gate("b", "ours", "spdlog", Comparison::AT_MOST, 0.65);
   comparison.run();
 }
@@ -67,7 +67,7 @@ void fourThreads(const bench::Settings& settings, bench::Folder& folder) {
     folder.expectLines(4 * events);
     return result;
   });
-  comparison.gate("b4", "ours", "mutex", Comparison::AT_LEAST, 0.80, 0.90);
+  comparison.gate("b4", "ours", "mutex", Comparison::AT_LEAST, 0.90, 1.05);
   comparison.gate("b4", "ours", "spdlog", Comparison::AT_LEAST, 1.5);
   comparison.run();
 }

@@ -29,8 +29,8 @@ void oneThread(const bench::Settings& settings, bench::Folder& folder) {
     folder.expectLines(events);
     return result;
   });
-  comparison.gate("c", "ours", "bufst", Comparison::AT_MOST, 5.5, 4);
-  comparison.gate("c", "ours", "spdlog", Comparison::AT_MOST, 0.40);
+  comparison.gate("c", "ours", "bufst", Comparison::AT_MOST, 5, 2.6);
+  comparison.gate("c", "ours", "spdlog", Comparison::AT_MOST, 0.37);
   comparison.run();
 }
 
@@ -56,8 +56,8 @@ void fourThreads(const bench::Settings& settings, bench::Folder& folder) {
     folder.expectLines(4 * events);
     return result;
   });
-  comparison.gate("c4", "ours", "buf", Comparison::AT_LEAST, 0.28, 0.40);
-  comparison.gate("c4", "ours", "spdlog", Comparison::AT_LEAST, 2);
+  comparison.gate("c4", "ours", "buf", Comparison::AT_LEAST, 0.38, 0.55);
+  comparison.gate("c4", "ours", "spdlog", Comparison::AT_LEAST, 2.2);
   comparison.run();
 }
 

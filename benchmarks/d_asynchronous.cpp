@@ -68,9 +68,9 @@ void latency(const bench::Settings& settings, bench::Folder& folder) {
     return std::vector<double>{bench::quantile(calls, 0.5), bench::quantile(calls, 0.99),
                                bench::quantile(calls, 0.999)};
   });
-  comparison.gate("d p50", "ours", "spsc", Comparison::AT_MOST, 4, 2.2);
+  comparison.gate("d p50", "ours", "spsc", Comparison::AT_MOST, 1.6, 1.0);
   comparison.gate("d p99", "ours", "spsc", Comparison::AT_MOST, 10, 2.5);
-  comparison.gate("d p99.9", "ours", "spsc", Comparison::AT_MOST, 7, 2);
+  comparison.gate("d p99.9", "ours", "spsc", Comparison::AT_MOST, 2.5, 1.5);
   comparison.gate("d p50", "ours", "spdlog", Comparison::AT_MOST, 0.2);
   comparison.run();
 }
@@ -83,8 +83,8 @@ void sustained(const bench::Settings& settings, bench::Folder& folder, int threa
     return std::vector<double>{static_cast<double>(threads * events) /
                                bench::seconds(threads, events, call, [&] { log.close(); })};
   });
-  comparison.gate(item, "ours", "spsc", Comparison::AT_LEAST, threads == 1 ? 0.13 : 0.23, threads == 1 ? 0.47 : 0.55);
-  comparison.gate(item, "ours", "spdlog", Comparison::AT_LEAST, 2);
+  comparison.gate(item, "ours", "spsc", Comparison::AT_LEAST, threads == 1 ? 0.33 : 0.38, 0.6);
+  comparison.gate(item, "ours", "spdlog", Comparison::AT_LEAST, 2.5);
   comparison.run();
 }
 

@@ -60,8 +60,8 @@ void compare(const bench::Settings& settings, bench::Folder& folder, const char*
     const bench::OurLog log(rollingFile(folder.newFile(), bufferedIO));
     return nanoseconds([&](long i) { log.log(i); });
   });
-  comparison.gate(item, "ours", floor, Comparison::AT_MOST, bufferedIO == 1 ? 4 : 1.5, bufferedIO == 1 ? 3.2 : 1.3);
-  comparison.gate(item, "ours", "spdlog", Comparison::AT_MOST, bufferedIO == 1 ? 0.40 : 0.70);
+  comparison.gate(item, "ours", floor, Comparison::AT_MOST, bufferedIO == 1 ? 3.9 : 1.35, bufferedIO == 1 ? 1.8 : 1.15);
+  comparison.gate(item, "ours", "spdlog", Comparison::AT_MOST, bufferedIO == 1 ? 0.40 : 0.65);
   comparison.run();
 }
 

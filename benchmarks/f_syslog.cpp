@@ -103,6 +103,6 @@ int main(int argc, char** argv) {
     const bench::OurLog log(syslog());
     return perSecond([&](long i) { log.log(i); });
   });
-  comparison.gate("f", "ours", "sendto", bench::Comparison::AT_LEAST, 0.90, 1.0);
+  comparison.gate("f", "ours", "sendto", bench::Comparison::AT_LEAST, 0.93, 1.0);
   comparison.run();
 }
