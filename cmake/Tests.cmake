@@ -11,7 +11,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   set(LOG4VRK_PRECOMPILE_TESTS ON)
 endif()
 
-# log4vrk_add_test(name sources...): one program; every test in it is a ctest test in a process of its own.
+# log4vrk_add_test(name sources...): one program; every test in it is a ctest test in a process of its own,
+# with the program's name as its label.
 function(log4vrk_add_test name)
   if(NOT ARGN)
     return()
@@ -28,7 +29,7 @@ function(log4vrk_add_test name)
   endif()
   add_dependencies(${name} log4vrk_test_programs)
   # At ctest's time and not after the build, so that compiling does not run anything.
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES LABELS ${name})
 endfunction()
 
 # log4vrk_add_test_program(name sources...): a program that tests start; it is at LOG4VRK_TEST_PROGRAM_DIR "/name".

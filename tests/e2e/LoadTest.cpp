@@ -1,5 +1,6 @@
 // Loggers under load: while a document is read again, through a queue and beside it, and in forked children.
 
+#include "tests/support/Load.h"
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
@@ -11,35 +12,6 @@ constexpr long EACH = 25000;
 #else
 constexpr long EACH = 250000;
 #endif
-
-// Which logger has which appender: "file", of that class, or "async" before it.
-using References = std::map<std::string, std::string>;
-
-std::string loadDocument(const TempDir& dir, Way way, const References& references,
-                         const std::string& fileClass = "RollingFileAppender", long fileSize = 1000000) {
-  std::string document = R"(<log4j:configuration>
-    <appender name="file" class="@CLASS@">
-      <param name="File" value="@DIR@/all.log"/>
-      <param name="MaximumFileSize" value="@SIZE@"/>
-      <param name="MaxBackupIndex" value="1000"/>
-      @LAYOUT@
-    </appender>
-    <appender name="async" class="AsyncAppender">
-      <param name="BufferSize" value="512"/><appender-ref ref="file"/></appender>
-    <logger name="load.inner"><level value="inherited"/></logger>)";
-  for (const auto& [logger, appender] : references) {
-    document += replaced("<logger name='@'><level value='INFO'/>", "@", logger);
-    document += replaced("<appender-ref ref='@'/></logger>", "@", appender);
-  }
-  document = replaced(replaced(document, "@CLASS@", fileClass), "@SIZE@", std::to_string(fileSize));
-  document = replaced(document, "@LAYOUT@", layoutOf(way));
-  return dir.write("log.xml", replaced(document, "@DIR@", dir.path()) + "</log4j:configuration>");
-}
-
-void logNumbers(const std::string& loggerName, Way way, int writer, long count) {
-  LOGLogger* const logger = LOGManager::getLogger(loggerName.c_str());
-  for (long n = 1; n <= count; ++n) logNumber(logger, way, writer, n);
-}
 
 // While threads log, their loggers are configured anew, and get other levels and appenders.
 void loseAndRepeatNothing(Way way, const References& references, const char* other, long each, long fileSize,
@@ -148,30 +120,7 @@ TEST_P(Queues, AForkedChildLogsForItselfAndTheParentLosesNothing) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
 #endif
-  const TempDir dir;
-  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(loadDocument(dir, GetParam(), {{"load", "async"}}).c_str()));
-  LOGLogger* const logger = LOGManager::getLogger("load");
-  std::atomic<bool> done{false};
-  std::atomic<long> counts[4] = {};
-  std::thread forking([&] {
-    for (int child = 0; child < 500; ++child) {
-      const auto log = [&] {
-        logNumbers("load", GetParam(), 100 + child, 2);
-        LOG4VRKConfigurator::shutdown();
-      };
-      ASSERT_EQ(0, statusInChild(log, 10)) << "child " << child;
-    }
-    done = true;
-  });
-  onThreads(4, [&](int t) {
-    while (!done && counts[t] < 5000) logNumber(logger, GetParam(), t, ++counts[t]);
-  });
-  forking.join();
-  LOG4VRKConfigurator::shutdown();
-  std::map<int, long> last;
-  ASSERT_NO_FATAL_FAILURE(lastNumbers(linesWithBackups(dir.file("all.log")), last));
-  for (int t = 0; t < 4; ++t) EXPECT_EQ(counts[t], last[t]);
-  for (int child = 0; child < 500; ++child) EXPECT_EQ(2, last[100 + child]) << "child " << child;
+  forkWhileThreadsLog(GetParam(), 500);
 }
 
 }  // namespace

@@ -2,48 +2,19 @@
 
 #include <malloc.h>
 
+#include "tests/support/Load.h"
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
 
 namespace {
 
-void log(Way way, int writer, long count, std::atomic<long>& returned) {
-  LOGLogger* const logger = LOGManager::getLogger("process");
-  for (long n = 1; n <= count; ++n) {
-    logNumber(logger, way, writer, n);
-    returned = n;
-  }
-}
-
 using Crash = BothWays;
 using Processes = BothWays;
 LOG4VRK_ON_BOTH_WAYS(Crash);
 LOG4VRK_ON_BOTH_WAYS(Processes);
 
-TEST_P(Crash, NoEventIsLostWhoseLogCallHadReturned) {
-  const TempDir dir;
-  const std::string document = fileDocument(dir, GetParam());
-  auto& returned = sharedWithChildren<std::atomic<long>>();
-  std::mt19937 random(20261121);
-  for (int kill = 0; kill < 50; ++kill) {
-    dir.write("all.log", "");
-    returned = 0;
-    const pid_t child = startChild([&] {
-      LOG4VRKConfigurator::initialize(document.c_str());
-      log(GetParam(), 0, std::numeric_limits<long>::max(), returned);
-    });
-    ASSERT_TRUE(eventually([&] { return returned > 0; }));
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000));
-    ::kill(child, SIGKILL);
-    ASSERT_EQ(-SIGKILL, statusOf(child)) << "the program ended by itself";
-    Texts lines = linesOf(dir.file("all.log"));
-    // The kernel ends a write of a killed process at the end of a page.
-    if (!lines.empty() && dir.read("all.log").back() != '\n') lines.pop_back();
-    ASSERT_GE(static_cast<long>(lines.size()), returned);
-    expectEachOnceInOrder(lines, 1, static_cast<long>(lines.size()));
-  }
-}
+TEST_P(Crash, NoEventIsLostWhoseLogCallHadReturned) { killWhileLogging(GetParam(), 50); }
 
 TEST_P(Processes, WriteWholeLinesIntoOneFile) {
   const TempDir dir;
@@ -51,9 +22,8 @@ TEST_P(Processes, WriteWholeLinesIntoOneFile) {
   std::vector<pid_t> children;
   for (int p = 0; p < 4; ++p) {
     children.push_back(startChild([&] {
-      std::atomic<long> returned{0};
       LOG4VRKConfigurator::initialize(document.c_str());
-      log(GetParam(), p, 5000, returned);
+      logNumbers("process", GetParam(), p, 5000);
       LOG4VRKConfigurator::shutdown();
     }));
   }

@@ -244,7 +244,7 @@ TEST_F(ConnectorTest, KeepsEventsWhileThereIsNoThreadAndDeliversThemWhenThereIs)
   pthread_attr_t usual, huge;
   ASSERT_EQ(0, ::pthread_getattr_default_np(&usual));
   ::pthread_attr_init(&huge);
-  ::pthread_attr_setstacksize(&huge, std::size_t{1} << 46);
+  ::pthread_attr_setstacksize(&huge, std::numeric_limits<std::size_t>::max() / 8 * 7);
   ASSERT_EQ(0, ::pthread_setattr_default_np(&huge));
   EXPECT_EQ(0, open());
   log(1, 3);
@@ -292,7 +292,8 @@ TEST_F(ConnectorTest, ShortageOfMemoryOnItsThreadLosesNothing) {
 }
 
 TEST_F(ConnectorTest, ReconnectsWithAnyDelay) {
-  for (const long delay : {9223372036855L, std::numeric_limits<long>::max(), -1L, std::numeric_limits<long>::min()}) {
+  for (const long delay :
+       {static_cast<long>(9223372036855), std::numeric_limits<long>::max(), -1L, std::numeric_limits<long>::min()}) {
     LOGTCPSocketAppender client;
     client.setRemoteHost("127.0.0.1");
     client.setPort(server.port());
