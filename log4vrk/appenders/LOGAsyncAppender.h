@@ -16,8 +16,8 @@ struct LOGAppenderList;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A
 /// logging thread pays for the copy; only while the queue is full it waits. Nothing that was accepted is dropped:
-/// close() delivers everything queued. A process that ends without close() (LOG4VRKConfigurator::shutdown() does it)
-/// loses what is queued.
+/// close() delivers everything queued, and so does the process's exit(), as far as that takes no longer than about a
+/// second. A process that ends in another way loses what is queued.
 ///
 /// Layouts behind the queue print the dispatcher's thread name and context, unless location info is on: then the
 /// caller's are fixed before the copy.
@@ -75,6 +75,7 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void enqueue(const LOGLoggingEvent& event);
   LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                        std::unique_ptr<LOGLoggingEvent>& copy);
+  struct Started;
   void start() VRK_REQUIRES(m_critSection);
   std::unique_ptr<LOGDispatcher> takeDispatcher();
   void finish(std::unique_ptr<LOGDispatcher> dispatcher);

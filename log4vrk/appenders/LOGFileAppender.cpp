@@ -8,19 +8,21 @@
 #include "log4vrk/appenders/internal/LOGFileLine.h"
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/internal/LOGAppendLine.h"
+#include "log4vrk/core/internal/LOGExitSteps.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 namespace {
 
-// Runs after the program's own destructors, which may still log. Where nothing is buffered, no thread that is stuck in
-// a log call holds up the exit.
-__attribute__((destructor)) void writeBuffersAtExit() {
+// Where nothing is buffered, no thread that is stuck in a log call holds up the exit.
+void writeBuffers(LOGExitSteps::Clock::time_point until) {
   if (!VRKFmFile::anyBuffered()) return;
-  const LOGGate::FullClosure alone;
+  const LOGGate::FullClosure alone(until);
   VRKFmFile::writeBuffers();
 }
+
+[[maybe_unused]] const bool g_writesBuffersAtExit = LOGExitSteps::set(LOGExitSteps::BUFFERS, &writeBuffers);
 
 }  // namespace
 

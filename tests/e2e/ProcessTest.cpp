@@ -61,6 +61,84 @@ TEST_P(Processes, WriteWholeLinesIntoOneFile) {
   expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, 5000);
 }
 
+using Clock = std::chrono::steady_clock;
+constexpr int EVENTS = 20000;
+
+struct Ending {
+  const char* name;
+  enum { MAIN, LOG_CALL, DISPATCHER, AFTER_A_CHILD } from;
+  bool sinkIsStuck;
+  std::chrono::milliseconds atMost;
+};
+
+void PrintTo(const Ending& ending, std::ostream* out) { *out << ending.name; }
+
+// Logs through two queues, one behind the other, into a file, and directly into a file with a buffer; ends without a
+// shutdown.
+void logAndExit(const TempDir& dir, const Ending& ending, std::atomic<Clock::duration>& began) {
+  LOGLayout layout;
+  LOGFileAppender queued(&layout, dir.file("queued").c_str());
+  LOGFileAppender buffered(&layout, dir.file("buffered").c_str(), 0, 1, 1 << 20);
+  RecordingAppender other;
+  LOGAsyncAppender inner, outer, beforeOther;
+  LOGLogger* const logger = LOGManager::getLogger("exit");
+  LOGLogger* const otherLogger = LOGManager::getLogger("other");
+  for (LOGAsyncAppender* queue : {&inner, &outer}) queue->setBufferSize(EVENTS);
+  inner.addAppender(&queued);
+  outer.addAppender(&inner);
+  logger->addAppender(&outer);
+  logger->addAppender(&buffered);
+  beforeOther.addAppender(&other);
+
+  std::atomic<bool> stuck{false}, ready{false};
+  const auto exit = [&] {
+    began = Clock::now().time_since_epoch();
+    std::exit(0);
+  };
+  other.onAppend = [&](const std::string&) {
+    stuck = true;
+    while (!ready) ::usleep(100);
+    exit();
+  };
+  if (ending.from != Ending::LOG_CALL) otherLogger->addAppender(&beforeOther);
+  if (ending.sinkIsStuck || ending.from == Ending::DISPATCHER) {
+    otherLogger->info("stuck");
+    EXPECT_TRUE(eventually([&] { return stuck.load(); }));
+  }
+  for (int n = 1; n <= EVENTS; ++n) logNumber(logger, Way::FAST, 0, n);
+  if (ending.from == Ending::AFTER_A_CHILD) {
+    EXPECT_EQ(0, statusInChild(exit));
+    EXPECT_LT(Clock::now().time_since_epoch() - began.load(), std::chrono::seconds(1));
+  }
+  if (ending.from == Ending::MAIN || ending.from == Ending::AFTER_A_CHILD) exit();
+  ready = true;
+  if (ending.from == Ending::DISPATCHER) ::pause();
+  otherLogger->addAppender(&other);
+  otherLogger->info("exit");
+}
+
+struct Exit : testing::TestWithParam<Ending> {};
+
+TEST_P(Exit, WithoutAShutdownLosesNothingAndTakesTwoSecondsAtMost) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+  if (GetParam().from == Ending::AFTER_A_CHILD) GTEST_SKIP() << "the sanitizers are not made for such forks";
+#endif
+  const TempDir dir;
+  auto& began = sharedWithChildren<std::atomic<Clock::duration>>();
+  EXPECT_EQ(0, statusInChild([&] { logAndExit(dir, GetParam(), began); }));
+  EXPECT_LT(Clock::now().time_since_epoch() - began.load(), GetParam().atMost);
+  for (const char* file : {"queued", "buffered"}) expectEachOnceInOrder(linesOf(dir.file(file)), 1, EVENTS);
+}
+
+constexpr std::chrono::milliseconds SOON{1000}, TWO_SECONDS{2500};
+INSTANTIATE_TEST_SUITE_P(Endings, Exit,
+                         testing::Values(Ending{"main", Ending::MAIN, false, SOON},
+                                         Ending{"log_call", Ending::LOG_CALL, false, SOON},
+                                         Ending{"dispatcher", Ending::DISPATCHER, false, SOON},
+                                         Ending{"after_a_child", Ending::AFTER_A_CHILD, false, SOON},
+                                         Ending{"stuck_sink", Ending::MAIN, true, TWO_SECONDS}),
+                         [](auto& ending) { return std::string(ending.param.name); });
+
 // Every kind of object that a document can make. The sanitizer build sees what is not freed at the end.
 TEST(Cycles, LeaveNothingBehind) {
   const TempDir dir;
