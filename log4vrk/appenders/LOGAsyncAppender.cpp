@@ -13,6 +13,7 @@
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGExitSteps.h"
+#include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKThread.h"
@@ -243,7 +244,8 @@ void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();
   if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return;
   const std::uint64_t end = owned->putSoFar();
-  logWaitFor(LONGEST_DRAINING, [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
+  logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
+               [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
   if (const LOGAppenderLists::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
 }
 

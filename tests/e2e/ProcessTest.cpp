@@ -1,10 +1,24 @@
 // What concerns whole processes: crashes, several processes on one file, and what many configurations leave behind.
 
+#include <dlfcn.h>
 #include <malloc.h>
+#include <netdb.h>
+#include <sys/stat.h>
 
+#include <set>
+
+#include "tests/support/ScriptedLogServer.h"
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
+
+// Stands in for the system's, which it calls: one name takes its time.
+extern "C" int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** found) {
+  static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(::dlsym(RTLD_NEXT, "getaddrinfo"));
+  const bool slow = host != nullptr && std::string(host) == "slow.example";
+  if (slow) std::this_thread::sleep_for(std::chrono::seconds(5));
+  return real(slow ? "127.0.0.1" : host, service, hints, found);
+}
 
 namespace {
 
@@ -138,6 +152,73 @@ INSTANTIATE_TEST_SUITE_P(Endings, Exit,
                                          Ending{"after_a_child", Ending::AFTER_A_CHILD, false, SOON},
                                          Ending{"stuck_sink", Ending::MAIN, true, TWO_SECONDS}),
                          [](auto& ending) { return std::string(ending.param.name); });
+
+// Everything that a run has to wait for, it waits for while others can log, or not at all.
+TEST(Reread, OfADocumentHoldsNoLogCallUp) {
+  const Deadline deadline{100};
+  const TempDir dir;
+  const InternalLog internal;
+  ScriptedLogServer server([](const std::string&) { return ScriptedLogServer::HOLD; });
+  ASSERT_EQ(0, ::mkfifo(dir.file("pipe").c_str(), 0600));
+  VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+  const std::string layout = layoutOf(Way::FAST);
+  const auto appender = [&](const std::string& kind, const std::string& parameters) {
+    return "<appender name='" + kind + "' class='" + kind + "'>" + parameters + layout + "</appender>";
+  };
+  const auto parameter = [](const std::string& name, const std::string& value) {
+    return "<param name='" + name + "' value='" + value + "'/>";
+  };
+  const std::string document = dir.write(
+      "log.xml",
+      "<log4j:configuration>" +
+          appender("TCPSocketAppender",
+                   parameter("RemoteHost", "127.0.0.1") + parameter("Port", std::to_string(server.port()))) +
+          appender("SyslogAppender", parameter("Host", "slow.example")) +
+          appender("FileAppender", parameter("File", dir.file("pipe"))) +
+          appender("RollingFileAppender", parameter("File", dir.file("all.log"))) +
+          "<logger name='reread.server'><appender-ref ref='TCPSocketAppender'/></logger>"
+          "<logger name='reread.syslog'><appender-ref ref='SyslogAppender'/></logger>"
+          "<logger name='reread.pipe'><appender-ref ref='FileAppender'/></logger>"
+          "<logger name='reread.fast'><appender-ref ref='RollingFileAppender'/></logger></log4j:configuration>");
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  LOGLogger* const toServer = LOGManager::getLogger("reread.server");
+  for (int n = 1; n <= 1000; ++n) logNumber(toServer, Way::FAST, 0, n);
+  LOGManager::getLogger("reread.pipe")->error("nobody reads it");
+  ASSERT_TRUE(eventually([&] { return server.held() > 0; }));
+
+  LOGLogger* const logger = LOGManager::getLogger("reread.fast");
+  std::atomic<Clock::rep> slowest{0};
+  const auto log = [&] {
+    const auto begin = Clock::now();
+    logger->error("meanwhile");
+    const Clock::rep time = (Clock::now() - begin).count();
+    for (Clock::rep before = slowest; before < time && !slowest.compare_exchange_weak(before, time);) {
+    }
+    ::usleep(100);
+  };
+  const auto begin = Clock::now();
+  {
+    const Meanwhile logging({log, log, log});
+    EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  }
+  const std::chrono::duration<double> took = Clock::now() - begin;
+  const std::chrono::duration<double, std::milli> longest = Clock::duration(slowest);
+  std::printf("Read again in %.1f s; the slowest log call took %.1f ms.\n", took.count(), longest.count());
+  EXPECT_LT(took.count(), 10);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  EXPECT_LT(longest.count(), 100);
+#endif
+  EXPECT_EQ(0, internal.count("LOGSyslogWriter::init --- Error in converting address."));
+  // What the server had not acknowledged is kept for the next appender, in order.
+  server.lets = ScriptedLogServer::ALL;
+  const auto arrived = [&] {
+    std::set<std::string> texts;
+    for (const std::string& text : server.received()) texts.insert(text);
+    return texts.size() == 1000;
+  };
+  EXPECT_TRUE(eventually(arrived));
+  LOG4VRKConfigurator::shutdown();
+}
 
 // Every kind of object that a document can make. The sanitizer build sees what is not freed at the end.
 TEST(Cycles, LeaveNothingBehind) {

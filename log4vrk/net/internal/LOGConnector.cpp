@@ -7,6 +7,7 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGExitSteps.h"
+#include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 
@@ -134,7 +135,7 @@ void LOGConnector::close(std::shared_ptr<LOGConnector> connector) {
     if (!connector->m_working) connector->m_self.reset();
     return;
   }
-  const Clock::time_point farewellUntil = Clock::now() + LONGEST_FAREWELL;
+  const Clock::time_point farewellUntil = LOGTimeLimit::until(LONGEST_FAREWELL);
   connector->beginToFinish(farewellUntil);
   connector->waitForEnd(farewellUntil + GRACE);
 }
