@@ -143,7 +143,7 @@ void LOGAsyncAppender::start() {
     m_forks = VRKThread::forks();
   }
   m_dispatcher->start();
-  vrkTranslateErrors(VRK_HERE, [&] { Started::instance().add(m_queue); });
+  vrkTranslateErrors(VRK_HERE, [queue = m_queue] { Started::instance().add(queue); });
   setClosed(0);
 }
 

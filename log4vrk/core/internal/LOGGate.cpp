@@ -187,8 +187,6 @@ LOGGate::FullClosure::~FullClosure() {
   if (m_closed) openToAll();
 }
 
-bool LOGGate::isClosedByThisThread() { return closesAlready(currentThread()); }
-
 void LOGGate::watchForks() {
   static const bool registered = (vrkAtFork(&beforeFork, &afterForkInParent, &afterForkInChild), true);
   static_cast<void>(registered);

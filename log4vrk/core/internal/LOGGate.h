@@ -85,9 +85,6 @@ class LOGGate {
     const bool m_closed;
   };
 
-  /// Whether the calling thread has closed the front: then all others who log wait for it.
-  static bool isClosedByThisThread();
-
   /// Makes sure that forks are looked after. Called by whoever registers a preparation that has to come before the
   /// gate's own.
   static void watchForks();
