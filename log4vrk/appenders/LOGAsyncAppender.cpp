@@ -1,7 +1,9 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 
+#include <algorithm>
 #include <chrono>
 #include <typeinfo>
+#include <vector>
 
 #include "log4vrk/appenders/LOGDispatcher.h"
 #include "log4vrk/core/LOGGuard.h"
@@ -10,6 +12,8 @@
 #include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGExitSteps.h"
+#include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKThread.h"
@@ -41,6 +45,53 @@ void discard(LOGBoundedFIFO& queue) {
 }
 
 }  // namespace
+
+// The queues of the process that have a dispatcher, for its exit.
+struct LOGAsyncAppender::Started {
+  static Started& instance() {
+    static Started& all = vrkImmortal<Started>();
+    return all;
+  }
+  void add(const std::shared_ptr<LOGBoundedFIFO>& queue) {
+    const LOGLeafGuard guard(mutex);
+    queues.erase(std::remove_if(queues.begin(), queues.end(), [](const Queue& each) { return each.fifo.expired(); }),
+                 queues.end());
+    queues.push_back({queue, VRKThread::forks()});
+  }
+  // Without that of the calling thread, who would wait for itself.
+  std::vector<std::shared_ptr<LOGBoundedFIFO>> served() {
+    std::vector<std::shared_ptr<LOGBoundedFIFO>> all;
+    const LOGLeafGuard guard(mutex);
+    for (const Queue& each : queues) {
+      std::shared_ptr<LOGBoundedFIFO> fifo = each.fifo.lock();
+      const bool served = each.forks == VRKThread::forks() && fifo && fifo->servedBy != VRKThread::currentThreadId();
+      if (served) all.push_back(std::move(fifo));
+    }
+    return all;
+  }
+  // An event may have to pass several queues, each of which another one leads to: hence the rounds.
+  static void deliver(LOGExitSteps::Clock::time_point until) {
+    try {
+      const std::vector<std::shared_ptr<LOGBoundedFIFO>> all = instance().served();
+      for (std::size_t round = 0; round < all.size(); ++round) {
+        for (const std::shared_ptr<LOGBoundedFIFO>& fifo : all) {
+          const std::uint64_t end = fifo->putSoFar();
+          logWaitUntil(until, [&] { return fifo->delivered.load() >= end; });
+        }
+      }
+    } catch (const std::bad_alloc&) {
+      // There is no memory even for the list, and nobody left to tell.
+    }
+  }
+
+  struct Queue {
+    std::weak_ptr<LOGBoundedFIFO> fifo;
+    unsigned forks;  // of the process whose dispatcher serves it
+  };
+  VRKMutex mutex;
+  std::vector<Queue> queues VRK_GUARDED_BY(mutex);
+  const bool deliversAtExit = LOGExitSteps::set(LOGExitSteps::QUEUES, &deliver);
+};
 
 const LOGAppenderInternals LOGAsyncAppender::INTERNALS = {
     &typeid(LOGAsyncAppender), true, &LOGAsyncAppender::appendFast, nullptr, nullptr, &LOGAsyncAppender::drain};
@@ -93,6 +144,7 @@ void LOGAsyncAppender::start() {
     m_forks = VRKThread::forks();
   }
   m_dispatcher->start();
+  vrkTranslateErrors(VRK_HERE, [queue = m_queue] { Started::instance().add(queue); });
   setClosed(0);
 }
 
@@ -198,7 +250,8 @@ void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();
   if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return;
   const std::uint64_t end = owned->putSoFar();
-  logWaitFor(LONGEST_DRAINING, [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
+  logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
+               [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
   if (const LOGAppenderLists::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
 }
 

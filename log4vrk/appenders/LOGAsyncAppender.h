@@ -16,8 +16,8 @@ struct LOGAppenderList;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A
 /// logging thread pays for the copy, and it waits only while the queue is full. Nothing that was accepted is dropped:
-/// close() delivers everything queued. A process that ends without close() (LOG4VRKConfigurator::shutdown() does it)
-/// loses what is queued.
+/// close() delivers everything queued, and so does the process's exit(), as far as that takes no longer than about a
+/// second. A process that ends in another way loses what is queued.
 ///
 /// Layouts behind the queue print the dispatcher's thread name and context, unless location info is on: then the
 /// caller's are fixed before the copy.
@@ -76,6 +76,7 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
   LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                       std::unique_ptr<LOGLoggingEvent>& copy);
+  struct Started;
   LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
   LOG4VRK_HIDDEN std::unique_ptr<LOGDispatcher> takeDispatcher();
   LOG4VRK_HIDDEN void finish(std::unique_ptr<LOGDispatcher> dispatcher);

@@ -60,6 +60,8 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   std::uint64_t putSoFar() const;
   /// How many of them have been delivered. Only the getting side changes it.
   std::atomic<std::uint64_t> delivered{0};
+  /// The number of the dispatcher's thread; 0 before it runs.
+  std::atomic<long> servedBy{0};
   /// Log calls that wait for space.
   std::atomic<int> waiting{0};
 

@@ -54,7 +54,7 @@ void LOGDispatcher::closeItself() {
 // everything that was accepted is delivered.
 void LOGDispatcher::run() {
   VRK_ASSERT(m_bf);
-  m_threadId = VRKThread::currentThreadId();
+  m_bf->servedBy = m_threadId = VRKThread::currentThreadId();
   const LOGDeferral::DispatcherThread here;
   LOGPolling polling;
   for (bool closed = false;;) {

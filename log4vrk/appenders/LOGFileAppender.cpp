@@ -8,19 +8,22 @@
 #include "log4vrk/appenders/internal/LOGFileLine.h"
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/internal/LOGAppendLine.h"
+#include "log4vrk/core/internal/LOGExitSteps.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 namespace {
 
-// Runs after the program's own destructors, which may still log. The gate is closed only when something is buffered:
-// otherwise a thread that is stuck in a log call would hold up the exit for nothing.
-__attribute__((destructor)) void writeBuffersAtExit() {
+// The gate is closed only when something is buffered: otherwise a thread that is stuck in a log call would hold up the
+// exit for nothing.
+void writeBuffers(LOGExitSteps::Clock::time_point until) {
   if (!VRKFmFile::anyBuffered()) return;
-  const LOGGate::FullClosure alone;
+  const LOGGate::FullClosure alone(until);
   VRKFmFile::writeBuffers();
 }
+
+[[maybe_unused]] const bool g_writesBuffersAtExit = LOGExitSteps::set(LOGExitSteps::BUFFERS, &writeBuffers);
 
 }  // namespace
 

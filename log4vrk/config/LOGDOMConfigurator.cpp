@@ -1,5 +1,7 @@
 #include "log4vrk/config/LOGDOMConfigurator.h"
 
+#include <algorithm>
+
 #include "log4vrk/config/internal/LOGDOMChildren.h"
 #include "log4vrk/config/internal/LOGFactoryLibraries.h"
 #include "log4vrk/core/LOGAppenderSkeleton.h"
@@ -13,6 +15,9 @@
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGShutdownHook.h"
+#include "log4vrk/core/internal/LOGTimeLimit.h"
+#include "log4vrk/net/LOGSyslogWriter.h"
+#include "log4vrk/net/internal/LOGSyslogHosts.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
@@ -88,6 +93,35 @@ std::shared_ptr<LOGDOMConfigurator> instance() {
 constexpr LOGFailureTexts CONFIGURE_FAILURES{"LOGDOMConfigurator::doConfigure -- some i18nstring exception occurred",
                                              "LOGDOMConfigurator::doConfigure -- some VRKThrowable exception occurred",
                                              "LOGDOMConfigurator::doConfigure -- An unknown exception has occurred."};
+
+// What was logged before a run and what the run is going to need is waited for while others can log.
+constexpr std::chrono::milliseconds LONGEST_PREPARATION{6000}, LONGEST_WAIT_AT_REST{50};
+
+// Where the syslog appenders of a document will send to, each host once.
+std::vector<I18NString> syslogHosts(const VRKIDOM_Element& root) {
+  std::vector<I18NString> hosts;
+  const auto add = [&](const I18NString& host) {
+    if (std::find(hosts.begin(), hosts.end(), host) == hosts.end()) hosts.push_back(host);
+  };
+  for (const VRKIDOM_Element& element : logChildElements(root)) {
+    const bool isSyslog =
+        element.getTagName() == LOGDOMConfigurator::APPENDER_TAG &&
+        element.getAttribute(LOGDOMConfigurator::CLASS_ATTR).findLast("SyslogAppender") != I18NString::npos;
+    if (!isSyslog) continue;
+    bool namesOne = false;
+    for (const VRKIDOM_Element& child : logChildElements(element)) {
+      if (child.getAttribute(LOGDOMConfigurator::LOG4VRK_NAME_ATTR) != "Host") continue;
+      const I18NString host = child.getAttribute(LOGDOMConfigurator::VALUE_ATTR);
+      if (host.isEmpty()) continue;
+      add(host);
+      namesOne = true;
+    }
+    if (namesOne) continue;
+    const I18NString last = LOGSyslogWriter::getSyslogHost();
+    add(last.isEmpty() ? I18NString("localhost") : last);
+  }
+  return hosts;
+}
 
 bool isGiven(const I18NString& attribute) { return !attribute.isEmpty() && attribute != "null"; }
 
@@ -194,9 +228,18 @@ int LOGDOMConfigurator::parse(const VRKIDOM_Element& root) {
     LOGLogLog::error("DOM element is - not a <" + CONFIGURATION_TAG + "> element.");
     return 0;
   }
-  // From here on the others see the tree as it was, until it is as it shall be.
+  auto* const hierarchy = dynamic_cast<LOGHierarchy*>(m_repository);
+  LOGSyslogHosts hosts(syslogHosts(root));
+  {
+    const LOGTimeLimit limit(LONGEST_PREPARATION);
+    if (hierarchy != nullptr) hierarchy->drainAppenders();
+    hosts.wait();
+  }
+  // From here on the others see the tree as it was, until it is as it shall be. They wait for that, so nobody else is
+  // waited for any more.
   const LOGGate::Closure atRest;
-  if (auto* const hierarchy = dynamic_cast<LOGHierarchy*>(m_repository)) hierarchy->drainAppenders();
+  const LOGTimeLimit limit(LONGEST_WAIT_AT_REST);
+  if (hierarchy != nullptr) hierarchy->drainAppenders();
   parseAttributes(root);
   const std::vector<VRKIDOM_Element> children = logChildElements(root);
   for (const VRKIDOM_Element& child : children) {

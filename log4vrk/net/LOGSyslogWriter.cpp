@@ -2,11 +2,10 @@
 
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/net/internal/LOGSyslogHosts.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
-
-constexpr long SYSLOG_PORT = 514;
 
 VRKMutex g_mutex;
 I18NString& g_syslogHost VRK_GUARDED_BY(g_mutex) = vrkImmortal<I18NString>();
@@ -38,7 +37,7 @@ void LOGSyslogWriter::init() {
   VRKSocketAddress local(VRKSocketAddress::BUILT_IN_INTERFACE);
   VRKSocketAddress destination(VRKSocketAddress::BUILT_IN_INTERFACE);
   // Resolved first, because the socket must be of the destination's family.
-  const bool known = destination.resolve(hostToUse(), SYSLOG_PORT, false);
+  const bool known = LOGSyslogHosts::find(hostToUse(), destination);
   local.resolve(I18NString(), 0, true, known ? destination.getFamily() : VRKSocketAddress::ANY_FAMILY);
   if (!m_socket.open(local)) return;
   // It goes on after either failure: without a destination each write() fails and is reported, and a socket that may

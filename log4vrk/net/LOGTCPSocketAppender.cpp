@@ -7,6 +7,8 @@
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGLayoutInternals.h"
+#include "log4vrk/core/internal/LOGTimeLimit.h"
+#include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/net/internal/LOGConnector.h"
 #include "log4vrk/net/internal/LOGEventEncoder.h"
 #include "log4vrk/net/internal/LOGOutbox.h"
@@ -23,7 +25,14 @@ constexpr std::chrono::milliseconds BETWEEN_STARTS{100};
 }  // namespace
 
 LOGTCPSocketAppender::LOGTCPSocketAppender() : m_forks(VRKThread::forks()), m_outbox(vrkNew<LOGOutbox>(VRK_HERE)) {
-  static const LOGAppenderInternals INTERNALS = {&typeid(LOGTCPSocketAppender), true};
+  // Until the server has acknowledged everything or the recovery files have it, so that nothing is left to do when the
+  // appender is closed. What is appended meanwhile may delay that up to the limit.
+  const auto drain = [](LOGAppenderSkeleton& appender) {
+    auto& self = static_cast<LOGTCPSocketAppender&>(appender);
+    if (!self.isActive()) return;
+    logWaitUntil(LOGTimeLimit::until(LOGConnector::LONGEST_FAREWELL), [&] { return self.m_outbox->inMemory <= 0; });
+  };
+  static const LOGAppenderInternals INTERNALS = {&typeid(LOGTCPSocketAppender), true, nullptr, nullptr, nullptr, drain};
   instance("LOGTCPSocketAppender");
   LOGAppenderInternals::set(*this, INTERNALS);
   setClosed(1);

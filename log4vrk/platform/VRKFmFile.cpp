@@ -37,6 +37,18 @@ int systemFlags(int flags) {
   return result;
 }
 
+// A pipe that nobody reads is an error, and not waited for.
+int openForWriting(const I18NString& path, int flags) {
+  const int descriptor = openDescriptor(path, flags | O_NONBLOCK);
+  if (descriptor < 0) return descriptor;
+  const int status = ::fcntl(descriptor, F_GETFL);
+  if (status >= 0 && ::fcntl(descriptor, F_SETFL, status & ~O_NONBLOCK) >= 0) return descriptor;
+  const int error = errno;
+  ::close(descriptor);
+  errno = error;
+  return -1;
+}
+
 bool injected(VRKFault::Point point) {
   if (!VRKFault::hit(point)) return false;
   errno = EIO;
@@ -100,7 +112,7 @@ VRKFmFile::~VRKFmFile() {
 bool VRKFmFile::openForReading(const I18NString& path) { return adopt(openDescriptor(path, O_RDONLY), path); }
 
 bool VRKFmFile::open(const I18NString& path, int flags) {
-  return adopt(openDescriptor(path, systemFlags(flags)), path);
+  return adopt(openForWriting(path, systemFlags(flags)), path);
 }
 
 bool VRKFmFile::attach(int descriptor) {

@@ -32,7 +32,8 @@ class LOG4VRK_EXPORT VRKFmFile {
   VRKFmFile& operator=(const VRKFmFile&) = delete;
 
   bool openForReading(const I18NString& path);
-  /// New files get mode 0640 under the process's mask; the mode of an existing file is left alone.
+  /// New files get mode 0640 under the process's mask; the mode of an existing file is left alone. A pipe that nobody
+  /// reads cannot be opened.
   bool open(const I18NString& path, int flags);
   /// Writes to a descriptor that somebody else owns: close() lets go of it without closing it.
   bool attach(int descriptor);

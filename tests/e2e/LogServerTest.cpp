@@ -267,6 +267,31 @@ TEST_F(LogServerTest, LosesNothingThatWasSentOrKeptWhenTheClientIsKilled) {
               logged[1]);
 }
 
+TEST_F(LogServerTest, LosesNothingWhenTheProgramExitsWithoutAShutdown) {
+  using Clock = std::chrono::steady_clock;
+  ASSERT_TRUE(server->startAndWait());
+  const auto logAndExit = [&](long first) {
+    const Clock::time_point begin = Clock::now();
+    EXPECT_EQ(0, statusInChild([&] {
+                open();
+                for (long n = first; n < first + 400; ++n) LOG4VRK_INFO(logger, 0 << " " << n << " end");
+                std::exit(0);
+              }));
+    EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(3500));
+  };
+  logAndExit(1);
+  EXPECT_EQ(400u, server->waitForLines(400).size());
+  EXPECT_EQ(0, recoveryFiles());
+  server->stop();
+  logAndExit(401);
+  server->resume();
+  EXPECT_EQ(1, recoveryFiles());
+  open();
+  LOG4VRK_INFO(logger, "0 801 end");  // goes behind what is in the file
+  EXPECT_TRUE(acknowledges(401));
+  expectEachOnceInOrder(Received(server->lines()).texts, 1, 801);
+}
+
 // Each kind of server that is not the right one: one line says why, and the events wait until the right one is there.
 TEST_F(LogServerTest, KeepsEventsFromTheWrongServerAndSaysWhyOnce) {
   Rsyslog &right = *server, expired(Rsyslog::RELP, "expired"), other(Rsyslog::RELP, "other"),

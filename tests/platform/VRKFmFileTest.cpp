@@ -56,7 +56,8 @@ TEST(VRKFmFile, GoesOnWhereASignalInterruptedIt) {
     ::close(descriptor);
   });
   VRKFmFile file;
-  ASSERT_TRUE(file.open(dir.file("pipe").c_str(), VRKFmFile::EXISTING));
+  // Before it is read, it cannot be opened; that is known at once.
+  ASSERT_TRUE(eventually([&] { return file.open(dir.file("pipe").c_str(), VRKFmFile::EXISTING); }));
   const pthread_t writer = ::pthread_self();
   std::atomic<bool> done{false};
   std::thread interrupting([&] {

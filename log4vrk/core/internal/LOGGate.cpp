@@ -1,5 +1,6 @@
 #include "log4vrk/core/internal/LOGGate.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "log4vrk/core/internal/LOGThreadState.h"
@@ -33,15 +34,17 @@ bool othersAreOut(const LOGGate::Thread& self, Flag flag) {
       [&](const LOGThreadState& state) { return &state.gate != &self && (state.gate.*flag).load(); });
 }
 
+Clock::time_point longestWait() { return Clock::now() + LONGEST_WAIT_TO_CLOSE; }
+
 // Shuts the others out with `shut` and lets them in again with `letIn`, until none of them is inside or the time is
 // over. The rests in between are needed: somebody inside may be waiting for somebody outside.
 template <typename Shut, typename LetIn>
-void closeFor(const LOGGate::Thread& self, Flag flag, Shut shut, LetIn letIn) {
-  const Clock::time_point deadline = Clock::now() + LONGEST_WAIT_TO_CLOSE;
+void closeUntil(Clock::time_point deadline, const LOGGate::Thread& self, Flag flag, Shut shut, LetIn letIn) {
   for (;;) {
     shut();
     VRKAsymmetricFence::order();
-    if (logWaitFor(LONGEST_ATTEMPT_TO_CLOSE, [&] { return othersAreOut(self, flag); })) return;
+    const Clock::time_point attempt = std::min(Clock::now() + LONGEST_ATTEMPT_TO_CLOSE, deadline);
+    if (logWaitUntil(attempt, [&] { return othersAreOut(self, flag); })) return;
     if (Clock::now() >= deadline) return;
     letIn();
     const VRKNoCancellation finished;
@@ -69,15 +72,27 @@ bool mayEnter(const LOGGate::Thread& self) {
   });
 }
 
-void close(LOGGate::Thread& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
-  if (g_closer.load() == &self) {
+bool closesAlready(const LOGGate::Thread& self) { return g_closer.load() == &self; }
+
+// With the lock, or by the closer.
+void closeFront(LOGGate::Thread& self, Clock::time_point deadline) {
+  if (closesAlready(self)) {
     ++g_closures;
     return;
   }
-  g_closing.lock();
   g_closures = 1;
-  closeFor(
-      self, &LOGGate::Thread::inFront, [&] { g_closer.store(&self); }, [] { g_closer.store(nullptr); });
+  closeUntil(
+      deadline, self, &LOGGate::Thread::inFront, [&] { g_closer.store(&self); }, [] { g_closer.store(nullptr); });
+}
+
+void closeBack(const LOGGate::Thread& self, Clock::time_point deadline) {
+  closeUntil(
+      deadline, self, &LOGGate::Thread::inBack, [] { g_backClosed = true; }, [] { g_backClosed = false; });
+}
+
+void close(LOGGate::Thread& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  if (!closesAlready(self)) g_closing.lock();
+  closeFront(self, longestWait());
 }
 
 void open() VRK_NO_THREAD_SAFETY_ANALYSIS {
@@ -94,8 +109,16 @@ bool isInside() { return currentThread().passes > 0; }
 void closeToAll() {
   LOGGate::Thread& self = currentThread();
   close(self);
-  closeFor(
-      self, &LOGGate::Thread::inBack, [] { g_backClosed = true; }, [] { g_backClosed = false; });
+  closeBack(self, longestWait());
+}
+
+// False, with nothing closed, when somebody else has the gate closed for all the time.
+bool closeToAllUntil(Clock::time_point deadline) VRK_NO_THREAD_SAFETY_ANALYSIS {
+  LOGGate::Thread& self = currentThread();
+  if (!closesAlready(self) && !logWaitUntil(deadline, [] { return g_closing.tryLock(); })) return false;
+  closeFront(self, deadline);
+  closeBack(self, deadline);
+  return true;
 }
 
 void openToAll() {
@@ -158,9 +181,7 @@ LOGGate::Closure::Closure() { close(currentThread()); }
 
 LOGGate::Closure::~Closure() { open(); }
 
-LOGGate::FullClosure::FullClosure() : m_closed(!isInside()) {
-  if (m_closed) closeToAll();
-}
+LOGGate::FullClosure::FullClosure(Clock::time_point until) : m_closed(!isInside() && closeToAllUntil(until)) {}
 
 LOGGate::FullClosure::~FullClosure() {
   if (m_closed) openToAll();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 
 #include "log4vrk/platform/VRKExport.h"
 
@@ -71,10 +72,11 @@ class LOGGate {
     Closure& operator=(const Closure&) = delete;
   };
 
-  /// Front and back closed to everybody else for the life of a scope. It does nothing on a thread that is inside.
+  /// Front and back closed to everybody else for the life of a scope. It does nothing on a thread that is inside. At
+  /// `until` it waits for the others no longer.
   class FullClosure {
    public:
-    FullClosure();
+    explicit FullClosure(std::chrono::steady_clock::time_point until);
     ~FullClosure();
     FullClosure(const FullClosure&) = delete;
     FullClosure& operator=(const FullClosure&) = delete;

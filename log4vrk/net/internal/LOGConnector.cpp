@@ -6,6 +6,8 @@
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGExitSteps.h"
+#include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 
@@ -54,6 +56,7 @@ struct LOGConnector::Registry {
   std::vector<LOGConnector*> connectors VRK_GUARDED_BY(mutex);
   bool finished VRK_GUARDED_BY(mutex) = false;
   const bool forkHandled = (vrkAtFork(nullptr, nullptr, &abandonInChild), true);
+  const bool finishesAtExit = LOGExitSteps::set(LOGExitSteps::CONNECTIONS, &LOGConnector::finishAll);
 };
 
 std::shared_ptr<LOGConnector> LOGConnector::make(LOGDelivery::Settings settings, std::shared_ptr<LOGOutbox> outbox) {
@@ -132,7 +135,7 @@ void LOGConnector::close(std::shared_ptr<LOGConnector> connector) {
     if (!connector->m_working) connector->m_self.reset();
     return;
   }
-  const Clock::time_point farewellUntil = Clock::now() + LONGEST_FAREWELL;
+  const Clock::time_point farewellUntil = LOGTimeLimit::until(LONGEST_FAREWELL);
   connector->beginToFinish(farewellUntil);
   connector->waitForEnd(farewellUntil + GRACE);
 }

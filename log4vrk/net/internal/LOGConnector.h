@@ -21,8 +21,8 @@ class LOGConnector : public VRKThread, private LOGMutex, public std::enable_shar
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// For acknowledgements, when the appender closes. A configuration run may close it while log calls wait, which they
-  /// do for two seconds.
+  /// For acknowledgements, when the appender closes. A configuration run, for which log calls may wait, has less time:
+  /// see LOGTimeLimit.
   static constexpr std::chrono::milliseconds LONGEST_FAREWELL{1500};
 
   static std::shared_ptr<LOGConnector> make(LOGDelivery::Settings settings, std::shared_ptr<LOGOutbox> outbox);

@@ -16,6 +16,7 @@ class VRK_CAPABILITY("mutex") VRKMutex {
   VRKMutex& operator=(const VRKMutex&) = delete;
 
   void lock() VRK_ACQUIRE() { m_mutex.lock(); }
+  bool tryLock() VRK_TRY_ACQUIRE(true) { return m_mutex.try_lock(); }
   void unlock() VRK_RELEASE() { m_mutex.unlock(); }
 
  private:
