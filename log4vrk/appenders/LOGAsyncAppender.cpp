@@ -54,8 +54,9 @@ struct LOGAsyncAppender::Started {
   }
   void add(const std::shared_ptr<LOGBoundedFIFO>& queue) {
     const LOGLeafGuard guard(mutex);
-    queues.erase(std::remove_if(queues.begin(), queues.end(), [](const Queue& each) { return each.fifo.expired(); }),
-                 queues.end());
+    // Without those that are gone, and itself: a start that failed comes again.
+    const auto isOld = [&](const Queue& each) { return each.fifo.expired() || each.fifo.lock() == queue; };
+    queues.erase(std::remove_if(queues.begin(), queues.end(), isOld), queues.end());
     queues.push_back({queue, VRKThread::forks()});
   }
   // Without that of the calling thread, who would wait for itself.
@@ -143,8 +144,9 @@ void LOGAsyncAppender::start() {
     m_dispatcher = std::make_unique<LOGDispatcher>(m_queue, this);
     m_forks = VRKThread::forks();
   }
-  m_dispatcher->start();
+  // In this order: a dispatcher that runs is one that close() ends.
   vrkTranslateErrors(VRK_HERE, [queue = m_queue] { Started::instance().add(queue); });
+  m_dispatcher->start();
   setClosed(0);
 }
 

@@ -67,7 +67,7 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
  private:
   friend class LOGDispatcher;
 
-  static const LOGAppenderInternals INTERNALS;
+  LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
   /// Returns when what is queued now has been delivered, after ten seconds at the latest.
@@ -76,7 +76,7 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
   LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                       std::unique_ptr<LOGLoggingEvent>& copy);
-  struct Started;
+  struct LOG4VRK_HIDDEN Started;
   LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
   LOG4VRK_HIDDEN std::unique_ptr<LOGDispatcher> takeDispatcher();
   LOG4VRK_HIDDEN void finish(std::unique_ptr<LOGDispatcher> dispatcher);

@@ -36,7 +36,7 @@ class LOG4VRK_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
 
  private:
-  static const LOGAppenderInternals INTERNALS;
+  LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   /// Writes a line that has been formatted.
   void writeLine(std::string_view line) VRK_REQUIRES(m_critSection);

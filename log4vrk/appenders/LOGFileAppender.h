@@ -93,7 +93,7 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
 
  private:
   static const Identity IDENTITY;
-  static const LOGAppenderInternals INTERNALS;
+  LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   LOG4VRK_HIDDEN bool hasDirectory() const VRK_REQUIRES(m_critSection);
 

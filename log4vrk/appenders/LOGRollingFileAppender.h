@@ -42,7 +42,7 @@ class LOG4VRK_EXPORT LOGRollingFileAppender : public LOGFileAppender {
 
  private:
   static const Identity IDENTITY;
-  static const LOGAppenderInternals INTERNALS;
+  LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
   /// The writer as one that counts. Null when the program has set one that does not.

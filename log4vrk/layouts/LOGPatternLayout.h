@@ -48,7 +48,7 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   int ignoresThrowable() override;
 
  private:
-  static const LOGLayoutInternals INTERNALS;
+  LOG4VRK_HIDDEN static const LOGLayoutInternals INTERNALS;
 
   static std::string_view formatFast(LOGLayout& layout, LOGLoggingEvent& event);
   LOG4VRK_HIDDEN std::string_view buildAny(LOGLoggingEvent* event);

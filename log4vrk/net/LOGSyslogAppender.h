@@ -56,7 +56,7 @@ class LOG4VRK_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
  private:
   struct Facility;
   static const Facility FACILITIES[];
-  static const LOGAppenderInternals INTERNALS;
+  LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   LOG4VRK_HIDDEN void openWriter(const I18NString& host) VRK_REQUIRES(m_critSection);
   LOG4VRK_HIDDEN void send(LOGLoggingEvent& event) VRK_REQUIRES(m_critSection);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 #include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
@@ -27,14 +28,34 @@ bool LOGAppenderUse::isUsed(const LOGThreadState& self, const List* list) {
   });
 }
 
+namespace {
+
+// For a list that somebody may use when there is no memory to remember it by: it lives for good.
+void keepForGood(std::shared_ptr<const LOGAppenderList> list) {
+  using Share = std::shared_ptr<const LOGAppenderList>;
+  alignas(Share) unsigned char place[sizeof(Share)];
+  new (place) Share(std::move(list));  // never destroyed
+}
+
+// Appends without losing any.
+void append(LOGAppenderUse::Lists& to, LOGAppenderUse::Lists& lists) {
+  try {
+    to.reserve(to.size() + lists.size());
+    to.insert(to.end(), std::make_move_iterator(lists.begin()), std::make_move_iterator(lists.end()));
+  } catch (const std::bad_alloc&) {
+    for (std::shared_ptr<const LOGAppenderList>& list : lists) keepForGood(std::move(list));
+  }
+  lists.clear();
+}
+
+}  // namespace
+
 void LOGAppenderUse::letGo(Lists earlier) {
   if (earlier.empty()) return;
   LOGThreadState& thread = LOGThreadState::current();
   if (thread.deferral.calls > 0 || thread.gate.serves) {
-    LOGDeferral::Thread& later = thread.deferral;
-    later.lists.insert(later.lists.end(), std::make_move_iterator(earlier.begin()),
-                       std::make_move_iterator(earlier.end()));
-    later.hasRest = true;
+    append(thread.deferral.lists, earlier);
+    thread.deferral.hasRest = true;
     return;
   }
   // Who has come to a list before it was replaced, and is not seen to use it yet, will find out that it is not current.
@@ -44,29 +65,34 @@ void LOGAppenderUse::letGo(Lists earlier) {
   }
 }
 
+// In a destructor: it takes no memory that it cannot do without.
 void LOGAppenderUse::finish(LOGThreadState& thread, Lists& earlier) {
   if (earlier.empty()) return;
   VRKAsymmetricFence::order();
   const milliseconds limit = thread.gate.serves ? milliseconds(0) : LONGEST_WAIT_AFTER_A_CALL;
   const auto deadline = std::chrono::steady_clock::now() + limit;
-  Lists used;
-  for (std::shared_ptr<const List>& list : earlier) {
-    if (!logWaitUntil(deadline, [&] { return !isUsed(thread, list.get()); })) used.push_back(std::move(list));
-  }
-  earlier = std::move(used);
-  if (earlier.empty() || thread.gate.serves) return;
-  leave(std::move(earlier));
-  earlier.clear();
+  dropUnused(earlier, [&](const List* list) { return logWaitUntil(deadline, [&] { return !isUsed(thread, list); }); });
+  if (!thread.gate.serves) leave(earlier);
 }
 
-void LOGAppenderUse::leave(Lists lists) {
+void LOGAppenderUse::leave(Lists& lists) {
+  if (lists.empty()) return;
   const LOGThreadState& thread = LOGThreadState::current();
-  Lists unused;  // freed after the lock: with its last list an appender that the configurator made closes
+  // Freed without the lock: with its last list an appender that the configurator made closes.
+  Lists all;
+  {
+    const VRKMutexGuard guard(g_leftMutex);
+    all.swap(g_left);
+  }
+  append(all, lists);
+  dropUnused(all, [&](const List* list) { return !isUsed(thread, list); });
   const VRKMutexGuard guard(g_leftMutex);
-  g_left.insert(g_left.end(), std::make_move_iterator(lists.begin()), std::make_move_iterator(lists.end()));
-  const auto firstUnused =
-      std::stable_partition(g_left.begin(), g_left.end(),
-                            [&](const std::shared_ptr<const List>& each) { return isUsed(thread, each.get()); });
-  unused.assign(std::make_move_iterator(firstUnused), std::make_move_iterator(g_left.end()));
-  g_left.erase(firstUnused, g_left.end());
+  append(g_left, all);
+}
+
+template <typename IsUnused>
+void LOGAppenderUse::dropUnused(Lists& lists, IsUnused isUnused) {
+  lists.erase(std::remove_if(lists.begin(), lists.end(),
+                             [&](const std::shared_ptr<const List>& each) { return isUnused(each.get()); }),
+              lists.end());
 }

@@ -53,10 +53,12 @@ class LOGAppenderUse {
   /// still in use. Other threads wait for two seconds and then leave them.
   static void finish(LOGThreadState& thread, Lists& earlier);
   /// Keeps lists until they are found unused when this is called again.
-  static void leave(Lists lists);
+  static void leave(Lists& lists);
 
  private:
   static bool isUsed(const LOGThreadState& self, const List* list);
+  template <typename IsUnused>
+  static void dropUnused(Lists& lists, IsUnused isUnused);
 
   Place& m_mine;
   const List* m_list;

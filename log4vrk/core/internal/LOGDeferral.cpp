@@ -24,9 +24,7 @@ void LOGDeferral::Thread::forget() {
   delivering = hasRest = false;
   taken = 0;
   events.clear();
-  if (lists.empty()) return;
-  LOGAppenderUse::leave(std::move(lists));
-  lists.clear();
+  LOGAppenderUse::leave(lists);
 }
 
 LOGDeferral::LOGDeferral() : LOGDeferral(LOGThreadState::current()) {}

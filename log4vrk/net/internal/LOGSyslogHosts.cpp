@@ -18,16 +18,14 @@ struct Ahead {
   std::map<std::string, VRKSocketAddress> addresses VRK_GUARDED_BY(mutex);
 };
 
-Ahead& ahead() {
-  static Ahead& all = vrkImmortal<Ahead>();
-  return all;
-}
+// Made at load, because it is asked for in a destructor, where there must be no need of memory.
+Ahead& g_ahead = vrkImmortal<Ahead>();
 
 bool findAhead(const I18NString& host, VRKSocketAddress& address) {
   const std::string text = host.toUtf8();
-  const LOGLeafGuard guard(ahead().mutex);
-  const auto found = ahead().addresses.find(text);
-  if (found == ahead().addresses.end()) return false;
+  const LOGLeafGuard guard(g_ahead.mutex);
+  const auto found = g_ahead.addresses.find(text);
+  if (found == g_ahead.addresses.end()) return false;
   address = found->second;
   return true;
 }
@@ -71,8 +69,8 @@ LOGSyslogHosts::LOGSyslogHosts(const std::vector<I18NString>& hosts) {
 }
 
 LOGSyslogHosts::~LOGSyslogHosts() {
-  const LOGLeafGuard guard(ahead().mutex);
-  ahead().addresses.clear();
+  const LOGLeafGuard guard(g_ahead.mutex);
+  g_ahead.addresses.clear();
 }
 
 void LOGSyslogHosts::wait() {
@@ -82,8 +80,8 @@ void LOGSyslogHosts::wait() {
     if (!lookup->wait(until) || !lookup->take(address)) continue;
     try {
       std::string text = lookup->host.toUtf8();
-      const LOGLeafGuard guard(ahead().mutex);
-      ahead().addresses.insert_or_assign(std::move(text), address);
+      const LOGLeafGuard guard(g_ahead.mutex);
+      g_ahead.addresses.insert_or_assign(std::move(text), address);
     } catch (const std::bad_alloc&) {
       // As if there had been no time.
     }
