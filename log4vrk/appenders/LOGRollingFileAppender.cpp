@@ -66,8 +66,10 @@ void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, 
 void LOGRollingFileAppender::setQWForFiles() { makeWriter<LOGCountingQuietWriter>(); }
 
 LOGCountingQuietWriter* LOGRollingFileAppender::counter() const {
-  if (m_qw && typeid(*m_qw) == typeid(LOGCountingQuietWriter)) return static_cast<LOGCountingQuietWriter*>(m_qw.get());
-  return dynamic_cast<LOGCountingQuietWriter*>(m_qw.get());
+  LOGQuietWriter* const writer = m_qw.get();
+  if (writer == nullptr) return nullptr;
+  const bool isOwn = typeid(*writer) == typeid(LOGCountingQuietWriter);  // nearly always, and then there is no search
+  return isOwn ? static_cast<LOGCountingQuietWriter*>(writer) : dynamic_cast<LOGCountingQuietWriter*>(writer);
 }
 
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {

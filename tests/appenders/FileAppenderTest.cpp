@@ -183,11 +183,14 @@ TEST_F(FileAppenderTest, AWriterOfTheProgramsOwnTakesEveryLine) {
     void write(VRKFmFile* file, const I18NString& text) override { LOGCountingQuietWriter::write(file, "> " + text); }
   };
   struct Rolling : LOGRollingFileAppender {
-    void setQWForFiles() override {
+    void setQWForFiles() override VRK_REQUIRES(m_critSection) {
       m_qw.reset();  // the next may get the same address
       m_qw = std::make_unique<Writer>(nullptr, m_file.get());
     }
-    LOGQuietWriter& writer() { return *m_qw; }
+    LOGQuietWriter& writer() {
+      const LOGGuard guard(*this);
+      return *m_qw;
+    }
   } rolling;
   rolling.setLayout(&m_layout);
   rolling.setMaximumFileSize(10);
