@@ -123,7 +123,10 @@ void LOGConnector::beginToFinish(Clock::time_point farewellUntil) {
 
 void LOGConnector::waitForEnd(Clock::time_point until) {
   const auto left = std::chrono::duration_cast<std::chrono::microseconds>(until - Clock::now());
-  if (m_outbox->ended().wait(std::max<long long>(left.count(), 0))) return;
+  if (m_outbox->ended().wait(std::max<long long>(left.count(), 0))) {
+    join();  // it has nothing left to do but to end
+    return;
+  }
   const std::string lost = std::to_string(m_outbox->giveUp());
   LOGLogLog::error(PREFIX + m_name +
                    " -- closed without waiting any longer for its thread; events in its memory: " + lost.c_str());
