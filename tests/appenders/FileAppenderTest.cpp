@@ -197,11 +197,12 @@ TEST_F(FileAppenderTest, AWriterOfTheProgramsOwnTakesEveryLine) {
   rolling.setFile(path("log"), 0, 0, 0);
   log(rolling, "one", "two", "three");
   EXPECT_EQ(m_dir.read("log.1") + m_dir.read("log"), "> one\n> two\n> three\n");
-  rolling.writer().lock();
+  LOGQuietWriter& writer = rolling.writer();
+  writer.lock();
   std::thread logging([&] { log(rolling, "four"); });
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
   EXPECT_EQ(m_dir.read("log"), "> three\n");
-  rolling.writer().unlock();
+  writer.unlock();
   logging.join();
   EXPECT_EQ(m_dir.read("log.1"), "> three\n> four\n");
 }
