@@ -156,9 +156,11 @@ TEST_F(Caches, AForkedChildIsItself) {
 }
 
 // Whatever a logger remembers of what is enabled is forgotten when any of it changes, while other threads ask, too.
-TEST_F(Caches, WhatIsEnabledFollowsLevelParentThresholdAndRepository) {
-  LOGLogger* const child = tree.getLogger("p.q.child");
-  LOGLogger* const parents[] = {tree.getLogger("p"), tree.getLogger("p.q"), tree.getLogger("elsewhere")};
+TEST_F(Caches, WhatIsEnabledFollowsLevelParentAndThreshold) {
+  LOGHierarchy exact(
+      new LOGRootLogger(LOGLevel::DEBUG_OBJ));  // loggers of a derived class's repository remember nothing
+  LOGLogger* const child = exact.getLogger("p.q.child");
+  LOGLogger* const parents[] = {exact.getLogger("p"), exact.getLogger("p.q"), exact.getLogger("elsewhere")};
   LOGLevel* const LEVELS[] = {nullptr, LOGLevel::DEBUG_OBJ, LOGLevel::WARN_OBJ, LOGLevel::OFF_OBJ, &notice};
   const Meanwhile asking({[&] { static_cast<void>(child->isDebugEnabled()); }});
   const auto expectEnabled = [&](int lowest) {
@@ -174,9 +176,9 @@ TEST_F(Caches, WhatIsEnabledFollowsLevelParentThresholdAndRepository) {
     child->setParent(parent);
     child->setLevel(own);
     expectEnabled((own != nullptr ? own : parent->getLevel())->toInt());
-    tree.setThreshold(LOGLevel::ERROR_OBJ);
+    exact.setThreshold(LOGLevel::ERROR_OBJ);
     expectEnabled(std::max((own != nullptr ? own : parent->getLevel())->toInt(), LOGLevel::ERROR_OBJ->toInt()));
-    tree.setThreshold(LOGLevel::ALL_OBJ);
+    exact.setThreshold(LOGLevel::ALL_OBJ);
     child->setLevel(nullptr);
     for (LOGLogger* const next : parents) {
       child->setParent(next);
