@@ -56,7 +56,7 @@ std::shared_ptr<LOGStack> ownerOf(LOGStack* stack) {
   std::weak_ptr<LOGStack>& known = g_inherited[stack];
   if (std::shared_ptr<LOGStack> owner = known.lock()) return owner;
   made->stack = stack;
-  const std::shared_ptr<LOGStack> owner(made, stack);
+  std::shared_ptr<LOGStack> owner(made, stack);
   known = owner;
   return owner;
 }

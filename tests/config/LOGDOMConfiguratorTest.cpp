@@ -160,3 +160,19 @@ TEST_F(DOMConfiguratorTest, RefusesWhatIsNoConfigurationAndChangesNothing) {
 }
 
 }  // namespace
+
+// A program may have got it from a logger. The address sanitizer sees it when it does not.
+TEST(LOGDOMConfigurator, WhatARunReplacesLivesUntilTheNextOne) {
+  const TempDir dir;
+  const std::string document = fileDocument(dir);
+  LOGLogger* const root = LOGManager::getRootLogger();
+  LOGAppenderSkeleton* before = nullptr;
+  for (int run = 0; run < 3; ++run) {
+    EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+    if (before != nullptr) {
+      EXPECT_EQ(before->getName(), "file");
+    }
+    before = root->getAppender("file");
+  }
+  LOG4VRKConfigurator::shutdown();
+}

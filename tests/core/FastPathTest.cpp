@@ -95,6 +95,17 @@ TEST_F(Delivery, ReadsLikeAnyOtherInEveryProcessAndThread) {
   logAndRead();
 }
 
+TEST_F(Delivery, ThreadsThatShareABufferLoseTearAndMixNothing) {
+  LOGFileAppender buffered(&layout, dir.file("buffered").c_str(), 0, 1, 1000);
+  logger->addAppender(&buffered);
+  onThreads(4, [&](int t) {
+    for (long n = 1; n <= 10000; ++n) logNumber(logger, Way::FAST, t, n);
+  });
+  logger->removeAppender(&buffered);
+  buffered.close();
+  expectEachOnceInOrder(linesOf(dir.file("buffered")), 4, 10000);
+}
+
 // Each removal waits for those who had come to the old appender, while eight threads keep logging to the new one.
 TEST_F(Delivery, ARemovalDoesNotWaitForThoseWhoComeAfterIt) {
   std::unique_ptr<LOGFileAppender> current = newFile("current");
@@ -186,10 +197,14 @@ TEST_F(Delivery, ACopyOfAnEventReadsTheSameForEver) {
   LOGPatternLayout pattern("%t %p %c %m");
   LOGTTCCLayout ttcc;
   for (LOGLoggingEvent& copy : capturing.copies) {
-    const std::string text = &copy == &capturing.copies[0] ? "text" : "object";
+    std::string expected = thread;
+    expected +=
+        &copy == &capturing.copies[0] ? " PASSING a.logger.that.goes text" : " PASSING a.logger.that.goes object";
     for (int again = 0; again < 2; ++again) {
-      EXPECT_EQ(pattern.format(&copy).toUtf8(), thread + " PASSING a.logger.that.goes " + text);
+      EXPECT_EQ(pattern.format(&copy).toUtf8(), expected);
     }
-    EXPECT_NE(ttcc.format(&copy).toUtf8().find("[" + thread + "] PASSING a.logger.that.goes"), std::string::npos);
+    const std::string line = ttcc.format(&copy).toUtf8();
+    EXPECT_NE(line.find(thread), std::string::npos);
+    EXPECT_NE(line.find("] PASSING a.logger.that.goes"), std::string::npos);
   }
 }

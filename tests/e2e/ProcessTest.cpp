@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <malloc.h>
-#include <netdb.h>
 #include <sys/stat.h>
 
 #include <set>
@@ -12,6 +11,8 @@
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
+
+struct addrinfo;
 
 // Stands in for the system's, which it calls: one name takes its time.
 extern "C" int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** found) {

@@ -18,7 +18,7 @@ std::string clockOf(std::time_t second) {
   return {text, std::strftime(text, sizeof text, "%H:%M:%S", &parts)};
 }
 
-std::string padded(std::string text) { return text + std::string(text.size() < 5 ? 5 - text.size() : 0, ' '); }
+std::string padded(const std::string& text) { return text + std::string(text.size() < 5 ? 5 - text.size() : 0, ' '); }
 
 /// A tree with a file that is written directly and two behind queues; the first of these has location info on.
 struct Caches : testing::Test {

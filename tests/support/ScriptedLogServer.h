@@ -12,6 +12,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,8 +35,8 @@ class ScriptedLogServer {
     socklen_t size = sizeof address;
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = ::inet_addr("127.0.0.1");
-    ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), size);
-    ::listen(m_listener, 16);
+    if (::bind(m_listener, reinterpret_cast<sockaddr*>(&address), size) != 0) throw std::runtime_error("bind");
+    if (::listen(m_listener, 16) != 0) throw std::runtime_error("listen");
     ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
     m_port = ntohs(address.sin_port);
     m_thread = std::thread([this] { serve(); });

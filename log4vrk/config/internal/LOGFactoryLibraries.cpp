@@ -18,7 +18,7 @@ std::atomic<LOGLoggerFactory*> g_current{nullptr};
 LOGLoggerFactory* load(const I18NString& className) {
   const I18NString path = VRKConfigurationFactory::getInstance().resolveLibrary("lib" + className + ".so");
   void* const function = VRKDynamicLibrary::symbol(VRKDynamicLibrary::open(path), "getLoggerFactory");
-  VRK_ASSERT_NAMED(function != NULL, "getLoggerFactory");  // NULL: the text of the assertion is looked for
+  VRK_ASSERT_AS(function != nullptr, "VRK_ASSERT_NAMED(function != NULL, \"getLoggerFactory\");", __LINE__);
   return reinterpret_cast<Function>(function)();
 }
 

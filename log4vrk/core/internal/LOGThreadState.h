@@ -64,7 +64,7 @@ struct alignas(128) LOGThreadState {
 
  private:
   static LOGThreadState& make();
-  static void leave(void* state);
+  static void leave(void* value);
 
   static std::atomic<LOGThreadState*> s_all;
   // One pointer fits into the room that the thread library keeps for libraries loaded late, and needs no call to find.

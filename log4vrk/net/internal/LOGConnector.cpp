@@ -60,7 +60,7 @@ struct LOGConnector::Registry {
 };
 
 std::shared_ptr<LOGConnector> LOGConnector::make(LOGDelivery::Settings settings, std::shared_ptr<LOGOutbox> outbox) {
-  const std::shared_ptr<LOGConnector> connector(new LOGConnector(std::move(settings), std::move(outbox)));
+  std::shared_ptr<LOGConnector> connector(new LOGConnector(std::move(settings), std::move(outbox)));
   Registry::instance().add(connector.get());
   return connector;
 }
@@ -133,7 +133,8 @@ void LOGConnector::waitForEnd(Clock::time_point until) {
 }
 
 // In a child nobody runs any more what the thread had.
-void LOGConnector::close(std::shared_ptr<LOGConnector> connector) {
+void LOGConnector::close(std::shared_ptr<LOGConnector> given) {
+  const std::shared_ptr<LOGConnector> connector = std::move(given);
   if (connector->m_forks != VRKThread::forks()) {
     if (!connector->m_working) connector->m_self.reset();
     return;

@@ -38,7 +38,7 @@ class LOGConnector : public VRKThread, private LOGMutex, public std::enable_shar
 
   /// Has the thread deliver or keep what is in the outbox, which is closed, and waits for it. A thread that is stuck in
   /// the file system is left to itself after some time; what it has in memory is counted as dropped. Once.
-  static void close(std::shared_ptr<LOGConnector> connector);
+  static void close(std::shared_ptr<LOGConnector> given);
 
   /// The same for all connectors of the process, and for those that are made later: for its exit. What is not
   /// acknowledged in time is kept. Returns at `until` at the latest. Once, from any thread.
