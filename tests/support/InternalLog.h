@@ -45,7 +45,8 @@ class InternalLog {
       std::filesystem::current_path(before);
     }
     ~File() {
-      if (::getpid() != owner) static_cast<void>(folder.release());  // a forked child leaves the folder alone
+      static void* left = nullptr;                       // so that it is no leak of a child that calls exit()
+      if (::getpid() != owner) left = folder.release();  // a forked child leaves the folder alone
     }
 
     const pid_t owner = ::getpid();
