@@ -45,7 +45,7 @@ class InternalLog {
       std::filesystem::current_path(before);
     }
     ~File() {
-      static void* left = nullptr;                       // so that it is no leak of a child that calls exit()
+      [[maybe_unused]] static void* left = nullptr;      // so that it is no leak of a child that calls exit()
       if (::getpid() != owner) left = folder.release();  // a forked child leaves the folder alone
     }
 
