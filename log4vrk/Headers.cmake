@@ -66,6 +66,7 @@ set(LOG4VRK_HEADERS
   core/LOGLoggerKey.h
   core/LOGLoggerRepository.h
   core/LOGLoggingEvent.h
+  core/LOGMacros.h
   core/LOGManager.h
   core/LOGMessage.h
   core/LOGMutex.h
@@ -80,10 +81,14 @@ set(LOG4VRK_HEADERS
   core/LOGRepositorySelector.h
   core/LOGRootLogger.h
   core/LOGSerializable.h
+  core/LOGSourceLocation.h
   core/LOGStack.h
   core/internal/LOGCallScope.h
   core/internal/LOGGate.h
   core/internal/LOGLoggerName.h
+  core/internal/LOGStatement.h
+  core/internal/LOGStatementControl.h
+  core/internal/LOGText.h
 
   # layouts
   layouts/LOGDate.h

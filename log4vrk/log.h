@@ -6,5 +6,5 @@
 
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGMacros.h"
 #include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGMessage.h"

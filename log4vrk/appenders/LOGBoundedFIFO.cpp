@@ -36,7 +36,8 @@ struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
     LOGLogger* logger;
     LOGLoggingEvent* object;
   };
-  char text[SIZE - 3 * sizeof(std::uint64_t) - 2 * sizeof(void*)];
+  const LOGSourceLocation* place;
+  char text[SIZE - 3 * sizeof(std::uint64_t) - 3 * sizeof(void*)];
 };
 
 // Slots for some events in a row. There are rings, and no array of the maximum size, for two reasons: a short queue
@@ -195,6 +196,7 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
     slot.length = static_cast<std::uint32_t>(event.m_text.size());
     slot.level = event.m_level;
     slot.logger = event.m_logger;
+    slot.place = event.m_place;
     std::memcpy(slot.text, event.m_text.data(), event.m_text.size());
   } else {
     slot.length = Slot::OBJECT;
@@ -226,7 +228,8 @@ LOGLoggingEvent* LOGBoundedFIFO::get(LOGLoggingEvent& place) {
   if (slot->length == Slot::OBJECT) {
     event = slot->object;
   } else {
-    place.setPlain(slot->timeStamp, slot->timeStampNanos, slot->level, slot->logger, {slot->text, slot->length});
+    place.setPlain(slot->timeStamp, slot->timeStampNanos, slot->level, slot->logger, slot->place,
+                   {slot->text, slot->length});
   }
   m_head.store(m_head.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   return event;

@@ -12,6 +12,7 @@
 #include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/platform/internal/I18NAscii.h"
 
 namespace {
 
@@ -59,32 +60,13 @@ bool isText(const LOGObject* message) {
 
 void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
   if (isText(message)) {
-    logText(fqn, level, message->toString());
+    logText(fqn, level, message->toString().view());
     return;
   }
   contained([&] {
     LOGLoggingEvent event(fqn, this, level, message);
     event.m_isPassing = true;
     deliver(&event);
-  });
-}
-
-void LOGLogger::forcedLog(LOGLevel* level, const LOGMessage& message) { logText(m_FQCN, level, message); }
-
-void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const I18NString& text) {
-  contained([&] {
-    LOGMessage message;
-    message << text;
-    // Texts travel in UTF-8, in which an unpaired surrogate cannot be written. A program that looks at the message
-    // shall find it all the same, so such a text goes as an object.
-    if (message.utf8().size() != text.length() && hasUnpairedSurrogate(text.view())) {
-      LOGObject object(text);
-      LOGLoggingEvent event(fqn, this, level, &object);
-      event.m_isPassing = true;
-      deliver(&event);
-    } else {
-      logText(fqn, level, message);
-    }
   });
 }
 
@@ -129,10 +111,50 @@ void LOGLogger::deliver(LOGLoggingEvent* event) {
   delivered([&] { callAppenders(event); });
 }
 
-void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message) {
+[[gnu::always_inline]] inline void LOGLogger::logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8,
+                                                      const LOGSourceLocation* place) {
   contained([&]() VRK_INLINED {
-    LOGLoggingEvent event(fqn, this, level, message.utf8());
+    LOGLoggingEvent event(fqn, this, level, utf8);
+    event.m_place = place;
     delivered([&]() VRK_INLINED { callEach(&event); });
+  });
+}
+
+void LOGLogger::logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place) {
+  if (i18nIsAscii(bytes.data(), bytes.size())) return logUtf8(m_FQCN, level, bytes, place);
+  LOGMessage message;
+  message << bytes;
+  logUtf8(m_FQCN, level, message.utf8(), place);
+}
+
+void LOGLogger::forcedLog(LOGLevel* level, const LOGMessage& message, const LOGSourceLocation* place) {
+  logStatement(level, message.utf8(), place);
+}
+
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, std::string_view utf8) {
+  LOGMessage message;
+  message << utf8;
+  logUtf8(fqn, level, message.utf8(), nullptr);
+}
+
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, std::wstring_view wide) {
+  contained([&] { logText(fqn, level, I18NString(wide).view()); });
+}
+
+// Texts travel in UTF-8, in which an unpaired surrogate cannot be written. A program that looks at the message shall
+// find it all the same, so such a text goes as an object.
+void LOGLogger::logText(const I18NString& fqn, LOGLevel* level, std::u16string_view utf16) {
+  LOGMessage message;
+  message << utf16;
+  if (message.utf8().size() == utf16.size() || !hasUnpairedSurrogate(utf16)) {
+    logUtf8(fqn, level, message.utf8(), nullptr);
+    return;
+  }
+  contained([&] {
+    LOGObject object{I18NString(utf16)};
+    LOGLoggingEvent event(fqn, this, level, &object);
+    event.m_isPassing = true;
+    deliver(&event);
   });
 }
 

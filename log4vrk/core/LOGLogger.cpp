@@ -23,7 +23,7 @@ namespace {
 // finding out.
 struct Knowing {
   VRKMutex mutex;
-  std::vector<std::atomic<std::int64_t>*> lowestEnabled VRK_GUARDED_BY(mutex);
+  std::vector<std::atomic<std::int32_t>*> lowestEnabled VRK_GUARDED_BY(mutex);
 };
 
 Knowing& knowing() {
@@ -108,18 +108,20 @@ void LOGLogger::keepLowestEnabled() const {
   const LOGLeafGuard guard(knowing().mutex);
   const LOGLevel* const chained = getChainedLevel();
   if (chained == nullptr || m_lowestEnabled != NOT_YET_KNOWN) return;
+  // The caller has made sure of the class. The rank is that of the threshold when it was set.
+  const int lowest = std::max(chained->toInt(), static_cast<LOGHierarchy*>(getRepository())->getThresholdRank());
+  if (lowest == NOT_YET_KNOWN + 1) return;  // what stands for ALL
   try {
     knowing().lowestEnabled.push_back(&m_lowestEnabled);
   } catch (const std::bad_alloc&) {
     return;  // it asks again next time
   }
-  // The caller has made sure of the class. The rank is that of the threshold when it was set.
-  m_lowestEnabled = std::max(chained->toInt(), static_cast<LOGHierarchy*>(getRepository())->getThresholdRank());
+  m_lowestEnabled = lowest > NOT_YET_KNOWN ? lowest : NOT_YET_KNOWN + 1;
 }
 
 void LOGLogger::noteLevelChange() {
   const LOGLeafGuard guard(knowing().mutex);
-  for (std::atomic<std::int64_t>* const lowest : knowing().lowestEnabled) *lowest = NOT_YET_KNOWN;
+  for (std::atomic<std::int32_t>* const lowest : knowing().lowestEnabled) *lowest = NOT_YET_KNOWN;
   knowing().lowestEnabled.clear();
 }
 
@@ -133,20 +135,12 @@ void LOGLogger::log(LOGLevel* level, LOGObject* message) {
   if (isEnabledFor(level)) forcedLog(m_FQCN, level, message);
 }
 
-void LOGLogger::log(LOGLevel* level, const I18NString& text) {
-  if (isEnabledFor(level)) logText(m_FQCN, level, text);
-}
-
 void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key) {
   const I18NString& text = getResourceBundleString(key);
   log(level, text.isEmpty() ? key : text);
 }
 
 void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key, LOGObject*) { l7dlog(level, key); }
-
-void LOGLogger::assertLog(int assertion, const I18NString& text) {
-  if (assertion == 0) error(text);
-}
 
 LOGLevel* LOGLogger::keptLevel(const LOGLevel& level) {
   for (LOGLevel* const kept : m_levels) {

@@ -13,6 +13,7 @@
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/core/internal/LOGLoggerName.h"
+#include "log4vrk/core/internal/LOGText.h"
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGHashtable;
@@ -22,6 +23,7 @@ class LOGLoggingEvent;
 class LOGMessage;
 struct LOGAppenderList;
 struct LOGDeferredEvent;
+struct LOGSourceLocation;
 struct LOGThreadState;
 
 /// A logger belongs to a tree of dotted names: "shop.orders" is below "shop", and all are below the root. It has a
@@ -51,42 +53,85 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   static LOGLogger* exists(const I18NString& name);
   static void shutdown();
 
-  // Log a message at the level of the name. Without a repository they go by the level alone.
-  void debug(LOGObject* message) { logShortcut(LOGLevel::DEBUG_OBJ, message); }
-  void info(LOGObject* message) { logShortcut(LOGLevel::INFO_OBJ, message); }
-  void warn(LOGObject* message) { logShortcut(LOGLevel::WARN_OBJ, message); }
-  void error(LOGObject* message) { logShortcut(LOGLevel::ERROR_OBJ, message); }
-  void fatal(LOGObject* message) { logShortcut(LOGLevel::FATAL_OBJ, message); }
-  void debug(const I18NString& text) { logShortcut(LOGLevel::DEBUG_OBJ, text); }
-  void info(const I18NString& text) { logShortcut(LOGLevel::INFO_OBJ, text); }
-  void warn(const I18NString& text) { logShortcut(LOGLevel::WARN_OBJ, text); }
-  void error(const I18NString& text) { logShortcut(LOGLevel::ERROR_OBJ, text); }
-  void fatal(const I18NString& text) { logShortcut(LOGLevel::FATAL_OBJ, text); }
+  // Log a message at the level of the name. Without a repository they go by the level alone. A text is of any type that
+  // LOGText.h knows: const char*, std::string, std::string_view, and their relatives in UTF-16 and of wide characters.
+  // It is converted only when the level is enabled.
+  void debug(LOGObject* message) { logShortcut(LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, message); }
+  void info(LOGObject* message) { logShortcut(LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, message); }
+  void warn(LOGObject* message) { logShortcut(LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, message); }
+  void error(LOGObject* message) { logShortcut(LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, message); }
+  void fatal(LOGObject* message) { logShortcut(LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, message); }
+  void debug(const I18NString& text) { debug(text.view()); }
+  void info(const I18NString& text) { info(text.view()); }
+  void warn(const I18NString& text) { warn(text.view()); }
+  void error(const I18NString& text) { error(text.view()); }
+  void fatal(const I18NString& text) { fatal(text.view()); }
+  template <typename Text>
+  LOGIfText<Text> debug(const Text& text) {
+    logShortcut(LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, logTextOf(text));
+  }
+  template <typename Text>
+  LOGIfText<Text> info(const Text& text) {
+    logShortcut(LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, logTextOf(text));
+  }
+  template <typename Text>
+  LOGIfText<Text> warn(const Text& text) {
+    logShortcut(LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, logTextOf(text));
+  }
+  template <typename Text>
+  LOGIfText<Text> error(const Text& text) {
+    logShortcut(LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, logTextOf(text));
+  }
+  template <typename Text>
+  LOGIfText<Text> fatal(const Text& text) {
+    logShortcut(LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, logTextOf(text));
+  }
 
   /// Does nothing without a repository; with one, a null level raises VRKAssertError.
   void log(LOGLevel* level, LOGObject* message);
-  void log(LOGLevel* level, const I18NString& text);
+  void log(LOGLevel* level, const I18NString& text) { log(level, text.view()); }
+  template <typename Text>
+  LOGIfText<Text> log(LOGLevel* level, const Text& text) {
+    if (isEnabledFor(level)) logText(m_FQCN, level, logTextOf(text));
+  }
   /// Logs the resource bundle string, or the key when there is none, under the rules of log(). The parameter is not
   /// used.
   void l7dlog(LOGLevel* level, const I18NString& key);
   void l7dlog(LOGLevel* level, const I18NString& key, LOGObject* parameter);
+  template <typename Text>
+  LOGIfText<Text> l7dlog(LOGLevel* level, const Text& key, LOGObject* parameter = nullptr) {
+    if (isEnabledFor(level)) l7dlog(level, I18NString(logTextOf(key)), parameter);
+  }
   /// Logs at ERROR when `assertion` is 0.
-  void assertLog(int assertion, const I18NString& text);
+  void assertLog(int assertion, const I18NString& text) { assertLog(assertion, text.view()); }
+  template <typename Text>
+  LOGIfText<Text> assertLog(int assertion, const Text& text) {
+    if (assertion == 0) error(text);
+  }
   /// Logs without asking whether the level is enabled.
   void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
-  void forcedLog(LOGLevel* level, const LOGMessage& message);
+  void forcedLog(const I18NString& fqn, LOGLevel* level, const I18NString& text) { forcedLog(fqn, level, text.view()); }
+  template <typename Text>
+  LOGIfText<Text> forcedLog(const I18NString& fqn, LOGLevel* level, const Text& text) {
+    logText(fqn, level, logTextOf(text));
+  }
+  /// `place` may be null. It has to stay as long as events that carry it.
+  void forcedLog(LOGLevel* level, const LOGMessage& message, const LOGSourceLocation* place = nullptr);
+
+  /// For the macros, which have asked already. `bytes` are UTF-8, or meant to be.
+  void logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place);
 
   /// False without a repository; with one, a null level raises VRKAssertError.
   bool isEnabledFor(LOGLevel* level) const {
-    return level != nullptr ? isEnabledFor(level->toInt(), level) : findOutIfEnabledFor(level);
+    return level != nullptr ? isEnabledFor(rankOf(level), level) : findOutIfEnabledFor(level);
   }
-  /// The same for a level whose rank the compiler knows. A disabled call costs one comparison.
-  bool isEnabledFor(int rank, LOGLevel* level) const {
-    const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
+  /// The same for a level whose rank the compiler knows.
+  [[gnu::always_inline]] bool isEnabledFor(int rank, LOGLevel* level) const {
+    const std::int32_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
     return rank >= lowest && (lowest != NOT_YET_KNOWN || findOutIfEnabledFor(level));
   }
-  bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_OBJ); }
-  bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_OBJ); }
+  bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ); }
+  bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ); }
 
   /// Delivers to the appenders of this logger and its ancestors. Put off when it is called from inside a library call.
   void callAppenders(LOGLoggingEvent* event);
@@ -145,30 +190,36 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   friend class LOGHierarchy;
   friend class LOGLoggingEvent;
 
-  /// The value of m_lowestEnabled until somebody asks. It is below all ranks, so that the one comparison that turns
-  /// disabled calls away lets every call through to find out.
-  static constexpr std::int64_t NOT_YET_KNOWN = std::numeric_limits<std::int64_t>::min();
+  /// The value of m_lowestEnabled until somebody asks. It is below all ranks but one, so that the one comparison that
+  /// turns disabled calls away lets every call through to find out. That one, of ALL, counts as the next.
+  static constexpr std::int32_t NOT_YET_KNOWN = std::numeric_limits<std::int32_t>::min();
+  static int rankOf(const LOGLevel* level) {
+    return level->toInt() > NOT_YET_KNOWN ? level->toInt() : NOT_YET_KNOWN + 1;
+  }
 
   /// Has every logger forget what is enabled. For every change that can alter it, and before a logger is freed, because
   /// it is in the list of those that know.
   static void noteLevelChange();
-  bool findOutIfEnabledFor(LOGLevel* level) const;
+  [[gnu::cold]] bool findOutIfEnabledFor(LOGLevel* level) const;
   LOG4VRK_HIDDEN void keepLowestEnabled() const;
 
   /// The test of debug() to fatal(): the level is not null, and without a repository it decides alone.
-  bool passes(LOGLevel* level) const {
-    const std::int64_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
-    return level->toInt() >= lowest && (lowest != NOT_YET_KNOWN || findOutIfPasses(level));
+  [[gnu::always_inline]] bool passes(int rank, LOGLevel* level) const {
+    const std::int32_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
+    return rank >= lowest && (lowest != NOT_YET_KNOWN || findOutIfPasses(level));
   }
-  bool findOutIfPasses(LOGLevel* level) const;
-  void logShortcut(LOGLevel* level, LOGObject* message) {
-    if (passes(level)) forcedLog(m_FQCN, level, message);
+  [[gnu::cold]] bool findOutIfPasses(LOGLevel* level) const;
+  void logShortcut(int rank, LOGLevel* level, LOGObject* message) {
+    if (passes(rank, level)) forcedLog(m_FQCN, level, message);
   }
-  void logShortcut(LOGLevel* level, const I18NString& text) {
-    if (passes(level)) logText(m_FQCN, level, text);
+  template <typename View>
+  void logShortcut(int rank, LOGLevel* level, View text) {
+    if (passes(rank, level)) logText(m_FQCN, level, text);
   }
-  void logText(const I18NString& fqn, LOGLevel* level, const I18NString& text);
-  void logText(const I18NString& fqn, LOGLevel* level, const LOGMessage& message);
+  void logText(const I18NString& fqn, LOGLevel* level, std::string_view utf8);
+  void logText(const I18NString& fqn, LOGLevel* level, std::u16string_view utf16);
+  void logText(const I18NString& fqn, LOGLevel* level, std::wstring_view wide);
+  void logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8, const LOGSourceLocation* place);
   /// callAppenders() for callers that have nobody to raise an error to.
   LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event);
   void callEach(LOGLoggingEvent* event);
@@ -189,7 +240,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   const I18NString m_resourceBundleString;
 
   // Read by every log call, without the lock.
-  mutable std::atomic<std::int64_t> m_lowestEnabled{NOT_YET_KNOWN};  // the lowest rank that is enabled
+  mutable std::atomic<std::int32_t> m_lowestEnabled{NOT_YET_KNOWN};  // the lowest rank that is enabled
   std::atomic<LOGLevel*> m_level{nullptr};
   std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};

@@ -63,6 +63,7 @@ LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   m_timeStamp = other.m_timeStamp;
   m_timeStampNanos = other.m_timeStampNanos;
   m_ndcLookupRequired = other.m_ndcLookupRequired;
+  m_place = other.m_place;
   m_fqnOfLoggerClass = other.m_fqnOfLoggerClass;
   m_threadName = other.m_threadName;
   m_ndc = other.m_ndc;
@@ -144,7 +145,7 @@ bool LOGLoggingEvent::isPlain() const {
 }
 
 void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
-                               std::string_view utf8) {
+                               const LOGSourceLocation* place, std::string_view utf8) {
   m_message.reset();
   m_own.reset();
   m_timeStamp = seconds;
@@ -152,6 +153,7 @@ void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, L
   m_isText = m_ndcLookupRequired = m_isPassing = true;
   m_level = level;
   m_logger = logger;
+  m_place = place;
   m_loggerName = logger->m_name.get();
   m_ownLoggerName = LOGLoggerName::Share();
   m_fqnOfLoggerClass = &LOGLogger::m_FQCN;

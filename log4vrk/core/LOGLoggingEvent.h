@@ -17,6 +17,7 @@
 class LOGLevel;
 class LOGLogger;
 class LOGObject;
+struct LOGSourceLocation;
 
 /// What was logged, by which logger, at which level and when. Thread name and nested context are looked up when
 /// somebody first asks, on the thread that asks, and then kept.
@@ -69,7 +70,11 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// Empty unless the program has set it.
   const I18NString& getThrowableStrRep() const { return m_own ? m_own->throwableStrRep : NO_TEXT; }
   void setThrowableStrRep(const I18NString& text) { own().throwableStrRep = text; }
+  /// Knows nothing and says "?", on purpose: what programs and documents print by it stays as it is.
   LOGLocationInfo* getLocationInformation();
+  /// Where the log statement stands, or null: only the macros know it.
+  const LOGSourceLocation* getSourceLocation() const { return m_place; }
+  void setSourceLocation(const LOGSourceLocation* place) { m_place = place; }
   /// Whether the message is a text and nothing else, and that text.
   bool isText() const { return m_isText && !(m_own && !m_own->renderedMessage.isEmpty()); }
   std::string_view getText() const { return m_text; }
@@ -122,7 +127,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// already.
   bool isPlain() const;
   void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
-                std::string_view utf8);
+                const LOGSourceLocation* place, std::string_view utf8);
   LOG4VRK_HIDDEN void copyMessage(const LOGLoggingEvent& other);
   LOG4VRK_HIDDEN void copyOwn(const LOGLoggingEvent& other);
   void keepLogger(const LOGLoggingEvent& other);
@@ -137,6 +142,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   bool m_isPassing = false;      // it lives for a log call or a delivery, and may borrow the name of the thread
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
+  const LOGSourceLocation* m_place = nullptr;
   // Each points to a text that outlives the event, or into m_own. The name of the thread that asked first is lent by
   // that thread; a copy has its own.
   const LOGLoggerName* m_loggerName = &NO_LOGGER;

@@ -105,6 +105,23 @@ I18NString::I18NString(const char16_t* utf16) : m_text(utf16 == nullptr ? u"" : 
 
 I18NString::I18NString(std::string_view utf8) { appendWidened(m_text, utf8); }
 
+I18NString::I18NString(const wchar_t* wide) : I18NString(wide == nullptr ? L"" : std::wstring_view(wide)) {}
+
+// A unit is a character: what is none, such as half of a surrogate pair, becomes U+FFFD.
+I18NString::I18NString(std::wstring_view wide) {
+  static_assert(sizeof(wchar_t) == sizeof(char32_t));
+  m_text.reserve(wide.size());
+  for (const wchar_t unit : wide) {
+    const auto character = static_cast<UChar32>(unit);
+    const UChar32 valid = U_IS_UNICODE_CHAR(character) || U_IS_UNICODE_NONCHAR(character) ? character : REPLACEMENT;
+    if (U_IS_BMP(valid)) {
+      m_text += static_cast<char16_t>(valid);
+    } else {
+      m_text += {U16_LEAD(valid), U16_TRAIL(valid)};
+    }
+  }
+}
+
 I18NString::I18NString(const char* bytes, const char* encoding) {
   const std::string_view in = viewOf(bytes);
   checkLength(in.size());

@@ -48,9 +48,14 @@ class LOG4VRK_EXPORT I18NString {
   /// A null pointer is the empty text.
   I18NString(const char* utf8);
   I18NString(const char16_t* utf16);
-  explicit I18NString(std::string_view utf8);
-  explicit I18NString(std::u16string_view utf16) : m_text(utf16) {}
-  explicit I18NString(std::u16string&& utf16) noexcept : m_text(std::move(utf16)) {}
+  I18NString(const wchar_t* wide);
+  I18NString(std::string_view utf8);
+  I18NString(const std::string& utf8) : I18NString(std::string_view(utf8)) {}
+  I18NString(std::u16string_view utf16) : m_text(utf16) {}
+  I18NString(const std::u16string& utf16) : m_text(utf16) {}
+  I18NString(std::u16string&& utf16) noexcept : m_text(std::move(utf16)) {}
+  I18NString(std::wstring_view wide);
+  I18NString(const std::wstring& wide) : I18NString(std::wstring_view(wide)) {}
   /// `encoding` is any name that ICU knows ("ascii", "iso-8859-1"); an unknown one raises I18NRuntimeError.
   I18NString(const char* bytes, const char* encoding);
 

@@ -13,7 +13,7 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/core/LOGManager.h"
-#include "log4vrk/core/LOGMessage.h"
+#include "log4vrk/core/LOGMacros.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "tests/support/TempDir.h"
 

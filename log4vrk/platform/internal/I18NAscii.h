@@ -33,7 +33,9 @@ inline bool i18nCopyAscii(const char* bytes, std::size_t count, char* out) {
 #endif
   if (count <= 16) return i18nCopyShortAscii(bytes, count, out);
   std::uint64_t seen = 0;
-  const auto copy = [&](std::size_t at) { seen |= i18nCopyWords<std::uint64_t>(bytes + at, 8, out + at); };
+  const auto copy = [&](std::size_t at) {
+    seen |= i18nCopyWords<I18NNotAscii, std::uint64_t>(bytes + at, 8, out + at);
+  };
   for (std::size_t i = 0; i + 8 < count; i += 8) copy(i);
   copy(count - 8);
   return (seen & 0x8080808080808080u) == 0;
@@ -94,5 +96,19 @@ inline bool i18nWidenAscii(const char* bytes, std::size_t count, char16_t* out) 
     out[i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[i]));
     seen |= static_cast<unsigned char>(bytes[i]);
   }
+  return seen < 0x80;
+}
+
+inline bool i18nIsAscii(const char* bytes, std::size_t count) {
+#ifdef __SSE2__
+  if (count >= 16) {
+    const auto load = [bytes](std::size_t at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at)); };
+    __m128i seen = load(count - 16);
+    for (std::size_t i = 0; i + 16 < count; i += 16) seen = _mm_or_si128(seen, load(i));
+    return _mm_movemask_epi8(seen) == 0;
+  }
+#endif
+  unsigned char seen = 0;
+  for (std::size_t i = 0; i < count; ++i) seen |= static_cast<unsigned char>(bytes[i]);
   return seen < 0x80;
 }

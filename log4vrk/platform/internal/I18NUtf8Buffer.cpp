@@ -1,5 +1,7 @@
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
+#include <unicode/utf8.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -9,13 +11,22 @@
 namespace {
 
 constexpr std::size_t FIRST_CAPACITY = 64;
-constexpr std::size_t MOST_DIGITS = 24;
 
 constexpr char DIGIT_PAIRS[] =
     "000102030405060708091011121314151617181920212223242526272829303132333435363738394041424344454647484950515253545556"
     "57585960"
     "6162636465666768697071727374757677787980818283848586878889909192939495969798"
     "99";
+
+bool isWellFormed(std::string_view utf8) {
+  if (i18nIsAscii(utf8.data(), utf8.size())) return true;
+  for (std::size_t i = 0; i < utf8.size();) {
+    UChar32 character = 0;
+    U8_NEXT(utf8.data(), i, utf8.size(), character);
+    if (character < 0) return false;
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -34,25 +45,27 @@ bool I18NUtf8Buffer::appendIfAscii(std::string_view text) {
   return true;
 }
 
-void I18NUtf8Buffer::appendDecoded(std::string_view utf8) { appendChecked(I18NString(utf8).toUtf8()); }
+// Text that is well-formed already is only copied.
+void I18NUtf8Buffer::appendDecoded(std::string_view utf8) {
+  appendChecked(isWellFormed(utf8) ? utf8 : std::string_view(I18NString(utf8).toUtf8()));
+}
+
+void I18NUtf8Buffer::repair() {
+  if (isWellFormed(view())) return;
+  const std::string repaired = I18NString(view()).toUtf8();
+  clear();
+  appendChecked(repaired);
+}
 
 void I18NUtf8Buffer::append(std::u16string_view utf16) {
-  if (!i18nNarrowAscii(utf16.data(), utf16.size(), room(utf16.size()))) {
-    return appendChecked(I18NString(utf16).toUtf8());
+  if (i18nNarrowAscii(utf16.data(), utf16.size(), room(utf16.size()))) {
+    m_size += utf16.size();
+  } else {
+    appendChecked(I18NString(utf16).toUtf8());
   }
-  m_size += utf16.size();
 }
 
 void I18NUtf8Buffer::appendChecked(std::string_view utf8) { extendTo(copy(room(utf8.size()), utf8)); }
-
-void I18NUtf8Buffer::append(long long value) {
-  if (value < 0) {
-    appendChecked("-");
-    append(-static_cast<unsigned long long>(value));
-  } else {
-    append(static_cast<unsigned long long>(value));
-  }
-}
 
 namespace {
 
@@ -92,21 +105,26 @@ std::size_t digitsOf(std::uint32_t value) {
 
 }  // namespace
 
-void I18NUtf8Buffer::append(unsigned long long value) {
+char* I18NUtf8Buffer::putDecimal(char* at, unsigned long long value) {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
   if (value <= MOST_AT_ONCE) {
     const auto narrow = static_cast<std::uint32_t>(value);
     const std::size_t count = digitsOf(narrow);
     const std::uint64_t bytes = eightDigits(narrow) >> 8 * (8 - count);
-    std::memcpy(room(sizeof bytes), &bytes, sizeof bytes);
-    m_size += count;
-    return;
+    std::memcpy(at, &bytes, sizeof bytes);
+    return at + count;
   }
 #endif
   char digits[MOST_DIGITS];
   char* const end = digits + sizeof digits;
   const char* const first = putDigitsBefore(end, value);
-  appendChecked({first, static_cast<std::size_t>(end - first)});
+  return copy(at, {first, static_cast<std::size_t>(end - first)});
+}
+
+char* I18NUtf8Buffer::putDecimal(char* at, long long value) {
+  if (value >= 0) return putDecimal(at, static_cast<unsigned long long>(value));
+  *at = '-';
+  return putDecimal(at + 1, -static_cast<unsigned long long>(value));
 }
 
 void I18NUtf8Buffer::insertBlanks(std::size_t position, std::size_t count) {

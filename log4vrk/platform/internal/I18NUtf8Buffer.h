@@ -33,6 +33,7 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   std::string_view view() const noexcept { return {m_bytes, m_size}; }
   std::size_t size() const noexcept { return m_size; }
   std::size_t capacity() const noexcept { return m_capacity; }
+  bool hasRoom(std::size_t count) const noexcept { return m_capacity - m_size >= count; }
   /// Keeps the memory.
   void clear() noexcept { m_size = 0; }
   /// Gives back more memory than `most` bytes, and with it the text.
@@ -44,27 +45,24 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
   void append(std::string_view utf8) {
     if (!appendIfAscii(utf8)) appendDecoded(utf8);
   }
-  /// The same of up to 16 bytes, without a call: for literals, whose size the compiler knows.
-  [[gnu::always_inline]] void appendShort(std::string_view utf8) {
-    if (m_capacity - m_size >= utf8.size() && i18nCopyShortAscii(utf8.data(), utf8.size(), m_bytes + m_size)) {
-      m_size += utf8.size();
-    } else {
-      append(utf8);
-    }
-  }
   /// False when there is anything but ASCII; then nothing is appended.
   bool appendIfAscii(std::string_view text);
   void append(std::u16string_view utf16);
   void append(const I18NString& text) { append(text.view()); }
   // Decimal, without leading zeros.
-  void append(long long value);
-  void append(unsigned long long value);
+  void append(long long value) { extendTo(putDecimal(room(MOST_DIGITS), value)); }
+  void append(unsigned long long value) { extendTo(putDecimal(room(MOST_DIGITS), value)); }
+  /// Room for any number. All of it may be written to, also for a short one.
+  static constexpr std::size_t MOST_DIGITS = 40;
+  /// Returns the end.
+  static char* putDecimal(char* at, long long value);
+  static char* putDecimal(char* at, unsigned long long value);
   /// A piece that is known to be well-formed.
   void appendChecked(std::string_view utf8);
   // For pieces that are written one behind the other.
   /// Where the next `count` bytes go.
   [[gnu::always_inline]] char* room(std::size_t count) {
-    if (m_capacity - m_size < count) grow(count);
+    if (!hasRoom(count)) grow(count);
     return m_bytes + m_size;
   }
   /// Takes in what has been written from room() to `end`, well-formed.
@@ -83,6 +81,9 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
     }
     return to + count;
   }
+
+  /// Makes it well-formed where pieces were appended that are not.
+  void repair();
 
   // These leave it to the caller that characters stay whole.
   /// Keeps the first `size` bytes.

@@ -1,0 +1,36 @@
+#include "log4vrk/core/internal/LOGStatementControl.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <system_error>
+
+#include "log4vrk/core/LOGManager.h"
+
+LOGLeftOut::operator I18NString() const {
+  return count == 0 ? I18NString() : I18NString(" (") + static_cast<unsigned long long>(count) + " left out)";
+}
+
+// Of the threads that come when it is due, the one that sets the next time logs. What those that come meanwhile leave
+// out is said by this one or the next.
+bool LOGEverySeconds::admits(double seconds, LOGLeftOut& leftOut) {
+  using std::chrono::nanoseconds;
+  const std::int64_t now = nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+  std::int64_t next = m_next.load(std::memory_order_relaxed);
+  const auto later = static_cast<std::int64_t>(static_cast<double>(now) + seconds * 1e9);
+  if (now < next || !m_next.compare_exchange_strong(next, later)) {
+    ++m_leftOut;
+    return false;
+  }
+  leftOut.count = m_leftOut.exchange(0);
+  return true;
+}
+
+LOGErrorText::operator I18NString() const {
+  const std::string text = std::generic_category().message(number);
+  return I18NString(": ") + text + " [" + number + "]";
+}
+
+void logShutdownAndAbort() {
+  LOGManager::shutdown();
+  std::abort();
+}
