@@ -24,10 +24,12 @@ const struct {
     {"%d{%d/%m %H:%M:%S.%Q}", "in which %Q is the milliseconds"},
     {"%d{ISO8601}{Asia/Tokyo}", "date in a time zone"},
     {"%C", "class of the log call: never known"},
-    {"%F", "file: never known"},
-    {"%L", "line: never known"},
-    {"%M", "method: never known"},
+    {"%F", "file: never known, see %s"},
+    {"%L", "line: never known, see %s"},
+    {"%M", "method: never known, see %s"},
     {"%l", "class.method(file:line)"},
+    {"%s", "where the log statement stands, if a macro made it"},
+    {"%s{function}", "also path, file and line"},
     {"%%", "percent sign"},
     {"[%6p]", "minimum width, blanks on the left"},
     {"[%-6p]", "blanks on the right"},
@@ -59,6 +61,8 @@ int main() {
   LOGObject message("order 17 accepted");
   LOGLoggingEvent event("LOGLogger", LOGManager::getLogger("com.acme.shop.Orders"), LOGLevel::INFO_OBJ, &message);
   event.setThreadName("4711");
+  static constexpr LOGSourceLocation PLACE{"shop/src/Orders.cpp", "accept", 42};  // as the macros make it
+  event.setSourceLocation(&PLACE);
   LOGLoggingEvent soon = event;
   event.setTimeStamp(1785587696, 789000000);
   soon.setTimeStamp(LOGLoggingEvent::getStartTime() + 2, LOGLoggingEvent::getStartTimeNanos());

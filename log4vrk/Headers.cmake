@@ -1,6 +1,7 @@
 # What is installed. The headers in a folder's internal/ are the library's own business; those listed here are included
 # by public ones. tests/structure/check_structure.sh holds this list against the tree and against log4vrk.h.
 set(LOG4VRK_HEADERS
+  format.h
   log.h
   log4vrk.h
 

@@ -83,7 +83,7 @@
   do {                                                                                                          \
     LOGLogger* const log4vrkLogger = (logger);                                                                  \
     LOGLevel* const log4vrkLevel = (level);                                                                     \
-    if (__builtin_expect(log4vrkLogger->isEnabledFor(log4vrkLevel), 0)) {                                       \
+    if (log4vrkLogger->isEnabledFor(log4vrkLevel)) {                                                            \
       LOG4VRK_STATEMENT((LOGTargetAtLevel{log4vrkLogger, log4vrkLevel}), nullptr, LOGNoParts() << __VA_ARGS__); \
     }                                                                                                           \
   } while (false)
@@ -99,7 +99,7 @@
 /// Unless the condition holds, logs at FATAL, delivers everything, and aborts.
 #define LOG4VRK_CHECK(logger, condition, ...)                                 \
   do {                                                                        \
-    if (__builtin_expect(!(condition), 0)) {                                  \
+    if (!(condition)) {                                                       \
       LOG4VRK_FATAL(logger, "check failed: " #condition ": " << __VA_ARGS__); \
       logShutdownAndAbort();                                                  \
     }                                                                         \
@@ -131,14 +131,14 @@
     const LOGErrorText log4vrkError{errno};                                                  \
     LOG4VRK_GUARDED(logger, rank, level, true, LOGNoParts() << __VA_ARGS__ << log4vrkError); \
   } while (false)
-#define LOG4VRK_GUARDED(logger, rank, level, admits, ...)                            \
-  do {                                                                               \
-    if constexpr (rank >= LOG4VRK_LOWEST_RANK) {                                     \
-      LOGLogger* const log4vrkLogger = (logger);                                     \
-      if (__builtin_expect(log4vrkLogger->isEnabledFor(rank, level) && admits, 0)) { \
-        LOG4VRK_STATEMENT(LOGTarget{log4vrkLogger}, &level, __VA_ARGS__);            \
-      }                                                                              \
-    }                                                                                \
+#define LOG4VRK_GUARDED(logger, rank, level, admits, ...)                 \
+  do {                                                                    \
+    if constexpr (rank >= LOG4VRK_LOWEST_RANK) {                          \
+      LOGLogger* const log4vrkLogger = (logger);                          \
+      if (log4vrkLogger->isEnabledFor(rank, level) && admits) {           \
+        LOG4VRK_STATEMENT(LOGTarget{log4vrkLogger}, &level, __VA_ARGS__); \
+      }                                                                   \
+    }                                                                     \
   } while (false)
 #define LOG4VRK_STATEMENT(target, levelPlace, ...)                               \
   static constexpr LOGSourceLocation log4vrkPlace{__FILE__, __func__, __LINE__}; \

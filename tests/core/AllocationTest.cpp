@@ -12,8 +12,8 @@
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
-#include "log4vrk/core/LOGManager.h"
 #include "log4vrk/core/LOGMacros.h"
+#include "log4vrk/core/LOGManager.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "tests/support/TempDir.h"
 
@@ -55,9 +55,14 @@ TEST(Allocation, ADisabledCallNeitherAllocatesNorLocks) {
   LOGManager::getRootLogger()->setLevel(LOGLevel::INFO_OBJ);
   LOGLogger* const logger = LOGManager::getLogger("com.acme.Server");
   LOGObject message("a text that is too long for a string's own room");
+  const std::string text = "a text that is too long for a string's own room";
   const auto call = [&] {
     LOG4VRK_DEBUG(logger, "request " << 123456 << " from host-042.example.org");
     logger->debug(&message);
+    logger->debug("a text that is too long for a string's own room");
+    logger->debug(u"a text that is too long for a string's own room");
+    logger->l7dlog(LOGLevel::DEBUG_OBJ, "a text that is too long for a string's own room");
+    logger->log(LOGLevel::DEBUG_OBJ, text);
   };
   EXPECT_EQ(counted(call), Counts(0, 0));
 }
@@ -72,6 +77,9 @@ TEST(Allocation, AnEnabledCallTakesTheFilesLockOnlyAndAQueueAllocatesNothingOnEi
   const auto call = [&] { LOG4VRK_INFO(logger, "request " << 123456 << " from host-042.example.org ok"); };
   logger->addAppender(&file);
   EXPECT_EQ(counted(call), Counts(0, 1));
+  const std::string text = "accepted by \u00fc";
+  EXPECT_EQ(counted([&] { logger->info(text); }), Counts(0, 1));
+  EXPECT_EQ(counted([&] { logger->info("an order that was accepted"); }), Counts(0, 1));
   logger->removeAppender(&file);
   queue.addAppender(&file);
   logger->addAppender(&queue);

@@ -46,6 +46,43 @@ TEST_F(LOGLoggerTest, EveryWayToLogGoesByTheEffectiveLevel) {
   EXPECT_EQ(root.texts, (Texts{"does not hold", "(null)"}));
 }
 
+TEST_F(LOGLoggerTest, TakesTextsOfEveryKind) {
+  const char16_t unpaired[] = {u'x', 0xD800, 0};
+  struct Reader : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent* event) override { text = event->getMessage()->toString().view(); }
+    std::u16string text;
+  } reader;
+  logger->addAppender(&reader);
+  const auto logged = [&](const auto& text) {
+    root.texts.clear();
+    logger->debug(text);
+    logger->fatal(text);
+    logger->log(LOGLevel::INFO_OBJ, text);
+    logger->l7dlog(LOGLevel::INFO_OBJ, text);
+    logger->l7dlog(LOGLevel::INFO_OBJ, text, nullptr);
+    logger->assertLog(0, text);
+    logger->forcedLog("fqn", LOGLevel::INFO_OBJ, text);
+    EXPECT_EQ(root.texts, Texts(7, root.texts.at(0)));
+    EXPECT_EQ(LOGManager::getLogger(text), LOGManager::getLogger(I18NString(text)));
+    return root.texts[0];
+  };
+  const std::string utf8 = "\u00fc " + std::string(600, 'x');
+  EXPECT_EQ(logged("literal"), "literal");
+  EXPECT_EQ(logged(utf8), utf8);
+  EXPECT_EQ(logged(utf8.c_str()), utf8);
+  EXPECT_EQ(logged(std::string_view(utf8).substr(0, 3)), "\u00fc ");
+  EXPECT_EQ(logged(u"\u00fc"), "\u00fc");
+  EXPECT_EQ(logged(std::u16string(u"\u20ac")), "\u20ac");
+  EXPECT_EQ(logged(L"\u00fc\U0001F600"), "\u00fc\U0001F600");
+  EXPECT_EQ(logged(std::wstring{L'a', static_cast<wchar_t>(0x110000), static_cast<wchar_t>(0xD800)}), "a\uFFFD\uFFFD");
+  EXPECT_EQ(logged(I18NString("text")), "text");
+  EXPECT_EQ(logged("ill\xff"), "ill\uFFFD");
+  EXPECT_EQ(logged(static_cast<const char*>(nullptr)), "");
+  EXPECT_EQ(logged(std::u16string_view(unpaired)), "x\uFFFD");
+  EXPECT_EQ(reader.text, unpaired) << "it stays what it was";
+  logger->removeAppender(&reader);
+}
+
 TEST_F(LOGLoggerTest, MacrosEvaluateTheirTextOnlyWhenItIsWanted) {
   logger->setLevel(LOGLevel::WARN_OBJ);
   int evaluated = 0;

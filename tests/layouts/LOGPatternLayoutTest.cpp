@@ -32,6 +32,19 @@ TEST(PatternLayoutTest, WritesTheItemsOfThePattern) {
   EXPECT_EQ(written("%-18446744073709551617p|"), "INFO" + std::string(996, ' ') + "|");
 }
 
+TEST(PatternLayoutTest, WritesThePlaceOfALogStatementWhereItIsKnown) {
+  static constexpr LOGSourceLocation PLACES[] = {{"shop/src/Orders.cpp", "accept", 42}, {"Main.cpp", "main", 7}};
+  LOGPatternLayout layout("%s %s{path} %s{line} %s{file} %s{function} %.3s %F");
+  const auto written = [&](const LOGSourceLocation* place) {
+    LOGLoggingEvent event;
+    event.setSourceLocation(place);
+    return layout.format(&event).toUtf8();
+  };
+  EXPECT_EQ(written(&PLACES[0]), "Orders.cpp:42 shop/src/Orders.cpp 42 Orders.cpp accept :42 ?");
+  EXPECT_EQ(written(&PLACES[1]), "Main.cpp:7 Main.cpp 7 Main.cpp main p:7 ?");
+  EXPECT_EQ(written(nullptr), "? ? ? ? ? ? ?");
+}
+
 TEST(PatternLayoutTest, NeverSplitsACharacter) {
   const std::tuple<const char*, const char16_t*, const char*> CASES[] = {
       {"[%6m]", u"\u0436\u0443\u043a", "[   \u0436\u0443\u043a]"},
@@ -54,6 +67,7 @@ TEST(PatternLayoutTest, WritesWhatItDoesNotUnderstandAsItStandsAndReportsItOnce)
       {"%d{%%%m", "%d{%order 17", "%d{", 1},
       {"%d{DATE}{UTC %m", "%d{DATE}{UTC order 17", "%d{DATE}{", 1},
       {"%m %c{-1}", "order 17 %c{-1}", "%c{-1}", 4},
+      {"%m %s{column}", "order 17 %s{column}", "%s{column}", 4},
   };
   written("");  // makes the logger, which is noted in the internal log
   for (const auto& [pattern, expected, item, position] : CASES) {

@@ -4,6 +4,7 @@
 
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
+#include "log4vrk/core/LOGSourceLocation.h"
 
 namespace {
 
@@ -48,6 +49,20 @@ void appendLocation(I18NUtf8Buffer& out, char16_t letter, const LOGLocationInfo&
   }
 }
 
+void appendPlace(I18NUtf8Buffer& out, LOGPatternConverter::Place what, const LOGSourceLocation* place) {
+  if (place == nullptr) return out.appendChecked(LOGLocationInfo::m_NA.toUtf8());
+  const std::string_view path = place->file;
+  if (what == LOGPatternConverter::PATH) out.append(path);
+  if (what == LOGPatternConverter::FUNCTION) out.append(std::string_view(place->function));
+  const bool hasLine = what == LOGPatternConverter::FILE_AND_LINE || what == LOGPatternConverter::LINE;
+  // Without a slash npos + 1 is the beginning.
+  if (what == LOGPatternConverter::FILE_AND_LINE || what == LOGPatternConverter::FILE) {
+    out.append(path.substr(path.rfind('/') + 1));
+    if (hasLine) out.appendChecked(":");
+  }
+  if (hasLine) out.append(static_cast<long long>(place->line));
+}
+
 bool isAscii(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
@@ -65,6 +80,7 @@ LOGPatternConverter::LOGPatternConverter(const LOGPatternConverter& other)
       minimumWidth(other.minimumWidth),
       maximumWidth(other.maximumWidth),
       precision(other.precision),
+      place(other.place),
       date(other.date != nullptr ? other.date->clone() : nullptr) {
   setText(std::string(other.text));
 }
@@ -132,6 +148,9 @@ inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent
       break;
     case u'x':
       out.append(event.getNDC());
+      break;
+    case u's':
+      appendPlace(out, place, event.getSourceLocation());
       break;
     default:
       if (letter != 0) appendLocation(out, letter, *event.getLocationInformation());

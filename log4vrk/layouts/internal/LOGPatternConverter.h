@@ -43,8 +43,9 @@ struct LOGPatternConverter {
   // In UTF-16 units.
   std::size_t minimumWidth = 0;
   std::size_t maximumWidth = I18NString::npos;
-  std::size_t precision = 0;            // how many components of the logger's name; 0 is all
-  std::string text;                     // in front of the item; in UTF-8
+  std::size_t precision = 0;  // how many components of the logger's name; 0 is all
+  enum Place { FILE_AND_LINE, FILE, PATH, LINE, FUNCTION } place = FILE_AND_LINE;  // letter s
+  std::string text;                                                                // in front of the item; in UTF-8
   char shortText[16] = {};              // the same when it fits, copied as one block
   std::unique_ptr<LOGDateFormat> date;  // letter d; null is no date
 

@@ -1,6 +1,7 @@
 #include "log4vrk/layouts/internal/LOGPatternParser.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "log4vrk/core/LOGLogLog.h"
@@ -80,6 +81,8 @@ bool LOGPatternParser::readLetter(LOGPatternConverter& item) {
       return readPrecision(item);
     case u'd':
       return readDate(item);
+    case u's':
+      return readPlace(item);
     case u'r':
       item.letter = u'd';  // it is written like other dates, and has no code of its own
       item.date = LOGDateFormat::create("RELATIVE");
@@ -105,6 +108,15 @@ bool LOGPatternParser::readDate(LOGPatternConverter& item) {
   if (!takeBraces(format) || !takeBraces(zone)) return false;
   item.date = LOGDateFormat::create(format.empty() ? "ISO8601" : I18NString(format), LOGTimeZone(I18NString(zone)));
   return true;
+}
+
+bool LOGPatternParser::readPlace(LOGPatternConverter& item) {
+  static constexpr std::u16string_view NAMES[] = {u"", u"file", u"path", u"line", u"function"};  // in the enum's order
+  std::u16string_view name;
+  if (!takeBraces(name)) return false;
+  const auto found = std::find(std::begin(NAMES), std::end(NAMES), name);
+  item.place = static_cast<LOGPatternConverter::Place>(found - std::begin(NAMES));
+  return found != std::end(NAMES);
 }
 
 bool LOGPatternParser::take(char16_t unit) {
