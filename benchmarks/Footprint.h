@@ -1,5 +1,6 @@
 // What the programs have in common that g starts, each with one logger and nothing else in it:
 //   footprint_NAME memory FILE EVENTS   four threads log behind a queue; prints the peak of the resident memory in kB
+//   footprint_NAME small FILE           logs one event; prints the peak as above
 //   footprint_NAME setup FILE           sets up and logs one event; prints the nanoseconds since main() began; ours
 //   also takes a
 //                                       document that names the file
@@ -32,6 +33,11 @@ int footprint(int argc, char** argv, LogAll logAll, SetUp setUp) {
   const std::string_view what = argc > 2 ? argv[1] : "";
   if (what == "memory" && argc == 4) {
     logAll(argv[2], 4, std::strtol(argv[3], nullptr, 10));
+    std::printf("%ld\n", peakMemory());
+    return 0;
+  }
+  if (what == "small") {
+    setUp(argv[2]);
     std::printf("%ld\n", peakMemory());
     return 0;
   }

@@ -42,10 +42,11 @@ int main(int argc, char** argv) {
   const bench::Settings settings(argc, argv);
   const long calls = settings.count(30'000'000);
   const auto nanoseconds = [calls](auto call) {
-    const double seconds = bench::seconds(1, calls, [&](long i) __attribute__((always_inline)) {
-      bench::fence();
-      call(bench::number(i));
-    });
+    const double seconds = bench::seconds(
+        1, calls, [&](long i) __attribute__((always_inline)) {
+          bench::fence();
+          call(bench::number(i));
+        });
     return seconds * 1e9 / static_cast<double>(calls);
   };
 

@@ -265,19 +265,11 @@ std::string readFile(const char* path, const I18NString& name) {
 }
 
 // The parser is in a module of its own: programs that are configured in code do not pay for loading it.
-VRKXmlParse loadParser() {
-  I18NString reason;
-  void* const module = VRKDynamicLibrary::openModule(VRK_XML_MODULE, reason);
-  if (module == nullptr) throw VRKThrowable(I18NString(VRK_XML_MODULE) + " could not be loaded: " + reason, VRK_HERE);
-  void* const function = VRKDynamicLibrary::symbol(module, VRK_XML_PARSE);
-  if (function == nullptr) throw VRKThrowable(I18NString(VRK_XML_MODULE) + " is of another version", VRK_HERE);
-  return reinterpret_cast<VRKXmlParse>(function);
-}
-
 // A failure is not remembered: the next document tries again.
 VRKXmlParse parser(const I18NString& file) {
   try {
-    static const VRKXmlParse parse = loadParser();
+    static const auto parse =
+        reinterpret_cast<VRKXmlParse>(VRKDynamicLibrary::moduleFunction(VRK_XML_MODULE, VRK_XML_PARSE));
     return parse;
   } catch (const VRKThrowable& error) {
     throw failure(file, error.getText());

@@ -43,7 +43,7 @@ mapfile -t flags < <(pkg-config --cflags --libs log4vrk | xargs -n 1 printf '%s\
 "$compiler" -std=c++17 -o "$work/pkg-config/consumer" "$here/main.cpp" "${flags[@]}"
 LD_LIBRARY_PATH=$libdir run_and_check "$work/pkg-config/consumer"
 
-# Without the module nothing but documents is missing, and the internal log says what to do.
+# Without the modules nothing but documents and time zones by name is missing, and the internal log says what to do.
 cd "$work/cmake"
 mkdir -p ../configuration
 echo "1 internal.log" >../configuration/logdebug.ini

@@ -5,6 +5,8 @@
 #include <climits>
 #include <string>
 
+#include "log4vrk/platform/VRKThrowable.h"
+
 namespace {
 
 // The folder of this library's file, with a slash at its end; empty when it is not known. RTLD_DI_ORIGIN is absolute:
@@ -23,10 +25,16 @@ std::string ownFolder() {
 
 void* VRKDynamicLibrary::open(const I18NString& path) { return ::dlopen(path.toUtf8().c_str(), RTLD_LAZY); }
 
-void* VRKDynamicLibrary::openModule(const char* name, I18NString& reason) {
-  if (void* const module = ::dlopen((ownFolder() + name).c_str(), RTLD_LAZY)) return module;
-  reason = ::dlerror();  // before the next attempt, whose "not found" would hide it
-  return ::dlopen(name, RTLD_LAZY);
+void* VRKDynamicLibrary::moduleFunction(const char* module, const char* name) {
+  void* handle = ::dlopen((ownFolder() + module).c_str(), RTLD_LAZY);
+  if (handle == nullptr) {
+    const I18NString reason = ::dlerror();  // before the next attempt, whose "not found" would hide it
+    handle = ::dlopen(module, RTLD_LAZY);
+    if (handle == nullptr) throw VRKThrowable(I18NString(module) + " could not be loaded: " + reason, VRK_HERE);
+  }
+  void* const function = symbol(handle, name);
+  if (function == nullptr) throw VRKThrowable(I18NString(module) + " is of another version", VRK_HERE);
+  return function;
 }
 
 void* VRKDynamicLibrary::symbol(void* handle, const char* name) {

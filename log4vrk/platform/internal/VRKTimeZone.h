@@ -16,10 +16,11 @@
 class VRKTimeZone {
  public:
   /// `name` is one that ICU knows ("Europe/Berlin", "UTC"), "Z" for UTC, or an offset to the east, alone or after GMT
-  /// or UTC ("+05:45", "-0330", "GMT-3", "UTC+2"). Null when there is no such zone.
+  /// or UTC ("+05:45", "-0330", "GMT-3", "UTC+2"). Null when there is no such zone. Raises
+  /// VRKThrowable when tovlog4vrk-zones.so, which knows them, cannot be loaded.
   static std::shared_ptr<const VRKTimeZone> find(const I18NString& name);
 
-  virtual ~VRKTimeZone();
+  virtual ~VRKTimeZone() = default;
 
   /// The date and time in the zone, `seconds` after the epoch. Moments after the year 275760 or as long before 1970 are
   /// taken for the last or first of that span. tm_gmtoff and tm_zone are set, so that strftime's %z and %Z are right.
