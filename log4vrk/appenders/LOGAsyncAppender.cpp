@@ -247,14 +247,15 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
 
 // Not on a dispatcher's thread: one that drained its own queue would wait for itself, and two could wait for each
 // other.
-void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
+bool LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   auto& self = static_cast<LOGAsyncAppender&>(appender);
   const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();
-  if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return;
+  if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return true;
   const std::uint64_t end = owned->putSoFar();
-  logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
-               [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
+  const bool delivered = logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
+                                      [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
   if (const LOGAppenderLists::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
+  return delivered;
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {
