@@ -161,6 +161,7 @@ TEST_F(HoldingServerTest, DoesNotTakeWhatItKeepsForWhatFilesHad) {
   }
   open();
   EXPECT_TRUE(eventually([&] { return server.held() == 64; }));
+  EXPECT_EQ(server.received().front(), "old100");
   log(1, 3);
   EXPECT_TRUE(eventually([&] { return server.held() == 67; }));
   server.lets = 64;

@@ -1,7 +1,6 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "tests/support/Tests.h"
@@ -130,23 +129,6 @@ TEST_F(RecoveryFilesTest, OneOwnerAtATimeAndTheNextOneComesAfterAKill) {
   append(mine, 3, 3, "mine");
   EXPECT_EQ(Texts({"1 theirs", "2 theirs", "3 theirs", "3 mine"}), take(mine));
   mine.acknowledge(6);
-  EXPECT_EQ(Texts(), names());
-}
-
-TEST_F(RecoveryFilesTest, ManyFilesAreAdoptedInOrderAndNotAllAtOnce) {
-  Texts expected;
-  for (int i = 100; i < 300; ++i) {
-    m_dir.write("recovery/20260102030405-00000" + std::to_string(i), record(1, std::to_string(i)));
-    expected.push_back(std::to_string(i));
-  }
-  LOGRecoveryFiles files(directory());
-  ASSERT_TRUE(files.open());
-  EXPECT_LT(files.pending(), 100u);
-  Texts delivered;
-  for (LOGRecoveryFiles::Record record; files.next(record); files.acknowledge(record.position)) {
-    delivered.push_back(record.payload);
-  }
-  EXPECT_EQ(expected, delivered);
   EXPECT_EQ(Texts(), names());
 }
 
