@@ -10,6 +10,7 @@
 namespace {
 
 using Number = std::uintptr_t;
+constexpr Number FREE = 0;
 
 // The number of the thread, which no thread before it had, nor one of the process that this was forked from; 0: it has
 // none yet. Each lock asks for it, so it is of the model that takes no call to find it, and fits into the little room
@@ -24,7 +25,7 @@ Number g_lastOfParent = 0, g_forker = 0;
 
 inline Number thisThread() { return t_number != 0 ? t_number : makeNumber(); }
 
-bool isGone(Number owner) { return owner != 0 && owner <= g_lastOfParent && owner != g_forker; }
+bool isGone(Number owner) { return owner <= g_lastOfParent && owner != g_forker; }
 
 template <typename Memory>
 inline std::mutex& mutexIn(Memory& memory) {
@@ -44,7 +45,7 @@ void VRKThreadCriticalSection::lock() {
   const Number self = thisThread();
   // Relaxed is enough: only this thread stores its own number here, so it reads that only when it is the owner.
   const Number owner = m_owner.load(std::memory_order_relaxed);
-  if (owner != self && !takeOver(owner, self)) {
+  if (owner != self && (owner == FREE || !takeOver(owner, self))) {
     mutexIn(m_mutex).lock();
     m_owner.store(self, std::memory_order_relaxed);
   }
@@ -61,7 +62,7 @@ bool VRKThreadCriticalSection::takeOver(Number owner, Number self) {
 bool VRKThreadCriticalSection::tryLock() {
   const Number self = thisThread();
   const Number owner = m_owner.load(std::memory_order_relaxed);
-  if (owner != self && !takeOver(owner, self)) {
+  if (owner != self && (owner == FREE || !takeOver(owner, self))) {
     if (!mutexIn(m_mutex).try_lock()) return false;
     m_owner.store(self, std::memory_order_relaxed);
   }
@@ -78,6 +79,6 @@ bool VRKThreadCriticalSection::isMine() const { return m_owner.load(std::memory_
 
 void VRKThreadCriticalSection::unlock() {
   if (--m_depth != 0) return;
-  m_owner.store(0, std::memory_order_relaxed);
+  m_owner.store(FREE, std::memory_order_relaxed);
   mutexIn(m_mutex).unlock();
 }
