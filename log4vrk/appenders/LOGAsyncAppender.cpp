@@ -13,6 +13,7 @@
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGExitSteps.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKList.h"
@@ -38,6 +39,30 @@ class Counted {
 
  private:
   std::atomic<int>& m_count;
+};
+
+// Those who log rely on it, so shortage of memory does not end it.
+class LastingDispatcher final : public LOGDispatcher {
+ public:
+  using LOGDispatcher::LOGDispatcher;
+
+  void start() override {
+    if (!m_reserved) m_reserved = std::make_unique<LOGThreadState::Reserved>();
+    LOGDispatcher::start();
+  }
+  void run() override {
+    m_reserved->use();
+    for (;;) {
+      try {
+        return LOGDispatcher::run();  // which may delete this object
+      } catch (const std::bad_alloc&) {
+        logNap();
+      }
+    }
+  }
+
+ private:
+  std::unique_ptr<LOGThreadState::Reserved> m_reserved;
 };
 
 void discard(LOGBoundedFIFO& queue) {
@@ -105,7 +130,7 @@ LOGAsyncAppender::LOGAsyncAppender() : m_aai(vrkNew<LOGAppenderAttachableImpl>(V
     const LOGGuard guard(*this);
     m_queue = std::make_shared<LOGBoundedFIFO>(DEFAULT_BUFFER_SIZE);
     m_bf = m_queue.get();
-    m_dispatcher = std::make_unique<LOGDispatcher>(m_queue, this);
+    m_dispatcher = std::make_unique<LastingDispatcher>(m_queue, this);
   });
 }
 
@@ -141,7 +166,7 @@ void LOGAsyncAppender::start() {
     queue->resize(m_queue->getMaxSize());
     m_bf = queue.get();
     m_queue = std::move(queue);
-    m_dispatcher = std::make_unique<LOGDispatcher>(m_queue, this);
+    m_dispatcher = std::make_unique<LastingDispatcher>(m_queue, this);
     m_forks = VRKThread::forks();
   }
   // In this order: a dispatcher that runs is one that close() ends.
@@ -247,14 +272,15 @@ void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
 
 // Not on a dispatcher's thread: one that drained its own queue would wait for itself, and two could wait for each
 // other.
-void LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
+bool LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   auto& self = static_cast<LOGAsyncAppender&>(appender);
   const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();
-  if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return;
+  if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return true;
   const std::uint64_t end = owned->putSoFar();
-  logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
-               [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
+  const bool delivered = logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
+                                      [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
   if (const LOGAppenderLists::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
+  return delivered;
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {

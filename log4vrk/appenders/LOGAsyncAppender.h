@@ -70,8 +70,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
-  /// Returns when what is queued now has been delivered, after ten seconds at the latest.
-  static void drain(LOGAppenderSkeleton& appender);
+  /// Returns when what is queued now has been delivered, after ten seconds at the latest; then false.
+  static bool drain(LOGAppenderSkeleton& appender);
   LOG4VRK_HIDDEN std::shared_ptr<LOGBoundedFIFO> queue();
   LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
   LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,

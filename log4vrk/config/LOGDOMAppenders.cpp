@@ -17,6 +17,7 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/layouts/LOGHTMLLayout.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
@@ -264,5 +265,30 @@ void LOGDOMConfigurator::retireStaleAppenders() {
     if (!appender->isStale()) continue;
     if (m_appenderBag.get(appender->getName()) == appender) m_appenderBag.remove(appender->getName());
     m_retired.splice(m_retired.end(), m_bundles, bundle);
+  }
+}
+
+// Whether the document names a logger that has it.
+bool LOGDOMConfigurator::isReplacedBy(const VRKIDOM_Element& root, LOGAppenderSkeleton* appender) const {
+  const std::vector<VRKIDOM_Element> children = logChildElements(root);
+  return std::any_of(children.begin(), children.end(), [&](const VRKIDOM_Element& child) {
+    const I18NString tag = child.getTagName();
+    LOGLogger* logger = nullptr;
+    if (tag == LOGGER || tag == CATEGORY) logger = m_repository->exists(child.getAttribute(LOG4VRK_NAME_ATTR));
+    if (tag == ROOT_TAG) logger = m_repository->getRootLogger();
+    return logger != nullptr && logger->isAttached(appender);
+  });
+}
+
+// A queue that is closed delivers everything first, however long its sink hangs: who left its dispatcher to itself
+// would lose the rest when another logger of the document closes the sink. So that is waited for while others can log.
+void LOGDOMConfigurator::drainWhatIsReplacedBy(const VRKIDOM_Element& root) const {
+  if (m_repository == nullptr) return;
+  for (const std::shared_ptr<LOGAppenderBundle>& bundle : m_bundles) {
+    LOGAppenderSkeleton& appender = *bundle->appender();
+    const LOGAppenderInternals* const internals = LOGAppenderInternals::of(appender);
+    if (internals == nullptr || internals->drain == nullptr) continue;
+    while (isReplacedBy(root, &appender) && !internals->drain(appender)) {
+    }
   }
 }

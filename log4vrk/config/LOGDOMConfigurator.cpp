@@ -230,6 +230,7 @@ int LOGDOMConfigurator::parse(const VRKIDOM_Element& root) {
   }
   auto* const hierarchy = dynamic_cast<LOGHierarchy*>(m_repository);
   LOGSyslogHosts hosts(syslogHosts(root));
+  drainWhatIsReplacedBy(root);
   {
     const LOGTimeLimit limit(LONGEST_PREPARATION);
     if (hierarchy != nullptr) hierarchy->drainAppenders();

@@ -117,6 +117,8 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
 
   LOG4VRK_HIDDEN void putIntoBag(const I18NString& name, std::shared_ptr<LOGAppenderBundle> bundle);
   LOG4VRK_HIDDEN void retireStaleAppenders();
+  LOG4VRK_HIDDEN bool isReplacedBy(const VRKIDOM_Element& root, LOGAppenderSkeleton* appender) const;
+  LOG4VRK_HIDDEN void drainWhatIsReplacedBy(const VRKIDOM_Element& root) const;
   LOG4VRK_HIDDEN std::shared_ptr<LOGAppenderBundle> bundleOf(const LOGAppenderSkeleton* appender) const;
 
   VRKThreadCriticalSection m_critSection{0};

@@ -74,7 +74,9 @@ LOGLogger::LOGLogger(const LOGLogger& other)
 }
 
 LOGLogger::~LOGLogger() {
-  noteLevelChange();  // takes this logger out of the list, too, which points to its members
+  // Takes this logger out of the list, too, which points to its members. Where it is in no list nothing may fail: this
+  // runs also when the constructor found no memory.
+  if (m_lowestEnabled != NOT_YET_KNOWN) noteLevelChange();
   for (const LOGLevel* const kept : m_levels) delete kept;
 }
 

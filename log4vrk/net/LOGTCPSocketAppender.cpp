@@ -29,8 +29,9 @@ LOGTCPSocketAppender::LOGTCPSocketAppender() : m_forks(VRKThread::forks()), m_ou
   // appender is closed. What is appended meanwhile may delay that up to the limit.
   const auto drain = [](LOGAppenderSkeleton& appender) {
     auto& self = static_cast<LOGTCPSocketAppender&>(appender);
-    if (!self.isActive()) return;
+    if (!self.isActive()) return true;
     logWaitUntil(LOGTimeLimit::until(LOGConnector::LONGEST_FAREWELL), [&] { return self.m_outbox->inMemory <= 0; });
+    return true;
   };
   static const LOGAppenderInternals INTERNALS = {&typeid(LOGTCPSocketAppender), true, nullptr, nullptr, nullptr, drain};
   instance("LOGTCPSocketAppender");

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKThreadSafety.h"
@@ -27,14 +28,21 @@ class LOG4VRK_EXPORT VRK_CAPABILITY("critical section") VRKThreadCriticalSection
   /// True when the calling thread holds it.
   bool isMine() const;
 
+  /// In the child of a fork: frees what threads hold that the child does not have. For the library's own use, when
+  /// those threads were not changing what such locks guard.
+  LOG4VRK_HIDDEN static void freeInChild();
+
  private:
   // A std::mutex, which is made in here: its header would cost a file that logs more than those of this library do.
   struct alignas(void*) Mutex {
     unsigned char memory[sizeof(void*) == 8 ? 40 : 24];
   };
+
+  LOG4VRK_HIDDEN bool takeOver(std::uintptr_t owner, std::uintptr_t self);
+
   Mutex m_mutex;
-  std::atomic<const void*> m_owner{nullptr};  // an address that only the owning thread has; null: free
-  int m_depth = 0;                            // how often the owner has it; touched by the owner only
+  std::atomic<std::uintptr_t> m_owner{0};  // the number of the owning thread; 0: free
+  int m_depth = 0;                         // how often the owner has it; touched by the owner only
 };
 
 /// Holds a critical section for the life of a scope.

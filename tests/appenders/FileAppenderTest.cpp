@@ -16,15 +16,6 @@ struct FailingAppender : LOGFileAppender {
 
 }  // namespace
 
-TEST_F(FileAppenderTest, KeepsWhatTheFileHoldsOnlyWhenAppendIsOne) {
-  for (int append : {1, 0, 2}) {
-    m_dir.write("log", "old\n");
-    LOGFileAppender appender(&m_layout, path("log"), append);
-    log(appender, "new");
-    EXPECT_EQ(m_dir.read("log"), append == 1 ? "old\nnew\n" : "new\n") << append;
-  }
-}
-
 TEST_F(FileAppenderTest, NeverMakesADirectoryAndOpensTheFileOnceThereIsOne) {
   LOGFileAppender file;
   LOGRollingFileAppender rolling;

@@ -8,18 +8,6 @@ using Files = std::map<std::string, std::string>;  // what follows "log" in the 
 
 const std::string LINE59(59, 'x');
 
-/// Notes whether other threads could have found it closed while it rolled over.
-struct WatchedAppender : LOGRollingFileAppender {
-  using LOGRollingFileAppender::LOGRollingFileAppender;
-  void setFileOptions(const I18NString& name, int append, int bufferedIO, long bufferSize) override
-      VRK_REQUIRES(m_critSection) {
-    lookedClosed = lookedClosed || getClosed() != 0 || getOpen() != 1;
-    LOGRollingFileAppender::setFileOptions(name, append, bufferedIO, bufferSize);
-    lookedClosed = lookedClosed || getClosed() != 0 || getOpen() != 1;
-  }
-  bool lookedClosed = false;
-};
-
 class RollingFileAppenderTest : public AppenderFixture {
  protected:
   Files files() const {
@@ -112,30 +100,6 @@ TEST_F(RollingFileAppenderTest, IsClosedWhileTheFileCannotBeReopened) {
   std::filesystem::rename(away, folder);
   log(appender, "written");
   EXPECT_EQ(m_dir.read("log/file.1"), "written\n");
-}
-
-TEST_F(RollingFileAppenderTest, ShiftsTheBackupsOfADirectoryThatCannotBeRead) {
-  set({{".1", "1"}, {".2", "2"}});
-  const bool root = ::geteuid() == 0;  // who may read everything
-  ASSERT_TRUE(::chmod(m_dir.path().c_str(), 0300) == 0 && (!root || ::chown(m_dir.path().c_str(), 65534, 65534) == 0));
-  EXPECT_TRUE(!root || ::seteuid(65534) == 0);
-  roll(1, 5);
-  EXPECT_TRUE(!root || ::seteuid(0) == 0);
-  ::chmod(m_dir.path().c_str(), 0700);
-  EXPECT_EQ(files(), (Files{{"", ""}, {".1", "x\n"}, {".2", "1"}, {".3", "2"}}));
-}
-
-TEST_F(RollingFileAppenderTest, LosesNoEventOfThreadsThatMeetARollOver) {
-  WatchedAppender appender(&m_layout, path("log"));
-  appender.setMaximumFileSize(600);
-  appender.setMaxBackupIndex(10000);
-  onThreads(2, [&](int) {
-    for (int i = 0; i < 400; ++i) log(appender, LINE59);
-  });
-  std::size_t bytes = 0;
-  for (const auto& [suffix, content] : files()) bytes += content.size();
-  EXPECT_EQ(bytes, 2u * 400 * 60);
-  EXPECT_FALSE(appender.lookedClosed);
 }
 
 // Written directly, behind a queue, and with a buffer: what is not written does not count, and each event that is lost

@@ -106,48 +106,6 @@ TEST_F(Delivery, ThreadsThatShareABufferLoseTearAndMixNothing) {
   expectEachOnceInOrder(linesOf(dir.file("buffered")), 4, 10000);
 }
 
-// Each removal waits for those who had come to the old appender, while eight threads keep logging to the new one.
-TEST_F(Delivery, ARemovalDoesNotWaitForThoseWhoComeAfterIt) {
-  std::unique_ptr<LOGFileAppender> current = newFile("current");
-  logger->addAppender(current.get());
-  const Meanwhile logging(std::vector<std::function<void()>>(8, log));
-  for (int i = 0; i < 20; ++i) {
-    std::unique_ptr<LOGFileAppender> next = newFile("next");
-    LOGLogger* const above = tree.getRootLogger();
-    above->addAppender(next.get());
-    const auto begin = std::chrono::steady_clock::now();
-    logger->removeAppender(current.get());
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
-    logger->addAppender(next.get());
-    above->removeAppender(next.get());
-    current = std::move(next);
-  }
-  logger->removeAppender(current.get());
-}
-
-// Whoever delivers may ask any logger for what it has and change its settings.
-TEST_F(Delivery, TwoAppendersMayUseEachOthersLoggerInTheMiddleOfAnEvent) {
-  RecordingAppender here("here"), there("there");
-  LOGLogger* const other = tree.getLogger("x.y");
-  logger->addAppender(&here);
-  other->addAppender(&there);
-  const auto use = [](LOGLogger* used, const char* name) {
-    return [used, name](const std::string&) {
-      used->setLevel(LOGLevel::DEBUG_OBJ);
-      used->setAdditivity(1);
-      EXPECT_NE(used->getAppender(name), nullptr);
-    };
-  };
-  here.onAppend = use(other, "there");
-  there.onAppend = use(logger, "here");
-  onThreads(2, [&](int t) {
-    for (int i = 0; i < 3000; ++i) LOG4VRK_INFO(t == 0 ? logger : other, i);
-  });
-  EXPECT_EQ(here.texts.size() + there.texts.size(), 6000u);
-  logger->removeAppender(&here);
-  other->removeAppender(&there);
-}
-
 // The dispatcher must not wait for log calls that wait for the dispatcher.
 TEST_F(Delivery, AnAppenderBehindAQueueMayRemoveThatQueue) {
   for (int round = 0; round < 20; ++round) {

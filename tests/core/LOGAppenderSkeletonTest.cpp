@@ -126,15 +126,6 @@ TEST(LOGAppenderSkeleton, EqualityIsByValueAndDecidesAttachingAndRemoving) {
   }
 }
 
-TEST(LOGAppenderSkeleton, ItsHandlerMayBeReplacedWhileOthersCompareIt) {
-  RecordingAppender one("x"), two("x");
-  two.setErrorHandler(new LOGErrorHandler);
-  LOGLogger logger("a");
-  logger.addAppender(&one);
-  const Meanwhile comparing({[&] { logger.isAttached(&two); }});
-  for (int i = 0; i < 5000; ++i) one.setErrorHandler(new LOGErrorHandler);
-}
-
 TEST(LOGAppenderAttachableImpl, RemovingAllClosesAllAndMarksThoseThatTheTableHolds) {
   RecordingAppender listed("listed"), replaced("replaced"), newer("replaced"), unlisted("unlisted");
   LOGHashtable table;

@@ -148,3 +148,52 @@ TEST_F(Fork, FromInsideALogCallDoesNotWaitForAConfigurationThatWaitsForIt) {
   };
   EXPECT_EQ(statusInChild(forkWhileConfiguring, 40), 0);
 }
+
+// The fork gives up waiting for them. Their locks are held for ever, by threads that the child does not have.
+TEST_F(Fork, TheChildTakesOverTheLocksOfThreadsThatAreStuckInAnAppender) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the sanitizer has no new threads after a fork of several";
+#endif
+  const TempDir dir;
+  const std::string document = dir.write("log.xml", R"(<log4j:configuration>
+      <logger name='stuck.call'/><logger name='stuck.queue'/><root/></log4j:configuration>)");
+  std::atomic<bool> goOn{false};
+  std::atomic<int> stuck{0};
+  RecordingAppender sink("sink"), direct("direct");
+  for (RecordingAppender* each : {&sink, &direct}) {
+    each->onAppend = [&](const std::string&) {
+      ++stuck;
+      eventually([&] { return goOn.load(); }, 60);
+    };
+  }
+  LOGAsyncAppender queue;
+  queue.addAppender(&sink);
+  LOGLogger* const queued = LOGManager::getLogger("stuck.queue");
+  LOGLogger* const called = LOGManager::getLogger("stuck.call");
+  queued->addAppender(&queue);
+  called->addAppender(&direct);
+  queued->info("parent");
+  std::thread calling([&] { called->info("parent"); });
+  EXPECT_TRUE(eventually([&] { return stuck == 2; }));
+  const auto useEverything = [&] {
+    goOn = true;
+    onThreads(2, [&](int) {
+      called->info("child");
+      queued->info("child");
+    });
+    queue.close();
+    EXPECT_EQ(sink.texts, Texts({"parent", "child", "child"}));
+    EXPECT_EQ(direct.texts, Texts({"parent", "child", "child"}));
+    EXPECT_EQ(LOG4VRKConfigurator::initialize(document.c_str()), 1);
+    EXPECT_EQ(direct.closings, 1);
+    LOG4VRKConfigurator::shutdown();
+    std::exit(HasFailure() ? 1 : 0);
+  };
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(statusInChild(useEverything), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+  goOn = true;
+  calling.join();
+  queue.close();
+  for (LOGLogger* each : {queued, called}) each->removeAllAppenders();
+}

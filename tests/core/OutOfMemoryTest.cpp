@@ -11,16 +11,17 @@ using namespace vrktest;
 
 namespace {
 
-// While it is on, the allocation numbered `first` fails, on whichever thread.
+// While it is on, so many allocations from that numbered `first` on fail, on whichever thread.
 struct Shortage {
   bool hits() {
     if (!on.load(std::memory_order_relaxed)) return false;
-    if (++made != first) return false;
+    const long number = ++made;
+    if (number < first || number - first >= length) return false;
     *met = true;
     return true;
   }
 
-  long first = 0;
+  long first = 0, length = 1;
   std::atomic<bool>* met = nullptr;
   std::atomic<bool> on{false};
   std::atomic<long> made{0};
@@ -155,9 +156,12 @@ void forEveryAllocation(long step, const std::function<void()>& scenario) {
 
 }  // namespace
 
-TEST(OutOfMemory, EndsNoProcessHoldsNoLockAndIsOverWhenThereIsMemoryAgain) {
+struct OutOfMemory : testing::TestWithParam<long> {};
+
+TEST_P(OutOfMemory, EndsNoProcessHoldsNoLockAndIsOverWhenThereIsMemoryAgain) {
   const Deadline deadline(110);
-  forEveryAllocation(1, [] {
+  g_shortage.length = GetParam();
+  forEveryAllocation(GetParam() == 1 ? 1 : 5, [] {
     const TempDir dir;
     Life life(dir);
     g_shortage.on = true;
@@ -168,8 +172,11 @@ TEST(OutOfMemory, EndsNoProcessHoldsNoLockAndIsOverWhenThereIsMemoryAgain) {
   });
 }
 
+// How many allocations fail in a row.
+INSTANTIATE_TEST_SUITE_P(InARow, OutOfMemory, testing::Values(1, 20, 500), testing::PrintToStringParamName());
+
 // An initialisation of the parser that has failed is not repeated.
-TEST(OutOfMemory, InTheFirstDocumentEndsNoProcess) {
+TEST(OutOfMemoryAtFirst, InTheFirstDocumentEndsNoProcess) {
   const Deadline deadline(110);
   forEveryAllocation(31, [] {
     const TempDir dir;

@@ -14,7 +14,7 @@ failed=0
 checked=0
 
 # "Suite.Test" of every test of the sources; a long name may be on the next line.
-tests=$(find tests -name '*.cpp' -exec cat {} + | tr '\n' ' ' |
+tests=$(find tests soak -name '*.cpp' -exec cat {} + | tr '\n' ' ' |
   grep -oE "\bTEST(_F|_P)?\( *$HELD_BY, *[A-Za-z0-9]+ *\)" |
   sed -E 's/^TEST(_F|_P)?\( *([A-Za-z0-9]+), *([A-Za-z0-9]+) *\)/\2.\3/')
 

@@ -431,33 +431,6 @@ TEST_F(LogServerTest, AForkedChildHasAStreamOfItsOwn) {
   for (int child = 1; child <= CHILDREN; ++child) EXPECT_EQ(child % 5 == 0 ? 0 : EACH, last[child]) << child;
 }
 
-TEST_F(LogServerTest, ClosesSoonWhateverTheServerDoes) {
-  using Clock = std::chrono::steady_clock;
-  ASSERT_TRUE(server->startAndWait());
-  open();
-  logNumbers(0, 10);
-  ASSERT_TRUE(acknowledges(10));
-  server->stop();
-  logNumbers(1, 300);
-  const auto begin = Clock::now();
-  appender.close();
-  EXPECT_LT(Clock::now() - begin, LOGConnector::LONGEST_FAREWELL + std::chrono::seconds(1));
-  EXPECT_EQ(300u, appender.getInRecovery());
-  appender.close();
-  logger->info("late");
-  EXPECT_EQ(1, log.count("Attempted to append to closed appender named [server].")) << log.text();
-  server->resume();
-  LOGTCPSocketAppender next;  // of the same program, or of another one
-  next.setRemoteHost("127.0.0.1");
-  next.setPort(server->relpPort());
-  next.activateOptions();
-  EXPECT_TRUE(eventually([&] { return next.getAcknowledged() == 300; }));
-  next.close();
-  const Texts texts = Received(server->lines()).texts;
-  expectEachOnceInOrder({texts.begin() + 10, texts.end()}, 1, 300);
-  EXPECT_EQ(0, recoveryFiles());
-}
-
 TEST_F(LogServerTest, OfTheExampleShowsWhatItsDocumentSends) {
   const std::string examples = LOG4VRK_SOURCE_DIR "/examples/log-server", port = std::to_string(server->relpPort());
   const pid_t process = startProgram({examples + "/run-log-server.sh", dir.file("server"), port});

@@ -126,6 +126,32 @@ INSTANTIATE_TEST_SUITE_P(Endings, Exit,
                                          Ending{"stuck_sink", Ending::MAIN, true, TWO_SECONDS}),
                          [](auto& ending) { return std::string(ending.param.name); });
 
+// Reads the document while three threads log, none of whose calls may take longer than 100 ms.
+double secondsToRead(const std::string& document, const char* loggerName) {
+  LOGLogger* const logger = LOGManager::getLogger(loggerName);
+  std::atomic<Clock::rep> slowest{0};
+  const auto log = [&] {
+    const auto begin = Clock::now();
+    logger->error("meanwhile");
+    const Clock::rep time = (Clock::now() - begin).count();
+    for (Clock::rep before = slowest; before < time && !slowest.compare_exchange_weak(before, time);) {
+    }
+    ::usleep(100);
+  };
+  const auto begin = Clock::now();
+  {
+    const Meanwhile logging({log, log, log});
+    EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  }
+  const std::chrono::duration<double> took = Clock::now() - begin;
+  const std::chrono::duration<double, std::milli> longest = Clock::duration(slowest);
+  std::printf("Read again in %.1f s; the slowest log call took %.1f ms.\n", took.count(), longest.count());
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  EXPECT_LT(longest.count(), 100);
+#endif
+  return took.count();
+}
+
 // Everything that a run has to wait for, it waits for while others can log, or not at all.
 TEST(Reread, OfADocumentHoldsNoLogCallUp) {
   const Deadline deadline{100};
@@ -159,28 +185,7 @@ TEST(Reread, OfADocumentHoldsNoLogCallUp) {
   LOGManager::getLogger("reread.pipe")->error("nobody reads it");
   ASSERT_TRUE(eventually([&] { return server.held() > 0; }));
 
-  LOGLogger* const logger = LOGManager::getLogger("reread.fast");
-  std::atomic<Clock::rep> slowest{0};
-  const auto log = [&] {
-    const auto begin = Clock::now();
-    logger->error("meanwhile");
-    const Clock::rep time = (Clock::now() - begin).count();
-    for (Clock::rep before = slowest; before < time && !slowest.compare_exchange_weak(before, time);) {
-    }
-    ::usleep(100);
-  };
-  const auto begin = Clock::now();
-  {
-    const Meanwhile logging({log, log, log});
-    EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
-  }
-  const std::chrono::duration<double> took = Clock::now() - begin;
-  const std::chrono::duration<double, std::milli> longest = Clock::duration(slowest);
-  std::printf("Read again in %.1f s; the slowest log call took %.1f ms.\n", took.count(), longest.count());
-  EXPECT_LT(took.count(), 10);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-  EXPECT_LT(longest.count(), 100);
-#endif
+  EXPECT_LT(secondsToRead(document, "reread.fast"), 10);
   EXPECT_EQ(0, internal.count("LOGSyslogWriter::init --- Error in converting address."));
   // What the server had not acknowledged is kept for the next appender, in order.
   server.lets = ScriptedLogServer::ALL;
@@ -191,6 +196,30 @@ TEST(Reread, OfADocumentHoldsNoLogCallUp) {
   };
   EXPECT_TRUE(eventually(arrived));
   LOG4VRKConfigurator::shutdown();
+}
+
+// The sink hangs for longer than the run waits for queues that it leaves alone.
+TEST(Reread, HoldsNoLogCallUpWhileItReplacesAQueueWhoseSinkHangs) {
+  const Deadline deadline{100};
+  const TempDir dir;
+  const std::string document =
+      loadDocument(dir, Way::FAST, {{"reread.queue", "async"}, {"reread.file", "file"}}, "FileAppender");
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  LOGLogger* const queued = LOGManager::getLogger("reread.queue");
+  RecordingAppender sink;
+  std::atomic<bool> hangs{false};
+  sink.onAppend = [&](const std::string&) {
+    if (!hangs.exchange(true)) std::this_thread::sleep_for(std::chrono::milliseconds(7500));
+  };
+  static_cast<LOGAsyncAppender*>(queued->getAppender("async"))->addAppender(&sink);
+  for (int n = 0; n < 100; ++n) queued->error("queued");
+  ASSERT_TRUE(eventually([&] { return hangs.load(); }));
+  const double seconds = secondsToRead(document, "reread.file");
+  EXPECT_GT(seconds, 7) << "the queue is delivered first";
+  EXPECT_EQ(sink.texts.size(), 100u);
+  LOG4VRKConfigurator::shutdown();
+  const std::vector<std::string> lines = linesOf(dir.file("all.log"));
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "queued"), 100);
 }
 
 // Every kind of object that a document can make. The sanitizer build sees what is not freed at the end.

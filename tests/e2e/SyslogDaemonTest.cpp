@@ -48,18 +48,6 @@ TEST_F(SyslogDaemonTest, StoresEveryFacilityAndEveryKindOfText) {
   EXPECT_EQ("", log.text());
 }
 
-TEST_F(SyslogDaemonTest, StoresBurstsInOrder) {
-  constexpr int BURSTS = 25, EACH = 200;  // what the smallest of receive buffers has room for
-  layout.setConversionPattern("0 %m end");
-  for (int burst = 0; burst < BURSTS; ++burst) {
-    for (int i = 1; i <= EACH; ++i) logger->info(std::to_string(burst * EACH + i).c_str());
-    ASSERT_EQ(static_cast<std::size_t>((burst + 1) * EACH), daemon.waitForLines((burst + 1) * EACH).size());
-  }
-  Texts stored = daemon.lines();
-  for (std::string& line : stored) line.erase(0, line.find('>') + 1);
-  expectEachOnceInOrder(stored, 1, BURSTS * EACH);
-}
-
 TEST_F(SyslogDaemonTest, ADaemonThatGoesAwayCostsNothingButWhatIsSentMeanwhile) {
   const Deadline deadline(100);
   int sent = 0;

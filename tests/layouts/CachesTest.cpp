@@ -145,16 +145,6 @@ TEST_F(Caches, AThreadThatWasReadOrGivenStaysWithItsEvent) {
   }
 }
 
-TEST_F(Caches, AForkedChildIsItself) {
-  const auto log = [this] {
-    for (long n = 0; n < 3; ++n) logOne(tree.getLogger("direct"), LOGLevel::INFO_OBJ, n);
-  };
-  log();
-  EXPECT_EQ(statusInChild(log), 0);
-  log();
-  expectTrue(linesOf(dir.file("direct")), 9, true);
-}
-
 // Whatever a logger remembers of what is enabled is forgotten when any of it changes, while other threads ask, too.
 TEST_F(Caches, WhatIsEnabledFollowsLevelParentAndThreshold) {
   LOGHierarchy exact(

@@ -92,17 +92,3 @@ TEST(PatternLayoutTest, LetsAMessageUseTheLayoutThatWritesIt) {
   });
   EXPECT_EQ(formatted(layout, &message), "2026 Orders []\n");
 }
-
-TEST(PatternLayoutTest, TakesAnotherPatternWhileOthersLog) {
-  const std::string texts[] = {"2026 INFO order 17\n", "Orders order 17\n"};
-  LOGPatternLayout layout("%c{1} %m%n");
-  const Meanwhile changing({[&] { layout.setConversionPattern("%d{%Y}{UTC} %p %m%n"); },
-                            [&] { layout.setConversionPattern("%c{1} %m%n"); }});
-  onThreads(2, [&](int) {
-    for (int n = 0; n < 500; ++n) {
-      const LOGGuard guard(layout);
-      const std::string text = formatted(layout, "order 17");
-      EXPECT_TRUE(text == texts[0] || text == texts[1]) << text;
-    }
-  });
-}

@@ -128,18 +128,6 @@ log4vrk: LOGRendererMap::clear() -- all libs are unloaded.
 )");
 }
 
-// Whatever the node holds, and once more for a library that is known already.
-TEST_F(RendererMapTest, NotesEveryLibraryThatItIsTold) {
-  const auto open = [] { return ::dlopen((DIRECTORY + "/libEchoRenderer.so").c_str(), RTLD_LAZY); };
-  LOGRendererMap::putFunction("Known", nullptr, open());
-  LOGRendererMap::putFunction("Known", nullptr, open());
-  EXPECT_EQ(LOGRendererMap::isLibraryLoaded("Known"), 1);
-  EXPECT_EQ(LOGRendererMap::getRendererFromFunction("Known"), nullptr);
-  LOGRendererMap::clear();
-  EXPECT_EQ(log.count("unload rendering library: Known"), 2);
-  EXPECT_TRUE(livingRenderers() == -1 && LOGRendererMap::isLibraryLoaded("Known") == 0);
-}
-
 TEST_F(RendererMapTest, FreesRenderersThatAreReplacedAndUnloadsWhenTheRenderOnAnotherThreadHasEnded) {
   const Deadline deadline(60);
   for (int i = 0; i < 50; ++i) LOGRendererMap::addRenderer(&repository, "EchoRenderer", "Echoed");
@@ -160,27 +148,6 @@ TEST_F(RendererMapTest, FreesRenderersThatAreReplacedAndUnloadsWhenTheRenderOnAn
 TEST_F(RendererMapTest, MayBeClearedWhileAnotherThreadLooksUp) {
   const Meanwhile clearing({LOGRendererMap::clear});
   for (int i = 0; i < 10000; ++i) LOGRendererMap::get("EchoRenderer");
-}
-
-// In a child, because the library stays open.
-TEST_F(RendererMapTest, IsClearedInTimeAlsoWhileAnotherThreadRendersForLong) {
-  const auto clear = [&] {
-    LOGRendererMap::addRenderer(&repository, "EchoRenderer", "Echoed");
-    std::atomic<bool> rendering{false}, cleared{false};
-    HookMessage object = message("Echoed", [&] {
-      rendering = true;
-      EXPECT_TRUE(eventually([&] { return cleared.load(); }, 20));
-    });
-    std::thread other([&] { EXPECT_EQ(rendered(object), "[text]"); });
-    EXPECT_TRUE(eventually([&] { return rendering.load(); }));
-    const auto begin = std::chrono::steady_clock::now();
-    LOGRendererMap::clear();
-    const auto took = std::chrono::steady_clock::now() - begin;
-    EXPECT_TRUE(took > std::chrono::milliseconds(1900) && took < std::chrono::milliseconds(3000));
-    cleared = true;
-    other.join();
-  };
-  EXPECT_EQ(statusInChild(clear), 0);
 }
 
 // The last one here, because a library stays open.

@@ -70,13 +70,18 @@ std::set<long> threads() {
   return result;
 }
 
+struct Client : LOGTCPSocketAppender {
+  explicit Client(int port = 0, const char* name = "") {
+    setName(name);
+    setRemoteHost("127.0.0.1");
+    if (port != 0) setPort(port);
+  }
+};
+
 class ConnectorTest : public testing::Test {
  protected:
   explicit ConnectorTest(Server::Script script = &accept) : server(std::move(script)) {
     VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
-    appender.setName("server");
-    appender.setRemoteHost("127.0.0.1");
-    appender.setPort(server.port());
     appender.setReconnectionDelay(20);
   }
   ~ConnectorTest() override {
@@ -116,7 +121,7 @@ class ConnectorTest : public testing::Test {
   Tree tree;
   LOGLogger* const logger = tree.getLogger("shop");
   Server server;
-  LOGTCPSocketAppender appender;
+  Client appender{server.port(), "server"};
 };
 
 struct HoldingServerTest : ConnectorTest {
@@ -133,21 +138,6 @@ TEST_F(HoldingServerTest, KeepsToTheWindowAndToTheOrderAndRepeatsNothingAfterASt
   EXPECT_TRUE(acknowledges(310));
   EXPECT_EQ(numbers(1, 310), server.received());
   EXPECT_TRUE(eventually([&] { return files().empty(); }));
-}
-
-TEST_F(HoldingServerTest, SendsEverythingAgainInOrderAfterALostConnection) {
-  open();
-  log(1, 300);
-  EXPECT_TRUE(eventually([&] { return server.held() == LOGRelpSession::WINDOW; }));
-  server.away = true;
-  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 300; }));
-  log(301, 310);
-  server.away = false;
-  server.lets = Server::ALL;
-  EXPECT_TRUE(acknowledges(310));
-  const Texts received = server.received();
-  ASSERT_EQ(LOGRelpSession::WINDOW + 310, received.size());
-  EXPECT_EQ(numbers(1, 310), Texts(received.end() - 310, received.end()));
 }
 
 // Many events that fill the queue before the thread would look for itself.
@@ -171,6 +161,7 @@ TEST_F(HoldingServerTest, DoesNotTakeWhatItKeepsForWhatFilesHad) {
   }
   open();
   EXPECT_TRUE(eventually([&] { return server.held() == 64; }));
+  EXPECT_EQ(server.received().front(), "old100");
   log(1, 3);
   EXPECT_TRUE(eventually([&] { return server.held() == 67; }));
   server.lets = 64;
@@ -178,9 +169,7 @@ TEST_F(HoldingServerTest, DoesNotTakeWhatItKeepsForWhatFilesHad) {
   server.lets = 3;
   EXPECT_TRUE(acknowledges(67));
   appender.close();
-  LOGTCPSocketAppender next;
-  next.setRemoteHost("127.0.0.1");
-  next.setPort(server.port());
+  Client next(server.port());
   server.lets = Server::ALL;
   next.activateOptions();
   EXPECT_TRUE(eventually([&] { return next.getAcknowledged() >= 36 && next.getInRecovery() == 0; }));
@@ -230,9 +219,7 @@ TEST_F(ConnectorTest, SetsAsideWhatTheServerDoesNotTakeAndDeliversTheRest) {
   const std::string file = dir.file("logs/recovery/local/" + aside[0]);
   std::filesystem::rename(file, file.substr(0, file.rfind('.')));  // and they are sent again
   takesAll = true;
-  LOGTCPSocketAppender next;
-  next.setRemoteHost("127.0.0.1");
-  next.setPort(picky.port());
+  Client next(picky.port());
   next.activateOptions();
   EXPECT_TRUE(eventually([&] { return next.getAcknowledged() == 4; }));
   const Texts again = picky.received();
@@ -253,8 +240,7 @@ TEST_F(ConnectorTest, KeepsEventsWhileThereIsNoThreadAndDeliversThemWhenThereIs)
     return appender.getInRecovery() == 3;
   }));
   EXPECT_EQ(1, internal.count("there is no thread to send with, events are kept")) << internal.text();
-  LOGTCPSocketAppender closed;
-  closed.setRemoteHost("127.0.0.1");
+  Client closed;
   LOGObject message("4");
   LOGLoggingEvent event("", logger, LOGLevel::INFO_OBJ, &message);
   closed.append(&event);
@@ -289,25 +275,6 @@ TEST_F(ConnectorTest, ShortageOfMemoryOnItsThreadLosesNothing) {
       eventually([&] { return withoutRepetitions(server.received()).size() == static_cast<std::size_t>(last); }, 20));
   EXPECT_EQ(numbers(1, last), withoutRepetitions(server.received()));
   EXPECT_EQ(0u, appender.getDropped());
-}
-
-TEST_F(ConnectorTest, ReconnectsWithAnyDelay) {
-  for (const long delay :
-       {static_cast<long>(9223372036855), std::numeric_limits<long>::max(), -1L, std::numeric_limits<long>::min()}) {
-    LOGTCPSocketAppender client;
-    client.setRemoteHost("127.0.0.1");
-    client.setPort(server.port());
-    client.setReconnectionDelay(delay);
-    server.away = true;
-    client.activateOptions();
-    const InternalLog own;
-    EXPECT_TRUE(eventually([&] { return own.contains("there is no connection"); })) << delay;
-    server.away = false;
-    LOGObject message("1");
-    LOGLoggingEvent event("", logger, LOGLevel::INFO_OBJ, &message);
-    client.append(&event);
-    EXPECT_TRUE(eventually([&] { return client.getAcknowledged() == 1; })) << delay;
-  }
 }
 
 TEST_F(HoldingServerTest, SettingsOfAnOpenAppenderHoldAtOnce) {
@@ -371,26 +338,9 @@ TEST_F(ConnectorTest, CountsWhatItLeavesBehindWithAThreadThatIsStuck) {
   EXPECT_TRUE(eventually([&] { return threads().count(thread) == 0; })) << "it comes out of it";
 }
 
-TEST_F(ConnectorTest, WaitsForSpaceByTheClock) {
-  server.away = true;
-  const long thread = open();
-  log(1, 1);
-  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 1; }));
-  const Standstill standstill(thread);
-  if (!standstill.holds) GTEST_SKIP() << "threads cannot be stopped here";
-  ::prctl(PR_SET_TIMERSLACK, 20000000UL);  // each nap takes a hundred times longer
-  const std::string large(60000, 'x');
-  const Clock::time_point begin = Clock::now();
-  while (appender.getDropped() == 0) logger->info(large.c_str());
-  ::prctl(PR_SET_TIMERSLACK, 0UL);
-  EXPECT_LT(Clock::now() - begin, seconds(2));
-}
-
 TEST_F(HoldingServerTest, FinishesEverythingInTimeBeforeTheProcessEnds) {
   Server takes(&accept);
-  LOGTCPSocketAppender other;
-  other.setRemoteHost("127.0.0.1");
-  other.setPort(takes.port());
+  Client other(takes.port());
   other.activateOptions();
   open();
   log(1, 200);
@@ -402,9 +352,7 @@ TEST_F(HoldingServerTest, FinishesEverythingInTimeBeforeTheProcessEnds) {
   EXPECT_EQ(210u, appender.getInRecovery());
   EXPECT_EQ(10u, other.getAcknowledged());
   EXPECT_EQ(numbers(201, 210), takes.received());
-  LOGTCPSocketAppender late;
-  late.setName("late");
-  late.setRemoteHost("127.0.0.1");
+  Client late(0, "late");
   logger->addAppender(&late);
   log(211, 211);
   for (const char* name : {"[server]", "[]", "[late]"}) {

@@ -1,5 +1,3 @@
-#include <set>
-
 #include "tests/net/UdpReceiver.h"
 #include "tests/support/Tests.h"
 
@@ -117,16 +115,6 @@ TEST_F(LocalUDPAppenderTest, AClassWithoutARendererArrivesWithoutText) {
   EXPECT_NO_THROW(appender.append(nullptr));
 }
 
-TEST_F(LocalUDPAppenderTest, ARendererInUseOutlivesItsReplacementAndAClearing) {
-  PieceRenderer other;
-  renderer.onWrite = [&] {
-    LOGRendererMap::put("Piece", &other);
-    LOGRendererMap::clear();
-  };
-  append("shop", "first");
-  EXPECT_EQ(datagram("shop", "\0\5first"s), receiver.next());
-}
-
 TEST_F(LocalUDPAppenderTest, NeitherAClosedPortNorABadOneIsNoticed) {
   const Deadline deadline(60);
   const int port = receiver.port();
@@ -174,35 +162,6 @@ TEST_F(LocalUDPAppenderTest, OpensAgainAfterAFailureAndAfterCloseWithOneDescript
   }
   EXPECT_EQ(before, openDescriptors());
   EXPECT_TRUE(receiver.isEmpty());
-}
-
-TEST_F(LocalUDPAppenderTest, ThreadsLogWhileItIsClosedAndCopied) {
-  std::multiset<std::string> expected, received;
-  for (const std::string letter : {"a", "b"}) {
-    for (int i = 0; i < 100; ++i) expected.insert(datagram(letter, "\0\1"s + letter));
-  }
-  LOGLocalUDPAppender copy;
-  EXPECT_FALSE(copy == appender);
-  {
-    const Meanwhile changing({[&] {
-      appender.close();
-      appender.activateOptions();
-      copy = appender;
-      EXPECT_TRUE(copy == appender);
-    }});
-    onThreads(2, [&](int t) {
-      for (int i = 0; i < 100; ++i) append(t == 0 ? "a" : "b", t == 0 ? "a" : "b");
-    });
-  }
-  while (!receiver.isEmpty()) received.insert(receiver.last());
-  EXPECT_EQ(expected, received);
-}
-
-TEST_F(LocalUDPAppenderTest, AForkedChildSendsThroughWhatItInherited) {
-  EXPECT_EQ(0, statusInChild([&] { append("shop", "child"); }));
-  EXPECT_EQ(datagram("shop", "\0\5child"s), receiver.next());
-  append("shop", "parent");
-  EXPECT_EQ(datagram("shop", "\0\6parent"s), receiver.next());
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-
-#include <ctime>
 
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
@@ -135,23 +132,6 @@ TEST_F(RecoveryFilesTest, OneOwnerAtATimeAndTheNextOneComesAfterAKill) {
   EXPECT_EQ(Texts(), names());
 }
 
-TEST_F(RecoveryFilesTest, ManyFilesAreAdoptedInOrderAndNotAllAtOnce) {
-  Texts expected;
-  for (int i = 100; i < 300; ++i) {
-    m_dir.write("recovery/20260102030405-00000" + std::to_string(i), record(1, std::to_string(i)));
-    expected.push_back(std::to_string(i));
-  }
-  LOGRecoveryFiles files(directory());
-  ASSERT_TRUE(files.open());
-  EXPECT_LT(files.pending(), 100u);
-  Texts delivered;
-  for (LOGRecoveryFiles::Record record; files.next(record); files.acknowledge(record.position)) {
-    delivered.push_back(record.payload);
-  }
-  EXPECT_EQ(expected, delivered);
-  EXPECT_EQ(Texts(), names());
-}
-
 TEST_F(RecoveryFilesTest, LimitTakesTheOldestAndSaysSoOnce) {
   LOGRecoveryFiles files(directory(), 16 * 1024);
   ASSERT_TRUE(files.open());
@@ -208,21 +188,6 @@ TEST_F(RecoveryFilesTest, FilesStayWhereTheyAreWhenTheProgramGoesElsewhere) {
   std::filesystem::current_path(before);
 }
 
-// A network file system locks only what is open for writing.
-TEST_F(RecoveryFilesTest, FilesOfOthersAreOpenedForWriting) {
-  m_dir.write(OLD, record(1, "a"));
-  LOGRecoveryFiles files(directory());
-  ASSERT_TRUE(files.open());
-  int found = 0;
-  for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code closed;
-    if (std::filesystem::read_symlink(each.path(), closed) != m_dir.file(OLD)) continue;
-    EXPECT_EQ(O_RDWR, ::fcntl(std::stoi(each.path().filename()), F_GETFL) & O_ACCMODE);
-    ++found;
-  }
-  EXPECT_EQ(1, found);
-}
-
 TEST_F(RecoveryFilesTest, WhatItsOwnerGoesOnDeliveringIsGivenOutOnlyInItsTurn) {
   LOGRecoveryFiles files(directory());
   ASSERT_TRUE(files.open());
@@ -261,17 +226,6 @@ TEST_F(RecoveryFilesTest, FullDiskLeavesNothingHalfWritten) {
   EXPECT_EQ(1, m_log.count("keeps messages again")) << m_log.text();
   const Texts kept = take(files);
   EXPECT_TRUE(kept.size() == 4 && kept.back() == "6 z");
-}
-
-TEST_F(RecoveryFilesTest, DirectoryThatCannotBeMadeLosesMessagesUntilItCan) {
-  m_dir.write("recovery", "a file");
-  LOGRecoveryFiles files(directory());
-  EXPECT_FALSE(files.open());
-  for (const std::uint64_t sequence : {1, 2}) EXPECT_FALSE(files.append(sequence, "a"));
-  EXPECT_EQ(2, m_log.count("LOGRecoveryFiles")) << m_log.text();
-  std::filesystem::remove(m_dir.file("recovery"));
-  append(files, 3, 3, "c");
-  EXPECT_EQ(Texts{"3 c"}, take(files));
 }
 
 TEST_F(RecoveryFilesTest, FileThatCannotBeRemovedIsNotDeliveredTwice) {

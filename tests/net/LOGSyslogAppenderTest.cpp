@@ -1,5 +1,3 @@
-#include <set>
-
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "tests/net/UdpReceiver.h"
 #include "tests/support/Tests.h"
@@ -108,23 +106,6 @@ TEST_F(SyslogDatagramTest, TheHostOfOneIsTheHostOfAllThatAreActivatedLater) {
   EXPECT_EQ("localhost", appender.getSyslogHost());
   append("still here");
   EXPECT_EQ("<8>still here", receiver.next());
-}
-
-TEST_F(SyslogDatagramTest, ThreadsLogWhileHostAndFacilityChange) {
-  std::set<std::string> expected, received;
-  for (int i = 0; i < 100; ++i) expected.insert({"a" + std::to_string(i), "b" + std::to_string(i)});
-  {
-    const Meanwhile changing({[&] {
-      appender.setSyslogHost(address.c_str());
-      for (const char* facility : {"kern", "user"}) appender.setFacility(facility);
-      appender.activateOptions();
-    }});
-    onThreads(2, [&](int t) {
-      for (int i = 0; i < 100; ++i) append(((t == 0 ? "a" : "b") + std::to_string(i)).c_str());
-    });
-  }
-  while (!receiver.isEmpty()) received.insert(receiver.last().substr(3));
-  EXPECT_EQ(expected, received);
 }
 
 TEST_F(SyslogAppenderTest, HasOneSocketUntilItIsClosedAndSaysWhatIsMissingForEveryEvent) {

@@ -44,8 +44,6 @@ class UdpReceiver {
   std::string next() { return take(10000); }
   /// Takes what is there; loopback delivers before a send returns.
   bool isEmpty() { return take(0) == "(nothing)"; }
-  /// What was taken last.
-  const std::string& last() const { return m_last; }
 
  private:
   const std::string& take(int milliseconds) {

@@ -27,8 +27,9 @@ struct LOGAppenderInternals {
   /// the calling thread that appends. A thread that serves a queue says so before it hands over many events at once.
   void (*holdBack)(LOGAppenderSkeleton& appender) = nullptr;
   void (*release)(LOGAppenderSkeleton& appender) = nullptr;
-  /// Returns when what was appended before has been delivered. For appenders that deliver later.
-  void (*drain)(LOGAppenderSkeleton& appender) = nullptr;
+  /// Returns when what was appended before has been delivered, or after some seconds. False: close() would have to wait
+  /// for the rest. For appenders that deliver later.
+  bool (*drain)(LOGAppenderSkeleton& appender) = nullptr;
 
   /// For the constructors of these classes, each after that of its base.
   static void set(LOGAppenderSkeleton& appender, const LOGAppenderInternals& internals) {

@@ -89,7 +89,7 @@ void LOGDeferral::defer(LOGLogger* logger, const LOGLoggingEvent* event) {
   }
 }
 
-LOGDeferral::DispatcherThread::DispatcherThread() { LOGThreadState::current().gate.serves = true; }
+LOGDeferral::DispatcherThread::DispatcherThread() { LOGThreadState::waitForCurrent().gate.serves = true; }
 
 LOGDeferral::DispatcherThread::~DispatcherThread() {
   LOGThreadState& thread = LOGThreadState::current();

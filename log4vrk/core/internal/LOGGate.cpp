@@ -6,6 +6,7 @@
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKThread.h"
+#include "log4vrk/platform/VRKThreadCriticalSection.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKAsymmetricFence.h"
 #include "log4vrk/platform/internal/VRKFork.h"
@@ -20,7 +21,8 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds LONGEST_WAIT_OUTSIDE{2000};
 constexpr milliseconds LONGEST_ATTEMPT_TO_CLOSE{50};
 constexpr milliseconds LONGEST_WAIT_TO_CLOSE{10000};
-constexpr long REST_BETWEEN_ATTEMPTS = 1000;  // microseconds
+constexpr milliseconds SHORTEST_WAIT_AT_BACK{1000};  // when all the time has gone by at the front
+constexpr long REST_BETWEEN_ATTEMPTS = 1000;         // microseconds
 
 std::atomic<const LOGGate::Thread*> g_closer{nullptr};  // of the front
 std::atomic<bool> g_backClosed{false};                  // while the process forks
@@ -33,8 +35,6 @@ bool othersAreOut(const LOGGate::Thread& self, Flag flag) {
   return !LOGThreadState::any(
       [&](const LOGThreadState& state) { return &state.gate != &self && (state.gate.*flag).load(); });
 }
-
-Clock::time_point longestWait() { return Clock::now() + LONGEST_WAIT_TO_CLOSE; }
 
 // Shuts the others out with `shut` and lets them in again with `letIn`, until none of them is inside or the time is
 // over. The rests in between are needed: somebody inside may be waiting for somebody outside.
@@ -90,9 +90,12 @@ void closeBack(const LOGGate::Thread& self, Clock::time_point deadline) {
       deadline, self, &LOGGate::Thread::inBack, [] { g_backClosed = true; }, [] { g_backClosed = false; });
 }
 
-void close(LOGGate::Thread& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
+// Returns until when it would have waited.
+Clock::time_point close(LOGGate::Thread& self) VRK_NO_THREAD_SAFETY_ANALYSIS {
   if (!closesAlready(self)) g_closing.lock();
-  closeFront(self, longestWait());
+  const Clock::time_point deadline = Clock::now() + LONGEST_WAIT_TO_CLOSE;
+  closeFront(self, deadline);
+  return deadline;
 }
 
 void open() VRK_NO_THREAD_SAFETY_ANALYSIS {
@@ -108,8 +111,8 @@ bool isInside() { return currentThread().passes > 0; }
 
 void closeToAll() {
   LOGGate::Thread& self = currentThread();
-  close(self);
-  closeBack(self, longestWait());
+  const Clock::time_point deadline = close(self);
+  closeBack(self, std::max(deadline, Clock::now() + SHORTEST_WAIT_AT_BACK));
 }
 
 // False, with nothing closed, when somebody else has the gate closed for all the time.
@@ -136,9 +139,13 @@ void afterForkInParent() {
   if (!isInside()) openToAll();
 }
 
+// Who had not come out after all that time was stuck in an appender's code or in a write, and its locks guard nothing
+// half-changed. Where the gate was not closed that is not known.
 void afterForkInChild() {
   LOGThreadState::finishForkInChild();
-  if (!isInside()) openToAll();
+  if (isInside()) return;
+  VRKThreadCriticalSection::freeInChild();
+  openToAll();
 }
 
 [[maybe_unused]] const bool g_watched = (LOGGate::watchForks(), true);

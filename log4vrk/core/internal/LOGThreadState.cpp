@@ -1,6 +1,7 @@
 #include "log4vrk/core/internal/LOGThreadState.h"
 
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 #include "log4vrk/platform/internal/VRKThreadExit.h"
@@ -8,35 +9,62 @@
 namespace {
 
 // What ended threads have left. A stack of its own, so that a thread that starts does not look through the states of
-// all that are alive.
+// all that are alive. It needs no memory, since a thread has to be able to end without any.
 VRKMutex g_freeMutex;
-std::vector<LOGThreadState*>& g_free VRK_GUARDED_BY(g_freeMutex) = vrkImmortal<std::vector<LOGThreadState*>>();
-
-LOGThreadState* takeFree() {
-  const VRKMutexGuard guard(g_freeMutex);
-  if (g_free.empty()) return nullptr;
-  LOGThreadState* const state = g_free.back();
-  g_free.pop_back();
-  return state;
-}
+LOGThreadState* g_free VRK_GUARDED_BY(g_freeMutex) = nullptr;
 
 }  // namespace
 
 std::atomic<LOGThreadState*> LOGThreadState::s_all{nullptr};
 __thread LOGThreadState* LOGThreadState::s_current = nullptr;
 
-LOGThreadState& LOGThreadState::make() {
-  static VRKThreadExit& exit = vrkImmortal<VRKThreadExit>(&leave);
-  LOGThreadState* state = takeFree();
-  if (state == nullptr) {
-    state = new LOGThreadState;
-    state->m_next = s_all.load();
-    while (!s_all.compare_exchange_weak(state->m_next, state)) {
+LOGThreadState* LOGThreadState::take() {
+  {
+    const VRKMutexGuard guard(g_freeMutex);
+    if (LOGThreadState* const state = g_free) {
+      g_free = state->m_nextFree;
+      return state;
     }
   }
+  exit();
+  auto* const state = new LOGThreadState;
+  state->m_next = s_all.load();
+  while (!s_all.compare_exchange_weak(state->m_next, state)) {
+  }
+  return state;
+}
+
+void LOGThreadState::keep(LOGThreadState* state) {
+  if (state == nullptr) return;
+  const VRKMutexGuard guard(g_freeMutex);
+  state->m_nextFree = g_free;
+  g_free = state;
+}
+
+VRKThreadExit& LOGThreadState::exit() {
+  static VRKThreadExit& exit = vrkImmortal<VRKThreadExit>(&leave);
+  return exit;
+}
+
+// Needs no memory where there is a state.
+void LOGThreadState::begin(LOGThreadState* state) {
   s_current = state;
-  exit.set(state);
-  return *state;
+  exit().set(state);
+}
+
+LOGThreadState& LOGThreadState::make() {
+  begin(take());
+  return *s_current;
+}
+
+LOGThreadState& LOGThreadState::waitForCurrent() {
+  for (;;) {
+    try {
+      return current();
+    } catch (const std::bad_alloc&) {
+      logNap();
+    }
+  }
 }
 
 // Runs when the thread ends, after its other destructors.
@@ -44,8 +72,7 @@ void LOGThreadState::leave(void* value) {
   auto* const state = static_cast<LOGThreadState*>(value);
   state->forget();
   s_current = nullptr;
-  const VRKMutexGuard guard(g_freeMutex);
-  g_free.push_back(state);
+  keep(state);
 }
 
 void LOGThreadState::forget() {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "log4vrk/core/internal/LOGAppenderUse.h"
@@ -12,6 +13,7 @@
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 class LOGObjectRenderer;
+class VRKThreadExit;
 class LOGStack;
 struct LOGPatternCopies;
 
@@ -34,6 +36,25 @@ struct LOGThreadTexts {
 struct alignas(128) LOGThreadState {
   /// The calling thread's. After the thread's other destructors have run, a new one is made for what they still log.
   static LOGThreadState& current() { return s_current != nullptr ? *s_current : make(); }
+
+  /// The same on a thread that others rely on: it waits until there is memory.
+  static LOGThreadState& waitForCurrent();
+
+  /// One for a thread that is about to be started, so that the thread needs no memory to come into the library.
+  class Reserved {
+   public:
+    /// Raises std::bad_alloc.
+    Reserved() : m_state(take()) {}
+    ~Reserved() { keep(m_state); }
+    Reserved(const Reserved&) = delete;
+    Reserved& operator=(const Reserved&) = delete;
+
+    /// On the thread, once: it is the calling thread's from now on.
+    void use() { begin(std::exchange(m_state, nullptr)); }
+
+   private:
+    LOGThreadState* m_state;
+  };
 
   /// As new, for the next thread.
   void forget();
@@ -64,11 +85,17 @@ struct alignas(128) LOGThreadState {
 
  private:
   static LOGThreadState& make();
+  /// What an ended thread has left, or a new one.
+  static LOGThreadState* take();
+  static void keep(LOGThreadState* state);
+  static void begin(LOGThreadState* state);
+  static VRKThreadExit& exit();
   static void leave(void* value);
 
   static std::atomic<LOGThreadState*> s_all;
   // One pointer fits into the room that the thread library keeps for libraries loaded late, and needs no call to find.
   static __thread LOGThreadState* s_current __attribute__((tls_model("initial-exec")));
 
-  LOGThreadState* m_next = nullptr;  // of all states; constant once published
+  LOGThreadState* m_next = nullptr;      // of all states; constant once published
+  LOGThreadState* m_nextFree = nullptr;  // of those that ended threads have left
 };

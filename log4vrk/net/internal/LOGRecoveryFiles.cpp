@@ -1,53 +1,22 @@
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <cstdio>
-#include <ctime>
 #include <tuple>
 #include <utility>
 
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/net/internal/LOGRecoveryFile.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
-#include "log4vrk/platform/internal/VRKSpoolFile.h"
-#include "log4vrk/platform/internal/VRKTime.h"
 
 namespace {
 
 // Each file takes a descriptor. So many are adopted at once, and so many make up the limit.
 constexpr std::size_t MAX_FILES = 64;
 constexpr std::int64_t MIN_FILE_BYTES = std::int64_t{1} << 20;  // unless the limit is low
-constexpr std::size_t BLOCK_BYTES = std::size_t{64} << 10;      // read at once
-constexpr std::size_t TIME_DIGITS = 14, NUMBER_DIGITS = 8, NAME_LENGTH = TIME_DIGITS + 1 + NUMBER_DIGITS;
-constexpr const char *DAMAGED = ".damaged", *REFUSED = ".refused";
-
-std::atomic<unsigned> g_number{0};
-
-// Not used yet by this process.
-I18NString newName() {
-  const std::tm time = VRKTime::local(VRKTime::now().seconds);
-  char name[96];
-  std::snprintf(name, sizeof name, "%04d%02d%02d%02d%02d%02d-%08x", time.tm_year + 1900, time.tm_mon + 1, time.tm_mday,
-                time.tm_hour, time.tm_min, time.tm_sec, g_number++);
-  return name;
-}
-
-bool isName(std::u16string_view name) {
-  static constexpr std::u16string_view DIGITS = u"0123456789abcdef";
-  if (name.size() != NAME_LENGTH || name[TIME_DIGITS] != u'-') return false;
-  return name.substr(0, TIME_DIGITS).find_first_not_of(DIGITS.substr(0, 10)) == name.npos &&
-         name.substr(TIME_DIGITS + 1).find_first_not_of(DIGITS) == name.npos;
-}
-
-bool isSetAside(const I18NString& name) {
-  if (!isName(name.view().substr(0, NAME_LENGTH))) return false;
-  const I18NString begin = name.substring(0, NAME_LENGTH);
-  return name == begin + DAMAGED || name == begin + REFUSED;
-}
 
 I18NString count(std::uint64_t messages) {
   I18NString text;
@@ -56,66 +25,6 @@ I18NString count(std::uint64_t messages) {
 }
 
 }  // namespace
-
-struct LOGRecoveryFiles::File {
-  explicit File(I18NString where) : path(std::move(where)) {}
-
-  std::uint64_t pending() const { return messages - acknowledged; }
-  // How many of its messages are at or before a position.
-  std::uint64_t until(std::uint64_t position) const {
-    return position < first ? 0 : std::min(position - first + 1, messages);
-  }
-
-  const I18NString path;
-  VRKSpoolFile file;
-  std::int64_t valid = 0;   // bytes before the damage, or all
-  std::uint64_t first = 0;  // position of its first message
-  std::uint64_t messages = 0, acknowledged = 0;
-  bool damaged = false;
-};
-
-// Goes through the messages of a file.
-class LOGRecoveryFiles::Reader {
- public:
-  explicit Reader(File& file) : m_file(file) {}
-
-  /// False at the end and at damage. The payload lives until the next call.
-  bool next(LOGRecoveryRecord& record) {
-    const std::string_view header = bytes(LOGRecoveryRecord::HEADER);
-    if (header.empty()) return false;
-    const std::size_t length = LOGRecoveryRecord::lengthAt(header);
-    if (length == 0 || !LOGRecoveryRecord::parse(bytes(length), record)) return false;
-    m_offset += static_cast<std::int64_t>(length);
-    ++m_count;
-    return true;
-  }
-  bool atEnd() const { return m_offset == m_file.valid; }
-  std::int64_t offset() const { return m_offset; }
-  std::uint64_t count() const { return m_count; }
-
- private:
-  // The next `count` bytes, or none when there are not so many.
-  std::string_view bytes(std::size_t count) {
-    const std::int64_t left = m_file.valid - m_offset;
-    if (static_cast<std::int64_t>(count) > left) return {};
-    std::size_t begin = static_cast<std::size_t>(m_offset - m_blockOffset);
-    if (begin + count > m_block.size()) {
-      m_block.resize(static_cast<std::size_t>(std::min<std::int64_t>(std::max(count, BLOCK_BYTES), left)));
-      const long got = m_file.file.read(m_offset, m_block.data(), static_cast<long>(m_block.size()));
-      m_block.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-      m_blockOffset = m_offset;
-      begin = 0;
-      if (count > m_block.size()) return {};
-    }
-    return std::string_view(m_block).substr(begin, count);
-  }
-
-  File& m_file;
-  std::int64_t m_offset = 0;
-  std::uint64_t m_count = 0;
-  std::string m_block;
-  std::int64_t m_blockOffset = 0;
-};
 
 LOGRecoveryFiles::LOGRecoveryFiles(const I18NString& directory, std::int64_t limitBytes)
     : m_directory(VRKProcess::absolutePath(directory.isEmpty() ? "." : directory)),
@@ -140,7 +49,7 @@ void LOGRecoveryFiles::adopt() { adopt(false); }
 
 void LOGRecoveryFiles::adopt(bool report) {
   do {
-    for (std::unique_ptr<File>& file : findFree(report)) takeOver(std::move(file));
+    for (std::unique_ptr<LOGRecoveryFile>& file : findFree(report)) takeOver(std::move(file));
     measure();
     makeRoom(0);
   } while (m_moreFree && (m_files.empty() || isOver(0)));
@@ -150,7 +59,8 @@ void LOGRecoveryFiles::adopt(bool report) {
 void LOGRecoveryFiles::measure() {
   std::int64_t all = 0;
   for (const I18NString& name : VRKFmDir::list(m_directory)) {
-    if (isName(name.view()) || isSetAside(name)) all += VRKSpoolFile::sizeOf(pathOf(name));
+    const bool isOne = LOGRecoveryFile::isName(name.view()) || LOGRecoveryFile::isSetAside(name);
+    if (isOne) all += VRKSpoolFile::sizeOf(pathOf(name));
   }
   m_others = std::max<std::int64_t>(all - m_bytes, 0);
 }
@@ -158,7 +68,7 @@ void LOGRecoveryFiles::measure() {
 void LOGRecoveryFiles::findSetAside() {
   for (const I18NString& name : VRKFmDir::list(m_directory)) {
     VRKSpoolFile file;
-    if (!isSetAside(name) || file.openFree(pathOf(name)) != VRKSpoolFile::OPENED) continue;
+    if (!LOGRecoveryFile::isSetAside(name) || file.openFree(pathOf(name)) != VRKSpoolFile::OPENED) continue;
     m_setAside.push_back({pathOf(name), file.size()});
     m_bytes += file.size();
   }
@@ -167,16 +77,16 @@ void LOGRecoveryFiles::findSetAside() {
 
 // In the order in which they were written. Names alone do not tell: local time goes back once a year. They are good
 // enough to tell which go first when there are too many.
-std::vector<std::unique_ptr<LOGRecoveryFiles::File>> LOGRecoveryFiles::findFree(bool report) {
-  std::vector<std::unique_ptr<File>> files;
+std::vector<std::unique_ptr<LOGRecoveryFile>> LOGRecoveryFiles::findFree(bool report) {
+  std::vector<std::unique_ptr<LOGRecoveryFile>> files;
   std::vector<I18NString> names = VRKFmDir::list(m_directory);
   std::sort(names.begin(), names.end());
   m_moreFree = false;
   for (const I18NString& name : names) {
-    if (!isName(name.view())) continue;
+    if (!LOGRecoveryFile::isName(name.view())) continue;
     m_moreFree = m_files.size() + files.size() >= MAX_FILES;
     if (m_moreFree) break;
-    auto file = std::make_unique<File>(pathOf(name));
+    auto file = std::make_unique<LOGRecoveryFile>(pathOf(name));
     const VRKSpoolFile::Result result = file->file.openFree(file->path);
     if (result == VRKSpoolFile::OPENED) {
       files.push_back(std::move(file));
@@ -191,14 +101,8 @@ std::vector<std::unique_ptr<LOGRecoveryFiles::File>> LOGRecoveryFiles::findFree(
   return files;
 }
 
-void LOGRecoveryFiles::takeOver(std::unique_ptr<File> file) {
-  file->valid = file->file.size();
-  Reader reader(*file);
-  for (LOGRecoveryRecord record; reader.next(record);) {
-  }
-  file->messages = reader.count();
-  file->damaged = !reader.atEnd();
-  file->valid = reader.offset();
+void LOGRecoveryFiles::takeOver(std::unique_ptr<LOGRecoveryFile> file) {
+  file->readThrough();
   if (file->damaged) {
     LOGLogLog::error("LOGRecoveryFiles -- damaged after " + count(file->messages) + ": " + file->path);
   }
@@ -256,7 +160,7 @@ void LOGRecoveryFiles::write(std::string_view record) {
     VRKSystemError error(m_writing->file.getLastError(), m_writing->path, VRK_HERE);
     if (m_writing->messages == 0) {
       m_writing = nullptr;
-      std::unique_ptr<File> empty = std::move(m_files.back());
+      std::unique_ptr<LOGRecoveryFile> empty = std::move(m_files.back());
       m_files.pop_back();
       leave(std::move(empty));
     }
@@ -277,7 +181,7 @@ I18NString LOGRecoveryFiles::setAside(std::uint64_t sequence, std::string_view p
       m_refused.reset();
     }
     makeRoom(size);
-    if (!m_refused) m_refused = newFile(REFUSED);
+    if (!m_refused) m_refused = newFile(LOGRecoveryFile::REFUSED);
     if (!m_refused->file.append(record)) {
       throw VRKSystemError(m_refused->file.getLastError(), m_refused->path, VRK_HERE);
     }
@@ -289,11 +193,11 @@ I18NString LOGRecoveryFiles::setAside(std::uint64_t sequence, std::string_view p
   }
 }
 
-std::unique_ptr<LOGRecoveryFiles::File> LOGRecoveryFiles::newFile(const char* ending) {
+std::unique_ptr<LOGRecoveryFile> LOGRecoveryFiles::newFile(const char* ending) {
   VRKFmDir::makeDirectories(m_directory);
   measure();
   for (;;) {
-    auto file = std::make_unique<File>(pathOf(newName() + ending));
+    auto file = std::make_unique<LOGRecoveryFile>(pathOf(LOGRecoveryFile::newName() + ending));
     const VRKSpoolFile::Result result = file->file.create(file->path);
     if (result == VRKSpoolFile::OPENED) return file;
     // In use: another process may take the same numbers. Gone: another one took the empty file for one without owner.
@@ -318,7 +222,7 @@ void LOGRecoveryFiles::makeRoom(std::int64_t bytes) {
 }
 
 void LOGRecoveryFiles::dropOldest() {
-  File& oldest = *m_files.front();
+  LOGRecoveryFile& oldest = *m_files.front();
   if (m_full == 0) {
     LOGLogLog::error("LOGRecoveryFiles -- the oldest messages go, because the limit is reached: " + m_directory);
   }
@@ -332,10 +236,10 @@ void LOGRecoveryFiles::dropOldest() {
 
 bool LOGRecoveryFiles::next(Record& record) {
   while (m_readIndex < m_files.size()) {
-    File& file = *m_files[m_readIndex];
+    LOGRecoveryFile& file = *m_files[m_readIndex];
     // It is ahead when the message that it has read was given back.
     if (m_reader && m_reader->count() > file.until(m_taken)) m_reader.reset();
-    if (!m_reader) m_reader = std::make_unique<Reader>(file);
+    if (!m_reader) m_reader = std::make_unique<LOGRecoveryReader>(file);
     LOGRecoveryRecord read;
     if (m_reader->next(read)) {
       if (m_reader->count() <= file.until(m_taken)) continue;
@@ -356,7 +260,7 @@ bool LOGRecoveryFiles::next(Record& record) {
 }
 
 // It was whole when it was opened: the disk fails, or somebody has changed it. What is taken from it its taker has.
-void LOGRecoveryFiles::cutOff(File& file) {
+void LOGRecoveryFiles::cutOff(LOGRecoveryFile& file) {
   const std::uint64_t left = std::max(m_reader->count(), file.until(m_taken));
   const std::uint64_t lost = file.messages - left;
   LOGLogLog::error("LOGRecoveryFiles -- " + count(lost) + " can no longer be read: " + file.path);
@@ -383,7 +287,7 @@ void LOGRecoveryFiles::startReading(std::size_t index) {
 void LOGRecoveryFiles::acknowledge(std::uint64_t position) {
   const std::uint64_t until = std::min(position, m_taken);
   while (m_acknowledged < until) {
-    File& oldest = *m_files.front();
+    LOGRecoveryFile& oldest = *m_files.front();
     const std::uint64_t delivered = std::min(until - m_acknowledged, oldest.pending());
     oldest.acknowledged += delivered;
     m_acknowledged += delivered;
@@ -398,7 +302,7 @@ void LOGRecoveryFiles::removeDelivered() {
 }
 
 void LOGRecoveryFiles::removeOldest() {
-  std::unique_ptr<File> oldest = std::move(m_files.front());
+  std::unique_ptr<LOGRecoveryFile> oldest = std::move(m_files.front());
   m_files.pop_front();
   m_bytes -= oldest->file.size();
   if (m_writing == oldest.get()) m_writing = nullptr;
@@ -411,12 +315,12 @@ void LOGRecoveryFiles::removeOldest() {
 }
 
 // Nothing in it is wanted any more.
-void LOGRecoveryFiles::leave(std::unique_ptr<File> file) {
+void LOGRecoveryFiles::leave(std::unique_ptr<LOGRecoveryFile> file) {
   if (!file->damaged) {
     if (VRKFmDir::removeFile(file->path)) return;
     LOGLogLog::error("LOGRecoveryFiles -- could not remove " + file->path);
   } else {
-    const I18NString name = file->path + DAMAGED;
+    const I18NString name = file->path + LOGRecoveryFile::DAMAGED;
     if (VRKFmDir::renameFile(file->path, name)) {
       m_setAside.push_back({name, file->file.size()});
       m_bytes += file->file.size();

@@ -13,6 +13,9 @@
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
 
+class LOGRecoveryReader;
+struct LOGRecoveryFile;
+
 /// A first-in, first-out store of messages in a directory. What append() accepted outlives the process: it is in the
 /// kernel, though not forced to the disk, and is delivered by this store or by the next one that opens the directory,
 /// also of another process. Messages are delivered at least once: how far the oldest file is acknowledged is kept in
@@ -86,8 +89,6 @@ class LOG4VRK_EXPORT_FOR_TESTS LOGRecoveryFiles {
   void abandon();
 
  private:
-  struct File;
-  class Reader;
   struct SetAside {
     I18NString path;
     std::int64_t bytes;
@@ -97,17 +98,17 @@ class LOG4VRK_EXPORT_FOR_TESTS LOGRecoveryFiles {
   LOG4VRK_HIDDEN void findSetAside();
   LOG4VRK_HIDDEN void measure();
   bool isOver(std::int64_t bytes) const { return m_bytes + m_others + bytes > m_limit; }
-  LOG4VRK_HIDDEN std::vector<std::unique_ptr<File>> findFree(bool report);
-  LOG4VRK_HIDDEN void takeOver(std::unique_ptr<File> file);
-  LOG4VRK_HIDDEN std::unique_ptr<File> newFile(const char* ending);
+  LOG4VRK_HIDDEN std::vector<std::unique_ptr<LOGRecoveryFile>> findFree(bool report);
+  LOG4VRK_HIDDEN void takeOver(std::unique_ptr<LOGRecoveryFile> file);
+  LOG4VRK_HIDDEN std::unique_ptr<LOGRecoveryFile> newFile(const char* ending);
   LOG4VRK_HIDDEN void write(std::string_view record);
   LOG4VRK_HIDDEN static std::string recordOf(std::uint64_t sequence, std::string_view payload, std::int64_t limit);
   LOG4VRK_HIDDEN void makeRoom(std::int64_t bytes);
   LOG4VRK_HIDDEN void dropOldest();
   LOG4VRK_HIDDEN void removeDelivered();
   LOG4VRK_HIDDEN void removeOldest();
-  LOG4VRK_HIDDEN void leave(std::unique_ptr<File> file);
-  LOG4VRK_HIDDEN void cutOff(File& file);
+  LOG4VRK_HIDDEN void leave(std::unique_ptr<LOGRecoveryFile> file);
+  LOG4VRK_HIDDEN void cutOff(LOGRecoveryFile& file);
   LOG4VRK_HIDDEN void startReading(std::size_t index);
   LOG4VRK_HIDDEN void sayLost();
   LOG4VRK_HIDDEN I18NString pathOf(const I18NString& name) const;
@@ -116,19 +117,21 @@ class LOG4VRK_EXPORT_FOR_TESTS LOGRecoveryFiles {
   const std::int64_t m_limit;
   const std::int64_t m_fileLimit;
 
-  std::deque<std::unique_ptr<File>> m_files;   // oldest first; all of them locked
-  File* m_writing = nullptr;                   // null or the last of m_files
-  std::vector<std::unique_ptr<File>> m_stuck;  // could not be removed; kept locked, so that nobody delivers them again
+  std::deque<std::unique_ptr<LOGRecoveryFile>> m_files;  // oldest first; all of them locked
+  LOGRecoveryFile* m_writing = nullptr;                  // null or the last of m_files
+  std::vector<std::unique_ptr<LOGRecoveryFile>>
+      m_stuck;                                 // could not be removed; kept locked, so that nobody delivers them again
   std::list<SetAside> m_setAside;              // oldest first
-  std::unique_ptr<File> m_refused;             // null, or the last to be set aside, which is written to
+  std::unique_ptr<LOGRecoveryFile> m_refused;  // null, or the last to be set aside, which is written to
   bool m_moreFree = false;                     // more files than could be adopted at once
   std::int64_t m_bytes = 0;
   std::int64_t m_others = 0;  // bytes in the directory that are not in m_bytes, as of the last look
 
   // Positions number the messages in the order of the files, from 1: m_acknowledged <= m_taken <= m_last.
   std::uint64_t m_acknowledged = 0, m_taken = 0, m_last = 0;
-  std::size_t m_readIndex = 0;       // the file that next() reads
-  std::unique_ptr<Reader> m_reader;  // null at its beginning; what it meets again and is taken it passes over
+  std::size_t m_readIndex = 0;  // the file that next() reads
+  std::unique_ptr<LOGRecoveryReader>
+      m_reader;  // null at its beginning; what it meets again and is taken it passes over
 
   std::uint64_t m_dropped = 0;
   // What the internal log has got a line about; at its end it gets another one.

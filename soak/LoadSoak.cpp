@@ -3,7 +3,7 @@
 
 #include <malloc.h>
 
-#include "tests/soak/Soak.h"
+#include "soak/Soak.h"
 
 using namespace vrktest;
 

@@ -6,7 +6,7 @@
 #include <ctime>
 
 #include "log4vrk/platform/internal/VRKTime.h"
-#include "tests/soak/Soak.h"
+#include "soak/Soak.h"
 
 using namespace vrktest;
 

@@ -1,6 +1,6 @@
 // Runs one soak: soak [--scale <factor>] <name>. Exit status 0 when all that it promises held.
 
-#include "tests/soak/Soak.h"
+#include "soak/Soak.h"
 
 #include <clocale>
 #include <cstdio>
