@@ -53,5 +53,6 @@ row 'ours {}' '#include "log4vrk/format.h"' "$OURS" 'LOG4VRK_INFO_F(logger, "req
 row 'ours text' '#include "log4vrk/log.h"' "$OURS" '(void)i, (void)s, logger->info("request ok")'
 row spdlog '#include <spdlog/spdlog.h>' 'spdlog::logger* logger, int i, const std::string& s' \
   'logger->info("request {} from {} ok", i, s)'
-row glog '#include <glog/logging.h>' 'int i, const std::string& s' 'VLOG(1) << "request " << i << " from " << s << " ok"'
+row glog '#include <glog/logging.h>' 'int i, const std::string& s' \
+  'VLOG(1) << "request " << i << " from " << s << " ok"'
 printf '\n%s, %s\n' "$(date +%F)" "$(g++ --version | head -n 1)"

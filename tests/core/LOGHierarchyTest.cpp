@@ -179,3 +179,19 @@ TEST(LOGHierarchy, ALoggerForWhichMemoryWasShortIsLinkedAllTheSame) {
   }
   EXPECT_TRUE(log.contains("log4vrk:ERROR LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable"));
 }
+
+// Also where the ancestors are too many for a placeholder each, and made later.
+TEST(LOGHierarchy, TakesNoLongerForANameThanItIsLong) {
+  const Deadline deadline(60);
+  const std::string dots(1000000, '.'), half(500000, '.');
+  Tree tree;
+  LOGLogger* const below = tree.getLogger((dots + "a").c_str());
+  LOGLogger* const other = tree.getLogger((dots + "b").c_str());
+  EXPECT_EQ(below->getParent(), tree.getRootLogger());
+  LOGLogger* const between = tree.getLogger(half.c_str());
+  LOGLogger* const nearer = tree.getLogger((half + "..").c_str());
+  LOGLogger* const high = tree.getLogger("..");
+  for (LOGLogger* each : {below, other}) EXPECT_EQ(each->getParent(), nearer);
+  EXPECT_TRUE(nearer->getParent() == between && between->getParent() == high);
+  EXPECT_TRUE(high->getParent() == tree.getRootLogger() && tree.exists((dots + "a").c_str()) == below);
+}

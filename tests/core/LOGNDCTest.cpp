@@ -69,3 +69,14 @@ TEST(NDCTest, IsHandedOnAsACopyThatSharesTheEntriesOrAsAStackOfBoth) {
   EXPECT_NO_THROW(for (int i = 0; i < 500000; ++i) LOGNDC::get());
   LOGNDC::remove();
 }
+
+TEST(StackTest, FindsByEqualityFromTheTopAndIsShortenedByPopOnly) {
+  LOGObject a("a"), b("b"), sameAsB("b"), c("c");
+  LOGStack stack;
+  for (LOGObject* object : {&b, &a, &sameAsB}) stack.push(object);
+  EXPECT_TRUE(stack.search(&b) == 1 && stack.search(&a) == 2 && stack.search(&c) == -1 && stack.search(nullptr) == -1);
+  for (const int size : {0, -1, 9}) stack.setSize(size);
+  const std::unique_ptr<LOGStack> copy(stack.clone());
+  for (LOGObject* object : {&sameAsB, &a, &b}) EXPECT_EQ(stack.pop(), object);
+  EXPECT_TRUE(stack.pop() == nullptr && copy->peek() == &sameAsB);
+}

@@ -160,3 +160,15 @@ TEST_F(RendererMapTest, KeepsTheLibraryOfTheRenderThatClearsTheMapAndNoOther) {
   }
   EXPECT_EQ(log.count("unload rendering library"), 1);
 }
+
+// Whatever the node holds, and once more for a library that is known already.
+TEST_F(RendererMapTest, NotesEveryLibraryThatItIsTold) {
+  const auto open = [] { return ::dlopen((DIRECTORY + "/libEchoRenderer.so").c_str(), RTLD_LAZY); };
+  LOGRendererMap::putFunction("Known", nullptr, open());
+  LOGRendererMap::putFunction("Known", nullptr, open());
+  EXPECT_EQ(LOGRendererMap::isLibraryLoaded("Known"), 1);
+  EXPECT_EQ(LOGRendererMap::getRendererFromFunction("Known"), nullptr);
+  LOGRendererMap::clear();
+  EXPECT_EQ(log.count("unload rendering library: Known"), 2);
+  EXPECT_TRUE(livingRenderers() == -1 && LOGRendererMap::isLibraryLoaded("Known") == 0);
+}

@@ -113,3 +113,41 @@ TEST_F(VRKThreadTest, SleepsAtLeastAsLongAsAskedAndKnowsItsNumber) {
   EXPECT_TRUE(stop.wait(3600LL * 1000000)) << "for good";
   EXPECT_EQ(statusInChild([] { EXPECT_EQ(VRKThread::currentThreadId(), ::syscall(SYS_gettid)); }), 0);
 }
+
+// Where the cancellation meets a call that may be cancelled, which writing to the internal log is.
+TEST_F(VRKThreadTest, UnwindsWhenItIsCancelledWhileAFailureIsWritten) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers do not follow a forced unwind; the release build does";
+#endif
+  const auto cancelled = [] { ::pthread_cancel(::pthread_self()); };
+  root.onAppend = [&](const std::string&) {
+    cancelled();
+    throw VRKThrowable("angry", VRK_HERE);
+  };
+  const std::function<void()> CALLS[] = {
+      [&] { logger->info("fails"); },
+      [&] {
+        cancelled();
+        LOG4VRKConfigurator::initialize("/no/such/document.xml");
+      },
+      [&] {
+        cancelled();
+        tree.getLogger("made.by.a.cancelled.thread");
+      },
+  };
+  for (const auto& call : CALLS) {
+    bool ended = false;
+    Runner runner([&] {
+      call();
+      ::pthread_testcancel();
+      ended = true;
+    });
+    runner.start();
+    runner.join();
+    EXPECT_FALSE(ended);
+  }
+  EXPECT_EQ(log.count("angry"), 1);
+  EXPECT_EQ(log.count("Could not parse the document"), 1);
+  EXPECT_EQ(tree.getLogger("made.by.a.cancelled")->getParent(), tree.getRootLogger());
+  EXPECT_EQ(tree.getLogger("made.by.a.cancelled.thread")->getParent(), tree.exists("made.by.a.cancelled"));
+}

@@ -8,9 +8,11 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <random>
 #include <stdexcept>
 
 #include "tests/support/Logs.h"
@@ -54,22 +56,30 @@ openssl pkey -in client.key -aes256 -passout pass:secret -out locked.key
 
 bool runs(const std::string& command) { return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0; }
 
-// Both are bound at once, so that they differ.
-void takeFreePorts(int (&ports)[2]) {
-  int sockets[2];
-  for (int i : {0, 1}) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = ::inet_addr(LOOPBACK);
-    socklen_t size = sizeof address;
-    sockets[i] = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (::bind(sockets[i], reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-        ::getsockname(sockets[i], reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-      throw std::runtime_error("no free port");
-    }
-    ports[i] = ntohs(address.sin_port);
+int boundSocket(int type, int port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = ::inet_addr(LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  const int descriptor = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
+  if (::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return descriptor;
+  ::close(descriptor);
+  return -1;
+}
+
+// A port that nobody uses for TCP, below those that the system gives to whoever connects. The UDP socket that is
+// returned keeps other tests from it for as long as it is open.
+int takeFreePort(int& port) {
+  std::random_device random;
+  for (int i = 0; i < 1000; ++i) {
+    port = 12000 + static_cast<int>(random() % 20000);
+    const int reservation = boundSocket(SOCK_DGRAM, port);
+    if (reservation < 0) continue;
+    const int free = boundSocket(SOCK_STREAM, port);
+    ::close(free >= 0 ? free : reservation);
+    if (free >= 0) return reservation;
   }
-  for (int socket : sockets) ::close(socket);
+  throw std::runtime_error("no free port");
 }
 
 // Without sending anything, which the daemon would store or complain about.
@@ -96,7 +106,7 @@ std::string Rsyslog::missing(Input input) {
 Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificate) : m_input(input) {
   std::string text = ALL + std::string(input == UDP ? UDP_INPUT : RELP_INPUTS);
   if (input == RELP) {
-    takeFreePorts(m_ports);
+    for (int i : {0, 1}) m_reservations[i] = takeFreePort(m_ports[i]);
     m_dir.write("make", CERTIFICATES);
     if (!runs("cd '" + m_dir.path() + "' && sh make")) throw std::runtime_error("no certificates");
   }
@@ -113,6 +123,7 @@ Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificat
 
 Rsyslog::~Rsyslog() {
   if (m_process > 0) kill();
+  for (const int reservation : m_reservations) ::close(reservation);
 }
 
 // One that was killed leaves its pid file behind.

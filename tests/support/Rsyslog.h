@@ -61,6 +61,7 @@ class Rsyslog {
   const TempDir m_dir;
   const Input m_input;
   int m_ports[2] = {};
+  int m_reservations[2] = {-1, -1};  // sockets by which other tests leave the ports alone
   pid_t m_process = -1;
 
   long m_read = 0;  // bytes of the file that are in m_lines
