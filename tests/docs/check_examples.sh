@@ -16,7 +16,7 @@ for program in "$@"; do
     status=0
     LOG4VRK_INTERNAL_LOG=$log "$program" "${arguments[@]}" >/dev/null 2>errors || status=$?
     if [ "$status" != 1 ] || ! grep -q '\.xml was not applied$' errors ||
-      ! grep -q '^[a-z]*\.xml: .*No such file' errors ||
+      ! grep -q '^[^:]*\.xml: .*No such file' errors ||
       { [ -n "$log" ] && ! grep -q '^log4vrk:ERROR .*\.xml: .*No such file' errors; }; then
       echo "$program ends with $status without its document, LOG4VRK_INTERNAL_LOG=$log, and says:"
       cat errors
