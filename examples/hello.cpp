@@ -4,7 +4,7 @@
 
 int main() {
   if (LOG4VRKConfigurator::initialize("hello.xml") != 1) {
-    std::fputs("hello.xml was not applied; LOG4VRK_INTERNAL_LOG=stderr says why\n", stderr);
+    std::fputs((LOG4VRKConfigurator::getProblems().toUtf8() + "hello.xml was not applied\n").c_str(), stderr);
     return 1;
   }
   LOGLogger* logger = LOGManager::getLogger("hello.world");

@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
   VRKConfigurationFactory::getInstance().addLibraryDirectory(directory.c_str());
 
   if (LOG4VRKConfigurator::initialize(argv[1]) != 1) {
-    std::cerr << "sales: " << argv[1] << " was not applied; LOG4VRK_INTERNAL_LOG=stderr says why\n";
+    std::cerr << LOG4VRKConfigurator::getProblems().toUtf8() << "sales: " << argv[1] << " was not applied\n";
     return 1;
   }
   LOGLogger* const logger = LOGManager::getLogger("shop.till");

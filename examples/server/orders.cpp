@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   if (LOG4VRKConfigurator::initialize(argv[1]) != 1) {
-    std::cerr << "orders: " << argv[1] << " was not applied; LOG4VRK_INTERNAL_LOG=stderr says why\n";
+    std::cerr << LOG4VRKConfigurator::getProblems().toUtf8() << "orders: " << argv[1] << " was not applied\n";
     return 1;
   }
 

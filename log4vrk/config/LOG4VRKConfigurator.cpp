@@ -6,11 +6,14 @@
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGManager.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGProblems.h"
 
 LOG4VRKConfigurator::LOG4VRKConfigurator() = default;
 LOG4VRKConfigurator::~LOG4VRKConfigurator() = default;
 
 int LOG4VRKConfigurator::initialize(const I18NString& fileName) { return LOGDOMConfigurator::configure(fileName); }
+
+I18NString LOG4VRKConfigurator::getProblems() { return LOGProblems::ofLastRun(); }
 
 void LOG4VRKConfigurator::shutdown() {
   if (LOGDeferral::active()) {

@@ -16,6 +16,10 @@ class LOG4VRK_EXPORT LOG4VRKConfigurator {
   /// or parsed, or its root is not known, and then nothing has changed; also when the library of its categoryFactory is
   /// missing, which ends the run: then the threshold and the internal log's switches may have changed, and no logger.
   static int initialize(const I18NString& fileName);
+  /// What went wrong in the last configuration run of the process that has ended: a line for each warning and error, in
+  /// order, empty when there were none. It begins with "FILE:LINE: ", or "FILE: " when the line is not known, and names
+  /// the logger, appender and parameter that it is about. Whether the internal log is switched on makes no difference.
+  static I18NString getProblems();
   /// Closes all appenders, delivers what is still queued, and closes the internal log. Log calls may still be made;
   /// they write nothing.
   static void shutdown();

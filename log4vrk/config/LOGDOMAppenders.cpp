@@ -19,6 +19,7 @@
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGProblems.h"
 #include "log4vrk/layouts/LOGHTMLLayout.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
@@ -135,6 +136,8 @@ std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::parseAppender(const VRKID
                         "LOGDOMConfigurator::parseAppender -- unable to lock mutex",
                         "LOGDOMConfigurator::parseAppender -- An unknown exception has occured."},
                        nullptr, [&] {
+                         const LOGProblems::Place place(element.getLineNumber(), "appender",
+                                                        element.getAttribute(LOG4VRK_NAME_ATTR));
                          const VRKThreadGuard guard(m_critSection);
                          return makeAppender(element);
                        });
@@ -156,6 +159,7 @@ std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::makeAppender(const VRKIDO
 }
 
 void LOGDOMConfigurator::parseAppenderChild(const VRKIDOM_Element& child, LOGAppenderBundle& bundle) {
+  const LOGProblems::Place place(child.getLineNumber());
   const I18NString tag = child.getTagName();
   if (tag == PARAM_TAG) {
     setParameter(child, *bundle.appender());
@@ -224,6 +228,7 @@ void LOGDOMConfigurator::parseErrorHandler(const VRKIDOM_Element& element, LOGAp
   bundle.own(handler);
   appender->setErrorHandler(handler.get());
   for (const VRKIDOM_Element& child : logChildElements(element)) {
+    const LOGProblems::Place place(child.getLineNumber());
     const I18NString tag = child.getTagName();
     if (tag == PARAM_TAG) {
       setParameter(child, *handler);

@@ -14,11 +14,13 @@
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGProblems.h"
 #include "log4vrk/core/internal/LOGShutdownHook.h"
 #include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/net/internal/LOGSyslogHosts.h"
 #include "log4vrk/platform/I18NLocale.h"
+#include "log4vrk/platform/internal/VRKDocumentError.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
@@ -140,11 +142,13 @@ class LOGDOMConfigurator::Run {
   ~Run() {
     m_configurator.retireStaleAppenders();
     m_configurator.m_repository = nullptr;
+    m_delivering.begin();
   }
 
  private:
-  VRKNoCancellation m_finished;  // of half a run nobody could tell what it has left
-  LOGDeferral m_deferral;        // before the lock: what was put off is delivered when the run is over
+  VRKNoCancellation m_finished;     // of half a run nobody could tell what it has left
+  LOGProblems::Pause m_delivering;  // what was put off has problems of its own
+  LOGDeferral m_deferral;           // before the lock: what was put off is delivered when the run is over
   VRKThreadGuard m_guard;
   LOGDOMConfigurator& m_configurator;
 };
@@ -165,11 +169,13 @@ void LOGDOMConfigurator::shutdown() {
 }
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
+  const LOGProblems::Run problems([&] { return fileName; });
   return logContainAll(CONFIGURE_FAILURES, 0,
                        [&] { return instance()->doConfigure(fileName, LOGManager::getLoggerRepository()); });
 }
 
 int LOGDOMConfigurator::configure(VRKIDOM_Element root) {
+  const LOGProblems::Run problems([&] { return root.getOwnerDocument().getFileName(); });
   return logContainAll(CONFIGURE_FAILURES, 0,
                        [&] { return instance()->doConfigure(std::move(root), LOGManager::getLoggerRepository()); });
 }
@@ -179,10 +185,12 @@ void LOGDOMConfigurator::configureAndWatch(const I18NString& fileName) { configu
 void LOGDOMConfigurator::configureAndWatch(const I18NString&, long) {}
 
 int LOGDOMConfigurator::doConfigure(const I18NString& fileName, LOGLoggerRepository* repository) {
+  const LOGProblems::Run problems([&] { return fileName; });
   return logContainAll(CONFIGURE_FAILURES, 0, [&] { return doConfigure(fileName.toBytes().get(), repository); });
 }
 
 int LOGDOMConfigurator::doConfigure(const char* fileName, LOGLoggerRepository* repository) {
+  const LOGProblems::Run problems([&] { return I18NString(fileName); });
   return configureOnce(repository, [&] {
     VRKIDOM_Document document;
     try {
@@ -190,6 +198,8 @@ int LOGDOMConfigurator::doConfigure(const char* fileName, LOGLoggerRepository* r
       parser.setLoadExternalDTD(0);
       document = parser.parse(fileName);
     } catch (VRKThrowable& error) {
+      const auto* const fault = dynamic_cast<const VRKDocumentError*>(&error);
+      const LOGProblems::Place place(fault != nullptr ? fault->lineInDocument() : 0);
       LOGLogLog::error("Could not parse the document", error);
       return 0;
     }
@@ -198,6 +208,7 @@ int LOGDOMConfigurator::doConfigure(const char* fileName, LOGLoggerRepository* r
 }
 
 int LOGDOMConfigurator::doConfigure(VRKIDOM_Element root, LOGLoggerRepository* repository) {
+  const LOGProblems::Run problems([&] { return root.getOwnerDocument().getFileName(); });
   return configureOnce(repository, [&] { return parse(root); });
 }
 
@@ -220,6 +231,7 @@ I18NString LOGDOMConfigurator::subst(const I18NString& className) {
 }
 
 int LOGDOMConfigurator::parse(const VRKIDOM_Element& root) {
+  const LOGProblems::Place place(root.getLineNumber());
   const I18NString tag = root.getTagName();
   if (tag == OLD_CONFIGURATION_TAG) {
     LOGLogLog::warn("The <" + OLD_CONFIGURATION_TAG + "> element has been deprecated.");
@@ -282,6 +294,7 @@ void LOGDOMConfigurator::parseAttributes(const VRKIDOM_Element& root) {
 }
 
 void LOGDOMConfigurator::parseCategoryFactory(const VRKIDOM_Element& element) {
+  const LOGProblems::Place place(element.getLineNumber(), "categoryFactory");
   const I18NString className = subst(element.getAttribute(CLASS_ATTR));
   if (className.isEmpty()) {
     LOGLogLog::error("Category Factory tag " + CLASS_ATTR + " attribute not found.");
@@ -297,6 +310,8 @@ void LOGDOMConfigurator::parseRenderer(const VRKIDOM_Element& element) {
                  "LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
                  "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"},
                 [&] {
+                  const LOGProblems::Place place(element.getLineNumber(), "renderer",
+                                                 element.getAttribute(RENDERING_CLASS_ATTR));
                   const VRKThreadGuard guard(m_critSection);
                   LOGRendererMap::addRenderer(dynamic_cast<LOGHierarchy*>(m_repository),
                                               subst(element.getAttribute(RENDERING_CLASS_ATTR)),
@@ -309,6 +324,8 @@ void LOGDOMConfigurator::parseLogger(const VRKIDOM_Element& element) {
                  "LOGDOMConfigurator::parseLogger -- unable to lock mutex",
                  "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred"},
                 [&] {
+                  const LOGProblems::Place place(element.getLineNumber(), "logger",
+                                                 element.getAttribute(LOG4VRK_NAME_ATTR));
                   const VRKThreadGuard guard(m_critSection);
                   LOGLogger* const logger = findLogger(element);
                   if (logger == nullptr) return;
@@ -353,6 +370,7 @@ void LOGDOMConfigurator::parseRoot(const VRKIDOM_Element& element) {
       {"LOGDOMConfigurator::parseRoot -- unable to lock mutex", "LOGDOMConfigurator::parseRoot -- unable to lock mutex",
        "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred"},
       [&] {
+        const LOGProblems::Place place(element.getLineNumber(), "root");
         VRK_ASSERT(m_repository);
         const VRKThreadGuard guard(m_critSection);
         parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true);
@@ -380,6 +398,7 @@ void LOGDOMConfigurator::parseChildrenOfLoggerElement(const VRKIDOM_Element& ele
 }
 
 void LOGDOMConfigurator::parseAppenderRef(const VRKIDOM_Element& element, LOGLogger* logger) {
+  const LOGProblems::Place place(element.getLineNumber());
   const I18NString reference = element.getAttribute(REF_ATTR);
   LOGAppenderSkeleton* const appender = findAppenderByReference(element);
   if (appender == nullptr) {
@@ -393,6 +412,7 @@ void LOGDOMConfigurator::parseAppenderRef(const VRKIDOM_Element& element, LOGLog
 }
 
 void LOGDOMConfigurator::parseLevel(const VRKIDOM_Element& element, LOGLogger* logger, bool isRoot) {
+  const LOGProblems::Place place(element.getLineNumber());
   logContainAll({"LOGDOMConfigurator::parseLevel --- An unknown exception has occurred.",
                  "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred.",
                  "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred."},

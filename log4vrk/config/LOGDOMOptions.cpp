@@ -11,6 +11,7 @@
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/config/internal/LOGDOMChildren.h"
 #include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/internal/LOGProblems.h"
 #include "log4vrk/layouts/LOGHTMLLayout.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
@@ -107,6 +108,7 @@ bool matches(const Option& option, const I18NString& className, const I18NString
 void LOGDOMConfigurator::setParameter(const VRKIDOM_Element& element, LOGObject& target) {
   const I18NString name = element.getAttribute(LOG4VRK_NAME_ATTR);
   const I18NString value = element.getAttribute(VALUE_ATTR);
+  const LOGProblems::Place place(element.getLineNumber(), "param", name, true);
   // An empty value is as good as none, except that it takes an appender its file.
   if (value.isEmpty() && name != "File") return;
   for (const Option& option : OPTIONS) {

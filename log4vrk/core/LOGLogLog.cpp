@@ -5,6 +5,7 @@
 #include <string>
 
 #include "log4vrk/core/LOGGuard.h"
+#include "log4vrk/core/internal/LOGProblems.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKFmFile.h"
 #include "log4vrk/platform/VRKThrowable.h"
@@ -99,8 +100,23 @@ void initialize() VRK_REQUIRES(g_mutex) {
   g_silent = g_file == nullptr;
 }
 
+// Warnings and errors of a configuration run are kept for the program too.
+template <typename Text>
+void collect(const Text& appendText) {
+  try {
+    std::string text;
+    appendText(text);
+    LOGProblems::add(text);
+  }
+  VRK_RETHROW_FORCED_UNWIND
+  catch (...) {
+    // There is nobody left to tell.
+  }
+}
+
 template <typename Text>
 void writeMessage(const char* prefix, const Text& appendText) {
+  if (prefix != PREFIX && LOGProblems::areCollected()) collect(appendText);
   if (g_silent.load(std::memory_order_relaxed)) return;
   // A failure is written while its exception is handled. A cancellation that comes then would end the process.
   const VRKNoCancellation finished;

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "log4vrk/platform/VRKThrowable.h"
+#include "log4vrk/platform/internal/VRKDocumentError.h"
 #include "log4vrk/platform/internal/VRKDynamicLibrary.h"
 #include "log4vrk/platform/internal/VRKXmlModule.h"
 
@@ -41,7 +42,7 @@ struct VRKIDOM_Data {
   short type;
   std::u16string_view name;
   std::u16string_view value;
-  long line = 0;
+  VRKXmlSink::Position start = {};
   VRKIDOM_Data* parent = nullptr;
   VRKIDOM_Data* firstChild = nullptr;
   VRKIDOM_Data* lastChild = nullptr;
@@ -57,11 +58,12 @@ using Node = VRKIDOM_Data;
 // owners nor destructors: documents are read once, asked a little and dropped.
 class Tree {
  public:
-  Tree() = default;
+  explicit Tree(const I18NString& file = I18NString()) : m_file(file) {}
   Tree(const Tree&) = delete;
   Tree& operator=(const Tree&) = delete;
 
   Node* document() { return &m_document; }
+  const I18NString& file() const { return m_file; }
 
   Node* make(short type, std::u16string_view name, std::u16string_view value = {}) {
     const std::u16string_view keptName = keep(name), keptValue = keep(value);
@@ -78,6 +80,7 @@ class Tree {
  private:
   static constexpr std::size_t FIRST_BLOCK = 16384;
 
+  const I18NString m_file;
   std::pmr::monotonic_buffer_resource m_memory{FIRST_BLOCK};
   Node m_document{this, DOCUMENT_NODE, u"#document", {}};
 };
@@ -190,11 +193,11 @@ VRKThrowable failure(const I18NString& where, const I18NString& message) {
 // Builds the tree of a document.
 class TreeBuilder final : public VRKXmlSink {
  public:
-  TreeBuilder(Tree& tree, const I18NString& file) : m_tree(tree), m_file(file), m_parent(tree.document()) {}
+  explicit TreeBuilder(Tree& tree) : m_tree(tree), m_parent(tree.document()) {}
 
-  void startElement(std::u16string_view name, const Attribute* attributes, std::size_t count, long line) override {
+  void startElement(std::u16string_view name, const Attribute* attributes, std::size_t count, Position start) override {
     Node* const element = add(VRKIDOM_Node::ELEMENT_NODE, name, {});
-    element->line = line;
+    element->start = start;
     Node** end = &element->firstAttribute;
     for (std::size_t i = 0; i < count; ++i) {
       *end = m_tree.make(ATTRIBUTE_NODE, attributes[i].name, attributes[i].value);
@@ -215,7 +218,8 @@ class TreeBuilder final : public VRKXmlSink {
 
   [[noreturn]] void fail(std::u16string_view message, unsigned long long line, unsigned long long column) override {
     const I18NString position = line == 0 ? I18NString() : ":" + (I18NString() + line) + ":" + column;
-    throw failure(m_file + position, I18NString(message));
+    throw VRKDocumentError(m_tree.file() + position + ": " + I18NString(message), static_cast<long>(line),
+                           static_cast<long>(column), VRK_HERE);
   }
 
  private:
@@ -233,7 +237,6 @@ class TreeBuilder final : public VRKXmlSink {
   }
 
   Tree& m_tree;
-  const I18NString& m_file;
   Node* m_parent;
   std::u16string m_text;  // since the last tag
 };
@@ -313,7 +316,9 @@ I18NString VRKIDOM_Node::getNodeName() const { return isNull() ? I18NString() : 
 
 I18NString VRKIDOM_Node::getNodeValue() const { return isNull() ? I18NString() : I18NString(m_node->value); }
 
-long VRKIDOM_Node::getLineNumber() const { return isNull() ? 0 : m_node->line; }
+long VRKIDOM_Node::getLineNumber() const { return isNull() ? 0 : m_node->start.line; }
+
+long VRKIDOM_Node::getColumnNumber() const { return isNull() ? 0 : m_node->start.column; }
 
 VRKIDOM_NodeList VRKIDOM_Node::getChildNodes() const {
   if (isNull()) return VRKIDOM_NodeList();
@@ -365,6 +370,8 @@ VRKIDOM_Element VRKIDOM_Document::getDocumentElement() const {
   return isNull() ? VRKIDOM_Element() : Access::handle<VRKIDOM_Element>(m_node, rootOf(*m_node));
 }
 
+I18NString VRKIDOM_Document::getFileName() const { return isNull() ? I18NString() : m_node->tree->file(); }
+
 VRKIDOM_NodeList VRKIDOM_Document::getElementsByTagName(const I18NString& name) const {
   if (isNull()) return VRKIDOM_NodeList();
   std::vector<Node*> elements;
@@ -395,8 +402,8 @@ VRKIDOM_Document VRKIDOM_Parser::parse(const char* utf8Path) const {
   return translated([&] {
     const I18NString name(utf8Path);
     const std::string bytes = readFile(utf8Path != nullptr ? utf8Path : "", name);
-    const auto tree = std::make_shared<Tree>();
-    TreeBuilder builder(*tree, name);
+    const auto tree = std::make_shared<Tree>(name);
+    TreeBuilder builder(*tree);
     parser(name)(bytes.data(), bytes.size(), m_loadExternalDTD, builder);
     return Access::document(tree);
   });

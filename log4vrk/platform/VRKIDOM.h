@@ -29,8 +29,9 @@ class LOG4VRK_EXPORT VRKIDOM_Node {
   I18NString getNodeName() const;
   /// Empty for the kinds of nodes that have no value, such as elements.
   I18NString getNodeValue() const;
-  /// The line on which an element's start tag ends, counted from 1; 0 when it did not come from a file.
+  /// Where an element's start tag begins, line and column counted from 1; both 0 when it did not come from a file.
   long getLineNumber() const;
+  long getColumnNumber() const;
 
   /// Empty for everything but elements and documents.
   VRKIDOM_NodeList getChildNodes() const;
@@ -64,6 +65,8 @@ class LOG4VRK_EXPORT VRKIDOM_Element : public VRKIDOM_Node {
 class LOG4VRK_EXPORT VRKIDOM_Document : public VRKIDOM_Node {
  public:
   VRKIDOM_Element getDocumentElement() const;
+  /// The name that the document was read by; empty when it did not come from a file.
+  I18NString getFileName() const;
   /// All elements of that name below the document, in document order. "*" stands for every name.
   VRKIDOM_NodeList getElementsByTagName(const I18NString& name) const;
   /// An element that is not yet part of the tree. Raises VRKThrowable when `name` is no XML name.

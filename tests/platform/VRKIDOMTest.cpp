@@ -62,7 +62,9 @@ TEST_F(VRKIDOMTest, HandlesOutliveTheParserAndTheirDocument) {
     second = document.getElementsByTagName("a").item(1);
     VRKIDOM_DOMImplementation::terminate();
   }
-  EXPECT_TRUE(second.getNodeType() == VRKIDOM_Node::ELEMENT_NODE && second.getLineNumber() == 3);
+  EXPECT_TRUE(second.getNodeType() == VRKIDOM_Node::ELEMENT_NODE && second.getLineNumber() == 2 &&
+              second.getColumnNumber() == 15)
+      << "where the tag begins, not where it ends";
   EXPECT_EQ(second.getAttributes().getNamedItem("n").getNodeValue(), "2");
   const VRKIDOM_NodeList all = second.getOwnerDocument().getElementsByTagName("a");
   const VRKIDOM_Element none(all.item(2));

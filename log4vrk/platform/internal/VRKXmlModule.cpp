@@ -12,6 +12,7 @@
 #include <xercesc/framework/MemoryManager.hpp>
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/framework/XMLElementDecl.hpp>
+#include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/SAXParser.hpp>
 #include <xercesc/sax/HandlerBase.hpp>
@@ -135,6 +136,18 @@ class Reader : public xercesc::SAXParser {
     setDoNamespaces(false);
   }
 
+  // Token by token, because the scanner tells the place of an element only when its start tag has been read: the place
+  // before that is where the tag begins.
+  void read(const xercesc::InputSource& source) {
+    xercesc::XMLPScanToken token;
+    bool goesOn = parseFirst(source, token);
+    while (goesOn) {
+      const xercesc::Locator& place = *getScanner().getLocator();
+      m_start = {static_cast<long>(place.getLineNumber()), static_cast<long>(place.getColumnNumber())};
+      goesOn = parseNext(token);
+    }
+  }
+
   void startElement(const xercesc::XMLElementDecl& declaration, unsigned, const XMLCh*,
                     const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty,
                     bool) override {
@@ -149,7 +162,7 @@ class Reader : public xercesc::SAXParser {
       m_attributes.push_back({textOf(attribute.getName()), textOf(attribute.getValue())});
       m_memory.countNode(m_attributes.back().name.length() + m_attributes.back().value.length());
     }
-    m_sink.startElement(name, m_attributes.data(), count, static_cast<long>(place.getLineNumber()));
+    m_sink.startElement(name, m_attributes.data(), count, m_start);
     if (isEmpty) end();
   }
 
@@ -192,6 +205,7 @@ class Reader : public xercesc::SAXParser {
   NothingOutside m_handler;
   xercesc::SecurityManager m_limits;
   std::vector<VRKXmlSink::Attribute> m_attributes;
+  VRKXmlSink::Position m_start;  // of the token that is being read
   int m_depth = 0;
   bool m_seen = false;
 };
@@ -223,9 +237,9 @@ bool initialize() {
 
 }  // namespace
 
-static_assert(std::string_view(VRK_XML_PARSE) == "vrkXmlParse1");
+static_assert(std::string_view(VRK_XML_PARSE) == "vrkXmlParse2");
 
-extern "C" LOG4VRK_EXPORT void vrkXmlParse1(const char* bytes, std::size_t size, bool loadExternalDTD,
+extern "C" LOG4VRK_EXPORT void vrkXmlParse2(const char* bytes, std::size_t size, bool loadExternalDTD,
                                             VRKXmlSink& sink) try {
   if (!initialize()) sink.fail(u"the XML parser ran out of memory when it was initialised", 0, 0);
   // Outside of what may fail: the parser's exceptions live in it.
@@ -233,7 +247,7 @@ extern "C" LOG4VRK_EXPORT void vrkXmlParse1(const char* bytes, std::size_t size,
   try {
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), size, u"");
     Reader reader(memory, loadExternalDTD, sink);
-    reader.parse(source);
+    reader.read(source);
     if (!reader.hasSeenElement()) sink.fail(u"the document has no element", 0, 0);
   } catch (const xercesc::SAXParseException& error) {
     sink.fail(textOf(error.getMessage()), error.getLineNumber(), error.getColumnNumber());

@@ -18,8 +18,16 @@ class VRKXmlSink {
   VRKXmlSink(const VRKXmlSink&) = delete;
   VRKXmlSink& operator=(const VRKXmlSink&) = delete;
 
-  /// `line` is where the start tag ends. The attributes include those that the document declares a default for.
-  virtual void startElement(std::u16string_view name, const Attribute* attributes, std::size_t count, long line) = 0;
+  /// Where the document says something; counted from 1, columns in UTF-16 units.
+  struct Position {
+    long line = 0;
+    long column = 0;
+  };
+
+  /// `start` is the place of the start tag's first character; for one that an entity brings along, a place in that
+  /// entity or behind it. The attributes include those that the document declares a default for.
+  virtual void startElement(std::u16string_view name, const Attribute* attributes, std::size_t count,
+                            Position start) = 0;
   virtual void endElement() = 0;
   /// A run of characters: more of the same text may follow.
   virtual void characters(std::u16string_view text) = 0;
@@ -36,5 +44,5 @@ constexpr char VRK_XML_MODULE[] = "tovlog4vrk-xml.so";
 
 /// The module's one function, by this name: it changes whenever anything above does. Reads one document. Raises what
 /// the sink raises, and std::bad_alloc. Thread safety: any thread.
-constexpr char VRK_XML_PARSE[] = "vrkXmlParse1";
+constexpr char VRK_XML_PARSE[] = "vrkXmlParse2";
 using VRKXmlParse = void (*)(const char* bytes, std::size_t size, bool loadExternalDTD, VRKXmlSink& sink);
