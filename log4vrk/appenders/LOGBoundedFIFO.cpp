@@ -124,7 +124,8 @@ LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
     const int size = getMaxSize();
     const std::uint64_t known = ring->knownHead.load(std::memory_order_acquire);
     const std::uint64_t first = ring->first.load(std::memory_order_relaxed);
-    if (distance(known, tail) >= size || distance(std::max(known, first), tail) >= distance(0, Ring::CAPACITY)) {
+    const bool mayBecomeFull = distance(known, tail) + 1 >= size;
+    if (mayBecomeFull || distance(std::max(known, first), tail) >= distance(0, Ring::CAPACITY)) {
       const std::uint64_t head = m_head.load(std::memory_order_acquire);
       ring->knownHead.store(head, std::memory_order_release);
       // Head and tail are two reads. Only a tail that is the same before and after belongs to that head.
@@ -138,9 +139,15 @@ LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
       }
     }
     if (ring->tail.compare_exchange_weak(tail, tail + 1, std::memory_order_acquire)) {
+      if (mayBecomeFull) noteFull(tail + 1, size);
       return {QUEUED, tail, &ring->at(tail)};
     }
   }
+}
+
+// Before the last event is published, so that nothing that is got later finds the queue full unnoticed.
+void LOGBoundedFIFO::noteFull(std::uint64_t tail, int size) {
+  if (size > 0) m_fullAt.store(tail - static_cast<std::uint64_t>(size), std::memory_order_relaxed);
 }
 
 // Null when the queue is closed. The lock is needed to tell that from a ring that has been sealed because it is full:
@@ -245,4 +252,5 @@ LOGLoggingEvent* LOGBoundedFIFO::get() {
 void LOGBoundedFIFO::resize(int newSize) {
   const LOGGuard guard(*this);
   m_maxSize.store(newSize, std::memory_order_relaxed);
+  noteFull(putSoFar(), newSize);
 }

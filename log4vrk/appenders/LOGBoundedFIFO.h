@@ -54,6 +54,14 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// As get(), but an event that came without an object is filled into `place`, and that is returned. Any other result
   /// is an object, which belongs to the caller.
   LOGLoggingEvent* get(LOGLoggingEvent& place);
+  // For the getting side. Neither of them reads what the putting threads write for every event: that would take its
+  // cache line away from them, which costs them as much as everything else they do there.
+  /// Whether get() would return an event.
+  bool hasNext() { return oldest() != nullptr; }
+  /// Right after a get(): as wasFull().
+  bool hasFreedSpace() const {
+    return m_head.load(std::memory_order_relaxed) - 1 == m_fullAt.load(std::memory_order_relaxed);
+  }
   /// From now on nothing can be put, for good. length() says how many events are still to be got.
   void close();
   /// How many events have been put since the queue was made.
@@ -69,15 +77,20 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   struct Slot;
   struct Ring;
   struct Claim;
+  static constexpr std::uint64_t NEVER = UINT64_MAX;
 
   Claim claim();
+  LOG4VRK_HIDDEN void noteFull(std::uint64_t tail, int size);
   Ring* lastOpen();
   void goOn(const Ring& usedUp);
   Slot* oldest();
 
   std::atomic<int> m_maxSize;
   std::atomic<Ring*> m_last;  // the ring into which events are put
-  VRKMutex m_changing;        // held while the last ring is replaced or sealed
+  // How many events had been or will have been got when the queue was last full, or will be unless more are put.
+  // Putting threads change it only when there are about as many events as the maximum.
+  std::atomic<std::uint64_t> m_fullAt{NEVER};
+  VRKMutex m_changing;  // held while the last ring is replaced or sealed
   Ring* m_unused VRK_GUARDED_BY(m_changing) = nullptr;
 
   // Only the getting side changes these. They have a cache line of their own, which putting threads read only when

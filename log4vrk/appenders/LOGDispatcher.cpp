@@ -112,8 +112,7 @@ class HoldingBack {
 // appenders the events are taken from the queue and gone.
 bool LOGDispatcher::deliverSome() {
   const LOGGate::Pass inside;
-  m_seen = m_bf->length();
-  if (m_seen == 0) return false;
+  if (!m_bf->hasNext()) return false;
   static const LOGAppenderList& none = vrkImmortal<LOGAppenderList>(std::vector<LOGAppenderList::Attached>());
   LOGThreadState& thread = LOGThreadState::current();
   std::uint64_t delivered = 0;
@@ -132,15 +131,10 @@ bool LOGDispatcher::deliverSome() {
   return delivered > 0;
 }
 
-// The queue is asked for its length once for many events: each time takes a cache line away from the threads that put,
-// which would cost them as much as everything else they do there.
 LOGLoggingEvent* LOGDispatcher::next() {
-  if (m_seen == 0) m_seen = m_bf->length();
-  if (m_seen == 0) return nullptr;
   LOGLoggingEvent* const event = m_bf->get(m_event);
   m_object.reset(event != &m_event ? event : nullptr);
-  if (event == nullptr) return nullptr;
-  if (m_seen-- == m_bf->getMaxSize()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+  if (event != nullptr && m_bf->hasFreedSpace()) LOGLogLog::debug("Notifying AsyncAppender about freed space.");
   return event;
 }
 

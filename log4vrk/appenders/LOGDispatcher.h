@@ -46,7 +46,6 @@ class LOG4VRK_EXPORT LOGDispatcher : public VRKThread {
 
   const std::shared_ptr<LOGBoundedFIFO> m_bf;
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
-  int m_seen = 0;                             // events left of those that were queued when it last looked
   std::unique_ptr<LOGLoggingEvent> m_object;  // the event in delivery, when it came as an object
   LOGLoggingEvent m_event;                    // the event in delivery otherwise; one memory for all
   std::atomic<long> m_threadId{0};

@@ -62,26 +62,30 @@ class VRKTickRate {
 /// variable of a thread in a library that is loaded late.
 class VRKTickWindow {
  public:
-  static constexpr std::uint64_t LONGEST_USE = 1 << 17;  // ticks
+  /// Nanoseconds. The moments may be behind by a tenth of that, and by twice as much where the system runs its clock
+  /// faster.
+  static constexpr std::int32_t LONGEST_USE = 400000;
 
   /// The moment at `ticks`. False when the system has to be asked: the window is over, the counter is behind it, as it
   /// may be on another processor, or a second ends.
   bool tell(std::uint64_t ticks, std::uint64_t rate, VRKTime::Moment& moment) const {
     const std::uint64_t elapsed = ticks - m_ticks;
-    if (elapsed >= LONGEST_USE) return false;
-    const std::int32_t nanoseconds = m_nanoseconds + static_cast<std::int32_t>(elapsed * rate >> VRKTickRate::FRACTION);
-    moment = {m_seconds, nanoseconds};
-    return nanoseconds < 1000000000;
+    if (elapsed >= MOST_TICKS) return false;
+    const auto passed = static_cast<std::int32_t>(elapsed * rate >> VRKTickRate::FRACTION);
+    moment = {m_seconds, m_nanoseconds + passed};
+    return passed < LONGEST_USE && moment.nanoseconds < 1000000000;
   }
 
   /// After a reading that is not whole it is of no use.
   void begin(const VRKTickReading& now) {
-    m_ticks = now.isWhole ? now.ticks : now.ticks - LONGEST_USE;
+    m_ticks = now.isWhole ? now.ticks : now.ticks - MOST_TICKS;
     m_seconds = now.moment.seconds;
     m_nanoseconds = now.moment.nanoseconds;
   }
 
  private:
+  static constexpr std::uint64_t MOST_TICKS = 1 << 24;  // more than LONGEST_USE has, and as many as a product can hold
+
   std::uint64_t m_ticks = 0;
   std::int64_t m_seconds = 0;
   std::int32_t m_nanoseconds = 0;

@@ -26,7 +26,7 @@ VRKTime::Moment read(clockid_t clock) {
 
 #if defined(__x86_64__) || defined(__i386__)
 
-// The system's clock took a quarter of a log call into a buffer. So a thread asks for it some ten thousand times a
+// The system's clock took a quarter of a log call into a buffer. So a thread asks for it some thousand times a
 // second at most, and in between goes by the counter of the processor, which is what the system's clock is made from.
 // It does so a tenth too slowly, because the system may slow its clock down by that much (as daemons that keep the time
 // do) and the thread must not be ahead when it asks again: its moments never run backwards, unless the clock is set
