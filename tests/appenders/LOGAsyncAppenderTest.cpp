@@ -46,6 +46,34 @@ TEST(LOGBoundedFIFO, IsFullAtExactlyItsSizeAndKeepsTheOrder) {
   for (LOGLoggingEvent& event : events) EXPECT_EQ(&event, never.get());
 }
 
+TEST(LOGBoundedFIFO, FreesSpaceWhenItWasFullAtAGet) {
+  LOGBoundedFIFO queue(3);
+  LOGLoggingEvent event, place;
+  const auto put = [&](int count) {
+    for (int i = 0; i < count; ++i) EXPECT_TRUE(queue.put(&event));
+  };
+  const auto freed = [&] {
+    std::string shown;
+    while (queue.get(place) != nullptr) shown += queue.hasFreedSpace() ? '1' : '0';
+    return shown;
+  };
+  for (int round = 0; round < 100; ++round) {  // so that it goes on in other rings
+    put(3);
+    EXPECT_EQ(freed(), "100");
+    put(2);
+    EXPECT_EQ(freed(), "00");
+  }
+  put(3);
+  EXPECT_FALSE(queue.put(&event));
+  queue.get(place);
+  put(1);
+  queue.resize(2);
+  EXPECT_EQ(freed(), "010") << "three in a queue of two are not full, two are";
+  queue.resize(200);
+  put(200);
+  EXPECT_EQ(freed(), "1" + std::string(199, '0'));
+}
+
 TEST(LOGBoundedFIFO, KeepsTheOrderOfEachThreadWhileItsSizeChanges) {
   constexpr int THREADS = 4;
   constexpr int EACH = 20000;
