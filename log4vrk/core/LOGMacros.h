@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cerrno>
+#include <limits>
 
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
@@ -29,55 +30,68 @@
 #define LOG4VRK_LOWEST_RANK std::numeric_limits<int>::min()
 #endif
 
-#define LOG4VRK_DEBUG(logger, ...) LOG4VRK_PLAIN(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
+#define LOG4VRK_DEBUG(logger, ...) \
+  LOG4VRK_STATEMENT_PLAIN(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
 #define LOG4VRK_DEBUG_IF(logger, condition, ...) \
-  LOG4VRK_IF(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, condition, __VA_ARGS__)
-#define LOG4VRK_DEBUG_ONCE(logger, ...) LOG4VRK_ONCE(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_IF(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, condition, __VA_ARGS__)
+#define LOG4VRK_DEBUG_ONCE(logger, ...) \
+  LOG4VRK_STATEMENT_ONCE(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
 #define LOG4VRK_DEBUG_EVERY_N(logger, n, ...) \
-  LOG4VRK_EVERY_N(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, n, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY_N(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, n, __VA_ARGS__)
 #define LOG4VRK_DEBUG_EVERY(logger, seconds, ...) \
-  LOG4VRK_EVERY(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, seconds, __VA_ARGS__)
-#define LOG4VRK_DEBUG_ERRNO(logger, ...) LOG4VRK_ERRNO(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, seconds, __VA_ARGS__)
+#define LOG4VRK_DEBUG_ERRNO(logger, ...) \
+  LOG4VRK_STATEMENT_ERRNO(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
 
-#define LOG4VRK_INFO(logger, ...) LOG4VRK_PLAIN(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
+#define LOG4VRK_INFO(logger, ...) LOG4VRK_STATEMENT_PLAIN(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
 #define LOG4VRK_INFO_IF(logger, condition, ...) \
-  LOG4VRK_IF(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, condition, __VA_ARGS__)
-#define LOG4VRK_INFO_ONCE(logger, ...) LOG4VRK_ONCE(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_IF(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, condition, __VA_ARGS__)
+#define LOG4VRK_INFO_ONCE(logger, ...) \
+  LOG4VRK_STATEMENT_ONCE(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
 #define LOG4VRK_INFO_EVERY_N(logger, n, ...) \
-  LOG4VRK_EVERY_N(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, n, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY_N(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, n, __VA_ARGS__)
 #define LOG4VRK_INFO_EVERY(logger, seconds, ...) \
-  LOG4VRK_EVERY(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, seconds, __VA_ARGS__)
-#define LOG4VRK_INFO_ERRNO(logger, ...) LOG4VRK_ERRNO(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, seconds, __VA_ARGS__)
+#define LOG4VRK_INFO_ERRNO(logger, ...) \
+  LOG4VRK_STATEMENT_ERRNO(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
 
-#define LOG4VRK_WARN(logger, ...) LOG4VRK_PLAIN(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
+#define LOG4VRK_WARN(logger, ...) LOG4VRK_STATEMENT_PLAIN(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
 #define LOG4VRK_WARN_IF(logger, condition, ...) \
-  LOG4VRK_IF(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, condition, __VA_ARGS__)
-#define LOG4VRK_WARN_ONCE(logger, ...) LOG4VRK_ONCE(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_IF(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, condition, __VA_ARGS__)
+#define LOG4VRK_WARN_ONCE(logger, ...) \
+  LOG4VRK_STATEMENT_ONCE(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
 #define LOG4VRK_WARN_EVERY_N(logger, n, ...) \
-  LOG4VRK_EVERY_N(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, n, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY_N(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, n, __VA_ARGS__)
 #define LOG4VRK_WARN_EVERY(logger, seconds, ...) \
-  LOG4VRK_EVERY(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, seconds, __VA_ARGS__)
-#define LOG4VRK_WARN_ERRNO(logger, ...) LOG4VRK_ERRNO(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, seconds, __VA_ARGS__)
+#define LOG4VRK_WARN_ERRNO(logger, ...) \
+  LOG4VRK_STATEMENT_ERRNO(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
 
-#define LOG4VRK_ERROR(logger, ...) LOG4VRK_PLAIN(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
+#define LOG4VRK_ERROR(logger, ...) \
+  LOG4VRK_STATEMENT_PLAIN(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
 #define LOG4VRK_ERROR_IF(logger, condition, ...) \
-  LOG4VRK_IF(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, condition, __VA_ARGS__)
-#define LOG4VRK_ERROR_ONCE(logger, ...) LOG4VRK_ONCE(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_IF(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, condition, __VA_ARGS__)
+#define LOG4VRK_ERROR_ONCE(logger, ...) \
+  LOG4VRK_STATEMENT_ONCE(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
 #define LOG4VRK_ERROR_EVERY_N(logger, n, ...) \
-  LOG4VRK_EVERY_N(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, n, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY_N(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, n, __VA_ARGS__)
 #define LOG4VRK_ERROR_EVERY(logger, seconds, ...) \
-  LOG4VRK_EVERY(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, seconds, __VA_ARGS__)
-#define LOG4VRK_ERROR_ERRNO(logger, ...) LOG4VRK_ERRNO(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, seconds, __VA_ARGS__)
+#define LOG4VRK_ERROR_ERRNO(logger, ...) \
+  LOG4VRK_STATEMENT_ERRNO(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
 
-#define LOG4VRK_FATAL(logger, ...) LOG4VRK_PLAIN(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
+#define LOG4VRK_FATAL(logger, ...) \
+  LOG4VRK_STATEMENT_PLAIN(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
 #define LOG4VRK_FATAL_IF(logger, condition, ...) \
-  LOG4VRK_IF(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, condition, __VA_ARGS__)
-#define LOG4VRK_FATAL_ONCE(logger, ...) LOG4VRK_ONCE(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_IF(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, condition, __VA_ARGS__)
+#define LOG4VRK_FATAL_ONCE(logger, ...) \
+  LOG4VRK_STATEMENT_ONCE(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
 #define LOG4VRK_FATAL_EVERY_N(logger, n, ...) \
-  LOG4VRK_EVERY_N(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, n, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY_N(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, n, __VA_ARGS__)
 #define LOG4VRK_FATAL_EVERY(logger, seconds, ...) \
-  LOG4VRK_EVERY(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, seconds, __VA_ARGS__)
-#define LOG4VRK_FATAL_ERRNO(logger, ...) LOG4VRK_ERRNO(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
+  LOG4VRK_STATEMENT_EVERY(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, seconds, __VA_ARGS__)
+#define LOG4VRK_FATAL_ERRNO(logger, ...) \
+  LOG4VRK_STATEMENT_ERRNO(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
 
 #define LOG4VRK_LOG(logger, level, ...)                                                                         \
   do {                                                                                                          \
@@ -106,32 +120,33 @@
   } while (false)
 
 // What the statements are made of. `admits` is evaluated after the level.
-#define LOG4VRK_PLAIN(logger, rank, level, ...) LOG4VRK_GUARDED(logger, rank, level, true, LOGNoParts() << __VA_ARGS__)
-#define LOG4VRK_IF(logger, rank, level, condition, ...) \
-  LOG4VRK_GUARDED(logger, rank, level, (condition), LOGNoParts() << __VA_ARGS__)
-#define LOG4VRK_ONCE(logger, rank, level, ...)                                               \
-  do {                                                                                       \
-    static LOGOnce log4vrkOnce;                                                              \
-    LOG4VRK_GUARDED(logger, rank, level, log4vrkOnce.admits(), LOGNoParts() << __VA_ARGS__); \
+#define LOG4VRK_STATEMENT_PLAIN(logger, rank, level, ...) \
+  LOG4VRK_STATEMENT_GUARDED(logger, rank, level, true, LOGNoParts() << __VA_ARGS__)
+#define LOG4VRK_STATEMENT_IF(logger, rank, level, condition, ...) \
+  LOG4VRK_STATEMENT_GUARDED(logger, rank, level, (condition), LOGNoParts() << __VA_ARGS__)
+#define LOG4VRK_STATEMENT_ONCE(logger, rank, level, ...)                                               \
+  do {                                                                                                 \
+    static LOGOnce log4vrkOnce;                                                                        \
+    LOG4VRK_STATEMENT_GUARDED(logger, rank, level, log4vrkOnce.admits(), LOGNoParts() << __VA_ARGS__); \
   } while (false)
-#define LOG4VRK_EVERY_N(logger, rank, level, n, ...)                                           \
-  do {                                                                                         \
-    static LOGEveryNth log4vrkEvery;                                                           \
-    LOG4VRK_GUARDED(logger, rank, level, log4vrkEvery.admits(n), LOGNoParts() << __VA_ARGS__); \
+#define LOG4VRK_STATEMENT_EVERY_N(logger, rank, level, n, ...)                                           \
+  do {                                                                                                   \
+    static LOGEveryNth log4vrkEvery;                                                                     \
+    LOG4VRK_STATEMENT_GUARDED(logger, rank, level, log4vrkEvery.admits(n), LOGNoParts() << __VA_ARGS__); \
   } while (false)
-#define LOG4VRK_EVERY(logger, rank, level, seconds, ...)                               \
-  do {                                                                                 \
-    static LOGEverySeconds log4vrkEvery;                                               \
-    LOGLeftOut log4vrkLeftOut;                                                         \
-    LOG4VRK_GUARDED(logger, rank, level, log4vrkEvery.admits(seconds, log4vrkLeftOut), \
-                    LOGNoParts() << __VA_ARGS__ << log4vrkLeftOut);                    \
+#define LOG4VRK_STATEMENT_EVERY(logger, rank, level, seconds, ...)                               \
+  do {                                                                                           \
+    static LOGEverySeconds log4vrkEvery;                                                         \
+    LOGLeftOut log4vrkLeftOut;                                                                   \
+    LOG4VRK_STATEMENT_GUARDED(logger, rank, level, log4vrkEvery.admits(seconds, log4vrkLeftOut), \
+                              LOGNoParts() << __VA_ARGS__ << log4vrkLeftOut);                    \
   } while (false)
-#define LOG4VRK_ERRNO(logger, rank, level, ...)                                              \
-  do {                                                                                       \
-    const LOGErrorText log4vrkError{errno};                                                  \
-    LOG4VRK_GUARDED(logger, rank, level, true, LOGNoParts() << __VA_ARGS__ << log4vrkError); \
+#define LOG4VRK_STATEMENT_ERRNO(logger, rank, level, ...)                                              \
+  do {                                                                                                 \
+    const LOGErrorText log4vrkError{errno};                                                            \
+    LOG4VRK_STATEMENT_GUARDED(logger, rank, level, true, LOGNoParts() << __VA_ARGS__ << log4vrkError); \
   } while (false)
-#define LOG4VRK_GUARDED(logger, rank, level, admits, ...)                 \
+#define LOG4VRK_STATEMENT_GUARDED(logger, rank, level, admits, ...)       \
   do {                                                                    \
     if constexpr (rank >= LOG4VRK_LOWEST_RANK) {                          \
       LOGLogger* const log4vrkLogger = (logger);                          \

@@ -200,3 +200,15 @@ TEST_F(LOGMacrosTest, AFailedCheckLogsDeliversAndAborts) {
   EXPECT_EQ(statusOf(child), -SIGABRT);
   EXPECT_EQ(dir.read("log"), "FATAL check failed: 1 + 1 == 3: sum 2\n");
 }
+
+#undef LOG4VRK_LOWEST_RANK
+#define LOG4VRK_LOWEST_RANK LOGLevel::WARN_RANK
+
+TEST_F(LOGMacrosTest, BelowTheLowestRankAreNotCompiled) {
+  int evaluated = 0;
+  LOG4VRK_INFO((++evaluated, logger), ++evaluated);
+  LOG4VRK_DEBUG_EVERY_N(logger, ++evaluated, ++evaluated);
+  LOG4VRK_WARN(logger, "logged");
+  EXPECT_EQ(evaluated, 0);
+  EXPECT_EQ(root.texts, Texts{"logged"});
+}
