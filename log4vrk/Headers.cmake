@@ -102,6 +102,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGCountingQuietWriter.h
   appenders/LOGDenyAllFilter.h
   appenders/LOGDispatcher.h
+  appenders/LOGDurableAsyncAppender.h
   appenders/LOGFileAppender.h
   appenders/LOGLevelMatchFilter.h
   appenders/LOGLevelRangeFilter.h
@@ -111,6 +112,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGStringMatchFilter.h
   appenders/LOGWriter.h
   appenders/LOGWriterAppender.h
+  appenders/internal/LOGQueueProgress.h
 
   # net
   net/LOGLocalUDPAppender.h

@@ -193,6 +193,7 @@ const LOGLayoutInternals LOGPatternLayout::INTERNALS = {
     &typeid(LOGPatternLayout),
     [](LOGLayout& layout, LOGLoggingEvent* event) { return static_cast<LOGPatternLayout&>(layout).buildAny(event); },
     &LOGPatternLayout::formatFast,
+    [](LOGLayout& layout) { return static_cast<LOGPatternLayout&>(layout).getConversionPattern(); },
 };
 
 LOGPatternLayout::LOGPatternLayout() : LOGPatternLayout("%r [%t] %p %c %x - %m%n") {}

@@ -1,0 +1,27 @@
+// Where the files of durable queues are, and what they are called.
+
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/internal/VRKMappedFile.h"
+
+/// A file is called "<name of the queue>-<number of the process>-<number>.ring".
+///
+/// Thread safety: without state; any thread.
+struct LOG4VRK_EXPORT_FOR_TESTS LOGRingFiles {
+  /// Where files go when nobody says it, the best place first: the user's run-time directory, then the system's memory.
+  static std::vector<I18NString> defaultDirectories();
+  /// The paths of the files of queues of that name, or of all queues, in no order. What unfinished starts have left is
+  /// removed.
+  static std::vector<I18NString> in(const I18NString& directory, const std::string& name);
+  static std::vector<I18NString> in(const I18NString& directory);
+  /// A new file, owned by nobody else. Null when there is none; `why` then says so.
+  static std::unique_ptr<VRKMappedFile> make(const I18NString& directory, const std::string& name, std::size_t bytes,
+                                             std::string& why);
+  /// Gives the file a name that nobody looks for. Empty when that fails.
+  static I18NString setAside(VRKMappedFile& file);
+};
