@@ -74,10 +74,11 @@ std::shared_ptr<LOGRing> LOGDurableAsyncAppender::makeRing(const std::vector<I18
   const std::size_t bytes = LOGRing::bytesFor(slots);
   const I18NString reporter = "LOGDurableAsyncAppender -- [" + name() + "] -- ";
   const std::string name = this->name().toUtf8();
+  const auto begin = [&](VRKMappedFile& file) { LOGRing::begin(file, slots, name); };
   std::unique_ptr<VRKMappedFile> file;
   for (const I18NString& directory : directories) {
     std::string why;
-    file = LOGRingFiles::make(directory, name, bytes, why);
+    file = LOGRingFiles::make(directory, name, bytes, begin, why);
     if (file) break;
     LOGLogLog::warn(reporter + "no queue in " + directory + ": " + I18NString(std::string_view(why)));
   }
@@ -85,9 +86,10 @@ std::shared_ptr<LOGRing> LOGDurableAsyncAppender::makeRing(const std::vector<I18
     LOGLogLog::error(reporter + "events are in memory only, and a kill takes them along");
     file = std::make_unique<VRKMappedFile>();
     if (!file->makeAnonymous(bytes)) throw VRKSystemError(file->getLastError(), "memory for a queue", VRK_HERE);
+    begin(*file);
   }
   auto ring = std::make_shared<LOGRing>();
-  ring->begin(std::move(file), slots, name);
+  ring->use(std::move(file));
   return ring;
 }
 

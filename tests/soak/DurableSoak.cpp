@@ -66,7 +66,9 @@ class Killing {
     EXPECT_EQ(0, statusInChild([&] { log(0, 0, 0); }, 60));
     EXPECT_TRUE(std::filesystem::is_empty(m_ring));
     std::map<int, long> last;
-    for (const std::string& line : linesWithBackups(m_dir.file("log"))) tally.add(line, last);
+    for (const std::string& file : filesOldestFirst()) {
+      for (const std::string& line : linesOf(file)) tally.add(line, last);
+    }
     // A log call that had not returned may have left its event, too.
     for (const auto& [writer, number] : atLeast) {
       tally.lost += std::max(0L, number - last[writer]);
@@ -75,6 +77,19 @@ class Killing {
   }
 
  private:
+  // Who is killed in the middle of a roll-over leaves a gap in the numbers.
+  std::vector<std::string> filesOldestFirst() const {
+    std::map<int, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) {
+      const std::string name = entry.path().filename();
+      if (name.compare(0, 4, "log.") == 0) files[-std::stoi(name.substr(4))] = entry.path();
+      if (name == "log") files[0] = entry.path();
+    }
+    std::vector<std::string> paths;
+    for (const auto& [index, path] : files) paths.push_back(path);
+    return paths;
+  }
+
   // Ends when it is killed, or at once without threads.
   void log(int program, int threads, unsigned random) {
     LOGPatternLayout layout("%m%n");
@@ -117,7 +132,7 @@ class Killing {
       if (kind == 1) VRKFault::arm(VRKFault::QUEUE_RECOVERED);
       log(program, THREADS, random);
     });
-    std::this_thread::sleep_for(std::chrono::microseconds(random % (kind == 1 ? 1500 : 6000)));
+    std::this_thread::sleep_for(std::chrono::microseconds(random % (kind == 1 ? 1500 : 12000)));
     ::kill(child, SIGKILL);
     ASSERT_EQ(-SIGKILL, statusOf(child)) << "the program ended by itself";
     for (int t = 0; t < THREADS; ++t) atLeast[program * THREADS + t] = m_returned.last[t];
@@ -141,10 +156,10 @@ class KillDurable : public testing::Test {
       Killing(done / KILLS_IN_A_ROW % 2 == 1, m_isControl).run(std::min<long>(KILLS_IN_A_ROW, kills - done), tally);
     }
     EXPECT_EQ(0, tally.lost);
-    EXPECT_EQ(0, tally.disordered);
     if (m_isControl) {
       EXPECT_GT(tally.twice, 0) << "this soak does not see what it looks for";
     } else {
+      EXPECT_EQ(0, tally.disordered);
       EXPECT_EQ(0, tally.torn);
       EXPECT_EQ(0, tally.twice);
     }

@@ -46,11 +46,8 @@ std::uint64_t LOGRing::slotsFor(int events) {
   return slots;
 }
 
-void LOGRing::begin(std::unique_ptr<VRKMappedFile> file, std::uint64_t slots, const std::string& name) {
-  m_file = std::move(file);
-  m_data = m_file->data();
-  m_slots = m_available = slots;
-  Format::Header& header = *at<Format::Header>(0);
+void LOGRing::begin(VRKMappedFile& file, std::uint64_t slots, const std::string& name) {
+  auto& header = *reinterpret_cast<Format::Header*>(file.data());
   std::memcpy(header.magic, Format::MAGIC, sizeof header.magic);
   header.version = Format::VERSION;
   header.slotSize = Format::SLOT;
@@ -60,7 +57,13 @@ void LOGRing::begin(std::unique_ptr<VRKMappedFile> file, std::uint64_t slots, co
   header.created = now.seconds * 1000000000 + now.nanoseconds;
   keepText(header.program, VRKProcess::programName());
   keepText(header.name, name);
-  header.check = Format::sumOf(m_data, offsetof(Format::Header, check));
+  header.check = Format::sumOf(file.data(), offsetof(Format::Header, check));
+}
+
+void LOGRing::use(std::unique_ptr<VRKMappedFile> file) {
+  m_file = std::move(file);
+  m_data = m_file->data();
+  m_slots = m_available = header().slots;
 }
 
 LOGRing::Condition LOGRing::open(std::unique_ptr<VRKMappedFile> file, std::string& finding) {

@@ -32,8 +32,10 @@ class LOG4VRK_EXPORT_FOR_TESTS LOGRing : public LOGQueueProgress {
   static std::uint64_t slotsFor(int events);
   static std::size_t bytesFor(std::uint64_t slots) { return LOGRingFormat::outboxAt(slots) + LOGRingFormat::OUTBOX; }
 
-  /// A new ring in memory that is there already: zeros, as many bytes as bytesFor() says.
-  void begin(std::unique_ptr<VRKMappedFile> file, std::uint64_t slots, const std::string& name);
+  /// Writes a new ring into memory that is there already: zeros, as many bytes as bytesFor() says.
+  static void begin(VRKMappedFile& file, std::uint64_t slots, const std::string& name);
+  /// Uses the ring that this process has begun there.
+  void use(std::unique_ptr<VRKMappedFile> file);
 
   enum Condition {
     WHOLE,
@@ -45,7 +47,7 @@ class LOG4VRK_EXPORT_FOR_TESTS LOGRing : public LOGQueueProgress {
   Condition open(std::unique_ptr<VRKMappedFile> file, std::string& finding);
 
   VRKMappedFile& file() { return *m_file; }
-  /// Of the process that made it. Valid after begin() and open(), unless that said NEWER or USELESS.
+  /// Of the process that made it. Valid after use() and open(), unless that said NEWER or USELESS.
   const LOGRingFormat::Header& header() const { return *at<LOGRingFormat::Header>(0); }
   std::uint64_t slots() const { return m_slots; }
 

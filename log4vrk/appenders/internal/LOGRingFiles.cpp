@@ -84,9 +84,10 @@ std::vector<I18NString> LOGRingFiles::in(const I18NString& directory) {
   return ringsIn(directory, [](const std::string&) { return true; });
 }
 
-// It gets its name when it is complete: before, whoever recovers might find it without an owner.
+// It gets its name when it is complete: before, whoever recovers might find it half-way, and without an owner.
 std::unique_ptr<VRKMappedFile> LOGRingFiles::make(const I18NString& directory, const std::string& name,
-                                                  std::size_t bytes, std::string& why) {
+                                                  std::size_t bytes, const std::function<void(VRKMappedFile&)>& begin,
+                                                  std::string& why) {
   why = VRKMappedFile::objectionTo(directory);
   if (!why.empty()) return nullptr;
   const std::string numbers = std::to_string(VRKProcess::id()) + "-";
@@ -97,8 +98,11 @@ std::unique_ptr<VRKMappedFile> LOGRingFiles::make(const I18NString& directory, c
     auto file = std::make_unique<VRKMappedFile>();
     const VRKMappedFile::Result result = file->create(pathOf(directory, UNFINISHED + number), bytes);
     if (result == VRKMappedFile::OWNED_OR_GONE) continue;
-    if (result == VRKMappedFile::OPENED && file->rename(path)) return file;
-    if (result == VRKMappedFile::OPENED) file->remove();
+    if (result == VRKMappedFile::OPENED) {
+      begin(*file);
+      if (file->rename(path)) return file;
+      file->remove();
+    }
     why = "no room for " + std::to_string(bytes) + " bytes: " + std::strerror(file->getLastError());
     return nullptr;
   }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,9 +20,10 @@ struct LOG4VRK_EXPORT_FOR_TESTS LOGRingFiles {
   /// removed.
   static std::vector<I18NString> in(const I18NString& directory, const std::string& name);
   static std::vector<I18NString> in(const I18NString& directory);
-  /// A new file, owned by nobody else. Null when there is none; `why` then says so.
+  /// A new file, owned by nobody else, which appears under its name when `begin(file)` has filled it. Null when there
+  /// is none; `why` then says so.
   static std::unique_ptr<VRKMappedFile> make(const I18NString& directory, const std::string& name, std::size_t bytes,
-                                             std::string& why);
+                                             const std::function<void(VRKMappedFile&)>& begin, std::string& why);
   /// Gives the file a name that nobody looks for. Empty when that fails.
   static I18NString setAside(VRKMappedFile& file);
 };
