@@ -24,7 +24,8 @@ constexpr std::size_t PAGE = 4096;
 
 // The lock on a file is that of its descriptor, which a forked child inherits. A child that never logs would so keep
 // the file of its parent owned when the parent is dead. It closes what it finds here. Files beyond the table's size are
-// owned until the children have ended, too.
+// owned until the children have ended, too. The mappings stay: log calls of the child look into them before it has a
+// file of its own.
 constexpr int PLACES = 64;
 std::atomic<int> g_descriptors[PLACES];  // + 1; 0 is free
 
@@ -120,12 +121,18 @@ bool VRKMappedFile::makeAnonymous(std::size_t size) {
   return map();
 }
 
-// Addresses behind the end of the file are mapped, too: they become memory when the file grows.
+// Addresses behind the end of the file are mapped, too: they become memory when the file grows. The file is opened once
+// more for it: a child inherits the mapping, and that holds what was opened together with its lock.
 bool VRKMappedFile::map() {
   m_mapped = m_size + RESERVE;
-  const int flags = m_descriptor >= 0 ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
-  void* const memory = ::mmap(nullptr, m_mapped, PROT_READ | PROT_WRITE, flags, m_descriptor, 0);
-  if (memory == MAP_FAILED) return fails(FAILED) == OPENED;
+  const bool isFile = m_descriptor >= 0;
+  const int opened = isFile ? openDescriptor(m_path, O_RDWR) : -1;
+  if (isFile && opened < 0) return fails(FAILED) == OPENED;
+  const int flags = isFile ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+  void* const memory = ::mmap(nullptr, m_mapped, PROT_READ | PROT_WRITE, flags, opened, 0);
+  if (memory == MAP_FAILED) fails(FAILED);
+  if (isFile) ::close(opened);
+  if (memory == MAP_FAILED) return false;
   m_data = static_cast<char*>(memory);
 #ifdef MADV_POPULATE_WRITE
   if (m_size == 0 || ::madvise(m_data, m_size, MADV_POPULATE_WRITE) == 0) return true;
