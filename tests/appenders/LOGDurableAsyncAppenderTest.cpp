@@ -301,6 +301,29 @@ TEST_F(LOGDurableAsyncAppenderTest, LogsWithoutAFileWhereItCannotHaveOneAndSaysW
   }
 }
 
+TEST_F(LOGDurableAsyncAppenderTest, TheProgramForPeopleShowsAndDeliversWhatIsLeft) {
+  const auto run = [&](const std::string& arguments) {
+    const std::string program = LOG4VRK_BINARY_DIR "/tools/log4vrk-recover ";
+    return statusOf(startProgram({"sh", "-c", program + arguments + " >" + dir.file("said") + " 2>&1"}));
+  };
+  const std::string rings = dir.file("rings");
+  killAt(dir, VRKFault::QUEUE_ANNOUNCED, 1);
+  EXPECT_EQ(1, run(rings)) << "something is to be delivered";
+  const Texts parts = {"durable of appenders_test", "without owner", "log file: " + dir.file("log"), "pattern:  %m%n",
+                       "16 events, and 4 that the log file has"};
+  for (const std::string& part : parts) {
+    EXPECT_NE(std::string::npos, dir.read("said").find(part)) << dir.read("said");
+  }
+  EXPECT_EQ(0, run("--recover " + rings)) << dir.read("said");
+  expectEachOnceInOrder(linesWithBackups(dir.file("log")), 1, EVENTS);
+  EXPECT_EQ(0, run(rings)) << dir.read("said");
+  dir.write("rings/durable-1-0.ring", "foreign");
+  EXPECT_EQ(1, run("--recover " + rings));
+  EXPECT_EQ("foreign", dir.read("rings/durable-1-0.ring.damaged"));
+  EXPECT_EQ(2, run("--recover"));
+  EXPECT_EQ(2, run(dir.file("nowhere")));
+}
+
 TEST_F(LOGDurableAsyncAppenderTest, KeepsOrderThroughAFullRingAndDeliversEverythingWhenItCloses) {
   constexpr int THREADS = 4;
   constexpr long EACH = 5000;

@@ -21,7 +21,7 @@
 ///
 /// Thread safety: put(), close() and the progress for any thread; the rest for one getting thread at a time.
 /// Errors: what a file holds is checked before it is used, whoever wrote it.
-class LOG4VRK_EXPORT_FOR_TESTS LOGRing : public LOGQueueProgress {
+class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
  public:
   using Outcome = LOGBoundedFIFO::Outcome;
 

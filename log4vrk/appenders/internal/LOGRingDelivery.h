@@ -20,7 +20,7 @@ struct LOGThreadState;
 /// file. The others get those events again that had not been released when the process was killed.
 ///
 /// Thread safety: one thread at a time, which serves a queue (LOGDeferral::DispatcherThread).
-class LOG4VRK_EXPORT_FOR_TESTS LOGRingDelivery : private VRKFileJournal {
+class LOG4VRK_EXPORT LOGRingDelivery : private VRKFileJournal {
  public:
   explicit LOGRingDelivery(std::shared_ptr<LOGAppenderAttachableImpl> container);
 

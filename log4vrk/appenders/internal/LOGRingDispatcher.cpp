@@ -55,6 +55,7 @@ void LOGRingDispatcher::recover() {
   LOGRingRecovery recovery(m_reporter);
   std::vector<I18NString> paths;
   for (const I18NString& directory : m_directories) {
+    LOGRingFiles::removeUnfinished(directory);
     for (I18NString& path : LOGRingFiles::in(directory, m_name)) paths.push_back(std::move(path));
   }
   for (const std::unique_ptr<LOGRingRecovery::Left>& left : recovery.openAll(paths)) {

@@ -49,17 +49,11 @@ I18NString pathOf(const I18NString& directory, const std::string& file) {
   return directory + "/" + I18NString(std::string_view(file));
 }
 
-void removeUnfinished(const I18NString& path) {
-  VRKMappedFile file;
-  if (file.openFree(path) == VRKMappedFile::OPENED) file.remove();
-}
-
 template <typename Wanted>
 std::vector<I18NString> ringsIn(const I18NString& directory, Wanted wanted) {
   std::vector<I18NString> paths;
   for (const I18NString& each : VRKFmDir::list(directory)) {
     const std::string name = each.toUtf8();
-    if (name.compare(0, std::strlen(UNFINISHED), UNFINISHED) == 0) removeUnfinished(pathOf(directory, name));
     const std::string queue = queueOf(name);
     if (!queue.empty() && wanted(queue)) paths.push_back(pathOf(directory, name));
   }
@@ -82,6 +76,13 @@ std::vector<I18NString> LOGRingFiles::in(const I18NString& directory, const std:
 
 std::vector<I18NString> LOGRingFiles::in(const I18NString& directory) {
   return ringsIn(directory, [](const std::string&) { return true; });
+}
+
+void LOGRingFiles::removeUnfinished(const I18NString& directory) {
+  for (const I18NString& name : VRKFmDir::list(directory)) {
+    VRKMappedFile file;
+    if (name.startsWith(UNFINISHED) && file.openFree(directory + "/" + name) == VRKMappedFile::OPENED) file.remove();
+  }
 }
 
 // It gets its name when it is complete: before, whoever recovers might find it half-way, and without an owner.

@@ -35,6 +35,7 @@ std::unique_ptr<LOGRingRecovery::Left> LOGRingRecovery::open(const I18NString& p
   const VRKMappedFile::Result result = file->openFree(path);
   if (result == VRKMappedFile::FAILED) {
     LOGLogLog::error(lineOf(m_reporter, path, std::strerror(file->getLastError())));
+    ++m_unreadable;
   }
   if (result != VRKMappedFile::OPENED) return nullptr;
   auto left = std::make_unique<Left>();
@@ -44,6 +45,7 @@ std::unique_ptr<LOGRingRecovery::Left> LOGRingRecovery::open(const I18NString& p
   if (!finding.empty()) report(*left->ring, finding);
   if (left->condition == LOGRing::USELESS) setAside(left->ring->file());
   const bool readable = left->condition == LOGRing::WHOLE || left->condition == LOGRing::TRUNCATED;
+  if (!readable) ++m_unreadable;
   return readable ? std::move(left) : nullptr;
 }
 
@@ -98,10 +100,11 @@ bool LOGRingRecovery::deliver(Left& left, LOGRingDelivery& delivery) {
         "the events of process " + std::to_string(ring.header().owner) + " that had not been delivered have been"));
   }
   if (ring.damaged() > 0) report(ring, std::to_string(ring.damaged()) + " events are damaged");
-  if (ring.damaged() > 0 || left.condition != LOGRing::WHOLE) {
-    setAside(ring.file());
-  } else {
+  const bool isWhole = ring.damaged() == 0 && left.condition == LOGRing::WHOLE;
+  if (isWhole) {
     ring.file().remove();
+  } else {
+    setAside(ring.file());
   }
-  return true;
+  return isWhole;
 }

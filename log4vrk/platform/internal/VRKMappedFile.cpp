@@ -114,6 +114,26 @@ VRKMappedFile::Result VRKMappedFile::own(int descriptor) {
   return OPENED;
 }
 
+// The lock is tried for a moment only: whoever opens the file meanwhile would take it for owned.
+bool VRKMappedFile::copyOf(const I18NString& path, bool& isOwned) {
+  const int descriptor = openDescriptor(path, O_RDONLY);
+  struct stat status;
+  bool copied = false;
+  if (descriptor >= 0 && ::fstat(descriptor, &status) == 0) {
+    isOwned = ::flock(descriptor, LOCK_SH | LOCK_NB) != 0;
+    if (!isOwned) ::flock(descriptor, LOCK_UN);
+    copied = makeAnonymous(static_cast<std::size_t>(status.st_size));
+    for (std::size_t done = 0; copied && done < m_size;) {
+      const ssize_t got = ::pread(descriptor, m_data + done, m_size - done, static_cast<off_t>(done));
+      copied = got > 0;
+      if (copied) done += static_cast<std::size_t>(got);
+    }
+  }
+  if (!copied) fails(FAILED);
+  if (descriptor >= 0) ::close(descriptor);
+  return copied;
+}
+
 bool VRKMappedFile::makeAnonymous(std::size_t size) {
   letGo();
   m_path.clear();

@@ -16,7 +16,7 @@
 /// Thread safety: the memory is whoever's it is given to; the operations are for one thread at a time.
 /// Errors: returned; getLastError() tells why. Memory that somebody else takes away by truncating the file cannot be
 /// touched any more: the process gets SIGBUS.
-class LOG4VRK_EXPORT_FOR_TESTS VRKMappedFile {
+class LOG4VRK_EXPORT VRKMappedFile {
  public:
   enum Result { OPENED, OWNED_OR_GONE, FAILED };
   /// So many bytes a file may grow.
@@ -33,6 +33,8 @@ class LOG4VRK_EXPORT_FOR_TESTS VRKMappedFile {
   /// Opens a regular file that is there; symbolic links are not followed. OWNED_OR_GONE when somebody else has it, or
   /// there is none.
   Result openFree(const I18NString& path);
+  /// A copy in memory of a file that anybody may own, and whether somebody does. False when it cannot be read.
+  bool copyOf(const I18NString& path, bool& isOwned);
   /// Memory without a file.
   bool makeAnonymous(std::size_t size);
   /// Adds zeros at the end. The memory stays where it is.
