@@ -154,7 +154,7 @@ TEST_F(LOGDurableAsyncAppenderTest, KeepsAllThatCanBeReadOfADamagedFileAndSetsTh
       {"no outbox", "it is truncated to ", ".damaged", Format::outboxAt(64), -1, EVENTS},
       {"position", "its positions are damaged (head 72057594037927936, ", ".damaged", HEAD + 7, 1, 0},
       {"length", "what was about to be written is damaged (", ".damaged", LENGTH + 6, 1, EVENTS},
-      {"record", "1 events are damaged", ".damaged", Format::SLOTS_AT + 9 * Format::SLOT + 8 + 35, 1, EVENTS - 1},
+      {"record", "1 events are damaged", ".damaged", Format::SLOTS_AT + 9 * Format::SLOT + 8 + 27, 1, EVENTS - 1},
       {"mark", "", nullptr, Format::SLOTS_AT + 9 * Format::SLOT + 7, 1, EVENTS - 1},  // as a killed thread leaves it
   };
   for (const auto& each : cases) {
@@ -210,9 +210,8 @@ TEST_F(LOGDurableAsyncAppenderTest, DeliversToTheOthersAtLeastOnceAndToTheFileOn
   Program program(dir);
   program.queue.addAppender(&other);
   program.queue.activateOptions();
-  ASSERT_TRUE(eventually([&] { return other.texts.size() >= EVENTS; }));
   program.queue.close();
-  EXPECT_EQ("0 1 end", other.texts.at(0)) << "it had not been released to them";
+  EXPECT_EQ(static_cast<std::size_t>(EVENTS), other.texts.size()) << "they had not been released";
   expectEachOnceInOrder(linesWithBackups(dir.file("log")), 1, EVENTS);
 }
 
@@ -238,6 +237,9 @@ TEST_F(LOGDurableAsyncAppenderTest, TakesOnlyWhatIsItsOwnAndHasNoOwner) {
 }
 
 TEST_F(LOGDurableAsyncAppenderTest, AForkedChildHasARingOfItsOwnAndKeepsNoneOfItsParent) {
+#if defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the thread sanitizer is not made for forks of several threads; the other builds run this";
+#endif
   auto& idle = sharedWithChildren<std::atomic<pid_t>>();
   EXPECT_EQ(-SIGKILL, statusInChild([&] {
     Brake brake;
@@ -258,6 +260,7 @@ TEST_F(LOGDurableAsyncAppenderTest, AForkedChildHasARingOfItsOwnAndKeepsNoneOfIt
     ::raise(SIGKILL);
   }));
   const std::vector<std::string> lines = recovered(dir);
+  ASSERT_GT(idle, 0);
   EXPECT_EQ(0, ::kill(idle, SIGKILL)) << "it has inherited the ring";
   EXPECT_EQ("1 1 end", lines.at(0));
   expectEachOnceInOrder({lines.begin() + 1, lines.end()}, 1, EVENTS);
@@ -328,14 +331,23 @@ TEST_F(LOGDurableAsyncAppenderTest, KeepsOrderThroughAFullRingAndDeliversEveryth
   constexpr int THREADS = 4;
   constexpr long EACH = 5000;
   {
-    Program program(dir);
+    Program program(dir, "log", "%t %m%n");
     program.queue.setBufferSize(1);
     program.file.setMaximumFileSize(1000000);
     onThreads(THREADS, [&](int t) {
       for (long n = 1; n <= EACH; ++n) logNumber(program.logger, n % 5 == 0 ? Way::ORDINARY : Way::FAST, t, n);
     });
     program.queue.close();
-    expectEachOnceInOrder(linesWithBackups(dir.file("log")), THREADS, EACH);
+    std::map<std::string, std::string> threads;
+    std::vector<std::string> lines = linesWithBackups(dir.file("log"));
+    for (std::string& line : lines) {
+      const std::size_t blank = line.find(' ');
+      const std::string thread = line.substr(0, blank);
+      line.erase(0, blank + 1);
+      EXPECT_EQ(line[0], threads.emplace(thread, line).first->second[0]) << "not of that thread";
+    }
+    EXPECT_EQ(static_cast<std::size_t>(THREADS), threads.size());
+    expectEachOnceInOrder(lines, THREADS, EACH);
     EXPECT_TRUE(namesIn(dir.file("rings")).empty());
     program.logger->info("after the end");
     EXPECT_EQ(1, log.count("Attempted to append to closed appender named [durable]."));

@@ -177,49 +177,62 @@ class LOGRing::Writer {
   std::size_t m_left;
 };
 
-[[gnu::always_inline]] inline void LOGRing::write(const LOGRingRecord& record, std::uint8_t kind,
-                                                  std::uint64_t position, std::uint64_t count) {
-  Format::Slot& first = slot(position);
-  auto& head = *reinterpret_cast<Format::Record*>(first.bytes);
+// The way of most events: nothing is put together but the slot.
+bool LOGRing::putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Outcome& outcome) {
+  const std::string& threadName = thread.name.utf8();
+  const std::string_view loggerName = LOGRingRecord::loggerNameOf(event), message = LOGRingRecord::messageOf(event);
+  if (threadName.size() + loggerName.size() + message.size() > Format::FIRST_BYTES) return false;
+  const LOGGate::Pass inside(thread);  // a fork finds no slot claimed and not published
+  std::uint64_t position = 0;
+  outcome = claim(1, position);
+  if (outcome != LOGBoundedFIFO::QUEUED) return true;
+  char* to = slot(position).bytes;
+  auto& head = *reinterpret_cast<Format::Record*>(to);
+  head.seconds = event.getTimeStamp();
+  head.logger = reinterpret_cast<std::uintptr_t>(event.getLogger());
+  head.nanoseconds = event.getTimeStampNanos();
+  head.rank = event.getLevel()->toInt();
+  head.messageLength = static_cast<std::uint32_t>(message.size());
+  head.contextLength = head.restLength = 0;
+  head.loggerLength = static_cast<std::uint16_t>(loggerName.size());
+  head.threadLength = static_cast<std::uint8_t>(threadName.size());
+  head.kind = Format::EVENT;
+  to = I18NUtf8Buffer::copy(to + sizeof head, threadName);
+  to = I18NUtf8Buffer::copy(to, loggerName);
+  I18NUtf8Buffer::copy(to, message);
+  publish(position);
+  return true;
+}
+
+void LOGRing::write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position, std::uint64_t count) {
+  char* const bytes = slot(position).bytes;
+  auto& head = *reinterpret_cast<Format::Record*>(bytes);
   head.seconds = record.seconds;
-  head.level = reinterpret_cast<std::uintptr_t>(record.level);
   head.logger = reinterpret_cast<std::uintptr_t>(record.logger);
   head.nanoseconds = record.nanoseconds;
   head.rank = record.rank;
   head.messageLength = static_cast<std::uint32_t>(record.message.size());
   head.contextLength = static_cast<std::uint32_t>(record.context.size());
-  head.loggerLength = static_cast<std::uint32_t>(record.loggerName.size());
   head.restLength = static_cast<std::uint32_t>(record.rest.size());
-  head.threadLength = static_cast<std::uint16_t>(record.threadName.size());
+  head.loggerLength = static_cast<std::uint16_t>(record.loggerName.size());
+  head.threadLength = static_cast<std::uint8_t>(record.threadName.size());
   head.kind = kind;
-  char* const texts = first.bytes + sizeof head;
-  if (count == 1) {
-    char* to = I18NUtf8Buffer::copy(texts, record.threadName);
-    to = I18NUtf8Buffer::copy(to, record.loggerName);
-    to = I18NUtf8Buffer::copy(to, record.message);
-    to = I18NUtf8Buffer::copy(to, record.context);
-    I18NUtf8Buffer::copy(to, record.rest);
-  } else {
-    Writer writer(*this, position, texts);
-    for (const std::string_view text :
-         {record.threadName, record.loggerName, record.message, record.context, record.rest}) {
-      writer.put(text);
-    }
-    for (std::uint64_t each = position + 1; each < position + count; ++each) {
-      slot(each).mark.store((each + 1) | Format::FURTHER, std::memory_order_release);
-    }
+  Writer writer(*this, position, bytes + sizeof head);
+  for (const std::string_view text :
+       {record.threadName, record.loggerName, record.message, record.context, record.rest}) {
+    writer.put(text);
   }
-  first.mark.store(position + 1, std::memory_order_release);
+  for (std::uint64_t each = position + 1; each < position + count; ++each) {
+    slot(each).mark.store((each + 1) | Format::FURTHER, std::memory_order_release);
+  }
+  publish(position);
 }
 
 LOGRing::Outcome LOGRing::putAny(LOGLoggingEvent& event, LOGThreadState& thread, std::unique_ptr<LOGLoggingEvent>& copy,
                                  bool& lasts, std::uint64_t& end) {
   LOGRingRecord::Room room;
-  return putRecord(LOGRingRecord::ofAny(event, room), event, thread, copy, lasts, end);
-}
-
-LOGRing::Outcome LOGRing::putRecord(LOGRingRecord record, const LOGLoggingEvent& event, LOGThreadState& thread,
-                                    std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end) {
+  const bool isOrdinary = LOGRingRecord::isOrdinary(event, thread);
+  LOGRingRecord record = isOrdinary ? LOGRingRecord::ofOrdinary(event, thread) : LOGRingRecord::ofAny(event, room);
   std::uint64_t count = Format::slotsFor(record.textBytes());
   std::uint8_t kind = Format::EVENT;
   lasts = count <= m_slots / 2;
@@ -229,7 +242,7 @@ LOGRing::Outcome LOGRing::putRecord(LOGRingRecord record, const LOGLoggingEvent&
     record = LOGRingRecord();
     count = 1;
   }
-  const LOGGate::Pass inside(thread);  // a fork finds no slot claimed and not published
+  const LOGGate::Pass inside(thread);
   std::uint64_t position = 0;
   const Outcome outcome = claim(count, position);
   if (outcome != LOGBoundedFIFO::QUEUED) return outcome;
@@ -293,35 +306,29 @@ LOGLoggingEvent* LOGRing::get() {
     m_object.reset(reinterpret_cast<LOGLoggingEvent*>(static_cast<std::uintptr_t>(m_head.logger)));
     return m_object.get();
   }
-  const std::uint64_t bytes = textBytes(m_head);
-  std::string_view texts(slot(first).bytes + sizeof m_head, static_cast<std::size_t>(bytes));
-  if (bytes > Format::FIRST_BYTES) {
-    m_texts.assign(texts.data(), Format::FIRST_BYTES);
-    for (std::uint64_t each = first + 1; each < m_position; ++each) {
-      const auto left = static_cast<std::size_t>(bytes - m_texts.size());
-      m_texts.append(slot(each).bytes, std::min(left, Format::FURTHER_BYTES));
-    }
-    texts = m_texts;
-  }
-  const auto take = [&](std::size_t length) {
-    const std::string_view taken = texts.substr(0, length);
-    texts.remove_prefix(length);
-    return taken;
-  };
+  const char* texts = m_next == first + 1 ? slot(first).bytes + sizeof m_head : gather(first);
+  const auto take = [&](std::size_t length) { return std::string_view(std::exchange(texts, texts + length), length); };
   LOGRingRecord record;
   record.seconds = m_head.seconds;
   record.nanoseconds = m_head.nanoseconds;
   record.rank = m_head.rank;
-  if (!m_dead) {
-    record.level = reinterpret_cast<LOGLevel*>(static_cast<std::uintptr_t>(m_head.level));
-    record.logger = reinterpret_cast<LOGLogger*>(static_cast<std::uintptr_t>(m_head.logger));
-  }
+  if (!m_dead) record.logger = reinterpret_cast<LOGLogger*>(static_cast<std::uintptr_t>(m_head.logger));
   record.threadName = take(m_head.threadLength);
   record.loggerName = take(m_head.loggerLength);
   record.message = take(m_head.messageLength);
   record.context = take(m_head.contextLength);
-  record.rest = texts;
+  record.rest = take(m_head.restLength);
   return m_place.fill(record);
+}
+
+// The texts of a record of several slots, in a row.
+const char* LOGRing::gather(std::uint64_t first) {
+  const auto bytes = static_cast<std::size_t>(textBytes(m_head));
+  m_texts.assign(slot(first).bytes + sizeof m_head, Format::FIRST_BYTES);
+  for (std::uint64_t each = first + 1; each < m_next; ++each) {
+    m_texts.append(slot(each).bytes, std::min(bytes - m_texts.size(), Format::FURTHER_BYTES));
+  }
+  return m_texts.data();
 }
 
 void LOGRing::release() {

@@ -61,8 +61,9 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   /// made an object in `copy`, and goes with that: `lasts` is false then, and `end` is where its record ends.
   Outcome put(LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end) {
     LOGThreadState& thread = LOGThreadState::current();
-    if (!LOGRingRecord::isOrdinary(event, thread)) return putAny(event, thread, copy, lasts, end);
-    return putRecord(LOGRingRecord::ofOrdinary(event, thread), event, thread, copy, lasts, end);
+    Outcome outcome;
+    if (LOGRingRecord::isOrdinary(event, thread) && putShort(event, thread, outcome)) return outcome;
+    return putAny(event, thread, copy, lasts, end);
   }
   /// From now on nothing can be put, for good.
   void close();
@@ -110,13 +111,15 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   LOGRingFormat::Slot& slot(std::uint64_t position) const {
     return at<LOGRingFormat::Slot>(LOGRingFormat::SLOTS_AT)[position & (m_slots - 1)];
   }
-  Outcome putRecord(LOGRingRecord record, const LOGLoggingEvent& event, LOGThreadState& thread,
-                    std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end);
+  /// False when an ordinary event does not fit into one slot.
+  bool putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Outcome& outcome);
   [[gnu::cold]] Outcome putAny(LOGLoggingEvent& event, LOGThreadState& thread, std::unique_ptr<LOGLoggingEvent>& copy,
                                bool& lasts, std::uint64_t& end);
+  void publish(std::uint64_t position) { slot(position).mark.store(position + 1, std::memory_order_release); }
   Outcome claim(std::uint64_t count, std::uint64_t& position);
   void write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position, std::uint64_t count);
   std::uint64_t readAt(std::uint64_t position);
+  const char* gather(std::uint64_t first);
   bool isWhole(std::uint64_t position, const LOGRingFormat::Record& head, std::uint64_t count) const;
   bool hasSlot(std::uint64_t position) const { return (position & (m_slots - 1)) < m_available; }
   bool positionsHold(std::string& finding) const;

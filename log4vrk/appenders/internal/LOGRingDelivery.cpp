@@ -73,11 +73,13 @@ bool LOGRingDelivery::isReady() {
 }
 
 void LOGRingDelivery::find(LOGFileAppender& target) {
-  const std::string path = VRKProcess::absolutePath(m_file).toUtf8();
+  // A relative name leads elsewhere when the program does.
+  I18NString file = m_file.startsWith("/") ? m_file : VRKProcess::absolutePath(m_file);
   I18NString pattern = patternOf(target.getLayout());
-  if (path == m_path && pattern == m_layoutPattern) return;
-  m_path = path;
+  if (file == m_absolute && pattern == m_layoutPattern) return;
+  m_absolute = std::move(file);
   m_layoutPattern = std::move(pattern);
+  m_path = m_absolute.toUtf8();
   m_pattern = m_layoutPattern.toUtf8();
   m_described = nullptr;
 }

@@ -45,6 +45,7 @@ class LOG4VRK_EXPORT LOGRingDelivery : private VRKFileJournal {
 
   const std::shared_ptr<LOGAppenderAttachableImpl> m_container;
   I18NString m_file;               // as its appender calls it
+  I18NString m_absolute;           // the same as seen from everywhere
   I18NString m_layoutPattern;      // of that appender's layout, as far as that is known
   std::string m_path, m_pattern;   // both for the ring
   LOGRing* m_described = nullptr;  // knows them

@@ -81,13 +81,13 @@ struct LOGRingFormat {
   /// The beginning of the first slot's bytes. The texts follow: thread, logger, message, context, rest.
   struct Record {
     std::int64_t seconds;
-    std::uint64_t level, logger;  // pointers, for the process that has put the record
+    std::uint64_t logger;  // a pointer, for the process that has put the record
     std::int32_t nanoseconds;
     std::int32_t rank;
-    std::uint32_t messageLength, contextLength, loggerLength, restLength;
-    std::uint16_t threadLength;
+    std::uint32_t messageLength, contextLength, restLength;
+    std::uint16_t loggerLength;
+    std::uint8_t threadLength;
     std::uint8_t kind;
-    char unused[5];
   };
   static constexpr std::size_t FIRST_BYTES = sizeof(Slot::bytes) - sizeof(Record), FURTHER_BYTES = sizeof(Slot::bytes);
 
@@ -107,6 +107,6 @@ struct LOGRingFormat {
 };
 
 static_assert(sizeof(LOGRingFormat::Slot) == LOGRingFormat::SLOT);
-static_assert(sizeof(LOGRingFormat::Record) == 56);
+static_assert(sizeof(LOGRingFormat::Record) == 40);
 static_assert(sizeof(LOGRingFormat::Target) <= LOGRingFormat::PAGE);
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "marks and positions are shared without locks");

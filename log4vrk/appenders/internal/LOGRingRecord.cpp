@@ -23,42 +23,79 @@ void addToRest(std::string& rest, LOGRingFormat::Tag tag, const std::string& tex
   rest.append(1, tag).append(bytesOf(static_cast<std::int32_t>(text.size()))).append(text);
 }
 
+// For what is nearly always the same as in the event before.
+bool isSame(std::string_view a, const std::string& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
+}
+
+LOGLevel* levelOf(std::int32_t rank) {
+  switch (rank) {
+    case LOGLevel::DEBUG_RANK:
+      return LOGLevel::DEBUG_OBJ;
+    case LOGLevel::INFO_RANK:
+      return LOGLevel::INFO_OBJ;
+    case LOGLevel::WARN_RANK:
+      return LOGLevel::WARN_OBJ;
+    case LOGLevel::ERROR_RANK:
+      return LOGLevel::ERROR_OBJ;
+    case LOGLevel::FATAL_RANK:
+      return LOGLevel::FATAL_OBJ;
+    default:
+      return nullptr;
+  }
+}
+
 // Texts are well-formed unless the file is damaged.
 I18NString decoded(std::string_view utf8) { return I18NString(utf8); }
 
 }  // namespace
+
+LOGRingRecord LOGRingRecord::begin(const LOGLoggingEvent& event) {
+  LOGRingRecord record;
+  record.seconds = event.m_timeStamp;
+  record.nanoseconds = event.m_timeStampNanos;
+  record.rank = event.m_level != nullptr ? event.m_level->toInt() : 0;
+  record.loggerName = loggerNameOf(event).substr(0, UINT16_MAX);
+  return record;
+}
+
+LOGRingRecord LOGRingRecord::ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread) {
+  LOGRingRecord record = begin(event);
+  record.logger = event.m_logger;
+  record.threadName = thread.name.utf8();
+  record.message = event.m_text;
+  return record;
+}
 
 LOGRingRecord LOGRingRecord::ofAny(LOGLoggingEvent& event, Room& room) {
   LOGRingRecord record = begin(event);
   // Only the logger's own name leads back to it.
   if (event.m_logger != nullptr && event.m_ownLoggerName.get() == nullptr) record.logger = event.m_logger;
   record.message = event.renderUtf8(room.message);
-  record.threadName = room.threadName = event.getThreadName().toUtf8().substr(0, UINT16_MAX);
+  record.threadName = room.threadName = event.getThreadName().toUtf8().substr(0, UINT8_MAX);
   record.context = room.context = event.getNDC().toUtf8();
   if (!event.getThrowableStrRep().isEmpty()) {
     addToRest(room.rest, LOGRingFormat::THROWABLE, event.getThrowableStrRep().toUtf8());
   }
   // Nobody says how long another level stays.
-  if (event.m_level != nullptr && !isSingleton(event.m_level)) {
+  if (event.m_level != nullptr && !isUsual(event.m_level)) {
     addToRest(room.rest, LOGRingFormat::LEVEL,
               bytesOf(event.m_level->getSyslogEquivalent()) + event.m_level->toString().toUtf8());
-    record.level = nullptr;
   }
   record.rest = room.rest;
   return record;
 }
 
 LOGLoggingEvent* LOGRingRecord::Place::fill(const LOGRingRecord& record) {
-  if (record.threadName != m_threadUtf8) {
+  if (!isSame(record.threadName, m_threadUtf8)) {
     m_threadUtf8 = record.threadName;
     m_threadName = decoded(record.threadName);
   }
-  if (record.context != m_contextUtf8) {
+  if (!isSame(record.context, m_contextUtf8)) {
     m_contextUtf8 = record.context;
     m_context = decoded(record.context);
   }
-  LOGLevel* const level =
-      record.level != nullptr ? record.level : LOGLevel::toLevel(static_cast<long>(record.rank), nullptr);
+  LOGLevel* const level = levelOf(record.rank);
   if (record.logger != nullptr) {
     m_event.setPlain(record.seconds, record.nanoseconds, level, record.logger, record.message);
   } else {

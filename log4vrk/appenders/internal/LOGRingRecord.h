@@ -11,12 +11,11 @@
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
-/// What a record of a ring holds, in UTF-8. The pointers are good in the process that made it, and null elsewhere.
+/// What a record of a ring holds, in UTF-8. The logger is null but in the process that made the record.
 struct LOGRingRecord {
   std::int64_t seconds = 0;
   std::int32_t nanoseconds = 0;
   std::int32_t rank = 0;
-  LOGLevel* level = nullptr;
   LOGLogger* logger = nullptr;
   // As they stand one behind the other.
   std::string_view threadName, loggerName, message, context, rest;
@@ -30,19 +29,14 @@ struct LOGRingRecord {
     std::string threadName, context, rest;
     I18NUtf8Buffer message;
   };
-  // A record of an event, which borrows from event, thread and room. Whatever layouts may ask for is looked up here, on
-  // the thread that logs: when it has been killed, nobody can be asked.
-  /// Whether the event is a text and nothing else, of one of the usual levels and a thread without a context.
+  /// Whether the event is a text and nothing else, of one of the usual levels and a thread without a context. Then
+  /// what it needs is looked up without a copy.
   static bool isOrdinary(const LOGLoggingEvent& event, const LOGThreadState& thread) {
-    return event.isPlain() && thread.context.stack == nullptr && isSingleton(event.m_level);
+    return event.isPlain() && thread.context.stack == nullptr && isUsual(event.m_level);
   }
-  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread) {
-    LOGRingRecord record = begin(event);
-    record.logger = event.m_logger;
-    record.threadName = thread.name.utf8();
-    record.message = event.m_text;
-    return record;
-  }
+  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread);
+  /// A record of any event, which borrows from event and room. Whatever layouts may ask for is looked up here, on the
+  /// thread that logs: when it has been killed, nobody can be asked.
   static LOGRingRecord ofAny(LOGLoggingEvent& event, Room& room);
 
   /// An event that is filled again and again, and what it borrows.
@@ -63,18 +57,15 @@ struct LOGRingRecord {
   };
 
  private:
+  friend class LOGRing;
+
   /// Of the levels that a rank alone brings back.
-  static bool isSingleton(const LOGLevel* level) {
+  static bool isUsual(const LOGLevel* level) {
     return level == LOGLevel::INFO_OBJ || level == LOGLevel::DEBUG_OBJ || level == LOGLevel::WARN_OBJ ||
            level == LOGLevel::ERROR_OBJ || level == LOGLevel::FATAL_OBJ;
   }
-  static LOGRingRecord begin(const LOGLoggingEvent& event) {
-    LOGRingRecord record;
-    record.seconds = event.m_timeStamp;
-    record.nanoseconds = event.m_timeStampNanos;
-    record.level = event.m_level;
-    record.rank = event.m_level != nullptr ? event.m_level->toInt() : 0;
-    record.loggerName = event.m_loggerName->utf8;
-    return record;
-  }
+  static LOGRingRecord begin(const LOGLoggingEvent& event);
+  // Of an ordinary event.
+  static std::string_view messageOf(const LOGLoggingEvent& event) { return event.m_text; }
+  static std::string_view loggerNameOf(const LOGLoggingEvent& event) { return event.m_loggerName->utf8; }
 };
