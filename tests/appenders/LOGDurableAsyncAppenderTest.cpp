@@ -266,6 +266,29 @@ TEST_F(LOGDurableAsyncAppenderTest, AForkedChildHasARingOfItsOwnAndKeepsNoneOfIt
   expectEachOnceInOrder({lines.begin() + 1, lines.end()}, 1, EVENTS);
 }
 
+TEST_F(LOGDurableAsyncAppenderTest, IsWhatADocumentSaysAndLosesNothingWhenThatIsReadAgain) {
+  const std::string document =
+      replaced("<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='@/log'/>" +
+                   layoutOf(Way::FAST) +
+                   "</appender><appender name='queue' class='DurableAsyncAppender'><param name='Name' value='A b/c'/>"
+                   "<param name='BufferSize' value='100'/><param name='Directory' value='@/rings'/>"
+                   "<appender-ref ref='file'/></appender><root><level value='INFO'/><appender-ref ref='queue'/></root>"
+                   "</log4j:configuration>",
+               "@", dir.path());
+  const std::string path = dir.write("log.xml", document);
+  LOGLogger* const logger = LOGManager::getLogger("a");
+  for (long reading = 0; reading < 10; ++reading) {
+    ASSERT_EQ(1, LOG4VRKConfigurator::initialize(path.c_str()));
+    for (long n = 1; n <= 100; ++n) logNumber(logger, Way::FAST, 0, 100 * reading + n);
+    const std::string ring = ringIn(dir);
+    EXPECT_EQ(0U, ring.find("rings/A%20b%2fc-" + std::to_string(::getpid()) + "-"));
+    EXPECT_EQ(LOGRing::bytesFor(128), dir.read(ring).size());
+  }
+  LOG4VRKConfigurator::shutdown();
+  expectEachOnceInOrder(linesOf(dir.file("log")), 1, 1000);
+  EXPECT_TRUE(namesIn(dir.file("rings")).empty());
+}
+
 TEST_F(LOGDurableAsyncAppenderTest, LogsWithoutAFileWhereItCannotHaveOneAndSaysWhy) {
   std::filesystem::create_directory(dir.file("real"));
   std::filesystem::create_symlink(dir.file("real"), dir.file("link"));

@@ -12,7 +12,7 @@ namespace {
 
 using Format = LOGRingFormat;
 
-constexpr std::int64_t LAST_SECOND = 253402300799;  // of the year 9999
+constexpr std::int64_t FIRST_SECOND = -62135596800, LAST_SECOND = 253402300799;  // of the years 1 and 9999
 
 std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast<std::int64_t>(to - from); }
 
@@ -178,7 +178,8 @@ class LOGRing::Writer {
 };
 
 // The way of most events: nothing is put together but the slot.
-bool LOGRing::putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Outcome& outcome) {
+[[gnu::always_inline]] inline bool LOGRing::putShort(const LOGLoggingEvent& event, LOGThreadState& thread,
+                                                     Outcome& outcome) {
   const std::string& threadName = thread.name.utf8();
   const std::string_view loggerName = LOGRingRecord::loggerNameOf(event), message = LOGRingRecord::messageOf(event);
   if (threadName.size() + loggerName.size() + message.size() > Format::FIRST_BYTES) return false;
@@ -202,6 +203,14 @@ bool LOGRing::putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Out
   I18NUtf8Buffer::copy(to, message);
   publish(position);
   return true;
+}
+
+LOGRing::Outcome LOGRing::put(LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts,
+                              std::uint64_t& end) {
+  LOGThreadState& thread = LOGThreadState::current();
+  Outcome outcome;
+  if (LOGRingRecord::isOrdinary(event, thread) && putShort(event, thread, outcome)) return outcome;
+  return putAny(event, thread, copy, lasts, end);
 }
 
 void LOGRing::write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position, std::uint64_t count) {
@@ -271,7 +280,8 @@ std::uint64_t LOGRing::readAt(std::uint64_t position) {
 bool LOGRing::isWhole(std::uint64_t position, const Format::Record& head, std::uint64_t count) const {
   if (head.kind != Format::EVENT && head.kind != Format::OBJECT) return false;
   if (count > m_slots / 2 || position + count > putSoFar()) return false;
-  if (head.nanoseconds < 0 || head.nanoseconds > 999999999 || head.seconds < 0 || head.seconds > LAST_SECOND) {
+  if (head.nanoseconds < 0 || head.nanoseconds > 999999999 || head.seconds < FIRST_SECOND ||
+      head.seconds > LAST_SECOND) {
     return head.kind == Format::OBJECT;
   }
   for (std::uint64_t each = position + 1; each < position + count; ++each) {

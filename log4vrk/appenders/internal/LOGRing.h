@@ -11,7 +11,6 @@
 #include "log4vrk/appenders/internal/LOGQueueProgress.h"
 #include "log4vrk/appenders/internal/LOGRingFormat.h"
 #include "log4vrk/appenders/internal/LOGRingRecord.h"
-#include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKFileJournal.h"
 #include "log4vrk/platform/internal/VRKMappedFile.h"
@@ -59,12 +58,7 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   /// Puts the event's record into the ring. It does not lock, allocate or ask the system for an event that is a text
   /// alone, of a thread without a context. A refusal is not reported. An event that takes more than half of the ring is
   /// made an object in `copy`, and goes with that: `lasts` is false then, and `end` is where its record ends.
-  Outcome put(LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end) {
-    LOGThreadState& thread = LOGThreadState::current();
-    Outcome outcome;
-    if (LOGRingRecord::isOrdinary(event, thread) && putShort(event, thread, outcome)) return outcome;
-    return putAny(event, thread, copy, lasts, end);
-  }
+  Outcome put(LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end);
   /// From now on nothing can be put, for good.
   void close();
   std::uint64_t putSoFar() const override { return control().tail.load() & ~LOGRingFormat::SEALED; }

@@ -65,7 +65,9 @@ std::vector<I18NString> ringsIn(const I18NString& directory, Wanted wanted) {
 std::vector<I18NString> LOGRingFiles::defaultDirectories() {
   std::vector<I18NString> all;
   const std::string runtime = VRKProcess::environment("XDG_RUNTIME_DIR");
-  if (!runtime.empty() && runtime[0] == '/') all.emplace_back(std::string_view(runtime + "/log4vrk"));
+  const bool exists = !runtime.empty() && runtime[0] == '/' &&
+                      VRKFmDir::exists(I18NString(std::string_view(runtime)), VRKFmDir::DIRECTORY);
+  if (exists) all.emplace_back(std::string_view(runtime + "/log4vrk"));
   all.emplace_back(std::string_view("/dev/shm/log4vrk-" + std::to_string(VRKProcess::userId())));
   return all;
 }

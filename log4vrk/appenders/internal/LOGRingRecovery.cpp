@@ -91,8 +91,9 @@ bool LOGRingRecovery::completeLines(Left& left) {
 bool LOGRingRecovery::deliver(Left& left, LOGRingDelivery& delivery) {
   LOGRing& ring = *left.ring;
   const std::uint64_t first = ring.position();
-  while (delivery.deliverSome(ring)) {
+  while (delivery.isReady() && delivery.deliverSome(ring)) {
   }
+  if (ring.hasNext()) return false;  // the appenders have been removed meanwhile
   ring.release();
   if (ring.position() > first) {
     LOGLogLog::warn(lineOf(
