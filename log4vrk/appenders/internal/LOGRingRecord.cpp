@@ -127,23 +127,23 @@ void LOGRingRecord::Place::fillEvent(const LOGRingRecord& record, LOGLevel* leve
   m_event.m_text = m_event.m_ownText.view();
 }
 
-void LOGRingRecord::Place::fillRest(std::string_view rest, std::int32_t rank) {
+void LOGRingRecord::Place::fillRest(std::string_view left, std::int32_t rankOfLevel) {
   std::string_view level;
-  while (rest.size() > sizeof(std::int32_t)) {
-    const char tag = rest[0];
-    const std::int32_t length = numberAt(rest.data() + 1);
-    rest.remove_prefix(1 + sizeof length);
-    const std::string_view text = rest.substr(0, static_cast<std::uint32_t>(length));
+  while (left.size() > sizeof(std::int32_t)) {
+    const char tag = left[0];
+    const std::int32_t length = numberAt(left.data() + 1);
+    left.remove_prefix(1 + sizeof length);
+    const std::string_view text = left.substr(0, static_cast<std::uint32_t>(length));
     if (tag == LOGRingFormat::THROWABLE) m_event.setThrowableStrRep(decoded(text));
     if (tag == LOGRingFormat::LEVEL) level = text;
-    rest.remove_prefix(text.size());
+    left.remove_prefix(text.size());
   }
   if (level.size() >= sizeof(std::int32_t)) {
     const std::string name = decoded(level.substr(sizeof(std::int32_t))).toUtf8();
-    m_level = LOGLevel(rank, name.c_str(), numberAt(level.data()));
+    m_level = LOGLevel(rankOfLevel, name.c_str(), numberAt(level.data()));
     m_event.m_level = &m_level;
   } else if (m_event.m_level == nullptr) {
-    m_level = LOGLevel(rank, "?", 0);
+    m_level = LOGLevel(rankOfLevel, "?", 0);
     m_event.m_level = &m_level;
   }
 }

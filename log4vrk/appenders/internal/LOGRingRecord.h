@@ -47,7 +47,7 @@ struct LOGRingRecord {
 
    private:
     void fillEvent(const LOGRingRecord& record, LOGLevel* level);
-    void fillRest(std::string_view rest, std::int32_t rank);
+    void fillRest(std::string_view left, std::int32_t rankOfLevel);
 
     LOGLoggingEvent m_event;
     std::string m_threadUtf8, m_contextUtf8;
