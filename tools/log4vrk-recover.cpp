@@ -52,12 +52,20 @@ std::string timeOf(std::int64_t nanoseconds) {
   return text;
 }
 
-std::string orUnknown(const std::string& text) { return text.empty() ? "not known" : text; }
+// What a file says may be anything, and goes to a terminal.
+std::string shown(std::string text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
+  }
+  return text;
+}
+
+std::string orUnknown(const std::string& text) { return text.empty() ? "not known" : shown(text); }
 
 // Texts of a header end with a zero, unless they fill their place.
 template <std::size_t size>
 std::string textOf(const char (&text)[size]) {
-  return {text, ::strnlen(text, size)};
+  return shown({text, ::strnlen(text, size)});
 }
 
 // True when there is nothing to recover: the queue is in use, or empty.

@@ -106,17 +106,18 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
     return at<LOGRingFormat::Slot>(LOGRingFormat::SLOTS_AT)[position & (m_slots - 1)];
   }
   /// False when an ordinary event does not fit into one slot.
-  bool putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Outcome& outcome);
-  [[gnu::cold]] Outcome putAny(LOGLoggingEvent& event, LOGThreadState& thread, std::unique_ptr<LOGLoggingEvent>& copy,
-                               bool& lasts, std::uint64_t& end);
+  LOG4VRK_HIDDEN bool putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Outcome& outcome);
+  [[gnu::cold]] LOG4VRK_HIDDEN Outcome putAny(LOGLoggingEvent& event, LOGThreadState& thread,
+                                              std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end);
   void publish(std::uint64_t position) { slot(position).mark.store(position + 1, std::memory_order_release); }
-  Outcome claim(std::uint64_t count, std::uint64_t& position);
-  void write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position, std::uint64_t count);
-  std::uint64_t readAt(std::uint64_t position);
-  const char* gather(std::uint64_t first);
-  bool isWhole(std::uint64_t position, const LOGRingFormat::Record& head, std::uint64_t count) const;
+  LOG4VRK_HIDDEN Outcome claim(std::uint64_t count, std::uint64_t& position);
+  LOG4VRK_HIDDEN void write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position,
+                            std::uint64_t count);
+  LOG4VRK_HIDDEN std::uint64_t readAt(std::uint64_t position);
+  LOG4VRK_HIDDEN const char* gather(std::uint64_t first);
+  LOG4VRK_HIDDEN bool isWhole(std::uint64_t position, const LOGRingFormat::Record& head, std::uint64_t count) const;
   bool hasSlot(std::uint64_t position) const { return (position & (m_slots - 1)) < m_available; }
-  bool positionsHold(std::string& finding) const;
+  LOG4VRK_HIDDEN bool positionsHold(std::string& finding) const;
 
   std::unique_ptr<VRKMappedFile> m_file;
   char* m_data = nullptr;

@@ -34,11 +34,11 @@ class LOG4VRK_EXPORT LOGRingDelivery : private VRKFileJournal {
   void describe(LOGRing& ring);
 
  private:
-  class Batch;
+  class LOG4VRK_HIDDEN Batch;
 
-  void find(LOGFileAppender& target);
-  void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, const LOGAppenderSkeleton* except,
-               LOGThreadState& thread);
+  LOG4VRK_HIDDEN void find(LOGFileAppender& target);
+  LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event, const LOGAppenderList& list, const LOGAppenderSkeleton* except,
+                              LOGThreadState& thread);
   void collected() override;
   void writes(const Place& place, std::string_view lines) override;
   void wrote() override;

@@ -15,16 +15,18 @@
 /// Thread safety: without state; any thread.
 struct LOG4VRK_EXPORT LOGRingFiles {
   /// Where files go when nobody says it, the best place first: the user's run-time directory, then the system's memory.
-  static std::vector<I18NString> defaultDirectories();
+  LOG4VRK_HIDDEN static std::vector<I18NString> defaultDirectories();
   /// The paths of the files of queues of that name, or of all queues, in no order.
-  static std::vector<I18NString> in(const I18NString& directory, const std::string& name);
+  LOG4VRK_HIDDEN static std::vector<I18NString> in(const I18NString& directory, const std::string& name);
   static std::vector<I18NString> in(const I18NString& directory);
   /// Removes what starts that were killed have left.
   static void removeUnfinished(const I18NString& directory);
   /// A new file, owned by nobody else, which appears under its name when `begin(file)` has filled it. Null when there
   /// is none; `why` then says so.
-  static std::unique_ptr<VRKMappedFile> make(const I18NString& directory, const std::string& name, std::size_t bytes,
-                                             const std::function<void(VRKMappedFile&)>& begin, std::string& why);
+  LOG4VRK_HIDDEN static std::unique_ptr<VRKMappedFile> make(const I18NString& directory, const std::string& name,
+                                                            std::size_t bytes,
+                                                            const std::function<void(VRKMappedFile&)>& begin,
+                                                            std::string& why);
   /// Gives the file a name that nobody looks for. Empty when that fails.
-  static I18NString setAside(VRKMappedFile& file);
+  LOG4VRK_HIDDEN static I18NString setAside(VRKMappedFile& file);
 };

@@ -38,8 +38,8 @@ class LOG4VRK_EXPORT LOGRingRecovery {
   bool deliver(Left& left, LOGRingDelivery& delivery);
 
  private:
-  void report(const LOGRing& ring, const std::string& text) const;
-  void setAside(VRKMappedFile& file) const;
+  LOG4VRK_HIDDEN void report(const LOGRing& ring, const std::string& text) const;
+  LOG4VRK_HIDDEN void setAside(VRKMappedFile& file) const;
 
   const std::string m_reporter;
   int m_unreadable = 0;

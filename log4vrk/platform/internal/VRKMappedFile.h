@@ -56,11 +56,11 @@ class LOG4VRK_EXPORT VRKMappedFile {
   static std::string objectionTo(const I18NString& directory);
 
  private:
-  Result own(int descriptor);
-  bool map();
-  bool reserve(std::size_t from, std::size_t to);
-  void letGo();
-  Result fails(Result result);
+  LOG4VRK_HIDDEN Result own(int descriptor);
+  LOG4VRK_HIDDEN bool map();
+  LOG4VRK_HIDDEN bool reserve(std::size_t from, std::size_t to);
+  LOG4VRK_HIDDEN void letGo();
+  LOG4VRK_HIDDEN Result fails(Result result);
 
   int m_place = -1;  // of the descriptor, in a table that forked children find
   int m_descriptor = -1;
