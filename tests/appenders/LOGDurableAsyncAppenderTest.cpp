@@ -252,16 +252,19 @@ TEST_F(LOGDurableAsyncAppenderTest, AForkedChildHasARingOfItsOwnAndKeepsNoneOfIt
                 EXPECT_EQ(2U, namesIn(dir.file("rings")).size());
                 program.queue.close();
               }));
-    idle = startChild([] {
+    startChild([&] {
       ::prctl(PR_SET_PDEATHSIG, 0);
+      idle = ::getpid();
       eventually([] { return false; }, 60);
     });
+    eventually([&] { return idle != 0; });
     program.logAll();
     ::raise(SIGKILL);
   }));
   const std::vector<std::string> lines = recovered(dir);
   ASSERT_GT(idle, 0);
   EXPECT_EQ(0, ::kill(idle, SIGKILL)) << "it has inherited the ring";
+  EXPECT_TRUE(namesIn(dir.file("rings")).empty()) << log.text();
   EXPECT_EQ("1 1 end", lines.at(0));
   expectEachOnceInOrder({lines.begin() + 1, lines.end()}, 1, EVENTS);
 }
@@ -377,7 +380,12 @@ TEST_F(LOGDurableAsyncAppenderTest, KeepsOrderThroughAFullRingAndDeliversEveryth
   }
   // What is too long for the ring is in the file when the call returns.
   const std::string text(100000, 'x');
-  Program program(dir, "long");
+  Program program(dir, "long", "%t %x %m%n");
+  LOGNDC::push("context");
   LOG4VRK_INFO(program.logger, text);
-  EXPECT_EQ(text, linesWithBackups(dir.file("long")).at(0));
+  EXPECT_EQ(std::to_string(VRKThread::currentThreadId()) + " context " + text,
+            linesWithBackups(dir.file("long")).at(0));
+  LOGNDC::remove();
+  LOG4VRK_INFO(program.logger, text);
+  EXPECT_EQ(std::to_string(VRKThread::currentThreadId()) + "  " + text, linesWithBackups(dir.file("long")).at(1));
 }

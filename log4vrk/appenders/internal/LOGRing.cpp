@@ -246,6 +246,8 @@ LOGRing::Outcome LOGRing::putAny(LOGLoggingEvent& event, LOGThreadState& thread,
   std::uint8_t kind = Format::EVENT;
   lasts = count <= m_slots / 2;
   if (!lasts) {
+    event.getThreadName();  // of this thread, before the dispatcher asks
+    event.getNDC();
     if (!copy) copy = std::make_unique<LOGLoggingEvent>(event);
     kind = Format::OBJECT;
     record = LOGRingRecord();

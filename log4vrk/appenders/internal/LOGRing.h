@@ -128,7 +128,7 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
 
   // The getting side's.
   std::uint64_t m_position = 0;
-  std::uint64_t m_next = 0;  // the position after the record that get() will return; 0 when that is not known
+  std::uint64_t m_next = 0;  // the position after the record that get() will return
   std::uint64_t m_damaged = 0;
   LOGRingFormat::Record m_head{};
   std::string m_texts;

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "log4vrk/platform/VRKFmDir.h"
+#include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 
 namespace {
@@ -64,13 +65,14 @@ std::string textOf(int error) {
 VRKMappedFile::~VRKMappedFile() { letGo(); }
 
 // Closing is all: LOCK_UN would also take the lock from other processes that have the descriptor. In a child it has
-// been closed, and its number may be another file's by now.
+// been closed, and its number and place may be another file's by now.
 void VRKMappedFile::letGo() {
   if (m_data != nullptr) ::munmap(m_data, m_mapped);
   m_data = nullptr;
   if (m_descriptor < 0) return;
-  int mine = m_descriptor + 1;
-  if (m_place < 0 || g_descriptors[m_place].compare_exchange_strong(mine, 0)) ::close(m_descriptor);
+  const bool isInTable = m_place >= 0, isOfTheParent = m_forks != VRKThread::forks();
+  if (isInTable && !isOfTheParent) g_descriptors[m_place] = 0;
+  if (!isInTable || !isOfTheParent) ::close(m_descriptor);
   m_descriptor = m_place = -1;
 }
 
@@ -102,6 +104,7 @@ VRKMappedFile::Result VRKMappedFile::own(int descriptor) {
   letGo();
   m_descriptor = descriptor;
   m_place = keepFromChildren(descriptor);
+  m_forks = VRKThread::forks();
   if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) return fails(errno == EWOULDBLOCK ? OWNED_OR_GONE : FAILED);
   struct stat status;
   if (::fstat(descriptor, &status) != 0) return fails(FAILED);

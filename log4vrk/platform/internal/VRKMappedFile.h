@@ -64,6 +64,7 @@ class LOG4VRK_EXPORT VRKMappedFile {
 
   int m_place = -1;  // of the descriptor, in a table that forked children find
   int m_descriptor = -1;
+  unsigned m_forks = 0;  // of the process that opened it
   int m_lastError = 0;
   char* m_data = nullptr;
   std::size_t m_size = 0;
