@@ -54,6 +54,7 @@ void LOGDurableAsyncAppender::start() {
       m_ringDispatcher = std::make_unique<LOGRingDispatcher>(m_ring, m_aai, name().toUtf8(), places);
       m_forks = VRKThread::forks();
     }
+    if (const LOGAppenderLists::Snapshot list = attached()) LOGRingDelivery::describe(*m_ring, *list);
     LOGServedQueues::add(m_ring);
   });
   // In this order: a dispatcher that runs is one that close() ends.

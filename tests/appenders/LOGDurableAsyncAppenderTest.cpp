@@ -346,6 +346,13 @@ TEST_F(LOGDurableAsyncAppenderTest, TheProgramForPeopleShowsAndDeliversWhatIsLef
   EXPECT_EQ(0, run("--recover " + rings)) << dir.read("said");
   expectEachOnceInOrder(linesWithBackups(dir.file("log")), 1, EVENTS);
   EXPECT_EQ(0, run(rings)) << dir.read("said");
+  EXPECT_EQ(-SIGKILL, statusInChild([&] {  // before its dispatcher has done anything
+    Program program(dir, "early");
+    program.queue.activateOptions();
+    ::raise(SIGKILL);
+  }));
+  EXPECT_EQ(0, run(rings));
+  EXPECT_NE(std::string::npos, dir.read("said").find("log file: " + dir.file("early"))) << dir.read("said");
   dir.write("rings/durable-1-0.ring", "foreign");
   EXPECT_EQ(1, run("--recover " + rings));
   EXPECT_EQ("foreign", dir.read("rings/durable-1-0.ring.damaged"));

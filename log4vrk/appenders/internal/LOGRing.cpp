@@ -111,6 +111,7 @@ bool LOGRing::positionsHold(std::string& finding) const {
 }
 
 void LOGRing::setTarget(std::string_view path, std::string_view pattern) {
+  if (path == targetPath() && pattern == targetPattern()) return;
   Format::Target& target = this->target();
   target.valid = 0;
   replaceText(target.path, target.pathLength, path);

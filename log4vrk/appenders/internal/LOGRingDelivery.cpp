@@ -20,6 +20,16 @@ I18NString patternOf(LOGLayout* layout) {
   return internals != nullptr && internals->pattern != nullptr ? internals->pattern(*layout) : I18NString();
 }
 
+// A relative name leads elsewhere when the program does.
+I18NString absolute(const I18NString& file) { return file.startsWith("/") ? file : VRKProcess::absolutePath(file); }
+
+LOGFileAppender* fileAppenderIn(const LOGAppenderList& list) {
+  for (const LOGAppenderList::Attached& each : list.attached) {
+    if (auto* const appender = dynamic_cast<LOGFileAppender*>(each.appender)) return appender;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 // The appenders of the container, in use and holding back, with the journal kept where it can be.
@@ -46,13 +56,9 @@ class LOGRingDelivery::Batch {
 
  private:
   static LOGFileAppender* targetOf(const LOGAppenderList& list) {
-    for (const LOGAppenderList::Attached& each : list.attached) {
-      auto* const target = dynamic_cast<LOGFileAppender*>(each.appender);
-      if (target == nullptr) continue;
-      target->activateOptions();  // opens the file
-      return target;
-    }
-    return nullptr;
+    LOGFileAppender* const target = fileAppenderIn(list);
+    if (target != nullptr) target->activateOptions();  // opens the file
+    return target;
   }
 
   LOGThreadState& m_thread;
@@ -73,8 +79,7 @@ bool LOGRingDelivery::isReady() {
 }
 
 void LOGRingDelivery::find(LOGFileAppender& target) {
-  // A relative name leads elsewhere when the program does.
-  I18NString file = m_file.startsWith("/") ? m_file : VRKProcess::absolutePath(m_file);
+  I18NString file = absolute(m_file);
   I18NString pattern = patternOf(target.getLayout());
   if (file == m_absolute && pattern == m_layoutPattern) return;
   m_absolute = std::move(file);
@@ -82,6 +87,12 @@ void LOGRingDelivery::find(LOGFileAppender& target) {
   m_path = m_absolute.toUtf8();
   m_pattern = m_layoutPattern.toUtf8();
   m_described = nullptr;
+}
+
+void LOGRingDelivery::describe(LOGRing& ring, const LOGAppenderList& list) {
+  LOGFileAppender* const target = fileAppenderIn(list);
+  if (target == nullptr) return;
+  ring.setTarget(absolute(target->getFile()).toUtf8(), patternOf(target->getLayout()).toUtf8());
 }
 
 void LOGRingDelivery::describe(LOGRing& ring) {

@@ -32,6 +32,8 @@ class LOG4VRK_EXPORT LOGRingDelivery : private VRKFileJournal {
   bool deliverSome(LOGRing& ring);
   /// Writes into the ring where its events go.
   void describe(LOGRing& ring);
+  /// The same before there is a delivery. The caller keeps the appenders.
+  LOG4VRK_HIDDEN static void describe(LOGRing& ring, const LOGAppenderList& list);
 
  private:
   class LOG4VRK_HIDDEN Batch;
