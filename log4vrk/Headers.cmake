@@ -108,6 +108,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGCountingQuietWriter.h
   appenders/LOGDenyAllFilter.h
   appenders/LOGDispatcher.h
+  appenders/LOGDurableAsyncAppender.h
   appenders/LOGFileAppender.h
   appenders/LOGLevelMatchFilter.h
   appenders/LOGLevelRangeFilter.h
@@ -117,6 +118,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGStringMatchFilter.h
   appenders/LOGWriter.h
   appenders/LOGWriterAppender.h
+  appenders/internal/LOGQueueProgress.h
 
   # net
   net/LOGLocalUDPAppender.h

@@ -2,6 +2,7 @@
 
 #include "soak/Soak.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -51,7 +52,9 @@ int main(int argc, char** argv) {
   int noArguments = 1;
   testing::InitGoogleTest(&noArguments, argv);
   if (at + 1 != argc || !(g_scale > 0)) return usage();
-  GTEST_FLAG_SET(filter, std::string("Soak.") + argv[at]);
+  std::string name = argv[at];
+  std::replace(name.begin(), name.end(), '-', '?');  // in a filter a dash begins what is left out
+  GTEST_FLAG_SET(filter, "Soak." + name);
   testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
   delete listeners.Release(listeners.default_result_printer());
   listeners.Append(new FailurePrinter);

@@ -1,21 +1,16 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 
-#include <algorithm>
-#include <chrono>
 #include <typeinfo>
-#include <vector>
 
 #include "log4vrk/appenders/LOGDispatcher.h"
+#include "log4vrk/appenders/internal/LOGQueueThread.h"
+#include "log4vrk/appenders/internal/LOGServedQueues.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
-#include "log4vrk/core/internal/LOGExitSteps.h"
-#include "log4vrk/core/internal/LOGThreadState.h"
-#include "log4vrk/core/internal/LOGTimeLimit.h"
-#include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
@@ -25,99 +20,11 @@ const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NStrin
 
 namespace {
 
-// When a queue has not been delivered by then, its sink hangs.
-constexpr std::chrono::seconds LONGEST_DRAINING{10};
-
-// Counts a log call that waits. The dispatcher does not close the queue before it has made space for all that do:
-// close() promises to deliver what was logged before it.
-class Counted {
- public:
-  explicit Counted(std::atomic<int>& count) : m_count(count) { ++m_count; }
-  ~Counted() { --m_count; }
-  Counted(const Counted&) = delete;
-  Counted& operator=(const Counted&) = delete;
-
- private:
-  std::atomic<int>& m_count;
-};
-
-// Those who log rely on it, so shortage of memory does not end it.
-class LastingDispatcher final : public LOGDispatcher {
- public:
-  using LOGDispatcher::LOGDispatcher;
-
-  void start() override {
-    if (!m_reserved) m_reserved = std::make_unique<LOGThreadState::Reserved>();
-    LOGDispatcher::start();
-  }
-  void run() override {
-    m_reserved->use();
-    for (;;) {
-      try {
-        return LOGDispatcher::run();  // which may delete this object
-      } catch (const std::bad_alloc&) {
-        logNap();
-      }
-    }
-  }
-
- private:
-  std::unique_ptr<LOGThreadState::Reserved> m_reserved;
-};
-
 void discard(LOGBoundedFIFO& queue) {
   while (LOGLoggingEvent* const event = queue.get()) delete event;
 }
 
 }  // namespace
-
-// The queues of the process that have a dispatcher, for its exit.
-struct LOGAsyncAppender::Started {
-  static Started& instance() {
-    static Started& all = vrkImmortal<Started>();
-    return all;
-  }
-  void add(const std::shared_ptr<LOGBoundedFIFO>& queue) {
-    const LOGLeafGuard guard(mutex);
-    // Without those that are gone, and itself: a start that failed comes again.
-    const auto isOld = [&](const Queue& each) { return each.fifo.expired() || each.fifo.lock() == queue; };
-    queues.erase(std::remove_if(queues.begin(), queues.end(), isOld), queues.end());
-    queues.push_back({queue, VRKThread::forks()});
-  }
-  // Without that of the calling thread, who would wait for itself.
-  std::vector<std::shared_ptr<LOGBoundedFIFO>> served() {
-    std::vector<std::shared_ptr<LOGBoundedFIFO>> all;
-    const LOGLeafGuard guard(mutex);
-    for (const Queue& each : queues) {
-      std::shared_ptr<LOGBoundedFIFO> fifo = each.fifo.lock();
-      const bool served = each.forks == VRKThread::forks() && fifo && fifo->servedBy != VRKThread::currentThreadId();
-      if (served) all.push_back(std::move(fifo));
-    }
-    return all;
-  }
-  // An event may have to pass several queues, each of which another one leads to: hence the rounds.
-  static void deliver(LOGExitSteps::Clock::time_point until) {
-    try {
-      const std::vector<std::shared_ptr<LOGBoundedFIFO>> all = instance().served();
-      for (std::size_t round = 0; round < all.size(); ++round) {
-        for (const std::shared_ptr<LOGBoundedFIFO>& fifo : all) {
-          const std::uint64_t end = fifo->putSoFar();
-          logWaitUntil(until, [&] { return fifo->delivered.load() >= end; });
-        }
-      }
-    } catch (const std::bad_alloc&) {
-      // There is no memory even for the list, and nobody left to tell.
-    }
-  }
-
-  struct Queue {
-    std::weak_ptr<LOGBoundedFIFO> fifo;
-    unsigned forks;  // of the process whose dispatcher serves it
-  };
-  VRKMutex mutex;
-  std::vector<Queue> queues VRK_GUARDED_BY(mutex);
-  const bool deliversAtExit = LOGExitSteps::set(LOGExitSteps::QUEUES, &deliver);
-};
 
 const LOGAppenderInternals LOGAsyncAppender::INTERNALS = {
     &typeid(LOGAsyncAppender), true, &LOGAsyncAppender::appendFast, nullptr, nullptr, &LOGAsyncAppender::drain};
@@ -130,8 +37,15 @@ LOGAsyncAppender::LOGAsyncAppender() : m_aai(vrkNew<LOGAppenderAttachableImpl>(V
     const LOGGuard guard(*this);
     m_queue = std::make_shared<LOGBoundedFIFO>(DEFAULT_BUFFER_SIZE);
     m_bf = m_queue.get();
-    m_dispatcher = std::make_unique<LastingDispatcher>(m_queue, this);
+    m_dispatcher = std::make_unique<LOGLastingDispatcher<LOGDispatcher>>(m_queue, this);
   });
+}
+
+LOGAsyncAppender::LOGAsyncAppender(const I18NString& className, const LOGAppenderInternals& internals)
+    : m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)), m_forks(VRKThread::forks()) {
+  instance(className);
+  LOGAppenderInternals::set(*this, internals);
+  setClosed(1);
 }
 
 LOGAsyncAppender::~LOGAsyncAppender() {
@@ -166,11 +80,11 @@ void LOGAsyncAppender::start() {
     queue->resize(m_queue->getMaxSize());
     m_bf = queue.get();
     m_queue = std::move(queue);
-    m_dispatcher = std::make_unique<LastingDispatcher>(m_queue, this);
+    m_dispatcher = std::make_unique<LOGLastingDispatcher<LOGDispatcher>>(m_queue, this);
     m_forks = VRKThread::forks();
   }
   // In this order: a dispatcher that runs is one that close() ends.
-  vrkTranslateErrors(VRK_HERE, [queue = m_queue] { Started::instance().add(queue); });
+  vrkTranslateErrors(VRK_HERE, [queue = m_queue] { LOGServedQueues::add(queue); });
   m_dispatcher->start();
   setClosed(0);
 }
@@ -213,31 +127,22 @@ void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {
   if (outcome == LOGBoundedFIFO::FULL) LOGBoundedFIFO::reportFull();
 }
 
-// Waits without a lock. There is nothing to wait for when the size is 0 or no dispatcher runs. An event that a
-// dispatcher itself had put off cannot wait either: that dispatcher may be the one that would have to make space.
+// There is nothing to wait for when the size is 0 or no dispatcher runs.
 LOGBoundedFIFO::Outcome LOGAsyncAppender::waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                        std::unique_ptr<LOGLoggingEvent>& copy) {
-  const Counted waiting(queue.waiting);
-  LOGPolling polling;
-  for (;;) {
-    const bool inVain = queue.getMaxSize() == 0 || (getClosed() != 0 && !m_closing) || LOGDeferral::mustNotWait();
-    const LOGBoundedFIFO::Outcome outcome = queue.putCopy(event, copy);
-    if (outcome != LOGBoundedFIFO::FULL || inVain) return outcome;
-    if (polling.beginsPeriod()) LOGLogLog::debug("Waiting for free space in buffer, ");
-    try {
-      polling.waitShortly();
-    } catch (const VRKThrowable&) {
-      LOGLogLog::warn(m_interrupted.exchange(1) == 0 ? "AsyncAppender interrupted."
-                                                     : "AsyncAppender interrupted again.");
-    }
-  }
+  return LOGServedQueues::waitForSpace(
+      queue, m_interrupted, LOGBoundedFIFO::FULL, [&] { return queue.putCopy(event, copy); },
+      [&] { return queue.getMaxSize() == 0 || (getClosed() != 0 && !m_closing); });
 }
 
-// No lock is held while the dispatcher finishes: what it delivers to may want any of them.
 void LOGAsyncAppender::close() {
   std::unique_ptr<LOGDispatcher> dispatcher;
   logContain("LOGAsyncAppender::close --- ", [&] { dispatcher = takeDispatcher(); });
-  if (dispatcher) finish(std::move(dispatcher));
+  if (!dispatcher) return;
+  LOGServedQueues::finish(std::move(dispatcher), [&] {
+    const LOGGuard guard(*this);
+    m_bf = nullptr;
+  });
 }
 
 std::unique_ptr<LOGDispatcher> LOGAsyncAppender::takeDispatcher() {
@@ -249,36 +154,11 @@ std::unique_ptr<LOGDispatcher> LOGAsyncAppender::takeDispatcher() {
   return std::move(m_dispatcher);
 }
 
-void LOGAsyncAppender::finish(std::unique_ptr<LOGDispatcher> dispatcher) {
-  logContain({"LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
-              "Got an Exception while waiting for the dispatcher to finish."},
-             [&] {
-               // An appender behind the queue may close it, on the dispatcher's own thread, which cannot wait for
-               // itself.
-               if (dispatcher->isItself()) {
-                 dispatcher.release()->closeItself();
-               } else {
-                 dispatcher->close();
-               }
-             });
-  logContain({"LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
-              "LOGAsyncAppender::close --- An unknown exception has occured."},
-             [&] {
-               dispatcher.reset();
-               const LOGGuard guard(*this);
-               m_bf = nullptr;
-             });
-}
-
-// Not on a dispatcher's thread: one that drained its own queue would wait for itself, and two could wait for each
-// other.
 bool LOGAsyncAppender::drain(LOGAppenderSkeleton& appender) {
   auto& self = static_cast<LOGAsyncAppender&>(appender);
   const std::shared_ptr<LOGBoundedFIFO> owned = self.queue();
   if (!owned || self.m_forks != VRKThread::forks() || LOGDeferral::onDispatcher()) return true;
-  const std::uint64_t end = owned->putSoFar();
-  const bool delivered = logWaitUntil(LOGTimeLimit::until(LONGEST_DRAINING),
-                                      [&] { return owned->delivered.load() >= end || self.getClosed() != 0; });
+  const bool delivered = LOGServedQueues::drain(*owned, [&] { return self.getClosed() != 0; });
   if (const LOGAppenderLists::Snapshot list = self.attached()) LOGAppenderInternals::drainAll(*list);
   return delivered;
 }

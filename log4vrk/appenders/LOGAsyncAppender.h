@@ -66,6 +66,10 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
 
  private:
   friend class LOGDispatcher;
+  friend class LOGDurableAsyncAppender;
+
+  /// Without a queue: the derived class has its own.
+  LOG4VRK_HIDDEN LOGAsyncAppender(const I18NString& className, const LOGAppenderInternals& internals);
 
   LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
@@ -76,10 +80,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
   LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,
                                                       std::unique_ptr<LOGLoggingEvent>& copy);
-  struct LOG4VRK_HIDDEN Started;
   LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
   LOG4VRK_HIDDEN std::unique_ptr<LOGDispatcher> takeDispatcher();
-  LOG4VRK_HIDDEN void finish(std::unique_ptr<LOGDispatcher> dispatcher);
   LOG4VRK_HIDDEN bool reaches(const LOGAppenderSkeleton* target);
   LOG4VRK_HIDDEN std::shared_ptr<const LOGAppenderList> attached();
   template <typename Change>

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "log4vrk/appenders/internal/LOGQueueProgress.h"
 #include "log4vrk/core/LOGMutex.h"
 #include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
@@ -16,7 +17,7 @@ class LOGLoggingEvent;
 ///
 /// Thread safety: any thread, but one getting thread at a time.
 /// Ownership: events in the queue are lent; an event that get() returned belongs to the caller.
-class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
+class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex, public LOGQueueProgress {
  public:
   /// `maxSize` is a number of events. One that is not positive is reported and kept: a queue of size 0 is always full,
   /// one of a negative size never.
@@ -64,14 +65,8 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex {
   }
   /// From now on nothing can be put, for good. length() says how many events are still to be got.
   void close();
-  /// How many events have been put since the queue was made.
-  std::uint64_t putSoFar() const;
-  /// How many of them have been delivered. Only the getting side changes it.
-  std::atomic<std::uint64_t> delivered{0};
-  /// The number of the dispatcher's thread; 0 before it runs.
-  std::atomic<long> servedBy{0};
-  /// Log calls that wait for space.
-  std::atomic<int> waiting{0};
+  /// In events.
+  std::uint64_t putSoFar() const override;
 
  private:
   struct Slot;

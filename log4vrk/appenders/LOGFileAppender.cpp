@@ -164,9 +164,19 @@ void LOGFileAppender::release(LOGAppenderSkeleton& appender) {
   auto& self = static_cast<LOGFileAppender&>(appender);
   logContain("LOGFileAppender::release -- unable to lock mutex", [&] {
     const LOGGuard guard(self);
-    if (self.m_holder == &LOGThreadState::current()) self.m_holder = nullptr;
+    const bool held = self.m_holder == &LOGThreadState::current();
+    if (held) self.m_holder = nullptr;
     if (self.m_file && self.m_qw) LOGLineWriter::release(*self.m_qw, *self.m_file);
+    if (held && self.m_file) self.m_file->setJournal(nullptr);
   });
+}
+
+bool LOGFileAppender::keepJournal(VRKFileJournal& journal, I18NString& path) {
+  const LOGGuard guard(*this);
+  if (m_holder != &LOGThreadState::current() || !m_file || !m_file->isOpen()) return false;
+  m_file->setJournal(&journal);
+  if (path != m_file->getName()) path = m_file->getName();
+  return true;
 }
 
 void LOGFileAppender::closeFile() {

@@ -8,6 +8,7 @@
 
 #include "log4vrk/appenders/LOGWriterAppender.h"
 
+class VRKFileJournal;
 class VRKFmFile;
 
 /// Writes each formatted event at the end of a file, which is created when it is missing; its directory never is. The
@@ -92,10 +93,15 @@ class LOG4VRK_EXPORT LOGFileAppender : public LOGWriterAppender {
   std::unique_ptr<VRKFmFile> m_file VRK_GUARDED_BY(m_critSection);
 
  private:
+  friend class LOGRingDelivery;
+
   static const Identity IDENTITY;
   LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   LOG4VRK_HIDDEN bool hasDirectory() const VRK_REQUIRES(m_critSection);
+  /// Until release() the journal is told of each write of what this thread holds back. `path` becomes that of the file.
+  /// False, with nothing done, when no file is open or another thread holds back.
+  LOG4VRK_HIDDEN bool keepJournal(VRKFileJournal& journal, I18NString& path);
 
   const Identity* m_identity = &IDENTITY;  // constant after construction
 

@@ -5,6 +5,7 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGDenyAllFilter.h"
+#include "log4vrk/appenders/LOGDurableAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
@@ -46,6 +47,7 @@ struct ClassEntry {
 
 constexpr ClassEntry<LOGAppenderSkeleton> APPENDERS[] = {
     {"LOGAsyncAppender", &make<LOGAppenderSkeleton, LOGAsyncAppender>},
+    {"LOGDurableAsyncAppender", &make<LOGAppenderSkeleton, LOGDurableAsyncAppender>},
     {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
     {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
     {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
@@ -175,11 +177,11 @@ void LOGDOMConfigurator::parseAppenderChild(const VRKIDOM_Element& child, LOGApp
 }
 
 void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* appender) {
-  if (appender->instanceOf() == "LOGAsyncAppender") {
+  if (auto* const queue = dynamic_cast<LOGAsyncAppender*>(appender)) {
     LOGLogLog::debug("Attaching appender named [" + reference.getAttribute(REF_ATTR) + "] to appender named [" +
                      appender->getName() + "].");
     if (LOGAppenderSkeleton* const nested = findAppenderByReference(reference)) {
-      static_cast<LOGAsyncAppender*>(appender)->addAppender(nested);
+      queue->addAppender(nested);
     }
     return;
   }

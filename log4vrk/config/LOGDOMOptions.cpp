@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
+#include "log4vrk/appenders/LOGDurableAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
@@ -61,6 +62,14 @@ const Option OPTIONS[] = {
      [](LOGObject& t, const I18NString& v) { as<LOGAsyncAppender>(t).setBufferSize(static_cast<int>(asInteger(v))); }},
     {"LOGAsyncAppender", "LocationInfo", EXACT,
      [](LOGObject& t, const I18NString& v) { as<LOGAsyncAppender>(t).setLocationInfo(asBoolean(v)); }},
+    {"LOGDurableAsyncAppender", "BufferSize", EXACT,
+     [](LOGObject& t, const I18NString& v) {
+       as<LOGDurableAsyncAppender>(t).setBufferSize(static_cast<int>(asInteger(v)));
+     }},
+    {"LOGDurableAsyncAppender", "Name", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGDurableAsyncAppender>(t).setQueueName(v); }},
+    {"LOGDurableAsyncAppender", "Directory", EXACT,
+     [](LOGObject& t, const I18NString& v) { as<LOGDurableAsyncAppender>(t).setDirectory(v); }},
     {"LOGFileAppender", "Append", EXACT, &setAppend},
     {"LOGFileAppender", "File", EXACT, &setFile},
     {"LOGRollingFileAppender", "Append", EXACT, &setAppend},

@@ -94,6 +94,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  private:
   friend class LOGBoundedFIFO;
   friend class LOGLogger;
+  friend struct LOGRingRecord;
 
   static const I18NString& NO_TEXT;
   static const LOGLoggerName& NO_LOGGER;

@@ -48,6 +48,7 @@ class LOGPatternCopy {
   void findRuns();
   bool takesRuns(const LOGLoggingEvent& event);
   bool hasBeginning(LOGLoggingEvent& event, LOGThreadState& thread);
+  bool beginsFor(const I18NString& threadName, LOGThreadState& thread);
   [[gnu::cold]] void makeBeginning(LOGLoggingEvent& event);
 
   std::uint64_t m_number = 0;  // none
@@ -61,6 +62,8 @@ class LOGPatternCopy {
   bool m_namesThread = false;
   bool m_filled = false;
   std::int64_t m_second = 0;
+  bool m_ofOthers = false;  // it names a thread whose events this one prints
+  I18NString m_threadName;  // of that one
   LOGSecondText m_beginning;
 };
 
@@ -143,10 +146,21 @@ void LOGPatternCopy::makeBeginning(LOGLoggingEvent& event) {
   m_beginning = std::move(made);
 }
 
+// A beginning is made for another thread only when its events follow each other: where those of several come in turns
+// it would be of no use to the next.
+bool LOGPatternCopy::beginsFor(const I18NString& threadName, LOGThreadState& thread) {
+  const bool isOwn = thread.name.owns(threadName);
+  if (isOwn != m_ofOthers && (isOwn || threadName == m_threadName)) return true;
+  m_filled = false;
+  m_ofOthers = !isOwn;
+  if (!isOwn) m_threadName = threadName;
+  return isOwn;
+}
+
 bool LOGPatternCopy::hasBeginning(LOGLoggingEvent& event, LOGThreadState& thread) {
   if (m_steady == 0) return false;
   // Asked on every line, not only when the beginning is made: whoever reads an event's thread first names it for all.
-  if (m_namesThread && !thread.name.owns(event.getThreadName())) return false;
+  if (m_namesThread && !beginsFor(event.getThreadName(), thread)) return false;
   if (m_filled && m_second == event.getTimeStamp()) return true;
   m_filled = false;
   try {
@@ -193,6 +207,7 @@ const LOGLayoutInternals LOGPatternLayout::INTERNALS = {
     &typeid(LOGPatternLayout),
     [](LOGLayout& layout, LOGLoggingEvent* event) { return static_cast<LOGPatternLayout&>(layout).buildAny(event); },
     &LOGPatternLayout::formatFast,
+    [](LOGLayout& layout) { return static_cast<LOGPatternLayout&>(layout).getConversionPattern(); },
 };
 
 LOGPatternLayout::LOGPatternLayout() : LOGPatternLayout("%r [%t] %p %c %x - %m%n") {}

@@ -14,6 +14,7 @@
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKFault.h"
+#include "log4vrk/platform/internal/VRKFileJournal.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 
@@ -154,6 +155,7 @@ long VRKFmFile::collect(std::string_view bytes) {
   if (m_isTorn && m_collected.size() == 0) m_collected.appendChecked("\n");
   m_collected.appendChecked(bytes);
   m_ends.push_back(m_collected.size());
+  if (m_journal != nullptr && m_holding) m_journal->collected();
   return m_collected.size() >= limit && !writeOut() ? -1 : static_cast<long>(bytes.size());
 }
 
@@ -185,7 +187,9 @@ bool VRKFmFile::writeOut() {
   if (m_collected.size() == 0) return true;
   dropThoseOfTheParent();
   const std::int64_t before = m_written;
+  if (m_journal != nullptr) announce();
   const bool written = writeAll(m_collected.view());
+  if (m_journal != nullptr) m_journal->wrote();
   if (!written) {
     const auto whole = static_cast<std::size_t>(m_written - before);
     m_lost += static_cast<std::size_t>(m_ends.end() - std::upper_bound(m_ends.begin(), m_ends.end(), whole));
@@ -210,7 +214,13 @@ int VRKFmFile::flush() {
   return m_descriptor >= 0 ? 1 : 0;
 }
 
-int VRKFmFile::release() { return m_bufferSize > 0 || writeOut() ? 1 : 0; }
+void VRKFmFile::announce() {
+  struct stat status;
+  if (::fstat(m_descriptor, &status) != 0) status = {};
+  m_journal->writes({status.st_dev, status.st_ino, status.st_size}, m_collected.view());
+}
+
+int VRKFmFile::release() { return (m_bufferSize > 0 && m_journal == nullptr) || writeOut() ? 1 : 0; }
 
 void VRKFmFile::close() {
   setBuffer(0);

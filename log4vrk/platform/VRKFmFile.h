@@ -14,6 +14,8 @@
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 #include "log4vrk/platform/internal/VRKFault.h"
 
+class VRKFileJournal;
+
 /// A file that is written at its end, or read word by word. What write() accepted is in the kernel when it returns, so
 /// it outlives a crash of the process, unless the owner has asked for a buffer or holds back. Failures are returned,
 /// not raised; getLastError() tells why.
@@ -59,6 +61,9 @@ class LOG4VRK_EXPORT VRKFmFile {
   void setBuffer(std::size_t size);
   /// While this is on, write() collects as with a buffer of 64 KiB; release() has to come soon.
   void setHoldingBack(bool on) { m_holding = on; }
+  /// Who is told of each write of what has been collected, until it is set anew; lent, and null at first. With one
+  /// everything is written at release().
+  void setJournal(VRKFileJournal* journal) { m_journal = journal; }
   /// Writes what is held back. 0 on failure.
   int release();
   /// How many bytes are collected and have not gone to the system.
@@ -92,6 +97,7 @@ class LOG4VRK_EXPORT VRKFmFile {
   long loseOne();
   bool writeAll(std::string_view bytes);
   LOG4VRK_HIDDEN bool writeOut();
+  LOG4VRK_HIDDEN void announce();
   LOG4VRK_HIDDEN void dropThoseOfTheParent();
 
   int m_descriptor = -1;
@@ -100,6 +106,7 @@ class LOG4VRK_EXPORT VRKFmFile {
   int m_lastError = 0;
   I18NString m_name;
   bool m_holding = false;
+  VRKFileJournal* m_journal = nullptr;
   bool m_isTorn = false;       // the file ends with a part of a line whose rest is lost
   std::int64_t m_written = 0;  // see written()
   std::size_t m_lost = 0;      // see takeLost()

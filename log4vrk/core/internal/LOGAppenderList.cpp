@@ -23,8 +23,10 @@ bool LOGAppenderList::has(const LOGAppenderSkeleton* appender) const {
   return std::any_of(attached.begin(), attached.end(), [&](const Attached& each) { return each.appender == appender; });
 }
 
-int LOGAppenderList::append(LOGLoggingEvent* event, LOGThreadState& thread, const LOGAppenderUse::Place& place) const {
+int LOGAppenderList::append(LOGLoggingEvent* event, LOGThreadState& thread, const LOGAppenderUse::Place& place,
+                            const LOGAppenderSkeleton* except) const {
   for (const Attached& each : attached) {
+    if (each.appender == except) continue;
     if (place.load(std::memory_order_acquire) != this) {
       const LOGAppenderUse now(thread.uses.looking, place);
       if (now.list() == nullptr || !now.list()->has(each.appender)) continue;

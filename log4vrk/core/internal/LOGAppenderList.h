@@ -25,8 +25,10 @@ struct LOGAppenderList {
   explicit LOGAppenderList(std::vector<Attached> appenders);
 
   /// Has each appender activate its options and then append the event. What is called here may change the appenders at
-  /// `place`, where this list was: one that is not attached any more is not called. Returns how many there are.
-  int append(LOGLoggingEvent* event, LOGThreadState& thread, const LOGAppenderUse::Place& place) const;
+  /// `place`, where this list was: one that is not attached any more is not called, and neither is `except`. Returns
+  /// how many there are.
+  int append(LOGLoggingEvent* event, LOGThreadState& thread, const LOGAppenderUse::Place& place,
+             const LOGAppenderSkeleton* except = nullptr) const;
   bool has(const LOGAppenderSkeleton* appender) const;
 
   const std::vector<Attached> attached;

@@ -18,6 +18,8 @@ struct LOGLayoutInternals {
   /// The same of an event whose message is a text and nothing else, without the layout's lock, in memory of the
   /// thread's.
   std::string_view (*formatFast)(LOGLayout& layout, LOGLoggingEvent& event);
+  /// The conversion pattern by which a pattern layout writes the same. Null: there is none.
+  I18NString (*pattern)(LOGLayout& layout) = nullptr;
 
   /// Larger texts give their memory back once they have been used. In bytes.
   static constexpr std::size_t MOST_KEPT = 32 * 1024;

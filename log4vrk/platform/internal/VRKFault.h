@@ -27,6 +27,12 @@ class LOG4VRK_EXPORT VRKFault {
     LIBRARY,
     SOCKET_OPEN,
     SOCKET_MODE,
+    QUEUE_LINES,  // they are not announced before they are written
+    // Where a process with a durable queue can be killed.
+    QUEUE_ANNOUNCED,
+    QUEUE_WRITTEN,
+    QUEUE_SETTLED,
+    QUEUE_RECOVERED,
     POINTS  // how many there are
   };
 
@@ -37,10 +43,15 @@ class LOG4VRK_EXPORT VRKFault {
 
   /// True when the operation is to fail.
   static bool hit(Point point) { return armed() && take(point); }
+  /// Kills the process when the point is to fail.
+  static void mayDie(Point point) {
+    if (hit(point)) die();
+  }
   static bool armed() { return m_armed.load(std::memory_order_relaxed); }
 
  private:
   static bool take(Point point);
+  static void die();
 
   static std::atomic<bool> m_armed;
 };

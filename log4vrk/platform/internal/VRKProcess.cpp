@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 
 long VRKProcess::id() { return ::getpid(); }
@@ -12,6 +13,13 @@ std::string VRKProcess::programName() { return ::program_invocation_short_name; 
 std::string VRKProcess::hostName() {
   char name[256] = {};
   return ::gethostname(name, sizeof name - 1) == 0 ? name : "";
+}
+
+long VRKProcess::userId() { return static_cast<long>(::geteuid()); }
+
+std::string VRKProcess::environment(const char* name) {
+  const char* const value = ::secure_getenv(name);
+  return value != nullptr ? value : "";
 }
 
 I18NString VRKProcess::absolutePath(const I18NString& path) {

@@ -13,6 +13,10 @@ class VRKProcess {
   /// Without directories.
   static std::string programName();
   static std::string hostName();
+  /// Of the user whose rights the process has.
+  static long userId();
+  /// The value of a variable; empty when it is not set, and in a process with more rights than its user.
+  static std::string environment(const char* name);
   /// The path as seen from the working directory of now, which the program may change later. Empty stays empty.
   static I18NString absolutePath(const I18NString& path);
 };

@@ -1,0 +1,151 @@
+#include "log4vrk/appenders/internal/LOGRingRecord.h"
+
+#include <cstring>
+
+#include "log4vrk/appenders/internal/LOGRingFormat.h"
+#include "log4vrk/core/LOGLogger.h"
+
+namespace {
+
+std::string bytesOf(std::int32_t number) {
+  std::string bytes(sizeof number, '\0');
+  std::memcpy(bytes.data(), &number, sizeof number);
+  return bytes;
+}
+
+std::int32_t numberAt(const char* bytes) {
+  std::int32_t number;
+  std::memcpy(&number, bytes, sizeof number);
+  return number;
+}
+
+void addToRest(std::string& rest, LOGRingFormat::Tag tag, const std::string& text) {
+  rest.append(1, tag).append(bytesOf(static_cast<std::int32_t>(text.size()))).append(text);
+}
+
+// For what is nearly always the same as in the event before.
+bool isSame(std::string_view a, const std::string& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
+}
+
+LOGLevel* levelOf(std::int32_t rank) {
+  switch (rank) {
+    case LOGLevel::DEBUG_RANK:
+      return LOGLevel::DEBUG_OBJ;
+    case LOGLevel::INFO_RANK:
+      return LOGLevel::INFO_OBJ;
+    case LOGLevel::WARN_RANK:
+      return LOGLevel::WARN_OBJ;
+    case LOGLevel::ERROR_RANK:
+      return LOGLevel::ERROR_OBJ;
+    case LOGLevel::FATAL_RANK:
+      return LOGLevel::FATAL_OBJ;
+    default:
+      return nullptr;
+  }
+}
+
+// Texts are well-formed unless the file is damaged.
+I18NString decoded(std::string_view utf8) { return I18NString(utf8); }
+
+}  // namespace
+
+LOGRingRecord LOGRingRecord::begin(const LOGLoggingEvent& event) {
+  LOGRingRecord record;
+  record.seconds = event.m_timeStamp;
+  record.nanoseconds = event.m_timeStampNanos;
+  record.rank = event.m_level != nullptr ? event.m_level->toInt() : 0;
+  record.loggerName = loggerNameOf(event).substr(0, UINT16_MAX);
+  record.place = placeOf(event);
+  return record;
+}
+
+LOGRingRecord LOGRingRecord::ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread) {
+  LOGRingRecord record = begin(event);
+  record.logger = event.m_logger;
+  record.threadName = thread.name.utf8();
+  record.message = event.m_text;
+  return record;
+}
+
+LOGRingRecord LOGRingRecord::ofAny(LOGLoggingEvent& event, Room& room) {
+  LOGRingRecord record = begin(event);
+  // Only the logger's own name leads back to it.
+  if (event.m_logger != nullptr && event.m_ownLoggerName.get() == nullptr) record.logger = event.m_logger;
+  record.message = event.renderUtf8(room.message);
+  record.threadName = room.threadName = event.getThreadName().toUtf8().substr(0, UINT8_MAX);
+  record.context = room.context = event.getNDC().toUtf8();
+  if (!event.getThrowableStrRep().isEmpty()) {
+    addToRest(room.rest, LOGRingFormat::THROWABLE, event.getThrowableStrRep().toUtf8());
+  }
+  // Nobody says how long another level stays.
+  if (event.m_level != nullptr && !isUsual(event.m_level)) {
+    addToRest(room.rest, LOGRingFormat::LEVEL,
+              bytesOf(event.m_level->getSyslogEquivalent()) + event.m_level->toString().toUtf8());
+  }
+  record.rest = room.rest;
+  return record;
+}
+
+LOGLoggingEvent* LOGRingRecord::Place::fill(const LOGRingRecord& record) {
+  if (!isSame(record.threadName, m_threadUtf8)) {
+    m_threadUtf8 = record.threadName;
+    m_threadName = decoded(record.threadName);
+  }
+  if (!isSame(record.context, m_contextUtf8)) {
+    m_contextUtf8 = record.context;
+    m_context = decoded(record.context);
+  }
+  LOGLevel* const level = levelOf(record.rank);
+  if (record.logger != nullptr) {
+    m_event.setPlain(record.seconds, record.nanoseconds, level, record.logger, record.place, record.message);
+  } else {
+    fillEvent(record, level);
+  }
+  m_event.m_threadName = &m_threadName;
+  m_event.m_ndc = &m_context;
+  m_event.m_ndcLookupRequired = false;
+  if (!record.rest.empty() || level == nullptr) fillRest(record.rest, record.rank);
+  return &m_event;
+}
+
+// As a copy reads that has outlived its logger.
+void LOGRingRecord::Place::fillEvent(const LOGRingRecord& record, LOGLevel* level) {
+  if (m_loggerName.get() == nullptr || m_loggerName.get()->utf8 != record.loggerName) {
+    m_loggerName = LOGLoggerName::Share(new LOGLoggerName(decoded(record.loggerName)));
+  }
+  m_event.m_message.reset();
+  m_event.m_own.reset();
+  m_event.setTimeStamp(record.seconds, record.nanoseconds);
+  m_event.m_isText = m_event.m_isPassing = m_event.m_wasRenderable = true;
+  m_event.m_level = level;
+  m_event.m_logger = nullptr;
+  m_event.m_place = record.place;
+  m_event.m_ownLoggerName = m_loggerName;
+  m_event.m_loggerName = m_loggerName.get();
+  m_event.m_fqnOfLoggerClass = &LOGLogger::m_FQCN;
+  m_event.m_ownText.clear();
+  m_event.m_ownText.append(record.message);
+  m_event.m_text = m_event.m_ownText.view();
+}
+
+void LOGRingRecord::Place::fillRest(std::string_view left, std::int32_t rankOfLevel) {
+  std::string_view level;
+  while (left.size() > sizeof(std::int32_t)) {
+    const char tag = left[0];
+    const std::int32_t length = numberAt(left.data() + 1);
+    left.remove_prefix(1 + sizeof length);
+    const std::string_view text = left.substr(0, static_cast<std::uint32_t>(length));
+    if (tag == LOGRingFormat::THROWABLE) m_event.setThrowableStrRep(decoded(text));
+    if (tag == LOGRingFormat::LEVEL) level = text;
+    left.remove_prefix(text.size());
+  }
+  if (level.size() >= sizeof(std::int32_t)) {
+    const std::string name = decoded(level.substr(sizeof(std::int32_t))).toUtf8();
+    m_level = LOGLevel(rankOfLevel, name.c_str(), numberAt(level.data()));
+    m_event.m_level = &m_level;
+  } else if (m_event.m_level == nullptr) {
+    m_level = LOGLevel(rankOfLevel, "?", 0);
+    m_event.m_level = &m_level;
+  }
+}

@@ -1,0 +1,73 @@
+// An event as texts and numbers, which say everything by themselves.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/platform/internal/I18NUtf8Buffer.h"
+
+/// What a record of a ring holds, in UTF-8. Logger and place are null but in the process that made the record.
+struct LOGRingRecord {
+  std::int64_t seconds = 0;
+  std::int32_t nanoseconds = 0;
+  std::int32_t rank = 0;
+  LOGLogger* logger = nullptr;
+  const LOGSourceLocation* place = nullptr;
+  // As they stand one behind the other.
+  std::string_view threadName, loggerName, message, context, rest;
+
+  std::uint64_t textBytes() const {
+    return std::uint64_t{threadName.size()} + loggerName.size() + message.size() + context.size() + rest.size();
+  }
+
+  /// Memory for the texts of an event that does not have them as a record needs them.
+  struct Room {
+    std::string threadName, context, rest;
+    I18NUtf8Buffer message;
+  };
+  /// Whether the event is a text and nothing else, of one of the usual levels and a thread without a context. Then
+  /// what it needs is looked up without a copy.
+  static bool isOrdinary(const LOGLoggingEvent& event, const LOGThreadState& thread) {
+    return event.isPlain() && thread.context.stack == nullptr && isUsual(event.m_level);
+  }
+  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread);
+  /// A record of any event, which borrows from event and room. Whatever layouts may ask for is looked up here, on the
+  /// thread that logs: when it has been killed, nobody can be asked.
+  static LOGRingRecord ofAny(LOGLoggingEvent& event, Room& room);
+
+  /// An event that is filled again and again, and what it borrows.
+  class Place {
+   public:
+    /// Valid until the next call.
+    LOGLoggingEvent* fill(const LOGRingRecord& record);
+
+   private:
+    void fillEvent(const LOGRingRecord& record, LOGLevel* level);
+    void fillRest(std::string_view left, std::int32_t rankOfLevel);
+
+    LOGLoggingEvent m_event;
+    std::string m_threadUtf8, m_contextUtf8;
+    I18NString m_threadName, m_context;
+    LOGLoggerName::Share m_loggerName;
+    LOGLevel m_level;
+  };
+
+ private:
+  friend class LOGRing;
+
+  /// Of the levels that a rank alone brings back.
+  static bool isUsual(const LOGLevel* level) {
+    return level == LOGLevel::INFO_OBJ || level == LOGLevel::DEBUG_OBJ || level == LOGLevel::WARN_OBJ ||
+           level == LOGLevel::ERROR_OBJ || level == LOGLevel::FATAL_OBJ;
+  }
+  static LOGRingRecord begin(const LOGLoggingEvent& event);
+  // Of an ordinary event.
+  static const LOGSourceLocation* placeOf(const LOGLoggingEvent& event) { return event.m_place; }
+  static std::string_view messageOf(const LOGLoggingEvent& event) { return event.m_text; }
+  static std::string_view loggerNameOf(const LOGLoggingEvent& event) { return event.m_loggerName->utf8; }
+};
