@@ -46,6 +46,7 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   Condition open(std::unique_ptr<VRKMappedFile> file, std::string& finding);
 
   VRKMappedFile& file() { return *m_file; }
+  const VRKMappedFile& file() const { return *m_file; }
   /// Of the process that made it. Valid after use() and open(), unless that said NEWER or USELESS.
   const LOGRingFormat::Header& header() const { return *at<LOGRingFormat::Header>(0); }
   std::uint64_t slots() const { return m_slots; }

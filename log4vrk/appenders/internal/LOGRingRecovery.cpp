@@ -20,7 +20,7 @@ I18NString lineOf(const std::string& reporter, const I18NString& path, const std
 }  // namespace
 
 void LOGRingRecovery::report(const LOGRing& ring, const std::string& text) const {
-  LOGLogLog::error(lineOf(m_reporter, const_cast<LOGRing&>(ring).file().path(), text));
+  LOGLogLog::error(lineOf(m_reporter, ring.file().path(), text));
 }
 
 void LOGRingRecovery::setAside(VRKMappedFile& file) const {
