@@ -138,7 +138,8 @@ TEST_F(LOGDurableAsyncAppenderTest, HasEachEventOnceWhereverItIsKilled) {
 
 TEST_F(LOGDurableAsyncAppenderTest, KeepsAllThatCanBeReadOfADamagedFileAndSetsTheRestAside) {
   constexpr std::size_t TAIL = 2 * Format::PAGE, HEAD = TAIL + 64, LENGTH = TAIL + 128 + 16;
-  constexpr std::size_t FOURTH = Format::SLOTS_AT + 3 * Format::SLOT;
+  constexpr std::size_t FOURTH = Format::SLOTS_AT + 3 * Format::SLOT, TENTH = Format::SLOTS_AT + 9 * Format::SLOT;
+  constexpr std::size_t LONG_MESSAGE = TENTH + 8 + offsetof(Format::Record, messageLength) + 3;
   const struct {
     const char *what, *line, *ending;
     std::size_t at;     // where a byte is changed, or where the file is cut off
@@ -154,8 +155,8 @@ TEST_F(LOGDurableAsyncAppenderTest, KeepsAllThatCanBeReadOfADamagedFileAndSetsTh
       {"no outbox", "it is truncated to ", ".damaged", Format::outboxAt(64), -1, EVENTS},
       {"position", "its positions are damaged (head 72057594037927936, ", ".damaged", HEAD + 7, 1, 0},
       {"length", "what was about to be written is damaged (", ".damaged", LENGTH + 6, 1, EVENTS},
-      {"record", "1 events are damaged", ".damaged", Format::SLOTS_AT + 9 * Format::SLOT + 8 + 27, 1, EVENTS - 1},
-      {"mark", "", nullptr, Format::SLOTS_AT + 9 * Format::SLOT + 7, 1, EVENTS - 1},  // as a killed thread leaves it
+      {"record", "1 events are damaged", ".damaged", LONG_MESSAGE, 1, EVENTS - 1},
+      {"mark", "", nullptr, TENTH + 7, 1, EVENTS - 1},  // as a killed thread leaves it
   };
   for (const auto& each : cases) {
     const TempDir own;
