@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "log4vrk/config/internal/LOGDOMChildren.h"
+#include "log4vrk/config/internal/LOGDocumentTables.h"
 #include "log4vrk/config/internal/LOGFactoryLibraries.h"
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGGuard.h"
@@ -337,8 +338,8 @@ void LOGDOMConfigurator::parseLogger(const VRKIDOM_Element& element) {
 }
 
 bool LOGDOMConfigurator::isLoggerName(const I18NString& name) {
-  constexpr std::size_t LONGEST = 1000, SHOWN = 100;
-  if (name.length() <= LONGEST) return true;
+  constexpr std::size_t SHOWN = 100;
+  if (name.length() <= LOGDocumentTables::LONGEST_LOGGER_NAME) return true;
   LOGLogLog::error("Logger name [" + name.substring(0, SHOWN) + "...] is longer than 1000 characters. Ignoring it.");
   return false;
 }
