@@ -151,7 +151,7 @@ void LOGDOMConfigurator::parseErrorHandler(const VRKIDOM_Element& element, LOGAp
   LOGAppenderSkeleton* const appender = bundle.appender();
   VRK_ASSERT(appender);
   std::shared_ptr<LOGErrorHandler> handler;
-  if (className == "LOGOnlyOnceErrorHandler") {
+  if (className == LOGDocumentTables::ERROR_HANDLER) {
     handler.reset(vrkNew<LOGOnlyOnceErrorHandler>(VRK_HERE));
   } else {
     LOGLogLog::warn("Creating generic error handler");

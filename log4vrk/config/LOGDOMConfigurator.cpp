@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "log4vrk/config/internal/LOGDOMChildren.h"
+#include "log4vrk/config/internal/LOGDocumentRefusal.h"
 #include "log4vrk/config/internal/LOGDocumentTables.h"
 #include "log4vrk/config/internal/LOGFactoryLibraries.h"
 #include "log4vrk/core/LOGAppenderSkeleton.h"
@@ -171,8 +172,10 @@ void LOGDOMConfigurator::shutdown() {
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
   const LOGProblems::Run problems([&] { return fileName; });
-  return logContainAll(CONFIGURE_FAILURES, 0,
-                       [&] { return instance()->doConfigure(fileName, LOGManager::getLoggerRepository()); });
+  return logContainAll(CONFIGURE_FAILURES, 0, [&] {
+    if (LOGDocumentRefusal::refuses(fileName)) return 0;
+    return instance()->doConfigure(fileName, LOGManager::getLoggerRepository());
+  });
 }
 
 int LOGDOMConfigurator::configure(VRKIDOM_Element root) {

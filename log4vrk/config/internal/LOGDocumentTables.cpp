@@ -116,10 +116,7 @@ const LOGDocumentTables::Parameter* LOGDocumentTables::findParameter(const I18NS
 const std::vector<LOGDocumentTables::Element>& LOGDocumentTables::elements() {
   static const std::vector<Element>& table = []() -> const std::vector<Element>& {
     using Reader = LOGDOMConfigurator;
-    // The words are the reader's, kept in UTF-8 for good.
-    const auto word = [](const I18NString& text) -> std::string_view {
-      return vrkImmortal<std::string>(text.toUtf8());
-    };
+    const auto word = [](const I18NString& text) { return text.toUtf8(); };
     const auto name = word(Reader::LOG4VRK_NAME_ATTR), className = word(Reader::CLASS_ATTR),
                value = word(Reader::VALUE_ATTR), ref = word(Reader::REF_ATTR), param = word(Reader::PARAM_TAG),
                appender = word(Reader::APPENDER_TAG), appenderRef = word(Reader::APPENDER_REF_TAG),
@@ -129,11 +126,11 @@ const std::vector<LOGDocumentTables::Element>& LOGDocumentTables::elements() {
                root = word(Reader::ROOT_TAG), renderer = word(Reader::RENDERER_TAG),
                factory = word(Reader::CATEGORY_FACTORY_TAG), loggerRef = word(Reader::LOGGER_REF),
                rootRef = word(Reader::ROOT_REF);
-    const std::vector<std::string_view> ofConfiguration{word(Reader::THRESHOLD_ATTR), word(Reader::INTERNAL_DEBUG_ATTR),
-                                                        word(Reader::CONFIG_DEBUG_ATTR)};
-    const std::vector<std::string_view> inConfiguration{factory, renderer, appender, logger, category, root};
-    const std::vector<std::string_view> ofLogger{name, className, word(Reader::ADDITIVITY_ATTR)};
-    const std::vector<std::string_view> inLogger{level, priority, appenderRef, param};
+    const std::vector<std::string> ofConfiguration{word(Reader::THRESHOLD_ATTR), word(Reader::INTERNAL_DEBUG_ATTR),
+                                                   word(Reader::CONFIG_DEBUG_ATTR)};
+    const std::vector<std::string> inConfiguration{factory, renderer, appender, logger, category, root};
+    const std::vector<std::string> ofLogger{name, className, word(Reader::ADDITIVITY_ATTR)};
+    const std::vector<std::string> inLogger{level, priority, appenderRef, param};
     return vrkImmortal<std::vector<Element>>(std::initializer_list<Element>{
         {word(Reader::CONFIGURATION_TAG), ofConfiguration, inConfiguration},
         {word(Reader::OLD_CONFIGURATION_TAG), ofConfiguration, inConfiguration},

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -39,9 +40,9 @@ class LOGDocumentTables {
 
   /// What may stand where.
   struct Element {
-    std::string_view name;
-    std::vector<std::string_view> attributes;
-    std::vector<std::string_view> children;
+    std::string name;
+    std::vector<std::string> attributes;
+    std::vector<std::string> children;
   };
 
   static const std::vector<Parameter>& parameters();
@@ -79,6 +80,9 @@ class LOGDocumentTables {
   // Everything but "false" is true, and what is no number is 0: existing documents rely on both.
   static int asBoolean(const I18NString& value);
   static long asInteger(const I18NString& value);
+
+  // The only class of error handler besides the one that every other name gives.
+  static constexpr char ERROR_HANDLER[] = "LOGOnlyOnceErrorHandler";
 
   // Loggers with longer names are refused.
   static constexpr std::size_t LONGEST_LOGGER_NAME = 1000;
