@@ -131,6 +131,7 @@ set(LOG4VRK_HEADERS
   config/LOG4VRKConfigurator.h
   config/LOGConfigurator.h
   config/LOGDOMConfigurator.h
+  config/LOGDocumentCheck.h
   config/LOGFileWatchdog.h
   config/LOGXMLWatchdog.h
 )

@@ -23,6 +23,7 @@
 #include "log4vrk/config/LOG4VRKConfigurator.h"
 #include "log4vrk/config/LOGConfigurator.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
+#include "log4vrk/config/LOGDocumentCheck.h"
 #include "log4vrk/config/LOGFileWatchdog.h"
 #include "log4vrk/config/LOGXMLWatchdog.h"
 #include "log4vrk/core/LOGAppender.h"

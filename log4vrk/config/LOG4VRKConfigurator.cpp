@@ -1,6 +1,7 @@
 #include "log4vrk/config/LOG4VRKConfigurator.h"
 
 #include "log4vrk/config/LOGDOMConfigurator.h"
+#include "log4vrk/config/internal/LOGDocumentRefusal.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGLogger.h"
@@ -12,6 +13,8 @@ LOG4VRKConfigurator::LOG4VRKConfigurator() = default;
 LOG4VRKConfigurator::~LOG4VRKConfigurator() = default;
 
 int LOG4VRKConfigurator::initialize(const I18NString& fileName) { return LOGDOMConfigurator::configure(fileName); }
+
+void LOG4VRKConfigurator::setRefuseFaultyDocuments(int on) { LOGDocumentRefusal::set(on != 0); }
 
 I18NString LOG4VRKConfigurator::getProblems() { return LOGProblems::ofLastRun(); }
 

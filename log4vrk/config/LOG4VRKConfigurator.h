@@ -16,6 +16,9 @@ class LOG4VRK_EXPORT LOG4VRKConfigurator {
   /// or parsed, or its root is not known, and then nothing has changed; also when the library of its categoryFactory is
   /// missing, which ends the run: then the threshold and the internal log's switches may have changed, and no logger.
   static int initialize(const I18NString& fileName);
+  /// Not 0: from now on a document that LOGDocumentCheck finds errors in is refused, by initialize() and by watchdogs.
+  /// Nothing has changed then, and getProblems() has the errors. The check looks at files, libraries and hosts too.
+  static void setRefuseFaultyDocuments(int on);
   /// What went wrong in the last configuration run of the process that has ended: a line for each warning and error, in
   /// order, empty when there were none. It begins with "FILE:LINE: ", or "FILE: " when the line is not known, and names
   /// the logger, appender and parameter that it is about. Whether the internal log is switched on makes no difference.

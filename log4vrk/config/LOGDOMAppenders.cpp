@@ -3,17 +3,10 @@
 #include <algorithm>
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
-#include "log4vrk/appenders/LOGConsoleAppender.h"
-#include "log4vrk/appenders/LOGDenyAllFilter.h"
-#include "log4vrk/appenders/LOGDurableAsyncAppender.h"
-#include "log4vrk/appenders/LOGFileAppender.h"
-#include "log4vrk/appenders/LOGLevelMatchFilter.h"
-#include "log4vrk/appenders/LOGLevelRangeFilter.h"
 #include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
-#include "log4vrk/appenders/LOGRollingFileAppender.h"
-#include "log4vrk/appenders/LOGStringMatchFilter.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/config/internal/LOGDOMChildren.h"
+#include "log4vrk/config/internal/LOGDocumentTables.h"
 #include "log4vrk/core/LOGErrorHandler.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
@@ -21,70 +14,8 @@
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGProblems.h"
-#include "log4vrk/layouts/LOGHTMLLayout.h"
-#include "log4vrk/layouts/LOGPatternLayout.h"
-#include "log4vrk/layouts/LOGTTCCLayout.h"
-#include "log4vrk/layouts/LOGXMLLayout.h"
-#include "log4vrk/net/LOGLocalUDPAppender.h"
-#include "log4vrk/net/LOGSyslogAppender.h"
-#include "log4vrk/net/LOGTCPSocketAppender.h"
 
 namespace {
-
-template <typename Base>
-using Maker = std::unique_ptr<Base> (*)();
-
-template <typename Base, typename Class>
-std::unique_ptr<Base> make() {
-  return std::unique_ptr<Base>(vrkNew<Class>(VRK_HERE));
-}
-
-template <typename Base>
-struct ClassEntry {
-  const char* name;
-  Maker<Base> maker;
-};
-
-constexpr ClassEntry<LOGAppenderSkeleton> APPENDERS[] = {
-    {"LOGAsyncAppender", &make<LOGAppenderSkeleton, LOGAsyncAppender>},
-    {"LOGDurableAsyncAppender", &make<LOGAppenderSkeleton, LOGDurableAsyncAppender>},
-    {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
-    {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
-    {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
-    {"LOGTCPSocketAppender", &make<LOGAppenderSkeleton, LOGTCPSocketAppender>},
-    {"LOGSyslogAppender", &make<LOGAppenderSkeleton, LOGSyslogAppender>},
-    {"LOGLocalUDPAppender", &make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
-};
-
-// Any other class of layout gives a plain one, which is also what LOGSimpleLayout stands for.
-constexpr ClassEntry<LOGLayout> LAYOUTS[] = {
-    {"LOGTTCCLayout", &make<LOGLayout, LOGTTCCLayout>},
-    {"LOGPatternLayout", &make<LOGLayout, LOGPatternLayout>},
-    {"LOGXMLLayout", &make<LOGLayout, LOGXMLLayout>},
-    {"LOGHTMLLayout", &make<LOGLayout, LOGHTMLLayout>},
-};
-
-// Any other class of filter denies everything.
-constexpr ClassEntry<LOGFilter> FILTERS[] = {
-    {"LOGLevelRangeFilter", &make<LOGFilter, LOGLevelRangeFilter>},
-    {"LOGLevelMatchFilter", &make<LOGFilter, LOGLevelMatchFilter>},
-    {"LOGStringMatchFilter", &make<LOGFilter, LOGStringMatchFilter>},
-};
-
-template <typename Base, std::size_t N>
-Maker<Base> makerOf(const ClassEntry<Base> (&classes)[N], const I18NString& name, Maker<Base> otherwise) {
-  for (const ClassEntry<Base>& entry : classes) {
-    if (name == entry.name) return entry.maker;
-  }
-  return otherwise;
-}
-
-// Documents name appenders without the prefix; a name written with it gets it a second time, and is unknown. Meant so.
-I18NString appenderClass(const I18NString& name) {
-  if (name == "LogLocalUDPAppender") return "LOGLocalUDPAppender";
-  if (name == "LogTCPSocketAppender") return "LOGTCPSocketAppender";
-  return "LOG" + name;
-}
 
 constexpr LOGFailureTexts LAYOUT_FAILURES{"Could not create the LOGLayout. Reported error follows.",
                                           "Could not create the LOGLayout. Reported error follows.",
@@ -146,14 +77,14 @@ std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::parseAppender(const VRKID
 }
 
 std::shared_ptr<LOGAppenderBundle> LOGDOMConfigurator::makeAppender(const VRKIDOM_Element& element) {
-  const I18NString className = appenderClass(subst(element.getAttribute(CLASS_ATTR)));
+  const I18NString className = LOGDocumentTables::appenderClass(element.getAttribute(CLASS_ATTR));
   LOGLogLog::debug("Class name: [" + className + "]");
-  const Maker<LOGAppenderSkeleton> maker = makerOf<LOGAppenderSkeleton>(APPENDERS, className, nullptr);
-  if (maker == nullptr) {
+  const auto* const known = LOGDocumentTables::findClass(LOGDocumentTables::appenders(), className);
+  if (known == nullptr) {
     LOGLogLog::warn("Could not find the appropriate class for Appenders");
     return nullptr;
   }
-  std::shared_ptr<LOGAppenderBundle> bundle = LOGAppenderBundle::make(maker());
+  std::shared_ptr<LOGAppenderBundle> bundle = LOGAppenderBundle::make(known->make());
   bundle->appender()->setName(element.getAttribute(LOG4VRK_NAME_ATTR));
   for (const VRKIDOM_Element& child : logChildElements(element)) parseAppenderChild(child, *bundle);
   bundle->appender()->activateOptions();
@@ -190,10 +121,10 @@ void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, L
 }
 
 void LOGDOMConfigurator::parseLayout(const VRKIDOM_Element& element, LOGAppenderBundle& bundle) {
-  const I18NString className = "LOG" + subst(element.getAttribute(CLASS_ATTR));
+  const I18NString className = LOGDocumentTables::layoutClass(element.getAttribute(CLASS_ATTR));
   LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
   logContainAll(LAYOUT_FAILURES, [&] {
-    std::unique_ptr<LOGLayout> layout = makerOf<LOGLayout>(LAYOUTS, className, &make<LOGLayout, LOGLayout>)();
+    std::unique_ptr<LOGLayout> layout = LOGDocumentTables::makeLayout(className);
     setParameters(element, *layout);
     LOGLayout* const set = layout.get();
     bundle.own(std::move(layout));
@@ -204,10 +135,10 @@ void LOGDOMConfigurator::parseLayout(const VRKIDOM_Element& element, LOGAppender
 void LOGDOMConfigurator::parseFilters(const VRKIDOM_Element& element, LOGAppenderBundle& bundle) {
   LOGAppenderSkeleton* const appender = bundle.appender();
   VRK_ASSERT(appender);
-  const I18NString className = "LOG" + subst(element.getAttribute(CLASS_ATTR));
+  const I18NString className = LOGDocumentTables::filterClass(element.getAttribute(CLASS_ATTR));
   LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
   logContainAll(LAYOUT_FAILURES, [&] {
-    std::unique_ptr<LOGFilter> filter = makerOf<LOGFilter>(FILTERS, className, &make<LOGFilter, LOGDenyAllFilter>)();
+    std::unique_ptr<LOGFilter> filter = LOGDocumentTables::makeFilter(className);
     setParameters(element, *filter);
     LOGFilter* const added = filter.get();
     bundle.own(std::move(filter));
@@ -221,7 +152,7 @@ void LOGDOMConfigurator::parseErrorHandler(const VRKIDOM_Element& element, LOGAp
   LOGAppenderSkeleton* const appender = bundle.appender();
   VRK_ASSERT(appender);
   std::shared_ptr<LOGErrorHandler> handler;
-  if (className == "LOGOnlyOnceErrorHandler") {
+  if (className == LOGDocumentTables::ERROR_HANDLER) {
     handler.reset(vrkNew<LOGOnlyOnceErrorHandler>(VRK_HERE));
   } else {
     LOGLogLog::warn("Creating generic error handler");

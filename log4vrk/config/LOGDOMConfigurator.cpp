@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "log4vrk/config/internal/LOGDOMChildren.h"
+#include "log4vrk/config/internal/LOGDocumentRefusal.h"
+#include "log4vrk/config/internal/LOGDocumentTables.h"
 #include "log4vrk/config/internal/LOGFactoryLibraries.h"
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGGuard.h"
@@ -170,8 +172,10 @@ void LOGDOMConfigurator::shutdown() {
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
   const LOGProblems::Run problems([&] { return fileName; });
-  return logContainAll(CONFIGURE_FAILURES, 0,
-                       [&] { return instance()->doConfigure(fileName, LOGManager::getLoggerRepository()); });
+  return logContainAll(CONFIGURE_FAILURES, 0, [&] {
+    if (LOGDocumentRefusal::refuses(fileName)) return 0;
+    return instance()->doConfigure(fileName, LOGManager::getLoggerRepository());
+  });
 }
 
 int LOGDOMConfigurator::configure(VRKIDOM_Element root) {
@@ -338,8 +342,8 @@ void LOGDOMConfigurator::parseLogger(const VRKIDOM_Element& element) {
 }
 
 bool LOGDOMConfigurator::isLoggerName(const I18NString& name) {
-  constexpr std::size_t LONGEST = 1000, SHOWN = 100;
-  if (name.length() <= LONGEST) return true;
+  constexpr std::size_t SHOWN = 100;
+  if (name.length() <= LOGDocumentTables::LONGEST_LOGGER_NAME) return true;
   LOGLogLog::error("Logger name [" + name.substring(0, SHOWN) + "...] is longer than 1000 characters. Ignoring it.");
   return false;
 }

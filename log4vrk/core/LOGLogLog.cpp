@@ -117,6 +117,7 @@ void collect(const Text& appendText) {
 template <typename Text>
 void writeMessage(const char* prefix, const Text& appendText) {
   if (prefix != PREFIX && LOGProblems::areCollected()) collect(appendText);
+  if (LOGProblems::areApart()) return;
   if (g_silent.load(std::memory_order_relaxed)) return;
   // A failure is written while its exception is handled. A cancellation that comes then would end the process.
   const VRKNoCancellation finished;

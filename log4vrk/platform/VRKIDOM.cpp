@@ -394,6 +394,18 @@ VRKIDOM_Node VRKIDOM_NodeList::item(long index) const {
   return Access::handle<VRKIDOM_Node>(m_owner, m_nodes[static_cast<std::size_t>(index)]);
 }
 
+long VRKIDOM_NamedNodeMap::getLength() const {
+  long length = 0;
+  for (const Node* each = isNull() ? nullptr : m_element->firstAttribute; each != nullptr; each = each->next) ++length;
+  return length;
+}
+
+VRKIDOM_Node VRKIDOM_NamedNodeMap::item(long index) const {
+  Node* each = isNull() || index < 0 ? nullptr : m_element->firstAttribute;
+  while (each != nullptr && index-- > 0) each = each->next;
+  return Access::handle<VRKIDOM_Node>(m_element, each);
+}
+
 VRKIDOM_Node VRKIDOM_NamedNodeMap::getNamedItem(const I18NString& name) const {
   return isNull() ? VRKIDOM_Node() : Access::handle<VRKIDOM_Node>(m_element, attributeOf(*m_element, name.view()));
 }

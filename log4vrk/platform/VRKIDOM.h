@@ -96,6 +96,9 @@ class LOG4VRK_EXPORT VRKIDOM_NodeList {
 class LOG4VRK_EXPORT VRKIDOM_NamedNodeMap {
  public:
   bool isNull() const { return !m_element; }
+  long getLength() const;
+  /// In the order of the document. Null when `index` is out of range.
+  VRKIDOM_Node item(long index) const;
   /// Null when there is no such attribute.
   VRKIDOM_Node getNamedItem(const I18NString& name) const;
 

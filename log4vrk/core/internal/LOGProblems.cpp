@@ -22,7 +22,8 @@ __thread LOGProblems::Run* LOGProblems::s_run = nullptr;
 
 LOGProblems::Run::~Run() {
   if (!m_isOutermost) return;
-  s_run = nullptr;
+  s_run = m_before;
+  if (m_isApart) return;
   const LOGLeafGuard guard(g_mutex);
   g_lastRun.swap(m_lines);
 }

@@ -30,6 +30,10 @@ class LOGProblems {
         // Without memory, or with a name that is no text, lines begin with what they say.
       }
     }
+    struct Apart {};
+    /// Nothing of what follows reaches the internal log or the program: it is for lines() alone.
+    explicit Run(Apart) noexcept : m_before(s_run), m_isOutermost(true), m_isApart(true) { s_run = this; }
+    const std::string& lines() const { return m_lines; }
     /// What has been collected takes the place of what the run before has left.
     ~Run();
     Run(const Run&) = delete;
@@ -43,7 +47,9 @@ class LOGProblems {
     std::string m_failedAt;          // where the error that is on its way was raised
     std::string m_lines;
     int m_pauses = 0;
+    Run* const m_before = nullptr;
     const bool m_isOutermost;
+    const bool m_isApart = false;
   };
 
   /// While it lives, the run reads this part of the document.
@@ -82,6 +88,7 @@ class LOGProblems {
   };
 
   static bool areCollected() { return s_run != nullptr && s_run->m_pauses == 0; }
+  static bool areApart() { return s_run != nullptr && s_run->m_isApart; }
   /// For LOGLogLog. An empty text is none; what there is no memory for is lost.
   static void add(std::string_view text) noexcept;
 

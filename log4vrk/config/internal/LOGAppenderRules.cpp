@@ -1,0 +1,429 @@
+#include "log4vrk/config/internal/LOGAppenderRules.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "log4vrk/config/LOGDOMConfigurator.h"
+#include "log4vrk/config/internal/LOGDOMChildren.h"
+#include "log4vrk/config/internal/LOGDocumentRules.h"
+#include "log4vrk/config/internal/LOGEventTrial.h"
+#include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGOptionConverter.h"
+#include "log4vrk/core/internal/LOGProblems.h"
+#include "log4vrk/net/LOGSyslogAppender.h"
+#include "log4vrk/platform/I18NLocale.h"
+#include "log4vrk/platform/VRKConfigurationFactory.h"
+
+using Reader = LOGDOMConfigurator;
+using Tables = LOGDocumentTables;
+using Model = LOGDocumentModel;
+
+namespace {
+
+constexpr long FEW_BYTES = 1024, MANY_BACKUPS = 1000;
+constexpr LOGFinding::Severity NOTE = LOGFinding::NOTE, WARNING = LOGFinding::WARNING, FAULT = LOGFinding::FAULT;
+
+const std::vector<std::string> LEVELS{"ALL", "DEBUG", "INFO", "WARN", "ERROR", "FATAL", "OFF"};
+
+bool isNumber(std::string_view text) {
+  if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
+  return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+}
+
+std::string quoted(const std::string& name, const std::string& value) { return name + "=\"" + value + "\""; }
+
+// Names as documents write them: without the prefix that the reader puts in front.
+template <typename Base>
+std::vector<std::string> namesOf(const std::vector<Tables::Class<Base>>& classes) {
+  std::vector<std::string> names;
+  for (const auto& each : classes) names.emplace_back(std::string_view(each.name).substr(3));
+  return names;
+}
+
+template <typename Base>
+std::string nearestClass(const Model::Part& part, const std::vector<Tables::Class<Base>>& classes) {
+  std::string name = Model::attribute(part.element, Reader::CLASS_ATTR);
+  while (!name.empty() && name.back() == '.') name.pop_back();
+  name = Reader::subst(I18NString(name)).toUtf8();
+  if (name.rfind("LOG", 0) == 0 || name.rfind("Log", 0) == 0) name.erase(0, 3);
+  const std::vector<std::string> names = namesOf(classes);
+  const bool isPlain = std::find(names.begin(), names.end(), name) != names.end();
+  return isPlain ? name : logNearest(name, names);
+}
+
+std::string classText(const Model::Part& part) {
+  return quoted("class", Model::attribute(part.element, Reader::CLASS_ATTR));
+}
+
+// Whether a pattern has an item of one of these letters.
+bool hasItem(const std::string& pattern, std::string_view letters) {
+  for (std::size_t at = pattern.find('%'); at != pattern.npos; at = pattern.find('%', at + 1)) {
+    const std::size_t letter = pattern.find_first_not_of("-.0123456789", at + 1);
+    if (letter == pattern.npos) return false;
+    if (letters.find(pattern[letter]) != letters.npos) return true;
+    at = letter;
+  }
+  return false;
+}
+
+std::string pathOf(const Model::Appender& appender) {
+  const I18NString path = VRKConfigurationFactory::getInstance().resolvePath(I18NString(appender.value("File")));
+  return std::filesystem::path(path.toUtf8()).lexically_normal().string();
+}
+
+}  // namespace
+
+void LOGAppenderRules::addOf(LOGFinding::Severity severity, const char* name, const Parameter& parameter,
+                             const std::string& where, const std::string& effect, const std::string& suggestion) {
+  m_findings.add(severity, name, parameter.element, LOGFindings::parameter(where, parameter.name),
+                 quoted("value", parameter.value), effect, suggestion);
+}
+
+void LOGAppenderRules::check() {
+  const LOGEventTrial trial(m_model);
+  for (const auto& each : m_model.appenders()) {
+    const Appender& appender = *each;
+    checkName(appender);
+    if (!checkClass(appender)) continue;
+    checkParameters(appender, LOGFindings::appender(appender));
+    if (appender.isFile()) checkFile(appender);
+    if (appender.is("LOGRollingFileAppender")) checkRolling(appender);
+    if (appender.isAsync()) checkAsync(appender);
+    if (appender.is("LOGSyslogAppender")) checkSyslog(appender);
+    if (appender.is("LOGLocalUDPAppender") || appender.is("LOGTCPSocketAppender")) checkPort(appender, "Port");
+    checkLayouts(appender);
+    checkFilters(appender, (trial.reaching(appender) & trial.passing(appender)) == 0);
+    checkErrorHandlers(appender);
+    if (appender.isReferred) checkSilence(appender, trial);
+  }
+  checkSharedFiles();
+}
+
+void LOGAppenderRules::checkName(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  if (!appender.isFirst) {
+    add(WARNING, "appender-name-twice", appender, where, quoted("name", appender.name),
+        "the first appender of that name counts; this one is never made");
+  } else if (!appender.isReferred && appender.isKnown) {
+    add(WARNING, "appender-unused", appender, where, "", "nothing refers to it, so it is never made");
+  }
+  if (appender.name.empty()) {
+    add(WARNING, "appender-without-name", appender, where, "", "only a reference without a name leads to it");
+  }
+}
+
+bool LOGAppenderRules::checkClass(const Appender& appender) {
+  if (appender.isKnown) return true;
+  add(FAULT, "appender-class-unknown", appender, LOGFindings::appender(appender), classText(appender),
+      "there is no such class; no appender is made, and the internal log does not name it",
+      nearestClass(appender, Tables::appenders()));
+  return false;
+}
+
+void LOGAppenderRules::checkParameters(const Part& part, const std::string& where) {
+  std::set<std::string> seen;
+  for (const Parameter& parameter : part.parameters) {
+    checkParameter(part, parameter, where);
+    if (parameter.counts() && !seen.insert(parameter.known->name).second) {
+      addOf(WARNING, "param-twice", parameter, where, "the last value counts");
+    }
+  }
+}
+
+void LOGAppenderRules::checkParameter(const Part& part, const Parameter& parameter, const std::string& where) {
+  if (parameter.known == nullptr) return checkIgnored(part, parameter, where);
+  if (!parameter.counts()) {
+    return addOf(WARNING, "param-empty", parameter, where, "a parameter without a value is ignored");
+  }
+  switch (parameter.known->type) {
+    case Tables::BOOLEAN:
+      return checkBoolean(parameter, where);
+    case Tables::NUMBER:
+      return checkNumber(parameter, where);
+    case Tables::LEVEL:
+      return checkLevel(parameter, where);
+    case Tables::TEXT:
+      break;
+  }
+}
+
+void LOGAppenderRules::checkIgnored(const Part& part, const Parameter& parameter, const std::string& where) {
+  std::vector<std::string> names;
+  for (const Tables::Parameter& each : Tables::parameters()) {
+    if (part.isKnown && part.className == each.className) names.emplace_back(each.name);
+  }
+  const std::string nearest = logNearest(parameter.name, names);
+  const bool isCase = !nearest.empty() && vrkEqualIgnoringCase(I18NString(nearest), I18NString(parameter.name));
+  m_findings.add(WARNING, isCase ? "param-case" : "param-ignored", parameter.element,
+                 LOGFindings::parameter(where, parameter.name), quoted("name", parameter.name),
+                 isCase ? "case matters: the parameter is ignored" : "the class has no such parameter; it is ignored",
+                 nearest);
+}
+
+void LOGAppenderRules::checkBoolean(const Parameter& parameter, const std::string& where) {
+  const I18NString value(parameter.value);
+  if (vrkEqualIgnoringCase(value, "true") || vrkEqualIgnoringCase(value, "false")) return;
+  addOf(WARNING, "boolean-value", parameter, where, "it is true: only false is not",
+        logNearest(parameter.value, {"false", "true"}));
+}
+
+void LOGAppenderRules::checkNumber(const Parameter& parameter, const std::string& where) {
+  const std::string name = parameter.known->name;
+  const long number = Tables::asInteger(I18NString(parameter.value));
+  if (name == "MaximumFileSize" && number < FEW_BYTES) {
+    addOf(FAULT, "file-size", parameter, where,
+          "the size is " + std::to_string(number) +
+              " bytes, for there are no suffixes: the file is rolled over after nearly every event, and what it held "
+              "is soon lost");
+  } else if (name == "MaxBackupIndex" && number <= 0) {
+    addOf(WARNING, "no-backups", parameter, where, "no older file is kept: each roll-over discards what there is");
+  } else if (name == "MaxBackupIndex" && number > MANY_BACKUPS) {
+    addOf(WARNING, "many-backups", parameter, where, "a roll-over renames as many files, which takes long");
+  } else if (name == "BufferSize" && (number <= 0 || static_cast<int>(number) != number)) {
+    addOf(FAULT, "queue-size", parameter, where, "the queue has no room: every event is dropped");
+  } else if (!isNumber(parameter.value)) {
+    addOf(WARNING, "number-value", parameter, where, "it is taken for " + std::to_string(number),
+          std::to_string(number));
+  } else if (name == "ReconnectionDelay" && number <= 0) {
+    addOf(WARNING, "number-value", parameter, where, "there is no time between two attempts to connect");
+  }
+}
+
+void LOGAppenderRules::checkLevel(const Parameter& parameter, const std::string& where) {
+  const std::string name = parameter.known->name;
+  const I18NString value(parameter.value);
+  const bool isKnown = name == "LevelToMatch" ? LOGOptionConverter::toLevel(value, nullptr) != nullptr
+                                              : LOGLevel::toLevel(value, nullptr) != nullptr;
+  if (isKnown) return;
+  const char* const effect = name == "LevelToMatch" ? "there is no such level; the filter decides on nothing"
+                             : name == "LevelMax"   ? "there is no such level; DEBUG is taken, so that higher levels "
+                                                      "are dropped"
+                                                    : "there is no such level; DEBUG is taken";
+  addOf(WARNING, "filter-level-unknown", parameter, where, effect, logNearest(parameter.value, LEVELS));
+}
+
+void LOGAppenderRules::checkFile(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  const std::string file = appender.value("File");
+  if (file.empty()) {
+    add(FAULT, "file-missing", appender, where, "", "without a File the appender writes nothing");
+    return;
+  }
+  const Parameter& parameter = *appender.find("File");
+  if (file[0] != '/') {
+    addOf(NOTE, "file-relative", parameter, where,
+          "the path starts at the program's working directory, or at its base directory if it has set one");
+  }
+  const Parameter* const append = appender.find("Append");
+  if (append != nullptr && Tables::asBoolean(I18NString(append->value)) == 0) {
+    addOf(NOTE, "file-emptied", *append, where, "the file is emptied at every start and with every new configuration");
+  }
+}
+
+void LOGAppenderRules::checkRolling(const Appender& appender) {
+  if (appender.find("MaxBackupIndex") != nullptr) return;
+  add(NOTE, "one-backup", appender, LOGFindings::appender(appender), "",
+      "MaxBackupIndex is 1 by default: one older file is kept");
+}
+
+void LOGAppenderRules::checkAsync(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  for (const Model::Reference& reference : appender.nested) {
+    if (appender.isReferred) logCheckReference(m_model, reference, where, m_findings);
+    if (reference.appender != nullptr) checkNamesBehindQueue(appender, *reference.appender);
+  }
+  if (appender.nested.empty()) {
+    add(FAULT, "queue-without-appender", appender, where, "", "it refers to no appender: events are swallowed");
+    return;
+  }
+  if (appender.is("LOGDurableAsyncAppender")) return;
+  add(NOTE, "queue-needs-shutdown", appender, where, "",
+      "when the queue is full, logging waits; what is queued when the process is killed or leaves by _exit() is lost");
+}
+
+void LOGAppenderRules::checkNamesBehindQueue(const Appender& queue, const Appender& appender) {
+  if (queue.is("LOGDurableAsyncAppender")) return;  // which always takes them along
+  if (Tables::asBoolean(I18NString(queue.value("LocationInfo"))) != 0) return;
+  const Part* const layout = appender.layout();
+  if (layout == nullptr) return;
+  const bool prints = layout->is("LOGTTCCLayout") || layout->is("LOGXMLLayout") || layout->is("LOGHTMLLayout") ||
+                      (layout->is("LOGPatternLayout") && hasItem(layout->value("ConversionPattern"), "tx"));
+  if (!prints) return;
+  add(WARNING, "queue-hides-thread", queue, LOGFindings::appender(queue), LOGFindings::appender(appender),
+      "its layout prints the thread of the queue and no context, unless LocationInfo of the queue is true");
+}
+
+void LOGAppenderRules::checkSyslog(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  add(NOTE, "syslog-severity", appender, where, "",
+      "every message has severity 0, emergency; text outside of ASCII loses its end");
+  const Parameter* const facility = appender.find("Facility");
+  if (facility == nullptr || LOGSyslogAppender::getFacility(I18NString(facility->value)) >= 0) return;
+  std::vector<std::string> names;
+  for (int code = 0; code <= 184; code += 8) {
+    if (std::string name = LOGSyslogAppender::getFacilityString(code).toUtf8(); !name.empty()) names.push_back(name);
+  }
+  addOf(WARNING, "facility-unknown", *facility, where, "there is no such facility; user is taken",
+        logNearest(facility->value, names));
+}
+
+void LOGAppenderRules::checkPort(const Appender& appender, const char* parameter) {
+  const std::string where = LOGFindings::appender(appender);
+  const Parameter* const port = appender.find(parameter);
+  const long number = Tables::asInteger(I18NString(appender.value(parameter)));
+  if (port != nullptr && (number < 1 || number > 65535)) {
+    addOf(FAULT, "port-range", *port, where, "ports are 1 to 65535; nothing is sent");
+  }
+  if (appender.is("LOGTCPSocketAppender")) {
+    if (appender.find("RemoteHost") != nullptr) return;
+    add(FAULT, "host-missing", appender, where, "", "without a RemoteHost the appender stays closed");
+    return;
+  }
+  bool hasRenderer = false;
+  for (const VRKIDOM_Element& child : logChildElements(m_model.root())) {
+    hasRenderer = hasRenderer || child.getTagName() == Reader::RENDERER_TAG;
+  }
+  if (hasRenderer) return;
+  add(WARNING, "datagrams-without-renderer", appender, where, "",
+      "messages without a renderer of their class arrive without their text");
+}
+
+void LOGAppenderRules::checkLayouts(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  const bool isUnused = appender.isAsync() || appender.is("LOGLocalUDPAppender");
+  const bool isNeeded = !isUnused && !appender.is("LOGTCPSocketAppender");
+  if (appender.layouts.empty()) {
+    if (isNeeded) add(FAULT, "layout-missing", appender, where, "", "without a layout nothing is written");
+    return;
+  }
+  for (const Part& layout : appender.layouts) checkLayout(appender, layout);
+  const Part& last = appender.layouts.back();
+  if (appender.layouts.size() > 1) {
+    add(WARNING, "layout-twice", last, where, classText(last), "the last layout counts");
+  }
+  if (isUnused) add(WARNING, "layout-unused", last, where, classText(last), "the appender does not use a layout");
+}
+
+void LOGAppenderRules::checkLayout(const Appender& appender, const Part& layout) {
+  const std::string where = LOGFindings::appender(appender);
+  if (!layout.isKnown) {
+    add(WARNING, "layout-class-unknown", layout, where, classText(layout),
+        "there is no such class; the plain message is written", nearestClass(layout, Tables::layouts()));
+  }
+  checkParameters(layout, where);
+  const bool isXml = layout.is("LOGXMLLayout"), isHtml = layout.is("LOGHTMLLayout");
+  if (isXml) {
+    add(NOTE, "xml-fragments", layout, where, classText(layout),
+        "elements without a root element, with a prefix that nothing declares; times are whole seconds");
+  }
+  if (isHtml) add(NOTE, "html-rows", layout, where, classText(layout), "rows only: neither header nor footer");
+  if ((isXml || isHtml) && Tables::asBoolean(I18NString(layout.value("LocationInfo"))) != 0) {
+    add(NOTE, "location-unknown", layout, where, classText(layout), "the place of the log call is always \"?\"");
+  }
+  // The layout itself says what it does not understand.
+  for (const Parameter& parameter : layout.parameters) {
+    if (!parameter.counts() || parameter.known->type != Tables::TEXT) continue;
+    const LOGProblems::Run apart{LOGProblems::Run::Apart()};
+    parameter.known->set(*Tables::makeLayout(layout.className), I18NString(parameter.value));
+    if (apart.lines().empty()) continue;
+    const bool isZone = parameter.known->name == std::string_view("TimeZone");
+    if (isZone) {
+      addOf(WARNING, "time-zone-unknown", parameter, where, "there is no such time zone; local time is used");
+    } else {
+      addOf(FAULT, "pattern-item", parameter, where, apart.lines().substr(0, apart.lines().size() - 1));
+    }
+  }
+  const std::string pattern = layout.value("ConversionPattern");
+  const bool isLine = appender.isFile() || appender.is("LOGConsoleAppender");
+  if (layout.is("LOGPatternLayout") && isLine && !hasItem(pattern, "n") && pattern.find('\n') == pattern.npos) {
+    add(WARNING, "pattern-without-line-end", layout, where, pattern, "lines end only where the pattern has %n");
+  }
+}
+
+// Behind a filter that accepts, one that denies everything is common.
+void LOGAppenderRules::checkFilters(const Appender& appender, bool isSilent) {
+  const std::string where = LOGFindings::appender(appender);
+  for (const Part& filter : appender.filters) {
+    if (!filter.isKnown) {
+      add(isSilent ? FAULT : WARNING, "filter-class-unknown", filter, where, classText(filter),
+          "there is no such class; events that come to the filter are denied", nearestClass(filter, Tables::filters()));
+    }
+    checkParameters(filter, where);
+    const bool counts = std::any_of(filter.parameters.begin(), filter.parameters.end(),
+                                    [](const Parameter& each) { return each.counts(); });
+    if (filter.isKnown && !counts && !filter.is("LOGDenyAllFilter")) {
+      add(WARNING, "filter-without-effect", filter, where, classText(filter),
+          "without its parameter it decides nothing");
+    }
+  }
+}
+
+void LOGAppenderRules::checkErrorHandlers(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  for (const Part& handler : appender.errorHandlers) {
+    if (!handler.isKnown) {
+      add(WARNING, "error-handler-class", handler, where, classText(handler),
+          "a handler that does nothing is made, with a warning", Tables::ERROR_HANDLER);
+    } else if (!appender.is("LOGSyslogAppender")) {
+      add(NOTE, "error-handler-unused", handler, where, classText(handler), "the appender never calls its handler");
+    }
+    checkParameters(handler, where);
+  }
+  if (appender.errorHandlers.size() > 1) {
+    add(WARNING, "error-handler-twice", appender.errorHandlers.back(), where, "", "the last handler counts");
+  }
+  for (const Model::Reference& backup : appender.backups) {
+    if (appender.isReferred) logCheckReference(m_model, backup, where, m_findings);
+    if (backup.appender == nullptr) continue;
+    m_findings.add(WARNING, "backup-unused", backup.element, where, quoted("ref", backup.name),
+                   "the backup appender is made, which may empty its file, and never used");
+  }
+  if (appender.isAsync()) return;
+  for (const Model::Reference& reference : appender.nested) {
+    m_findings.add(FAULT, "appender-ref-refused", reference.element, where, quoted("ref", reference.name),
+                   "only an AsyncAppender refers to appenders; nothing is attached");
+  }
+}
+
+// Backups belong to the appender that makes them.
+void LOGAppenderRules::checkSharedFiles() {
+  std::map<std::string, const Appender*> owners;
+  const auto used = [&](const Appender& appender) {
+    return appender.isFile() && appender.isReferred && appender.isFirst && !appender.value("File").empty();
+  };
+  for (const auto& each : m_model.appenders()) {
+    if (!used(*each)) continue;
+    const auto [owner, isNew] = owners.emplace(pathOf(*each), each.get());
+    if (isNew) continue;
+    addOf(WARNING, "file-shared", *each->find("File"), LOGFindings::appender(*each),
+          "the lines of " + LOGFindings::appender(*owner->second) +
+              " go there too; a roll-over of the one renames the file under the other");
+  }
+  for (const auto& each : m_model.appenders()) {
+    if (!used(*each) || !each->is("LOGRollingFileAppender")) continue;
+    const std::string prefix = pathOf(*each) + ".";
+    const long last = Tables::asInteger(I18NString(each->value("MaxBackupIndex")));
+    for (auto other = owners.lower_bound(prefix); other != owners.end(); ++other) {
+      if (other->first.compare(0, prefix.size(), prefix) != 0) break;
+      const std::string index = other->first.substr(prefix.size());
+      const bool isBackup = isNumber(index) && index[0] != '0' && Tables::asInteger(I18NString(index)) <= last &&
+                            Tables::asInteger(I18NString(index)) > 0;
+      if (!isBackup) continue;
+      addOf(WARNING, "file-is-backup", *other->second->find("File"), LOGFindings::appender(*other->second),
+            "it is the name of a backup of " + LOGFindings::appender(*each) + ", which will replace the file");
+    }
+  }
+}
+
+void LOGAppenderRules::checkSilence(const Appender& appender, const LOGEventTrial& trial) {
+  const LOGEventTrial::Levels reaching = trial.reaching(appender), passing = trial.passing(appender);
+  const bool isTold =
+      std::any_of(appender.filters.begin(), appender.filters.end(), [](const Part& filter) { return !filter.isKnown; });
+  if (reaching == 0) {
+    add(WARNING, "appender-silent", appender, LOGFindings::appender(appender), "",
+        "no event comes to it, by the levels of the loggers, the threshold and the filters of queues");
+  } else if ((reaching & passing) == 0 && !isTold) {
+    add(FAULT, "filters-deny-all", appender, LOGFindings::appender(appender), "",
+        passing == 0 ? "its filters deny every event" : "its filters deny every event of the levels that come to it");
+  }
+}

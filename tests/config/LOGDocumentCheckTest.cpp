@@ -1,0 +1,222 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "tests/config/DocumentTable.h"
+#include "tests/config/DocumentTrial.h"
+#include "tests/support/Tests.h"
+
+using namespace vrktest;
+
+namespace {
+
+struct DocumentCheckTest : testing::Test {
+  DocumentCheckTest() {
+    std::filesystem::create_directories(dir.file("work"));
+    std::filesystem::current_path(dir.file("work"));
+  }
+  ~DocumentCheckTest() override { std::filesystem::current_path("/"); }
+
+  std::string write(const std::string& document) { return dir.write("log.xml", document); }
+
+  static std::string namesOf(const std::vector<LOGFinding>& findings) {
+    std::string names;
+    for (const LOGFinding& finding : findings) {
+      names += std::string(names.empty() ? "" : " ") + "NWE"[finding.severity] + " " + finding.name;
+    }
+    return names;
+  }
+
+  // Where the library and the check do not say the same of a document; empty where they agree.
+  std::string disagreement(const std::string& path) {
+    const LOGDocumentCheck check(path.c_str());
+    clear();
+    const Quiet quiet;
+    DocumentTrial trial(path, dir);
+    const std::string said = namesOf(check.findings());
+    if (check.count(LOGFinding::WARNING) == 0) {
+      return trial.isWhole() ? "" : "silent [" + said + "], but the library: " + trial.problems() + trial.complaints();
+    }
+    for (const LOGFinding& finding : check.findings()) {
+      if (finding.severity != LOGFinding::FAULT || trial.result() != 1) continue;
+      const std::string appender = appenderIn(finding.where);
+      const bool isUnconfigured = appender.empty() ? !trial.isWhole() : !trial.works(appender);
+      if (!isUnconfigured && !isIgnored(path, finding, trial)) return finding.name + ", but the library has no trouble";
+    }
+    return "";
+  }
+
+  // Whether the element makes no difference: without it the library does the same.
+  bool isIgnored(const std::string& path, const LOGFinding& finding, DocumentTrial& trial) {
+    VRKIDOM_Document document = VRKIDOM_Parser().parse(path.c_str());
+    const VRKIDOM_NodeList all = document.getElementsByTagName("*");
+    for (long i = 1; i < all.getLength(); ++i) {
+      const VRKIDOM_Node element = all.item(i);
+      if (element.getLineNumber() != finding.line || element.getColumnNumber() != finding.column) continue;
+      document.createElement("gone").appendChild(element);
+      return DocumentTrial(document, dir).state() == trial.state();
+    }
+    return false;
+  }
+
+  // Names, and values in their quotes, but not those of files.
+  static std::vector<std::pair<std::size_t, std::size_t>> wordsIn(const std::string& document) {
+    constexpr char LETTERS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-";
+    std::vector<std::pair<std::size_t, std::size_t>> words;
+    for (std::size_t at = 0, end; at < document.size(); at = end) {
+      const bool isValue = document[at] == '\'';
+      end = isValue ? document.find('\'', at + 1) + 1
+                    : std::min(document.find_first_not_of(LETTERS, at), document.size());
+      const bool isFile = document.substr(at, end - at).find('/') != std::string::npos;
+      if (end == at)
+        ++end;
+      else if (!isFile)
+        words.emplace_back(at, end - at);
+    }
+    return words;
+  }
+
+  static std::string appenderIn(const std::string& where) {
+    const std::string begin = "appender [";
+    if (where.rfind(begin, 0) != 0) return "";
+    return where.substr(begin.size(), where.find(']') - begin.size());
+  }
+
+  void clear() {
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path())) {
+      if (entry.is_regular_file() && entry.path().extension() != ".xml") std::filesystem::remove(entry.path());
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(dir.file("work"))) {
+      std::filesystem::remove_all(entry.path());
+    }
+  }
+
+  // Console appenders write into the void meanwhile.
+  struct Quiet {
+    Quiet() : m_output((std::fflush(stdout), ::dup(1))), m_nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC)) {
+      ::dup2(m_nowhere, 1);
+    }
+    ~Quiet() {
+      ::dup2(m_output, 1);
+      ::close(m_output);
+      ::close(m_nowhere);
+    }
+    const int m_output, m_nowhere;
+  };
+
+  TempDir dir;
+};
+
+TEST_F(DocumentCheckTest, FindsWhatTheTableSays) {
+  for (const auto& [findings, body] : CHECKED_DOCUMENTS) {
+    const LOGDocumentCheck check(write(expand(body, dir.path())).c_str());
+    EXPECT_EQ(findings, namesOf(check.findings())) << body;
+  }
+}
+
+// Where it says error, the library does not configure that piece, and where it says nothing, everything works.
+TEST_F(DocumentCheckTest, SaysOfTheTableWhatTheLibraryDoes) {
+  for (const CheckedDocument& document : CHECKED_DOCUMENTS) {
+    EXPECT_EQ("", disagreement(write(expand(document.body, dir.path())))) << document.body;
+  }
+}
+
+TEST_F(DocumentCheckTest, TellsPlaceTextEffectAndTheNearestSpelling) {
+  const LOGDocumentCheck check(write("<log4j:configuration>\n  <appender name='f' class='LOGRolingFileAppender'>\n"
+                                     "</appender>\n<root><level value='WARNING'/>\n <appender-ref ref='F'/></root>"
+                                     "</log4j:configuration>")
+                                   .c_str());
+  ASSERT_EQ("E appender-class-unknown W events-go-nowhere W level-unknown E appender-missing",
+            namesOf(check.findings()));
+  const std::tuple<long, long, std::string, std::string, std::string> EXPECTED[] = {
+      {2, 3, "appender [f]", "class=\"LOGRolingFileAppender\"", "RollingFileAppender"},
+      {4, 1, "root", "", ""},
+      {4, 7, "root", "value=\"WARNING\"", "WARN"},
+      {5, 2, "root", "ref=\"F\"", "f"}};
+  for (std::size_t i = 0; i < std::size(EXPECTED); ++i) {
+    const LOGFinding& finding = check.findings()[i];
+    EXPECT_EQ(EXPECTED[i],
+              std::make_tuple(finding.line, finding.column, finding.where, finding.text, finding.suggestion));
+    EXPECT_NE("", finding.effect);
+  }
+}
+
+TEST_F(DocumentCheckTest, ChangesNothing) {
+  LOG4VRKConfigurator::initialize("missing.xml");
+  const I18NString problems = LOG4VRKConfigurator::getProblems();
+  const InternalLog log;
+  const LOGDocumentCheck check(write(expand("$W$F<layout class='PatternLayout'><param name='ConversionPattern' "
+                                            "value='%y'/></layout><param name='Append' value='false'/>$E$R",
+                                            dir.path()))
+                                   .c_str());
+  EXPECT_EQ(3U, check.findings().size()) << namesOf(check.findings());
+  EXPECT_TRUE(check.sample().find("a: %y") == 0 && !check.dump().empty());
+  EXPECT_EQ("", log.text()) << "what it tries is no matter of the internal log";
+  EXPECT_EQ(problems, LOG4VRKConfigurator::getProblems());
+  EXPECT_FALSE(std::filesystem::exists(dir.file("a.log")));
+}
+
+// Good documents with a slip of the hand in each, from a generator with a fixed seed.
+TEST_F(DocumentCheckTest, HasFaultyDocumentsRefusedWhenTheProgramWantsThat) {
+  const std::string faulty = write(
+      expand("$A<root><level value='FATAL'/><appender-ref ref='a'/>\n<appender-ref ref='b'/></root>", dir.path()));
+  LOG4VRKConfigurator::setRefuseFaultyDocuments(1);
+  const InternalLog log;
+  EXPECT_EQ(0, LOG4VRKConfigurator::initialize(faulty.c_str()));
+  EXPECT_TRUE(*LOGManager::getRootLogger()->getLevel() == *LOGLevel::DEBUG_OBJ) << "nothing has changed";
+  const std::string problems = LOG4VRKConfigurator::getProblems().toUtf8();
+  EXPECT_EQ(0U, problems.find(faulty + ":2: LOG4VRKConfigurator::initialize -- root: ref=\"b\": there is no appender"));
+  EXPECT_EQ(2, log.count("log4vrk:ERROR LOG4VRKConfigurator::initialize -- ")) << log.text();
+  EXPECT_EQ(0, LOG4VRKConfigurator::initialize("missing.xml"));
+  EXPECT_EQ(0U, LOG4VRKConfigurator::getProblems().toUtf8().find("missing.xml: Could not parse the document "));
+  LOG4VRKConfigurator::setRefuseFaultyDocuments(0);
+  EXPECT_EQ(1, LOG4VRKConfigurator::initialize(faulty.c_str())) << "off, as at first";
+  LOGManager::getRootLogger()->removeAllAppenders();
+}
+
+struct MutatedDocuments : DocumentCheckTest, testing::WithParamInterface<unsigned> {};
+INSTANTIATE_TEST_SUITE_P(Seeds, MutatedDocuments, testing::Range(0U, 10U));
+
+TEST_P(MutatedDocuments, AreJudgedAsTheLibraryTakesThem) {
+  std::vector<std::string> good;
+  for (const CheckedDocument& document : CHECKED_DOCUMENTS) {
+    const std::string text = expand(document.body, dir.path());
+    if (*document.findings == '\0' && text.find("TCP") == text.npos) good.push_back(text);
+  }
+  std::mt19937 random(20261122 + GetParam());
+  const auto pick = [&](std::size_t size) { return std::uniform_int_distribution<std::size_t>(0, size - 1)(random); };
+  int silent = 0, faulty = 0;
+  for (int i = 0; i < 200; ++i) {
+    std::string document = good[pick(good.size())];
+    const std::vector<std::pair<std::size_t, std::size_t>> words = wordsIn(document);
+    const auto [at, length] = words[pick(words.size())];
+    std::string text = document.substr(at, length);
+    const std::size_t offset = text[0] == '\'' ? 1 : 0;
+    switch (pick(5)) {
+      case 0:
+        text.erase(offset + pick(std::max<std::size_t>(1, text.size() - 2 * offset)), text.size() > 2 * offset ? 1 : 0);
+        break;
+      case 1:
+        text.insert(offset, 1, "xX1 L"[pick(text[0] == '\'' ? 5 : 2)]);
+        break;
+      case 2:
+        for (char& c : text) c = static_cast<char>(std::isupper(static_cast<unsigned char>(c)) ? std::tolower(c) : c);
+        break;
+      case 3:
+        if (offset == 1) text = "''";
+        break;
+      default:
+        text = document.substr(words[pick(words.size())].first, length);
+        if (offset == 1 || text.find_first_of("'<>=/ ") != text.npos) text = offset == 1 ? "'WARN'" : "root";
+        break;
+    }
+    document.replace(at, length, text);
+    const std::string path = write(document);
+    ASSERT_EQ("", disagreement(path)) << "mutation " << i << ": " << document;
+    const LOGDocumentCheck check(path.c_str());
+    silent += check.count(LOGFinding::WARNING) == 0 ? 1 : 0;
+    faulty += check.count(LOGFinding::FAULT) > 0 ? 1 : 0;
+  }
+  EXPECT_TRUE(silent > 10 && faulty > 50) << silent << " silent, " << faulty << " with errors: both sides are tried";
+}
+
+}  // namespace
