@@ -52,13 +52,15 @@ class OurLog {
   LOGLogger* m_logger = nullptr;
 };
 
-/// The same behind a queue.
+/// The same behind a queue: an ordinary one, one before a file with a buffer, or one that outlives a kill.
 class OurAsyncLog {
  public:
-  explicit OurAsyncLog(const std::string& path, int bufferedIO = 0)
-      : m_file(bufferedIO == 1 ? new LOGFileAppender(OurLog::layout(), path.c_str(), 0, 1, BUFFER_SIZE)
-                               : new LOGFileAppender(OurLog::layout(), path.c_str(), 0)),
-        m_log(queueBefore(m_file.get())) {}
+  enum Kind { ORDINARY, BUFFERED, DURABLE };
+
+  explicit OurAsyncLog(const std::string& path, Kind kind = ORDINARY)
+      : m_file(kind == BUFFERED ? new LOGFileAppender(OurLog::layout(), path.c_str(), 0, 1, BUFFER_SIZE)
+                                : new LOGFileAppender(OurLog::layout(), path.c_str(), 0)),
+        m_log(kind == DURABLE ? started(new LOGDurableAsyncAppender) : started(new LOGAsyncAppender)) {}
   ~OurAsyncLog() { close(); }
   OurAsyncLog(const OurAsyncLog&) = delete;
   OurAsyncLog& operator=(const OurAsyncLog&) = delete;
@@ -70,15 +72,16 @@ class OurAsyncLog {
   }
 
  private:
-  static LOGAsyncAppender* queueBefore(LOGAppenderSkeleton* appender) {
-    auto* const queue = new LOGAsyncAppender;
+  template <typename Queue>
+  LOGAppenderSkeleton* started(Queue* queue) {
+    queue->setName("benchmark");
     queue->setBufferSize(QUEUE_SIZE);
-    queue->addAppender(appender);
+    queue->addAppender(m_file.get());
     queue->activateOptions();
     return queue;
   }
 
-  std::unique_ptr<LOGFileAppender> m_file;
+  std::unique_ptr<LOGFileAppender> m_file;  // made before the queue
   OurLog m_log;
 };
 

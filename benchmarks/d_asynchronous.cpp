@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "benchmarks/Harness.h"
@@ -39,9 +40,12 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, l
     return measure(log, [&](long i) { log.log(i); });
   });
 #endif
-  for (const int bufferedIO : {0, 1}) {
-    comparison.add(bufferedIO == 1 ? "ours (buffered)" : "ours", [&folder, bufferedIO, events, measure] {
-      bench::OurAsyncLog log(folder.newFile(), bufferedIO);
+  const std::pair<const char*, bench::OurAsyncLog::Kind> OURS[] = {{"ours", bench::OurAsyncLog::ORDINARY},
+                                                                   {"ours (buffered)", bench::OurAsyncLog::BUFFERED},
+                                                                   {"ours (durable)", bench::OurAsyncLog::DURABLE}};
+  for (const auto& [name, kind] : OURS) {
+    comparison.add(name, [&folder, kind = kind, events, measure] {
+      bench::OurAsyncLog log(folder.newFile(), kind);
       std::vector<double> result = measure(log, [&](long i) { log.log(i); });
       folder.expectLines(events);
       return result;
@@ -51,7 +55,8 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, l
 
 void latency(const bench::Settings& settings, bench::Folder& folder) {
   const long events = settings.count(100'000);
-  Comparison comparison(settings, {{"d p50", "ns/call"}, {"d p99", "ns/call"}, {"d p99.9", "ns/call"}});
+  Comparison comparison(settings,
+                        {{"d p50", "ns/call"}, {"d p80", "ns/call"}, {"d p99", "ns/call"}, {"d p99.9", "ns/call"}});
   addContenders(comparison, folder, 1, events, [events](auto& log, auto call) {
     const double nanoseconds = bench::nanosecondsPerTick();
     const auto interval = static_cast<unsigned long long>(10'000 / nanoseconds);
@@ -65,13 +70,18 @@ void latency(const bench::Settings& settings, bench::Folder& folder) {
       calls.push_back(static_cast<double>(bench::ticks() - before) * nanoseconds);
     }
     log.close();
-    return std::vector<double>{bench::quantile(calls, 0.5), bench::quantile(calls, 0.99),
+    return std::vector<double>{bench::quantile(calls, 0.5), bench::quantile(calls, 0.8), bench::quantile(calls, 0.99),
                                bench::quantile(calls, 0.999)};
   });
   comparison.gate("d p50", "ours", "spsc", Comparison::AT_MOST, 1.6, 1.0);
-  comparison.gate("d p99", "ours", "spsc", Comparison::AT_MOST, 10, 2.5);
+  comparison.gate("d p80", "ours", "spsc", Comparison::AT_MOST, 1.8, 1.1);
+  comparison.gate("d p99", "ours", "", Comparison::AT_MOST, 300, 150);
   comparison.gate("d p99.9", "ours", "spsc", Comparison::AT_MOST, 2.5, 1.5);
   comparison.gate("d p50", "ours", "spdlog", Comparison::AT_MOST, 0.2);
+  for (const char* const item : {"d p50", "d p99"}) {
+    comparison.gate(item, "ours (durable)", "ours", Comparison::AT_MOST, 1.1);
+  }
+  comparison.gate("d p99.9", "ours (durable)", "ours", Comparison::AT_MOST, 1.5);
   comparison.run();
 }
 
@@ -85,6 +95,7 @@ void sustained(const bench::Settings& settings, bench::Folder& folder, int threa
   });
   comparison.gate(item, "ours", "spsc", Comparison::AT_LEAST, threads == 1 ? 0.33 : 0.38, 0.6);
   comparison.gate(item, "ours", "spdlog", Comparison::AT_LEAST, 2.5);
+  comparison.gate(item, "ours (durable)", "ours", Comparison::AT_LEAST, 0.85);
   comparison.run();
 }
 
