@@ -210,7 +210,7 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"N syslog-severity E layout-missing",
      "<appender name='a' class='SyslogAppender'>"
      "<param name='Host' value='127.0.0.1'/>$E$R"},
-    {"N syslog-severity W facility-unknown",
+    {"N syslog-severity N syslog-line-end W facility-unknown",
      "<appender name='a' class='SyslogAppender'>$L"
      "<param name='Host' value='127.0.0.1'/>"
      "<param name='Facility' value='local9'/>$E$R"},

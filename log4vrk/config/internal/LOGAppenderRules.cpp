@@ -66,6 +66,10 @@ bool hasItem(const std::string& pattern, std::string_view letters) {
   return false;
 }
 
+bool endsLine(const Model::Part* layout) {
+  return layout != nullptr && (!layout->is("LOGPatternLayout") || hasItem(layout->value("ConversionPattern"), "n"));
+}
+
 std::string pathOf(const Model::Appender& appender) {
   const I18NString path = VRKConfigurationFactory::getInstance().resolvePath(I18NString(appender.value("File")));
   return std::filesystem::path(path.toUtf8()).lexically_normal().string();
@@ -173,8 +177,7 @@ void LOGAppenderRules::checkNumber(const Parameter& parameter, const std::string
   if (name == "MaximumFileSize" && number < FEW_BYTES) {
     addOf(FAULT, "file-size", parameter, where,
           "the size is " + std::to_string(number) +
-              " bytes, for there are no suffixes: the file is rolled over after nearly every event, and what it held "
-              "is soon lost");
+              " bytes, for there are no suffixes: the file is rolled over after nearly every event");
   } else if (name == "MaxBackupIndex" && number <= 0) {
     addOf(WARNING, "no-backups", parameter, where, "no older file is kept: each roll-over discards what there is");
   } else if (name == "MaxBackupIndex" && number > MANY_BACKUPS) {
@@ -257,6 +260,17 @@ void LOGAppenderRules::checkSyslog(const Appender& appender) {
   const std::string where = LOGFindings::appender(appender);
   add(NOTE, "syslog-severity", appender, where, "",
       "every message has severity 0, emergency; text outside of ASCII loses its end");
+  if (endsLine(appender.layout())) {
+    add(NOTE, "syslog-line-end", appender, where, "", "daemons write the line feed at the end as #012");
+  }
+  for (const auto& other : m_model.appenders()) {
+    const bool isOther =
+        other->is("LOGSyslogAppender") && other->isReferred && other->value("Host") != appender.value("Host");
+    if (!isOther || !appender.isReferred) continue;
+    add(NOTE, "syslog-hosts", appender, where, quoted("Host", appender.value("Host")),
+        "one without a Host sends to the host that was set last, whichever appender that is");
+    break;
+  }
   const Parameter* const facility = appender.find("Facility");
   if (facility == nullptr || LOGSyslogAppender::getFacility(I18NString(facility->value)) >= 0) return;
   std::vector<std::string> names;
@@ -381,7 +395,7 @@ void LOGAppenderRules::checkErrorHandlers(const Appender& appender) {
   if (appender.isAsync()) return;
   for (const Model::Reference& reference : appender.nested) {
     m_findings.add(FAULT, "appender-ref-refused", reference.element, where, quoted("ref", reference.name),
-                   "only an AsyncAppender refers to appenders; nothing is attached");
+                   "only an AsyncAppender or DurableAsyncAppender refers to appenders; nothing is attached");
   }
 }
 

@@ -23,6 +23,9 @@ std::string shortName(const Model::Part& part) {
   return part.isKnown && name.rfind("LOG", 0) == 0 ? name.substr(3) : name;
 }
 
+// What is made of an unknown class.
+std::string layoutName(const Model::Part& layout) { return layout.isKnown ? shortName(layout) : "SimpleLayout"; }
+
 std::string parametersOf(const Model::Part& part) {
   std::string text;
   for (const Tables::Parameter& each : Tables::parameters()) {
@@ -107,7 +110,7 @@ void LOGDocumentReport::explainAppender(const Appender& appender, const LOGLevel
   } else if (layout != nullptr || appender.is("LOGTCPSocketAppender") || appender.is("LOGLocalUDPAppender")) {
     const bool writes = !appender.isFile() || !appender.value("File").empty();
     text += indent + (writes ? "written" : "lost: the appender has no file") +
-            (writes && layout != nullptr ? ", by " + shortName(*layout) + "\n" : "\n");
+            (writes && layout != nullptr ? ", by " + layoutName(*layout) + "\n" : "\n");
   } else {
     text += indent + "lost: the appender has no layout\n";
   }
@@ -131,7 +134,7 @@ std::string LOGDocumentReport::dump() const {
     text += !appender->isKnown ? " (unknown)" : !appender->isReferred || !appender->isFirst ? " (not made)" : "";
     text += "\n";
     if (const Model::Part* const layout = appender->layout()) {
-      text += "  layout " + (layout->isKnown ? shortName(*layout) : "SimpleLayout") + parametersOf(*layout) + "\n";
+      text += "  layout " + layoutName(*layout) + parametersOf(*layout) + "\n";
     }
     for (const Model::Part& filter : appender->filters) {
       text += "  filter " + (filter.isKnown ? shortName(filter) : "DenyAllFilter") + parametersOf(filter) + "\n";

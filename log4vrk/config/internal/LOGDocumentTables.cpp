@@ -107,7 +107,7 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
        [](LOGObject& t, const I18NString& v) { as<LOGPatternLayout>(t).setConversionPattern(v); }},
       {"LOGXMLLayout", "LocationInfo", EXACT, BOOLEAN, "false", LOCATION_EFFECT,
        [](LOGObject& t, const I18NString& v) { as<LOGXMLLayout>(t).setOption(LOGXMLLayout::LOCATION_INFO_OPTION, v); }},
-      {"LOGHTMLLayout", "Title", EXACT, TEXT, "", "the title of the page",
+      {"LOGHTMLLayout", "Title", EXACT, TEXT, "Log4J Log Messages", "the title of the page",
        [](LOGObject& t, const I18NString& v) { as<LOGHTMLLayout>(t).setTitle(v); }},
       {"LOGHTMLLayout", "LocationInfo", EXACT, BOOLEAN, "false", LOCATION_EFFECT,
        [](LOGObject& t, const I18NString& v) { as<LOGHTMLLayout>(t).setLocationInfo(boolean(v)); }},

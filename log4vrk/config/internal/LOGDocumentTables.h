@@ -11,6 +11,7 @@
 #include "log4vrk/core/LOGFilter.h"
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
 
 /// What the configurator understands. It is read by this, and documents are checked and described by this.
 ///
@@ -45,13 +46,13 @@ class LOGDocumentTables {
     std::vector<std::string> children;
   };
 
-  static const std::vector<Parameter>& parameters();
+  LOG4VRK_EXPORT_FOR_TESTS static const std::vector<Parameter>& parameters();
   /// Null when the class does not take it: then it is ignored.
-  static const Parameter* findParameter(const I18NString& className, const I18NString& name);
+  LOG4VRK_EXPORT_FOR_TESTS static const Parameter* findParameter(const I18NString& className, const I18NString& name);
   /// Whether a parameter without a value counts.
   static bool mayBeEmpty(const I18NString& parameterName) { return parameterName == "File"; }
 
-  static const std::vector<Element>& elements();
+  LOG4VRK_EXPORT_FOR_TESTS static const std::vector<Element>& elements();
   /// Null for an element that means nothing anywhere.
   static const Element* findElement(std::string_view name);
 
