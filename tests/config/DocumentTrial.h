@@ -9,7 +9,6 @@
 
 #include "log4vrk/log4vrk.h"
 #include "tests/support/InternalLog.h"
-#include "tests/support/TempDir.h"
 
 namespace vrktest {
 
@@ -17,7 +16,7 @@ namespace vrktest {
 /// document names.
 class DocumentTrial {
  public:
-  DocumentTrial(const std::string& path, const TempDir& dir) : m_dir(dir) {
+  explicit DocumentTrial(const std::string& path) {
     m_configurator = std::make_unique<LOGDOMConfigurator>();
     m_result = m_configurator->doConfigure(path.c_str(), &m_hierarchy);
     try {
@@ -27,7 +26,7 @@ class DocumentTrial {
     finish();
   }
   /// From a document in memory, without events.
-  explicit DocumentTrial(const VRKIDOM_Document& document, const TempDir& dir) : m_document(document), m_dir(dir) {
+  explicit DocumentTrial(const VRKIDOM_Document& document) : m_document(document) {
     m_configurator = std::make_unique<LOGDOMConfigurator>();
     m_result = m_configurator->doConfigure(document.getDocumentElement(), &m_hierarchy);
     m_problems = LOG4VRKConfigurator::getProblems().toUtf8();
@@ -194,7 +193,6 @@ class DocumentTrial {
   Hierarchy m_hierarchy;
   std::unique_ptr<LOGDOMConfigurator> m_configurator;
   VRKIDOM_Document m_document;
-  [[maybe_unused]] const TempDir& m_dir;
   int m_result = 0;
   std::string m_problems, m_complaints;
 };

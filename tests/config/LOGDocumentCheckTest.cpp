@@ -31,7 +31,7 @@ struct DocumentCheckTest : testing::Test {
     const LOGDocumentCheck check(path.c_str());
     clear();
     const Quiet quiet;
-    DocumentTrial trial(path, dir);
+    DocumentTrial trial(path);
     const std::string said = namesOf(check.findings());
     if (check.count(LOGFinding::WARNING) == 0) {
       return trial.isWhole() ? "" : "silent [" + said + "], but the library: " + trial.problems() + trial.complaints();
@@ -46,14 +46,14 @@ struct DocumentCheckTest : testing::Test {
   }
 
   // Whether the element makes no difference: without it the library does the same.
-  bool isIgnored(const std::string& path, const LOGFinding& finding, DocumentTrial& trial) {
+  static bool isIgnored(const std::string& path, const LOGFinding& finding, DocumentTrial& trial) {
     VRKIDOM_Document document = VRKIDOM_Parser().parse(path.c_str());
     const VRKIDOM_NodeList all = document.getElementsByTagName("*");
     for (long i = 1; i < all.getLength(); ++i) {
       const VRKIDOM_Node element = all.item(i);
       if (element.getLineNumber() != finding.line || element.getColumnNumber() != finding.column) continue;
       document.createElement("gone").appendChild(element);
-      return DocumentTrial(document, dir).state() == trial.state();
+      return DocumentTrial(document).state() == trial.state();
     }
     return false;
   }

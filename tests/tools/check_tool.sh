@@ -82,13 +82,17 @@ expect 1 'libEchoRenderer\.so: the library is not found.* \[renderer-library\]$'
 LD_LIBRARY_PATH=$libraries expect 0 '0 errors' library.xml
 document function.xml "$(appender "$work/run/a.log")$ROOT<renderer renderedClass=\"X\" renderingClass=\"NoFunction\"/>"
 LD_LIBRARY_PATH=$libraries expect 1 'it has no getRenderer\(\)' function.xml
+document factory.xml "$(appender "$work/run/a.log")$ROOT<categoryFactory class=\"x.CountingFactory\"/>
+<logger name=\"l\" class=\"Own\"/>"
+LD_LIBRARY_PATH=$libraries expect 0 '0 errors, 0 warnings' factory.xml
 document host.xml '<appender name="a" class="TCPSocketAppender"><param name="RemoteHost" value="127.0.0.1"/>
 <param name="Port" value="1"/></appender>'"$ROOT"
 expect 0 '0 errors, 0 warnings' host.xml
 expect 0 '127\.0\.0\.1:1: the log server does not answer: Connection refused \[server-silent\]$' --connect host.xml
 LOG4VRK_INTERNAL_LOG=$work/run/a.log expect 0 '\[file-is-internal-log\]$' good.xml
 rm -f a.log
-mkdir ../configuration && touch ../configuration/logdebug.ini
-expect 0 'note: .* \[internal-log-on\]$' good.xml
+mkdir ../configuration && echo "0 $work/run/a.log" >../configuration/logdebug.ini
+expect 0 'note: .* \[internal-log-on\]$
+\[file-is-internal-log\]$' good.xml
 [ ! -e a.log ] || { echo "a check made the file of an appender"; failed=1; }
 exit "$failed"

@@ -7,11 +7,8 @@
 #include "log4vrk/config/internal/LOGDOMChildren.h"
 #include "log4vrk/config/internal/LOGDocumentRules.h"
 #include "log4vrk/config/internal/LOGEventTrial.h"
-#include "log4vrk/core/LOGLevel.h"
-#include "log4vrk/core/LOGOptionConverter.h"
 #include "log4vrk/core/internal/LOGProblems.h"
 #include "log4vrk/net/LOGSyslogAppender.h"
-#include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 
 using Reader = LOGDOMConfigurator;
@@ -20,17 +17,7 @@ using Model = LOGDocumentModel;
 
 namespace {
 
-constexpr long FEW_BYTES = 1024, MANY_BACKUPS = 1000;
 constexpr LOGFinding::Severity NOTE = LOGFinding::NOTE, WARNING = LOGFinding::WARNING, FAULT = LOGFinding::FAULT;
-
-const std::vector<std::string> LEVELS{"ALL", "DEBUG", "INFO", "WARN", "ERROR", "FATAL", "OFF"};
-
-bool isNumber(std::string_view text) {
-  if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
-  return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
-}
-
-std::string quoted(const std::string& name, const std::string& value) { return name + "=\"" + value + "\""; }
 
 // Names as documents write them: without the prefix that the reader puts in front.
 template <typename Base>
@@ -52,7 +39,7 @@ std::string nearestClass(const Model::Part& part, const std::vector<Tables::Clas
 }
 
 std::string classText(const Model::Part& part) {
-  return quoted("class", Model::attribute(part.element, Reader::CLASS_ATTR));
+  return LOGFindings::quoted("class", Model::attribute(part.element, Reader::CLASS_ATTR));
 }
 
 // Whether a pattern has an item of one of these letters.
@@ -77,12 +64,6 @@ std::string pathOf(const Model::Appender& appender) {
 
 }  // namespace
 
-void LOGAppenderRules::addOf(LOGFinding::Severity severity, const char* name, const Parameter& parameter,
-                             const std::string& where, const std::string& effect, const std::string& suggestion) {
-  m_findings.add(severity, name, parameter.element, LOGFindings::parameter(where, parameter.name),
-                 quoted("value", parameter.value), effect, suggestion);
-}
-
 void LOGAppenderRules::check() {
   const LOGEventTrial trial(m_model);
   for (const auto& each : m_model.appenders()) {
@@ -106,7 +87,7 @@ void LOGAppenderRules::check() {
 void LOGAppenderRules::checkName(const Appender& appender) {
   const std::string where = LOGFindings::appender(appender);
   if (!appender.isFirst) {
-    add(WARNING, "appender-name-twice", appender, where, quoted("name", appender.name),
+    add(WARNING, "appender-name-twice", appender, where, LOGFindings::quoted("name", appender.name),
         "the first appender of that name counts; this one is never made");
   } else if (!appender.isReferred && appender.isKnown) {
     add(WARNING, "appender-unused", appender, where, "", "nothing refers to it, so it is never made");
@@ -122,87 +103,6 @@ bool LOGAppenderRules::checkClass(const Appender& appender) {
       "there is no such class; no appender is made, and the internal log does not name it",
       nearestClass(appender, Tables::appenders()));
   return false;
-}
-
-void LOGAppenderRules::checkParameters(const Part& part, const std::string& where) {
-  std::set<std::string> seen;
-  for (const Parameter& parameter : part.parameters) {
-    checkParameter(part, parameter, where);
-    if (parameter.counts() && !seen.insert(parameter.known->name).second) {
-      addOf(WARNING, "param-twice", parameter, where, "the last value counts");
-    }
-  }
-}
-
-void LOGAppenderRules::checkParameter(const Part& part, const Parameter& parameter, const std::string& where) {
-  if (parameter.known == nullptr) return checkIgnored(part, parameter, where);
-  if (!parameter.counts()) {
-    return addOf(WARNING, "param-empty", parameter, where, "a parameter without a value is ignored");
-  }
-  switch (parameter.known->type) {
-    case Tables::BOOLEAN:
-      return checkBoolean(parameter, where);
-    case Tables::NUMBER:
-      return checkNumber(parameter, where);
-    case Tables::LEVEL:
-      return checkLevel(parameter, where);
-    case Tables::TEXT:
-      break;
-  }
-}
-
-void LOGAppenderRules::checkIgnored(const Part& part, const Parameter& parameter, const std::string& where) {
-  std::vector<std::string> names;
-  for (const Tables::Parameter& each : Tables::parameters()) {
-    if (part.isKnown && part.className == each.className) names.emplace_back(each.name);
-  }
-  const std::string nearest = logNearest(parameter.name, names);
-  const bool isCase = !nearest.empty() && vrkEqualIgnoringCase(I18NString(nearest), I18NString(parameter.name));
-  m_findings.add(WARNING, isCase ? "param-case" : "param-ignored", parameter.element,
-                 LOGFindings::parameter(where, parameter.name), quoted("name", parameter.name),
-                 isCase ? "case matters: the parameter is ignored" : "the class has no such parameter; it is ignored",
-                 nearest);
-}
-
-void LOGAppenderRules::checkBoolean(const Parameter& parameter, const std::string& where) {
-  const I18NString value(parameter.value);
-  if (vrkEqualIgnoringCase(value, "true") || vrkEqualIgnoringCase(value, "false")) return;
-  addOf(WARNING, "boolean-value", parameter, where, "it is true: only false is not",
-        logNearest(parameter.value, {"false", "true"}));
-}
-
-void LOGAppenderRules::checkNumber(const Parameter& parameter, const std::string& where) {
-  const std::string name = parameter.known->name;
-  const long number = Tables::asInteger(I18NString(parameter.value));
-  if (name == "MaximumFileSize" && number < FEW_BYTES) {
-    addOf(FAULT, "file-size", parameter, where,
-          "the size is " + std::to_string(number) +
-              " bytes, for there are no suffixes: the file is rolled over after nearly every event");
-  } else if (name == "MaxBackupIndex" && number <= 0) {
-    addOf(WARNING, "no-backups", parameter, where, "no older file is kept: each roll-over discards what there is");
-  } else if (name == "MaxBackupIndex" && number > MANY_BACKUPS) {
-    addOf(WARNING, "many-backups", parameter, where, "a roll-over renames as many files, which takes long");
-  } else if (name == "BufferSize" && (number <= 0 || static_cast<int>(number) != number)) {
-    addOf(FAULT, "queue-size", parameter, where, "the queue has no room: every event is dropped");
-  } else if (!isNumber(parameter.value)) {
-    addOf(WARNING, "number-value", parameter, where, "it is taken for " + std::to_string(number),
-          std::to_string(number));
-  } else if (name == "ReconnectionDelay" && number <= 0) {
-    addOf(WARNING, "number-value", parameter, where, "there is no time between two attempts to connect");
-  }
-}
-
-void LOGAppenderRules::checkLevel(const Parameter& parameter, const std::string& where) {
-  const std::string name = parameter.known->name;
-  const I18NString value(parameter.value);
-  const bool isKnown = name == "LevelToMatch" ? LOGOptionConverter::toLevel(value, nullptr) != nullptr
-                                              : LOGLevel::toLevel(value, nullptr) != nullptr;
-  if (isKnown) return;
-  const char* const effect = name == "LevelToMatch" ? "there is no such level; the filter decides on nothing"
-                             : name == "LevelMax"   ? "there is no such level; DEBUG is taken, so that higher levels "
-                                                      "are dropped"
-                                                    : "there is no such level; DEBUG is taken";
-  addOf(WARNING, "filter-level-unknown", parameter, where, effect, logNearest(parameter.value, LEVELS));
 }
 
 void LOGAppenderRules::checkFile(const Appender& appender) {
@@ -267,7 +167,7 @@ void LOGAppenderRules::checkSyslog(const Appender& appender) {
     const bool isOther =
         other->is("LOGSyslogAppender") && other->isReferred && other->value("Host") != appender.value("Host");
     if (!isOther || !appender.isReferred) continue;
-    add(NOTE, "syslog-hosts", appender, where, quoted("Host", appender.value("Host")),
+    add(NOTE, "syslog-hosts", appender, where, LOGFindings::quoted("Host", appender.value("Host")),
         "one without a Host sends to the host that was set last, whichever appender that is");
     break;
   }
@@ -389,12 +289,12 @@ void LOGAppenderRules::checkErrorHandlers(const Appender& appender) {
   for (const Model::Reference& backup : appender.backups) {
     if (appender.isReferred) logCheckReference(m_model, backup, where, m_findings);
     if (backup.appender == nullptr) continue;
-    m_findings.add(WARNING, "backup-unused", backup.element, where, quoted("ref", backup.name),
+    m_findings.add(WARNING, "backup-unused", backup.element, where, LOGFindings::quoted("ref", backup.name),
                    "the backup appender is made, which may empty its file, and never used");
   }
   if (appender.isAsync()) return;
   for (const Model::Reference& reference : appender.nested) {
-    m_findings.add(FAULT, "appender-ref-refused", reference.element, where, quoted("ref", reference.name),
+    m_findings.add(FAULT, "appender-ref-refused", reference.element, where, LOGFindings::quoted("ref", reference.name),
                    "only an AsyncAppender or DurableAsyncAppender refers to appenders; nothing is attached");
   }
 }
@@ -420,8 +320,8 @@ void LOGAppenderRules::checkSharedFiles() {
     for (auto other = owners.lower_bound(prefix); other != owners.end(); ++other) {
       if (other->first.compare(0, prefix.size(), prefix) != 0) break;
       const std::string index = other->first.substr(prefix.size());
-      const bool isBackup = isNumber(index) && index[0] != '0' && Tables::asInteger(I18NString(index)) <= last &&
-                            Tables::asInteger(I18NString(index)) > 0;
+      const bool isBackup = LOGFindings::isNumber(index) && index[0] != '0' &&
+                            Tables::asInteger(I18NString(index)) <= last && Tables::asInteger(I18NString(index)) > 0;
       if (!isBackup) continue;
       addOf(WARNING, "file-is-backup", *other->second->find("File"), LOGFindings::appender(*other->second),
             "it is the name of a backup of " + LOGFindings::appender(*each) + ", which will replace the file");

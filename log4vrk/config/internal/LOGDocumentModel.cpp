@@ -188,7 +188,7 @@ const LOGDocumentModel::Logger& LOGDocumentModel::nearest(const std::string& nam
 
 const LOGDocumentModel::Logger& LOGDocumentModel::parentOf(const Logger& logger) const {
   const std::size_t dot = logger.name.rfind('.');
-  return dot == std::string::npos || dot == 0 ? *m_loggers.front() : nearest(logger.name.substr(0, dot));
+  return dot == std::string::npos ? *m_loggers.front() : nearest(logger.name.substr(0, dot));
 }
 
 const LOGDocumentModel::Logger& LOGDocumentModel::levelSource(const Logger& logger) const {

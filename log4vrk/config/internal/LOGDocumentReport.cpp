@@ -55,7 +55,7 @@ std::string lineOf(const VRKIDOM_Element& element) { return "line " + std::to_st
 }  // namespace
 
 std::string LOGDocumentReport::explain(const std::string& loggerName, const LOGLevel& level) const {
-  const Model::Logger& nearest = m_model.nearest(loggerName == "root" ? "" : loggerName);
+  const Model::Logger& nearest = loggerName == "root" ? *m_model.loggers().front() : m_model.nearest(loggerName);
   const Model::Logger& source = m_model.levelSource(nearest);
   std::string text = loggerName + " at " + level.toString().toUtf8() + "\n";
   text +=

@@ -15,8 +15,6 @@ namespace {
 
 constexpr short DOCUMENT_TYPE = 10;
 
-const std::vector<std::string> LEVELS{"ALL", "DEBUG", "INFO", "WARN", "ERROR", "FATAL", "OFF"};
-
 std::string loggerName(const Model::Logger& logger) { return logger.isRoot ? "root" : "logger [" + logger.name + "]"; }
 
 std::string nameOf(const VRKIDOM_Element& element) {
@@ -115,7 +113,8 @@ void LOGDocumentRules::checkRootAttributes() {
   const I18NString threshold = root.getAttribute(Reader::THRESHOLD_ATTR);
   if (isGiven(threshold) && LOGLevel::toLevel(threshold, nullptr) == nullptr) {
     m_findings.add(LOGFinding::FAULT, "threshold-unknown", root, "", quoted(root, Reader::THRESHOLD_ATTR),
-                   "there is no such level; the threshold stays as it was", logNearest(threshold.toUtf8(), LEVELS));
+                   "there is no such level; the threshold stays as it was",
+                   logNearest(threshold.toUtf8(), Tables::levelNames()));
   }
 }
 
@@ -253,7 +252,7 @@ void LOGDocumentRules::checkLevel(const VRKIDOM_Element& element, bool isRoot, c
     m_findings.add(LOGFinding::FAULT, "root-inherited", element, where, text,
                    "the root has nobody to inherit from; its level stays as it was");
   } else if (LOGLevel::toLevel(value, nullptr) == nullptr) {
-    std::vector<std::string> words = LEVELS;
+    std::vector<std::string> words = Tables::levelNames();
     if (!isRoot) words.push_back(inherited);
     m_findings.add(LOGFinding::WARNING, "level-unknown", element, where, text, "there is no such level; it is DEBUG",
                    logNearest(value.toUtf8(), words));

@@ -231,6 +231,12 @@ I18NString LOGDocumentTables::layoutClass(const I18NString& attribute) {
   return "LOG" + LOGDOMConfigurator::subst(attribute);
 }
 
+const std::vector<std::string>& LOGDocumentTables::levelNames() {
+  static const auto& names = vrkImmortal<std::vector<std::string>>(
+      std::initializer_list<std::string>{"ALL", "DEBUG", "INFO", "WARN", "ERROR", "FATAL", "OFF"});
+  return names;
+}
+
 int LOGDocumentTables::asBoolean(const I18NString& value) { return vrkEqualIgnoringCase(value, "false") ? 0 : 1; }
 
 long LOGDocumentTables::asInteger(const I18NString& value) { return std::strtol(value.c_str(), nullptr, 10); }

@@ -78,6 +78,8 @@ class LOGDocumentTables {
   /// Any other class of filter denies everything.
   static std::unique_ptr<LOGFilter> makeFilter(const I18NString& className);
 
+  static const std::vector<std::string>& levelNames();
+
   // Everything but "false" is true, and what is no number is 0: existing documents rely on both.
   static int asBoolean(const I18NString& value);
   static long asInteger(const I18NString& value);

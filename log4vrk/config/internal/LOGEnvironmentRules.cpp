@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/config/internal/LOGDOMChildren.h"
@@ -33,6 +34,17 @@ long millisecondsUntil(Clock::time_point end) {
   return static_cast<long>(
       std::chrono::duration_cast<std::chrono::milliseconds>(std::max(end - Clock::now(), Clock::duration::zero()))
           .count());
+}
+
+// As LOGLogLog finds it; empty when it is off.
+std::string internalLogName() {
+  const char* const variable = ::secure_getenv("LOG4VRK_INTERNAL_LOG");
+  if (variable != nullptr && *variable != '\0') return variable;
+  std::ifstream settings(SETTINGS_FILE);
+  std::string debugSwitch, path;
+  if (!settings) return {};
+  settings >> debugSwitch >> path;
+  return path.empty() ? "log4vrk.log" : path;
 }
 
 std::string portOf(const Model::Appender& appender) { return appender.value("Port"); }
@@ -187,10 +199,10 @@ void LOGEnvironmentRules::checkInternalLog() {
     m_findings.add(NOTE, "internal-log-on", m_model.root(), "", SETTINGS_FILE,
                    "the file is there, so the internal log is on, whatever it says");
   }
-  const char* const variable = ::secure_getenv("LOG4VRK_INTERNAL_LOG");
-  if (variable == nullptr || *variable == '\0') return;
+  const std::string name = internalLogName();
+  if (name.empty()) return;
   std::error_code ignored;
-  const auto log = std::filesystem::weakly_canonical(variable, ignored);
+  const auto log = std::filesystem::weakly_canonical(name, ignored);
   for (const auto& each : m_model.appenders()) {
     if (!each->isReferred || !each->isFile() || each->value("File").empty()) continue;
     if (std::filesystem::weakly_canonical(resolved(each->value("File")).toUtf8(), ignored) != log) continue;

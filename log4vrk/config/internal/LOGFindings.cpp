@@ -38,6 +38,11 @@ std::size_t distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+bool LOGFindings::isNumber(std::string_view text) {
+  if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
+  return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+}
+
 std::string logNearest(std::string_view text, const std::vector<std::string>& words) {
   constexpr std::size_t LONGEST = 64;  // longer texts are no slips of the hand, and would take long
   const std::string_view meant = trimmed(text);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "log4vrk/config/LOGDocumentCheck.h"
@@ -20,6 +21,9 @@ class LOGFindings {
   }
 
   static std::string appender(const LOGDocumentModel::Part& part) { return "appender [" + part.name + "]"; }
+  static std::string quoted(const std::string& name, const std::string& value) { return name + "=\"" + value + "\""; }
+  /// Whether nothing but a number is there.
+  static bool isNumber(std::string_view text);
   static std::string parameter(const std::string& owner, const std::string& name) {
     return owner + ", param [" + name + "]";
   }
