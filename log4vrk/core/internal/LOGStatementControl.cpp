@@ -2,7 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <system_error>
+#include <cstring>
 
 #include "log4vrk/core/LOGManager.h"
 
@@ -25,9 +25,10 @@ bool LOGEverySeconds::admits(double seconds, LOGLeftOut& leftOut) {
   return true;
 }
 
+// In English, whatever the locale of the program: a log is read by more people than those before this machine.
 LOGErrorText::operator I18NString() const {
-  const std::string text = std::generic_category().message(number);
-  return I18NString(": ") + text + " [" + number + "]";
+  const char* const text = ::strerrordesc_np(number);
+  return I18NString(": ") + (text != nullptr ? text : "unknown error") + " [" + number + "]";
 }
 
 void logShutdownAndAbort() {
