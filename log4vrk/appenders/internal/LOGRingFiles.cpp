@@ -4,6 +4,7 @@
 
 #include "log4vrk/appenders/internal/LOGRingFormat.h"
 #include "log4vrk/platform/VRKFmDir.h"
+#include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
 
 namespace {
@@ -106,7 +107,7 @@ std::unique_ptr<VRKMappedFile> LOGRingFiles::make(const I18NString& directory, c
       if (file->rename(path)) return file;
       file->remove();
     }
-    why = "no room for " + std::to_string(bytes) + " bytes: " + std::strerror(file->getLastError());
+    why = "no room for " + std::to_string(bytes) + " bytes: " + vrkErrorText(file->getLastError());
     return nullptr;
   }
   why = "there are too many files";

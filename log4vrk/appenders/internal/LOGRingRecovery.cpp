@@ -8,6 +8,7 @@
 #include "log4vrk/appenders/internal/LOGRingFiles.h"
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGObject.h"
+#include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKFault.h"
 #include "log4vrk/platform/internal/VRKLogTail.h"
 
@@ -34,7 +35,7 @@ std::unique_ptr<LOGRingRecovery::Left> LOGRingRecovery::open(const I18NString& p
   auto file = std::make_unique<VRKMappedFile>();
   const VRKMappedFile::Result result = file->openFree(path);
   if (result == VRKMappedFile::FAILED) {
-    LOGLogLog::error(lineOf(m_reporter, path, std::strerror(file->getLastError())));
+    LOGLogLog::error(lineOf(m_reporter, path, vrkErrorText(file->getLastError())));
     ++m_unreadable;
   }
   if (result != VRKMappedFile::OPENED) return nullptr;
@@ -71,7 +72,7 @@ bool LOGRingRecovery::completeLines(Left& left) {
   } else {
     switch (VRKLogTail::complete(path, pending.place, pending.lines)) {
       case VRKLogTail::FAILED:
-        report(ring, path + ": " + std::strerror(errno));
+        report(ring, path + ": " + vrkErrorText(errno));
         return false;
       case VRKLogTail::REPEATED:
         report(ring, path + " is not as it was left, so lines may be there twice");

@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 
 #include "log4vrk/core/LOGManager.h"
+#include "log4vrk/platform/internal/VRKErrorText.h"
 
 LOGLeftOut::operator I18NString() const {
   return count == 0 ? I18NString() : I18NString(" (") + static_cast<unsigned long long>(count) + " left out)";
@@ -26,10 +26,7 @@ bool LOGEverySeconds::admits(double seconds, LOGLeftOut& leftOut) {
 }
 
 // In English, whatever the locale of the program: a log is read by more people than those before this machine.
-LOGErrorText::operator I18NString() const {
-  const char* const text = ::strerrordesc_np(number);
-  return I18NString(": ") + (text != nullptr ? text : "unknown error") + " [" + number + "]";
-}
+LOGErrorText::operator I18NString() const { return I18NString(": ") + vrkErrorText(number) + " [" + number + "]"; }
 
 void logShutdownAndAbort() {
   LOGManager::shutdown();

@@ -15,6 +15,7 @@
 
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/VRKThread.h"
+#include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKFork.h"
 
 namespace {
@@ -53,11 +54,6 @@ int openDescriptor(const I18NString& path, int flags) {
     descriptor = ::open(bytes.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK, OWNER_ONLY);
   } while (descriptor < 0 && errno == EINTR);
   return descriptor;
-}
-
-std::string textOf(int error) {
-  char room[128];
-  return ::strerror_r(error, room, sizeof room);
 }
 
 }  // namespace
@@ -206,7 +202,7 @@ std::string VRKMappedFile::objectionTo(const I18NString& directory) {
   struct stat status;
   if (::lstat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) VRKFmDir::makeDirectories(directory);
-    if (::lstat(path.c_str(), &status) != 0) return textOf(errno);
+    if (::lstat(path.c_str(), &status) != 0) return vrkErrorText(errno);
   }
   if (S_ISLNK(status.st_mode)) return "it is a symbolic link";
   if (!S_ISDIR(status.st_mode)) return "it is no directory";

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "log4vrk/platform/internal/VRKErrorText.h"
+
 namespace {
 
 constexpr int ON = 1;
@@ -35,12 +37,6 @@ void configure(int descriptor) {
 }
 
 bool isForLater(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
-
-// In English whatever the locale, as everything else in the internal log.
-const char* describe(int error) {
-  const char* const text = ::strerrordesc_np(error);
-  return text != nullptr ? text : "unknown error";
-}
 
 }  // namespace
 
@@ -75,7 +71,7 @@ bool VRKStreamSocket::begin(const VRKSocketAddress& address) {
       return true;
     }
   }
-  m_failure = describe(errno);
+  m_failure = vrkErrorText(errno);
   close();
   return false;
 }
@@ -84,14 +80,14 @@ VRKStream::Progress VRKStreamSocket::attempt() {
   pollfd waiting{m_descriptor, POLLOUT, 0};
   if (::poll(&waiting, 1, 0) <= 0) {
     if (std::chrono::steady_clock::now() < m_deadline) return PENDING;
-    m_failure = describe(ETIMEDOUT);
+    m_failure = vrkErrorText(ETIMEDOUT);
     return FAILED;
   }
   int error = 0;
   socklen_t size = sizeof error;
   if (::getsockopt(m_descriptor, SOL_SOCKET, SO_ERROR, &error, &size) != 0) error = errno;
   if (error != 0) {
-    m_failure = describe(error);
+    m_failure = vrkErrorText(error);
     return FAILED;
   }
   m_connected = true;
@@ -113,6 +109,6 @@ long VRKStreamSocket::write(const char* bytes, std::size_t count) {
 }
 
 long VRKStreamSocket::over(int error) {
-  m_failure = error == 0 ? "the server ended the connection" : describe(error);
+  m_failure = error == 0 ? "the server ended the connection" : vrkErrorText(error);
   return -1;
 }
