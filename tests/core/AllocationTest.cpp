@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
+#include "log4vrk/appenders/LOGDurableAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/core/LOGMacros.h"
 #include "log4vrk/core/LOGManager.h"
@@ -86,4 +87,12 @@ TEST(Allocation, AnEnabledCallTakesTheFilesLockOnlyAndAQueueAllocatesNothingOnEi
   EXPECT_EQ(counted(call).first, 0);
   logger->removeAppender(&queue);
   queue.close();
+  LOGDurableAsyncAppender durable;
+  durable.setName("durable");
+  durable.setDirectory(dir.file("queues").c_str());
+  durable.addAppender(&file);
+  logger->addAppender(&durable);
+  EXPECT_EQ(counted(call).first, 0);
+  logger->removeAppender(&durable);
+  durable.close();
 }
