@@ -63,7 +63,7 @@ Options parse(const std::vector<std::string>& arguments) {
     return arguments[next++];
   };
   while (next < arguments.size()) {
-    const std::string argument = arguments[next++];
+    const std::string& argument = arguments[next++];
     if (onlyFiles || argument.rfind('-', 0) != 0) {
       options.files.push_back(argument);
     } else if (argument == "--") {
