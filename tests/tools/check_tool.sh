@@ -74,6 +74,9 @@ document levels.xml "$(appender "$work/run/a.log")<root><level value=\"WARN\"/><
 expect 0 '^  level WARN, from root \(line 2\)$
 ^  dropped: below the level$' --explain x INFO levels.xml
 
+document lines.xml "$(appender "$work/run/a.log")<root><level value=\"a&#10;b\"/><appender-ref ref=\"a\"/></root>"
+expect 0 'value="a b": there is no such level; it is DEBUG \[level-unknown\]$' lines.xml
+expect 0 '"text": "value=\\"a\\u000ab\\""' --format json lines.xml
 document no-directory.xml "$(appender "$work/none/a.log")$ROOT"
 expect 1 '\[directory-missing\]$' no-directory.xml
 expect 0 '0 errors' --no-env no-directory.xml
