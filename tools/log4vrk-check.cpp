@@ -63,7 +63,7 @@ Options parse(const std::vector<std::string>& arguments) {
     return arguments[next++];
   };
   while (next < arguments.size()) {
-    const std::string argument = arguments[next++];
+    const std::string& argument = arguments[next++];
     if (onlyFiles || argument.rfind('-', 0) != 0) {
       options.files.push_back(argument);
     } else if (argument == "--") {
@@ -124,18 +124,24 @@ void writeJson(const std::string& file, const LOGFinding& finding, bool& isFirst
   isFirst = false;
 }
 
+// A finding is a line, whatever line feeds the document has in its values.
 void writeText(const std::string& file, const LOGFinding& finding, bool colours) {
-  std::cout << file << ':';
-  if (finding.line > 0) std::cout << finding.line << ':' << finding.column << ':';
+  std::string line = file + ':';
+  if (finding.line > 0) line += std::to_string(finding.line) + ':' + std::to_string(finding.column) + ':';
   const char* const colour = finding.severity == LOGFinding::FAULT     ? "\033[1;31m"
                              : finding.severity == LOGFinding::WARNING ? "\033[1;35m"
                                                                        : "\033[1;36m";
-  std::cout << ' ' << (colours ? colour : "") << severityName(finding.severity) << (colours ? "\033[0m" : "") << ": ";
-  if (!finding.where.empty()) std::cout << finding.where << ": ";
-  if (!finding.text.empty()) std::cout << finding.text << ": ";
-  std::cout << finding.effect;
-  if (!finding.suggestion.empty()) std::cout << " (did you mean \"" << finding.suggestion << "\"?)";
-  std::cout << " [" << finding.name << "]\n";
+  std::cout << line << ' ' << (colours ? colour : "") << severityName(finding.severity) << (colours ? "\033[0m" : "");
+  line = ": ";
+  for (const std::string* part : {&finding.where, &finding.text}) {
+    if (!part->empty()) line += *part + ": ";
+  }
+  line += finding.effect;
+  if (!finding.suggestion.empty()) line += " (did you mean \"" + finding.suggestion + "\"?)";
+  for (char& c : line) {
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  }
+  std::cout << line << " [" << finding.name << "]\n";
 }
 
 std::string counted(long count, const char* what) {

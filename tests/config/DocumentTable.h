@@ -10,7 +10,7 @@ namespace vrktest {
 
 /// The body of a document, in which `~` is the test's folder and these stand for what most documents need:
 ///   $F a file, $L a layout, $A a good appender "a" with both, $R a root that has it, $W a whole appender "a" around
-///   what follows up to $E, of the class FileAppender
+///   what follows up to $E, of the class FileAppender, $N a name of 1001 characters
 /// A body that begins with ^ is the whole document. Expected are the findings in order, E for an error, W for a warning
 /// and N for a note in front.
 struct CheckedDocument {
@@ -36,6 +36,10 @@ inline std::string expand(std::string_view body, const std::string& folder) {
       ++i;
       for (const auto& [letter, meaning] : SHORT) {
         if (letter == body[i]) piece = meaning;
+      }
+      if (body[i] == 'N') {
+        text.append(1001, 'n');
+        continue;
       }
     }
     for (const char c : piece) c == '~' ? text += folder : text += c;
@@ -117,6 +121,7 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"E renderer-library", "$A$R<renderer renderingClass='a.NoSuch' renderedClass='X'/>"},
     // Loggers.
     {"W logger-without-name", "$A$R<logger/>"},
+    {"E logger-name-too-long", "$A$R<logger name='$N'/>"},
     {"W logger-named-like-root", "$A$R<logger name='ro'/>"},
     {"W logger-named-like-root", "$A$R<logger name='root'/>"},
     {"E logger-without-factory", "$A$R<logger name='x' class='Own'/>"},
@@ -214,6 +219,10 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
      "<appender name='a' class='SyslogAppender'>$L"
      "<param name='Host' value='127.0.0.1'/>"
      "<param name='Facility' value='local9'/>$E$R"},
+    {"N syslog-severity N syslog-hosts N syslog-severity N syslog-line-end N syslog-hosts",
+     "<appender name='a' class='SyslogAppender'><param name='Host' value='127.0.0.1'/><layout class='PatternLayout'>"
+     "<param name='ConversionPattern' value='%m'/></layout>$E<appender name='b' class='SyslogAppender'>$L"
+     "<param name='Host' value='127.0.0.2'/>$E<root><appender-ref ref='a'/><appender-ref ref='b'/></root>"},
     {"W layout-twice", "$W$F$L<layout class='TTCCLayout'/>$E$R"},
     {"W layout-class-unknown", "$W$F<layout class='LOGPatternLayout'/>$E$R"},
     {"W layout-class-unknown W param-ignored",
@@ -255,6 +264,9 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"N error-handler-unused", "$W$F$L<errorHandler class='LOGOnlyOnceErrorHandler'/>$E$R"},
     {"N error-handler-unused N error-handler-unused W error-handler-twice",
      "$W$F$L<errorHandler class='LOGOnlyOnceErrorHandler'/><errorHandler class='LOGOnlyOnceErrorHandler'/>$E$R"},
+    {"N error-handler-unused W backup-unused W appender-silent",
+     "$W$F$L<errorHandler class='LOGOnlyOnceErrorHandler'><appender-ref ref='b'/></errorHandler>$E"
+     "<appender name='b' class='ConsoleAppender'>$L$E$R"},
     {"N error-handler-unused E appender-missing",
      "$W$F$L<errorHandler class='LOGOnlyOnceErrorHandler'><appender-ref ref='b'/></errorHandler>$E$R"},
     {"N error-handler-unused E appender-ring",

@@ -74,6 +74,9 @@ document levels.xml "$(appender "$work/run/a.log")<root><level value=\"WARN\"/><
 expect 0 '^  level WARN, from root \(line 2\)$
 ^  dropped: below the level$' --explain x INFO levels.xml
 
+document lines.xml "$(appender "$work/run/a.log")<root><level value=\"a&#10;b\"/><appender-ref ref=\"a\"/></root>"
+expect 0 'value="a b": there is no such level; it is DEBUG \[level-unknown\]$' lines.xml
+expect 0 '"text": "value=\\"a\\u000ab\\""' --format json lines.xml
 document no-directory.xml "$(appender "$work/none/a.log")$ROOT"
 expect 1 '\[directory-missing\]$' no-directory.xml
 expect 0 '0 errors' --no-env no-directory.xml
@@ -89,6 +92,10 @@ document host.xml '<appender name="a" class="TCPSocketAppender"><param name="Rem
 <param name="Port" value="1"/></appender>'"$ROOT"
 expect 0 '0 errors, 0 warnings' host.xml
 expect 0 '127\.0\.0\.1:1: the log server does not answer: Connection refused \[server-silent\]$' --connect host.xml
+document no-host.xml "$(sed 's/127.0.0.1/no..host/' host.xml | sed '1d;$d')"
+expect 1 'error: appender \[a\]: no\.\.host: .* \[host-unknown\]$' no-host.xml
+touch ../logs
+expect 1 '\[recovery-not-writable\]$' host.xml
 LOG4VRK_INTERNAL_LOG=$work/run/a.log expect 0 '\[file-is-internal-log\]$' good.xml
 rm -f a.log
 mkdir ../configuration && echo "0 $work/run/a.log" >../configuration/logdebug.ini

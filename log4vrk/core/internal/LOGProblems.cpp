@@ -83,7 +83,7 @@ std::string LOGProblems::describe(const Run& run) {
   for (const Place* place = run.m_place; place != nullptr; place = place->m_outer) {
     if (line == 0) line = place->m_line;
     if (place->m_kind == nullptr) continue;
-    names = nameOf(place->m_kind, place->m_name) + (names.empty() ? ": " : ", " + names);
+    names.insert(0, nameOf(place->m_kind, place->m_name).append(names.empty() ? ": " : ", "));
     if (!place->m_isPart) break;
   }
   std::string position = run.m_file;
