@@ -1,4 +1,8 @@
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "tests/config/DocumentTable.h"
@@ -217,6 +221,47 @@ TEST_P(MutatedDocuments, AreJudgedAsTheLibraryTakesThem) {
     faulty += check.count(LOGFinding::FAULT) > 0 ? 1 : 0;
   }
   EXPECT_TRUE(silent > 10 && faulty > 50) << silent << " silent, " << faulty << " with errors: both sides are tried";
+}
+
+TEST_F(DocumentCheckTest, AsksLogServersWhenItIsToldTo) {
+  const int server = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  socklen_t size = sizeof address;
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_TRUE(::bind(server, reinterpret_cast<sockaddr*>(&address), size) == 0 && ::listen(server, 1) == 0);
+  ::getsockname(server, reinterpret_cast<sockaddr*>(&address), &size);
+  const std::string path = write(
+      "<log4j:configuration><appender name='s' class='TCPSocketAppender'>"
+      "<param name='RemoteHost' value='127.0.0.1'/><param name='Port' value='" +
+      std::to_string(ntohs(address.sin_port)) +
+      "'/></appender><root><appender-ref ref='s'/></root></log4j:configuration>");
+  const auto isSilent = [&](bool connect) {
+    const LOGDocumentCheck check(path.c_str(), {true, connect});
+    return namesOf(check.findings()).find("server-silent") != std::string::npos;
+  };
+  EXPECT_FALSE(isSilent(true));
+  ::close(server);
+  EXPECT_TRUE(isSilent(true));
+  EXPECT_FALSE(isSilent(false));
+}
+
+TEST_F(DocumentCheckTest, SeesFilesAsTheUserDoesWhoRunsIt) {
+  const std::string file = dir.write("work/a.log", "");
+  const std::string path =
+      write("<log4j:configuration><appender name='f' class='FileAppender'><param name='File' value='" + file +
+            "'/><layout class='SimpleLayout'/></appender>"
+            "<root><appender-ref ref='f'/></root></log4j:configuration>");
+  for (const std::string& each : {dir.path(), dir.file("work")}) ASSERT_EQ(0, ::chmod(each.c_str(), 0755));
+  ASSERT_EQ(0, ::chmod(file.c_str(), 0444));
+  const bool root = ::geteuid() == 0;  // who may write to everything
+  if (root) {
+    EXPECT_EQ("", namesOf(LOGDocumentCheck(path.c_str()).findings()));
+    ASSERT_EQ(0, ::seteuid(65534));
+  }
+  const std::string names = namesOf(LOGDocumentCheck(path.c_str()).findings());
+  EXPECT_TRUE(!root || ::seteuid(0) == 0);
+  EXPECT_NE(std::string::npos, names.find("E file-not-writable")) << names;
 }
 
 }  // namespace
