@@ -40,7 +40,7 @@
     }                                                                            \
   } while (false)
 #define LOG4VRK_FORMAT_STATEMENT(target, levelPlace, ...)                                                          \
-  static constexpr LOGSourceLocation log4vrkPlace{__FILE__, __func__, __LINE__};                                   \
+  static constexpr LOGSourceLocation log4vrkPlace{__FILE__, __builtin_FUNCTION(), __LINE__};                       \
   static constexpr LOGFormatStatement log4vrkFormat{{&log4vrkPlace, levelPlace, 0}, LOG4VRK_FIRST(__VA_ARGS__, )}; \
   LOGFormat::log(target, &log4vrkFormat, FMT_STRING(LOG4VRK_FIRST(__VA_ARGS__, )), __VA_ARGS__)
 #define LOG4VRK_FIRST(first, ...) first

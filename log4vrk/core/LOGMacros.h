@@ -155,6 +155,6 @@
       }                                                                   \
     }                                                                     \
   } while (false)
-#define LOG4VRK_STATEMENT(target, levelPlace, ...)                               \
-  static constexpr LOGSourceLocation log4vrkPlace{__FILE__, __func__, __LINE__}; \
+#define LOG4VRK_STATEMENT(target, levelPlace, ...)                                           \
+  static constexpr LOGSourceLocation log4vrkPlace{__FILE__, __builtin_FUNCTION(), __LINE__}; \
   LOGStatementAt<log4vrkPlace, levelPlace>::log(target, __VA_ARGS__)

@@ -112,7 +112,7 @@ I18NString::I18NString(std::wstring_view wide) {
   static_assert(sizeof(wchar_t) == sizeof(char32_t));
   m_text.reserve(wide.size());
   for (const wchar_t unit : wide) {
-    const auto character = static_cast<UChar32>(unit);
+    const auto character = static_cast<UChar32>(static_cast<char32_t>(unit));
     const UChar32 valid = U_IS_UNICODE_CHAR(character) || U_IS_UNICODE_NONCHAR(character) ? character : REPLACEMENT;
     if (U_IS_BMP(valid)) {
       m_text += static_cast<char16_t>(valid);

@@ -14,6 +14,16 @@ using Format = LOGRingFormat;
 
 constexpr std::int64_t FIRST_SECOND = -62135596800, LAST_SECOND = 253402300799;  // of the years 1 and 9999
 
+// A pointer that this process has put into a record.
+template <typename T>
+T* pointerFrom(std::uint64_t record) {
+  const auto bits = static_cast<std::uintptr_t>(record);
+  T* pointer = nullptr;
+  static_assert(sizeof pointer == sizeof bits);
+  std::memcpy(&pointer, &bits, sizeof pointer);
+  return pointer;
+}
+
 std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast<std::int64_t>(to - from); }
 
 template <std::size_t size>
@@ -318,7 +328,7 @@ LOGLoggingEvent* LOGRing::get() {
   const std::uint64_t first = std::exchange(m_position, m_next);
   m_object.reset();
   if (m_head.kind == Format::OBJECT) {
-    m_object.reset(reinterpret_cast<LOGLoggingEvent*>(static_cast<std::uintptr_t>(m_head.logger)));
+    m_object.reset(pointerFrom<LOGLoggingEvent>(m_head.logger));
     return m_object.get();
   }
   const char* texts = m_next == first + 1 ? slot(first).bytes + sizeof m_head : gather(first);
@@ -328,8 +338,8 @@ LOGLoggingEvent* LOGRing::get() {
   record.nanoseconds = m_head.nanoseconds;
   record.rank = m_head.rank;
   if (!m_dead) {
-    record.logger = reinterpret_cast<LOGLogger*>(static_cast<std::uintptr_t>(m_head.logger));
-    record.place = reinterpret_cast<const LOGSourceLocation*>(static_cast<std::uintptr_t>(m_head.place));
+    record.logger = pointerFrom<LOGLogger>(m_head.logger);
+    record.place = pointerFrom<const LOGSourceLocation>(m_head.place);
   }
   record.threadName = take(m_head.threadLength);
   record.loggerName = take(m_head.loggerLength);

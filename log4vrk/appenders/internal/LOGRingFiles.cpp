@@ -117,7 +117,7 @@ std::unique_ptr<VRKMappedFile> LOGRingFiles::make(const I18NString& directory, c
 I18NString LOGRingFiles::setAside(VRKMappedFile& file) {
   const I18NString before = file.path();
   for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-    const I18NString path = before + (attempt > 0 ? "." + std::to_string(attempt) : std::string()).c_str() + DAMAGED;
+    I18NString path = before + (attempt > 0 ? "." + std::to_string(attempt) : std::string()).c_str() + DAMAGED;
     if (VRKFmDir::exists(path, VRKFmDir::REGULAR_FILE)) continue;
     if (file.rename(path)) return path;
     break;
