@@ -19,8 +19,7 @@ template <typename T>
 T* pointerFrom(std::uint64_t record) {
   const auto bits = static_cast<std::uintptr_t>(record);
   T* pointer = nullptr;
-  static_assert(sizeof pointer == sizeof bits);
-  std::memcpy(&pointer, &bits, sizeof pointer);
+  std::memcpy(&pointer, &bits, sizeof bits);
   return pointer;
 }
 
