@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <string>
 
 #include "log4vrk/config/LOGDOMConfigurator.h"
+#include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace vrkfuzz {
@@ -45,6 +47,14 @@ inline void disarm(const VRKIDOM_Document& document) {
   forEach("renderer",
           [](VRKIDOM_Element renderer) { renderer.setAttribute("renderingClass", "log4vrkNoSuchRenderer"); });
   forEach("categoryFactory", [](VRKIDOM_Element factory) { factory.setAttribute("class", "log4vrkNoSuchFactory"); });
+}
+
+// For the beginning of a target: console appenders write into the void, since the fuzzer reports on the error output,
+// and syslog appenders without a host have one that nobody is.
+inline void writeNowhere() {
+  const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere < 0 || ::dup2(nowhere, STDOUT_FILENO) < 0) std::abort();
+  const LOGSyslogWriter hostOfThoseWithoutOne(NOBODY);
 }
 
 // A file without a place on the disk.

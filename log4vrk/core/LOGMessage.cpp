@@ -17,7 +17,7 @@ namespace {
 constexpr std::streamsize NO_PRECISION = -1;
 constexpr std::streamsize USUAL_PRECISION = 6;
 
-// Runs what adds a part. Nothing leaves it: `failed` gets what has been raised, or null.
+// Runs what adds a part. Nothing leaves it: `failed` gets the description of what has been raised.
 template <typename Operation, typename Failed>
 void contained(Operation operation, Failed failed) {
   try {
@@ -99,7 +99,7 @@ void LOGMessage::addFailure(const char* what) {
 
 // Bytes are added as they are, because those of a character may come one by one, and looked at when all are there.
 std::string_view LOGMessage::utf8() const {
-  contained([&] { m_text.repair(); }, [&](const char*) { m_text.clear(); });
+  m_text.repair();
   return m_text.view();
 }
 

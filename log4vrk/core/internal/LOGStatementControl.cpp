@@ -1,5 +1,6 @@
 #include "log4vrk/core/internal/LOGStatementControl.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 
@@ -16,7 +17,8 @@ bool LOGEverySeconds::admits(double seconds, LOGLeftOut& leftOut) {
   using std::chrono::nanoseconds;
   const std::int64_t now = nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
   std::int64_t next = m_next.load(std::memory_order_relaxed);
-  const auto later = static_cast<std::int64_t>(static_cast<double>(now) + seconds * 1e9);
+  constexpr double LONGEST = 1e9;  // seconds: 31 years, and no sum that overflows
+  const auto later = now + static_cast<std::int64_t>(std::clamp(seconds, 0.0, LONGEST) * 1e9);
   if (now < next || !m_next.compare_exchange_strong(next, later)) {
     ++m_leftOut;
     return false;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <string>
 
 #include "log4vrk/platform/internal/I18NAscii.h"
@@ -50,11 +51,17 @@ void I18NUtf8Buffer::appendDecoded(std::string_view utf8) {
   appendChecked(isWellFormed(utf8) ? utf8 : std::string_view(I18NString(utf8).toUtf8()));
 }
 
-void I18NUtf8Buffer::repair() {
+void I18NUtf8Buffer::repair() noexcept {
   if (isWellFormed(view())) return;
-  const std::string repaired = I18NString(view()).toUtf8();
-  clear();
-  appendChecked(repaired);
+  try {
+    const std::string repaired = I18NString(view()).toUtf8();
+    room(repaired.size());
+    clear();
+    appendChecked(repaired);
+  } catch (const std::exception&) {
+    std::replace_if(
+        m_bytes, m_bytes + m_size, [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; }, '?');
+  }
 }
 
 void I18NUtf8Buffer::append(std::u16string_view utf16) {

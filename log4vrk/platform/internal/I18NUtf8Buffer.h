@@ -82,8 +82,9 @@ class LOG4VRK_EXPORT I18NUtf8Buffer {
     return to + count;
   }
 
-  /// Makes it well-formed where pieces were appended that are not.
-  void repair();
+  /// Makes it well-formed where pieces were appended that are not: what cannot be decoded becomes U+FFFD, or, when
+  /// there is no memory for that, everything but ASCII a question mark.
+  void repair() noexcept;
 
   // These leave it to the caller that characters stay whole.
   /// Keeps the first `size` bytes.

@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr mode_t OWNER_ONLY = 0600;
 constexpr mode_t WRITE_OF_OTHERS = S_IWGRP | S_IWOTH;
 constexpr std::size_t PAGE = 4096;
 
@@ -46,16 +45,6 @@ int keepFromChildren(int descriptor) {
   return -1;
 }
 
-int openDescriptor(const I18NString& path, int flags) {
-  const std::string bytes = path.toUtf8();
-  int descriptor;
-  do {
-    // Non-blocking, so that a pipe of that name does not hold up anybody.
-    descriptor = ::open(bytes.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK, OWNER_ONLY);
-  } while (descriptor < 0 && errno == EINTR);
-  return descriptor;
-}
-
 }  // namespace
 
 VRKMappedFile::~VRKMappedFile() { letGo(); }
@@ -73,8 +62,8 @@ void VRKMappedFile::letGo() {
 }
 
 VRKMappedFile::Result VRKMappedFile::create(const I18NString& path, std::size_t size) {
-  const int descriptor = openDescriptor(path, O_RDWR | O_CREAT | O_EXCL);
-  if (descriptor < 0) return fails(errno == EEXIST ? OWNED_OR_GONE : FAILED);
+  int descriptor = -1;
+  if (const Result made = VRKOwnedFile::create(path, descriptor); made != OPENED) return fails(made);
   const Result result = own(descriptor);
   if (result == OWNED_OR_GONE) return result;
   m_path = path;
@@ -88,8 +77,8 @@ VRKMappedFile::Result VRKMappedFile::create(const I18NString& path, std::size_t 
 }
 
 VRKMappedFile::Result VRKMappedFile::openFree(const I18NString& path) {
-  const int descriptor = openDescriptor(path, O_RDWR);
-  if (descriptor < 0) return fails(errno == ENOENT ? OWNED_OR_GONE : FAILED);
+  int descriptor = -1;
+  if (const Result opened = VRKOwnedFile::open(path, descriptor); opened != OPENED) return fails(opened);
   const Result result = own(descriptor);
   if (result != OPENED) return result;
   m_path = path;
@@ -101,21 +90,15 @@ VRKMappedFile::Result VRKMappedFile::own(int descriptor) {
   m_descriptor = descriptor;
   m_place = keepFromChildren(descriptor);
   m_forks = VRKThread::forks();
-  if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) return fails(errno == EWOULDBLOCK ? OWNED_OR_GONE : FAILED);
   struct stat status;
-  if (::fstat(descriptor, &status) != 0) return fails(FAILED);
-  if (status.st_nlink == 0) return fails(OWNED_OR_GONE);  // its owner removed it before we had the lock
-  if (!S_ISREG(status.st_mode)) {
-    errno = EINVAL;
-    return fails(FAILED);
-  }
+  if (const Result owned = VRKOwnedFile::own(descriptor, status); owned != OPENED) return fails(owned);
   m_size = static_cast<std::size_t>(status.st_size);
   return OPENED;
 }
 
 // The lock is tried for a moment only: whoever opens the file meanwhile would take it for owned.
 bool VRKMappedFile::copyOf(const I18NString& path, bool& isOwned) {
-  const int descriptor = openDescriptor(path, O_RDONLY);
+  const int descriptor = VRKOwnedFile::openPlainly(path, O_RDONLY);
   struct stat status;
   bool copied = false;
   if (descriptor >= 0 && ::fstat(descriptor, &status) == 0) {
@@ -145,7 +128,7 @@ bool VRKMappedFile::makeAnonymous(std::size_t size) {
 bool VRKMappedFile::map() {
   m_mapped = m_size + RESERVE;
   const bool isFile = m_descriptor >= 0;
-  const int opened = isFile ? openDescriptor(m_path, O_RDWR) : -1;
+  const int opened = isFile ? VRKOwnedFile::openPlainly(m_path, O_RDWR) : -1;
   if (isFile && opened < 0) return fails(FAILED) == OPENED;
   const int flags = isFile ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
   void* const memory = ::mmap(nullptr, m_mapped, PROT_READ | PROT_WRITE, flags, opened, 0);

@@ -8,6 +8,7 @@
 
 #include "log4vrk/platform/I18NString.h"
 #include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/internal/VRKOwnedFile.h"
 
 /// What is stored in its memory is the kernel's from that moment on, so it outlives the process, but no power failure.
 /// The owner is the object that has the file open: while it is, no other object, here or in another process, can open
@@ -18,7 +19,9 @@
 /// touched any more: the process gets SIGBUS.
 class LOG4VRK_EXPORT VRKMappedFile {
  public:
-  enum Result { OPENED, OWNED_OR_GONE, FAILED };
+  using Result = VRKOwnedFile::Result;
+  static constexpr Result OPENED = VRKOwnedFile::OPENED, OWNED_OR_GONE = VRKOwnedFile::OWNED_OR_GONE,
+                          FAILED = VRKOwnedFile::FAILED;
   /// So many bytes a file may grow.
   static constexpr std::size_t RESERVE = std::size_t{16} << 20;
 

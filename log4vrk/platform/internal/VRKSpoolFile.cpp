@@ -1,7 +1,5 @@
 #include "log4vrk/platform/internal/VRKSpoolFile.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,18 +9,6 @@
 #include "log4vrk/platform/internal/VRKFault.h"
 
 namespace {
-
-constexpr mode_t OWNER_ONLY = 0600;
-
-int openDescriptor(const I18NString& path, int flags) {
-  const std::string bytes = path.toUtf8();
-  int descriptor;
-  do {
-    // Non-blocking, so that a pipe of that name does not hold up anybody.
-    descriptor = ::open(bytes.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK, OWNER_ONLY);
-  } while (descriptor < 0 && errno == EINTR);
-  return descriptor;
-}
 
 bool writeAt(int descriptor, std::string_view bytes, std::int64_t offset) {
   if (VRKFault::hit(VRKFault::FILE_WRITE)) {
@@ -47,31 +33,24 @@ VRKSpoolFile::~VRKSpoolFile() {
 }
 
 VRKSpoolFile::Result VRKSpoolFile::create(const I18NString& path) {
-  const int descriptor = openDescriptor(path, O_RDWR | O_CREAT | O_EXCL);
-  if (descriptor < 0) return fails(errno == EEXIST ? OWNED_OR_GONE : FAILED);
+  int descriptor = -1;
+  if (const Result made = VRKOwnedFile::create(path, descriptor); made != OPENED) return fails(made);
   const Result result = own(descriptor);
   if (result == FAILED) ::unlink(path.toUtf8().c_str());
   return result;
 }
 
 VRKSpoolFile::Result VRKSpoolFile::openFree(const I18NString& path) {
-  // For writing, although nobody may write: a network file system locks nothing else.
-  const int descriptor = openDescriptor(path, O_RDWR);
-  if (descriptor < 0) return fails(errno == ENOENT ? OWNED_OR_GONE : FAILED);
-  return own(descriptor);
+  int descriptor = -1;
+  const Result opened = VRKOwnedFile::open(path, descriptor);
+  return opened == OPENED ? own(descriptor) : fails(opened);
 }
 
 VRKSpoolFile::Result VRKSpoolFile::own(int descriptor) {
   if (m_descriptor >= 0) ::close(m_descriptor);
   m_descriptor = descriptor;
-  if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) return fails(errno == EWOULDBLOCK ? OWNED_OR_GONE : FAILED);
   struct stat status;
-  if (::fstat(descriptor, &status) != 0) return fails(FAILED);
-  if (status.st_nlink == 0) return fails(OWNED_OR_GONE);  // its owner removed it before we had the lock
-  if (!S_ISREG(status.st_mode)) {
-    errno = EINVAL;
-    return fails(FAILED);
-  }
+  if (const Result owned = VRKOwnedFile::own(descriptor, status); owned != OPENED) return fails(owned);
   m_size = status.st_size;
   m_modified = std::int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec;
   return OPENED;

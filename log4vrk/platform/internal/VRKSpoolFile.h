@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/internal/VRKOwnedFile.h"
 
 /// Its owner is the object that has it open: while it is, no other object, here or in another process, can open it. The
 /// system ends that when the owner's process does, unless a forked child still has the descriptor.
@@ -14,7 +15,9 @@
 /// Errors: returned; getLastError() tells why.
 class VRKSpoolFile {
  public:
-  enum Result { OPENED, OWNED_OR_GONE, FAILED };
+  using Result = VRKOwnedFile::Result;
+  static constexpr Result OPENED = VRKOwnedFile::OPENED, OWNED_OR_GONE = VRKOwnedFile::OWNED_OR_GONE,
+                          FAILED = VRKOwnedFile::FAILED;
 
   VRKSpoolFile() = default;
   ~VRKSpoolFile();
