@@ -66,6 +66,7 @@ class OurAsyncLog {
   OurAsyncLog& operator=(const OurAsyncLog&) = delete;
 
   void log(long i) const { m_log.log(i); }
+  LOGLogger* logger() const { return m_log.logger(); }
   void close() {
     m_log.close();
     m_file->close();

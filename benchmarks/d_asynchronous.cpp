@@ -14,6 +14,7 @@
 #include "benchmarks/Ours.h"
 #include "benchmarks/Peers.h"
 #include "benchmarks/RingFloor.h"
+#include "log4vrk/format.h"
 
 namespace {
 
@@ -51,6 +52,13 @@ void addContenders(Comparison& comparison, bench::Folder& folder, int threads, l
       return result;
     });
   }
+  comparison.add("ours (format)", [&folder, events, measure] {
+    bench::OurAsyncLog log(folder.newFile());
+    std::vector<double> result = measure(
+        log, [&](long i) { LOG4VRK_INFO_F(log.logger(), "request {} from {} ok", bench::number(i), bench::HOST); });
+    folder.expectLines(events);
+    return result;
+  });
 }
 
 void latency(const bench::Settings& settings, bench::Folder& folder) {
@@ -78,6 +86,8 @@ void latency(const bench::Settings& settings, bench::Folder& folder) {
   comparison.gate("d p99", "ours", "", Comparison::AT_MOST, 300, 150);
   comparison.gate("d p99.9", "ours", "spsc", Comparison::AT_MOST, 2.5, 1.5);
   comparison.gate("d p50", "ours", "spdlog", Comparison::AT_MOST, 0.2);
+  comparison.gate("d p50", "ours (format)", "spsc", Comparison::AT_MOST, 1.0, 0.8);
+  comparison.gate("d p80", "ours (format)", "spsc", Comparison::AT_MOST, 1.1, 0.75);
   for (const char* const item : {"d p50", "d p99"}) {
     comparison.gate(item, "ours (durable)", "ours", Comparison::AT_MOST, 1.1);
   }

@@ -87,6 +87,7 @@ set(LOG4VRK_HEADERS
   core/internal/LOGCallScope.h
   core/internal/LOGGate.h
   core/internal/LOGLoggerName.h
+  core/internal/LOGPackedText.h
   core/internal/LOGStatement.h
   core/internal/LOGStatementControl.h
   core/internal/LOGText.h

@@ -11,6 +11,7 @@
 #include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
+#include "log4vrk/core/internal/LOGStatementCall.h"
 #include "log4vrk/platform/VRKList.h"
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
@@ -20,6 +21,9 @@ const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NStrin
 
 namespace {
 
+constexpr LOGFailureTexts QUEUE_FAILURES = {"LOGAsyncAppender::addAppender --- ", "LOGAsyncAppender::addAppender --- ",
+                                            "LOGAsyncAppender::addAppender --- An unknown exception has occurred."};
+
 void discard(LOGBoundedFIFO& queue) {
   while (LOGLoggingEvent* const event = queue.get()) delete event;
 }
@@ -27,7 +31,8 @@ void discard(LOGBoundedFIFO& queue) {
 }  // namespace
 
 const LOGAppenderInternals LOGAsyncAppender::INTERNALS = {
-    &typeid(LOGAsyncAppender), true, &LOGAsyncAppender::appendFast, nullptr, nullptr, &LOGAsyncAppender::drain};
+    &typeid(LOGAsyncAppender),    true, &LOGAsyncAppender::appendFast, nullptr, nullptr, &LOGAsyncAppender::drain,
+    &LOGAsyncAppender::appendCall};
 
 LOGAsyncAppender::LOGAsyncAppender() : m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)), m_forks(VRKThread::forks()) {
   instance("LOGAsyncAppender");
@@ -97,16 +102,14 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
     reportClosed();
     return;
   }
-  logContain({"LOGAsyncAppender::addAppender --- ", "LOGAsyncAppender::addAppender --- ",
-              "LOGAsyncAppender::addAppender --- An unknown exception has occurred."},
-             [&] {
-               if (m_locationInfo != 0) {
-                 event->getLocationInformation();
-                 event->getThreadName();
-                 event->getNDC();
-               }
-               enqueue(*event);
-             });
+  logContain(QUEUE_FAILURES, [&] {
+    if (m_locationInfo != 0) {
+      event->getLocationInformation();
+      event->getThreadName();
+      event->getNDC();
+    }
+    enqueue(*event);
+  });
 }
 
 bool LOGAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
@@ -115,6 +118,15 @@ bool LOGAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent
   if (self.getClosed() != 0 || self.m_forks != VRKThread::forks()) return false;  // it has to be activated first
   self.LOGAppenderSkeleton::doAppend(event);
   return true;
+}
+
+bool LOGAsyncAppender::appendCall(LOGAppenderSkeleton& appender, LOGStatementCall& call) {
+  auto& self = static_cast<LOGAsyncAppender&>(appender);
+  if (!self.takesCalls()) return false;
+  LOGBoundedFIFO* const queue = self.m_bf;
+  bool isDone = true;
+  logContain(QUEUE_FAILURES, [&] { isDone = queue != nullptr && queue->putCall(call); });
+  return isDone;
 }
 
 void LOGAsyncAppender::enqueue(const LOGLoggingEvent& event) {

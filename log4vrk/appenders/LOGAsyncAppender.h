@@ -10,8 +10,10 @@
 #include "log4vrk/core/LOGAppenderAttachableImpl.h"
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/platform/VRKExport.h"
+#include "log4vrk/platform/VRKThread.h"
 
 class LOGDispatcher;
+class LOGStatementCall;
 struct LOGAppenderList;
 
 /// Puts a copy of each event into a bounded queue, from which a dispatcher thread delivers to the attached appenders. A
@@ -74,8 +76,15 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
+  static bool appendCall(LOGAppenderSkeleton& appender, LOGStatementCall& call);
   /// Returns when what is queued now has been delivered, after ten seconds at the latest; then false.
   static bool drain(LOGAppenderSkeleton& appender);
+  /// Whether there is nothing to be done but to put an event into the queue; append() does the rest.
+  LOG4VRK_HIDDEN bool takesCalls() const {
+    return getFilter() == nullptr && getThreshold() == nullptr && getClosed() == 0 &&
+           m_locationInfo.load(std::memory_order_relaxed) == 0 && !m_closing.load(std::memory_order_acquire) &&
+           m_forks == VRKThread::forks();
+  }
   LOG4VRK_HIDDEN std::shared_ptr<LOGBoundedFIFO> queue();
   LOG4VRK_HIDDEN void enqueue(const LOGLoggingEvent& event);
   LOG4VRK_HIDDEN LOGBoundedFIFO::Outcome waitForSpace(LOGBoundedFIFO& queue, const LOGLoggingEvent& event,

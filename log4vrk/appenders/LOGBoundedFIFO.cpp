@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGObject.h"
+#include "log4vrk/core/internal/LOGStatementCall.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
@@ -21,23 +23,34 @@ std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast
 
 }  // namespace
 
-// An event, or the record of one that is nothing but a text. Whoever has claimed its position writes it and then sets
-// `turn`; the getting side sees that, reads it and then advances m_head.
+// An event, or the record of one that is nothing but a text, be it put together already or not. Whoever has claimed its
+// position writes it and then sets `turn`; the getting side sees that, reads it and then advances m_head.
 struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   static constexpr std::size_t SIZE = 3 * CACHE_LINE;
-  static constexpr std::uint32_t OBJECT = UINT32_MAX;
+  static constexpr std::uint32_t OBJECT = UINT32_MAX, PACKED = std::uint32_t{1} << 31;
+
+  // In front of the parts of a text that is not put together yet.
+  struct Printing {
+    LOGPackedText::Print print;
+    const void* statement;
+  };
 
   std::atomic<std::uint64_t> turn{0};  // the position after that of the event that can be read
   std::int64_t timeStamp;
   std::int32_t timeStampNanos;
-  std::uint32_t length;  // of the text, or OBJECT
+  std::uint32_t length;  // of the text, of its parts with PACKED, or OBJECT
   LOGLevel* level;
   union {
     LOGLogger* logger;
     LOGLoggingEvent* object;
   };
   const LOGSourceLocation* place;
-  char text[SIZE - 3 * sizeof(std::uint64_t) - 3 * sizeof(void*)];
+  alignas(Printing) char text[SIZE - 3 * sizeof(std::uint64_t) - 3 * sizeof(void*)];
+
+  LOGPackedText packed() const {
+    const Printing& printing = *reinterpret_cast<const Printing*>(text);
+    return {printing.print, printing.statement, {text + sizeof printing, length & ~PACKED}};
+  }
 };
 
 // Slots for some events in a row. There are rings, and no array of the maximum size, for two reasons: a short queue
@@ -111,7 +124,7 @@ std::uint64_t LOGBoundedFIFO::putSoFar() const {
 // writing, whichever thread has brought the news of the head: hence acquire and release for the copy, too.
 //
 // A tail that has been overtaken does no harm, because the compare-and-swap fails then.
-LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
+[[gnu::always_inline]] inline LOGBoundedFIFO::Claim LOGBoundedFIFO::claim() {
   Ring* ring = m_last.load(std::memory_order_acquire);
   std::uint64_t tail = ring->tail.load(std::memory_order_acquire);
   for (;;) {
@@ -213,6 +226,29 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
   return QUEUED;
 }
 
+bool LOGBoundedFIFO::putCall(LOGStatementCall& call) {
+  const LOGPackedText* const packed = call.packed();
+  const std::string_view text = packed != nullptr ? packed->parts : call.text();
+  const std::size_t before = packed != nullptr ? sizeof(Slot::Printing) : 0;
+  if (before + text.size() > sizeof(Slot::text)) return false;
+  Claim mine = claim();
+  if (mine.outcome != QUEUED) return false;
+  Slot& slot = *mine.slot;
+  slot.timeStamp = call.time().seconds;
+  slot.timeStampNanos = call.time().nanoseconds;
+  slot.length = static_cast<std::uint32_t>(text.size());
+  slot.level = call.level();
+  slot.logger = &call.logger();
+  slot.place = call.place();
+  if (packed != nullptr) {
+    slot.length |= Slot::PACKED;
+    new (slot.text) Slot::Printing{packed->print, packed->statement};
+  }
+  I18NUtf8Buffer::copy(slot.text + before, text);
+  mine.publish();
+  return true;
+}
+
 // The slot of the oldest event, once it has been published: a thread that has claimed it may still be writing, and then
 // those behind it wait. A sealed ring is left when everything that was claimed in it has been got.
 LOGBoundedFIFO::Slot* LOGBoundedFIFO::oldest() {
@@ -235,8 +271,10 @@ LOGLoggingEvent* LOGBoundedFIFO::get(LOGLoggingEvent& place) {
   if (slot->length == Slot::OBJECT) {
     event = slot->object;
   } else {
+    const bool isPacked = (slot->length & Slot::PACKED) != 0;
     place.setPlain(slot->timeStamp, slot->timeStampNanos, slot->level, slot->logger, slot->place,
-                   {slot->text, slot->length});
+                   {slot->text, isPacked ? 0 : slot->length});
+    if (isPacked) place.m_text = slot->packed().printTo(place.m_ownText);
   }
   m_head.store(m_head.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   return event;

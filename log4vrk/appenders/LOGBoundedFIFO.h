@@ -12,6 +12,7 @@
 #include "log4vrk/platform/internal/VRKMutex.h"
 
 class LOGLoggingEvent;
+class LOGStatementCall;
 
 /// The queue between the threads that log and the dispatcher thread. It never blocks and never waits.
 ///
@@ -51,6 +52,9 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex, public LOGQueueProgress {
   /// the queue's own memory. Any other needs an object: it is made in `copy` before the first attempt, and stays there
   /// for the next when it is refused.
   Outcome putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy);
+  /// Puts what is known of an event that has not been made. False when it has to be made: the queue is full or closed,
+  /// or the text takes more than the queue has in one place. Inside the gate.
+  LOG4VRK_HIDDEN bool putCall(LOGStatementCall& call);
   static void reportFull();
   /// As get(), but an event that came without an object is filled into `place`, and that is returned. Any other result
   /// is an object, which belongs to the caller.
@@ -80,7 +84,9 @@ class LOG4VRK_EXPORT LOGBoundedFIFO : public LOGMutex, public LOGQueueProgress {
   void goOn(const Ring& usedUp);
   Slot* oldest();
 
-  std::atomic<int> m_maxSize;
+  // What putting threads read for every event. What the getting side changes all the time is elsewhere, in the base
+  // class, too.
+  alignas(64) std::atomic<int> m_maxSize;
   std::atomic<Ring*> m_last;  // the ring into which events are put
   // How many events had been or will have been got when the queue was last full, or will be unless more are put.
   // Putting threads change it only when there are about as many events as the maximum.

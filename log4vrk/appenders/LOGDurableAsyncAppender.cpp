@@ -16,9 +16,20 @@
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
 
-const LOGAppenderInternals LOGDurableAsyncAppender::INTERNALS = {
-    &typeid(LOGDurableAsyncAppender), true, &LOGDurableAsyncAppender::appendFast, nullptr, nullptr,
-    &LOGDurableAsyncAppender::drain};
+namespace {
+
+constexpr LOGFailureTexts FAILURES = {"LOGDurableAsyncAppender::append --- ", "LOGDurableAsyncAppender::append --- ",
+                                      "LOGDurableAsyncAppender::append --- An unknown exception has occurred."};
+
+}  // namespace
+
+const LOGAppenderInternals LOGDurableAsyncAppender::INTERNALS = {&typeid(LOGDurableAsyncAppender),
+                                                                 true,
+                                                                 &LOGDurableAsyncAppender::appendFast,
+                                                                 nullptr,
+                                                                 nullptr,
+                                                                 &LOGDurableAsyncAppender::drain,
+                                                                 &LOGDurableAsyncAppender::appendCall};
 
 LOGDurableAsyncAppender::LOGDurableAsyncAppender() : LOGAsyncAppender("LOGDurableAsyncAppender", INTERNALS) {}
 
@@ -105,9 +116,7 @@ void LOGDurableAsyncAppender::append(LOGLoggingEvent* event) {
     reportClosed();
     return;
   }
-  logContain({"LOGDurableAsyncAppender::append --- ", "LOGDurableAsyncAppender::append --- ",
-              "LOGDurableAsyncAppender::append --- An unknown exception has occurred."},
-             [&] { put(*ring, *event); });
+  logContain(FAILURES, [&] { put(*ring, *event); });
 }
 
 bool LOGDurableAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
@@ -116,6 +125,16 @@ bool LOGDurableAsyncAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggi
   if (self.getClosed() != 0 || self.m_forks != VRKThread::forks()) return false;  // it has to be activated first
   self.LOGAppenderSkeleton::doAppend(event);
   return true;
+}
+
+// As in the ordinary queue. A ring is there for those who come after this process, so it holds the text.
+bool LOGDurableAsyncAppender::appendCall(LOGAppenderSkeleton& appender, LOGStatementCall& call) {
+  auto& self = static_cast<LOGDurableAsyncAppender&>(appender);
+  if (!self.takesCalls()) return false;
+  LOGRing* const ring = self.m_open;
+  bool isDone = true;
+  logContain(FAILURES, [&] { isDone = ring != nullptr && ring->putCall(call); });
+  return isDone;
 }
 
 // Without the lock: the ring lives as long as the appender, and a closed one refuses the event.

@@ -56,6 +56,7 @@ class LOG4VRK_EXPORT LOGDurableAsyncAppender : public LOGAsyncAppender {
   LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   static bool appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
+  static bool appendCall(LOGAppenderSkeleton& appender, LOGStatementCall& call);
   static bool drain(LOGAppenderSkeleton& appender);
   LOG4VRK_HIDDEN std::shared_ptr<LOGRing> ring();
   LOG4VRK_HIDDEN void put(LOGRing& ring, LOGLoggingEvent& event);

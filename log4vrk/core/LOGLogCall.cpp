@@ -11,6 +11,7 @@
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGAppenderList.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGStatementCall.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/internal/I18NAscii.h"
 
@@ -40,6 +41,15 @@ template <typename Operation>
   catch (...) {
   }
 }
+
+// A log call whose event is there already: see LOGStatementCall.
+struct EventCall {
+  LOGLoggingEvent* event() const { return m_event; }
+  bool appendFast(const LOGAppenderInternals& internals, LOGAppenderSkeleton& appender) const {
+    return internals.appendFast(appender, m_event);
+  }
+  LOGLoggingEvent* const m_event;
+};
 
 bool hasUnpairedSurrogate(std::u16string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -72,40 +82,46 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
 
 // No lock is taken to find the appenders: LOGAppenderUse says which list is in use. The fast path is for a single
 // appender, because only then it need not be kept that all appenders get the events in one order.
-[[gnu::always_inline]] inline int LOGLogger::append(LOGLoggingEvent* event, LOGThreadState& thread) {
+template <typename Call>
+[[gnu::always_inline]] inline int LOGLogger::append(Call& call, LOGThreadState& thread) {
   const LOGAppenderUse use(thread.uses.delivering, appenders());
   const LOGAppenderList* const list = use.list();
   if (list == nullptr) return 0;
-  if (list->fast != nullptr && list->fast->appendFast(*list->attached[0].appender, event)) return 1;
+  if (list->fast != nullptr && call.appendFast(*list->fast, *list->attached[0].appender)) return 1;
   const VRKThreadGuard guard(m_order);  // the walk is inside a scope already
-  return list->append(event, thread, appenders());
+  return list->append(call.event(), thread, appenders());
 }
 
 // From the child to the parent. One logger is left before the next is entered, so that no thread holds two of them.
-[[gnu::always_inline]] inline int LOGLogger::walk(LOGLoggingEvent* event, LOGThreadState& thread) {
+template <typename Call>
+[[gnu::always_inline]] inline int LOGLogger::walk(Call& call, LOGThreadState& thread) {
   return logReport("LOGLogger::callAppenders -- unable to lock mutex", [&]() VRK_INLINED {
     int writes = 0;
     for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-      writes += logger->append(event, thread);
+      writes += logger->append(call, thread);
       if (logger->getAdditivity() == 0) break;
     }
     return writes;
   });
 }
 
-[[gnu::always_inline]] inline void LOGLogger::callEach(LOGLoggingEvent* event) {
+template <typename Call>
+[[gnu::always_inline]] inline void LOGLogger::callEach(Call& call) {
   LOGThreadState& thread = LOGThreadState::current();
   if (thread.deferral.calls > 0) {
-    LOGDeferral::defer(this, event);
+    LOGDeferral::defer(this, call.event());
     return;
   }
   const LOGDeferral deferral(thread);
   const LOGGate::Pass pass(thread);
-  if (walk(event, thread) != 0) return;
+  if (walk(call, thread) != 0) return;
   if (LOGLoggerRepository* const repository = getRepository()) repository->emitNoAppenderWarning(this);
 }
 
-void LOGLogger::callAppenders(LOGLoggingEvent* event) { callEach(event); }
+void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+  EventCall call{event};
+  callEach(call);
+}
 
 void LOGLogger::deliver(LOGLoggingEvent* event) {
   delivered([&] { callAppenders(event); });
@@ -114,9 +130,23 @@ void LOGLogger::deliver(LOGLoggingEvent* event) {
 [[gnu::always_inline]] inline void LOGLogger::logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8,
                                                       const LOGSourceLocation* place) {
   contained([&]() VRK_INLINED {
-    LOGLoggingEvent event(fqn, this, level, utf8);
-    event.m_place = place;
-    delivered([&]() VRK_INLINED { callEach(&event); });
+    if (&fqn != &m_FQCN) {
+      LOGLoggingEvent event(fqn, this, level, utf8);
+      event.m_place = place;
+      deliver(&event);
+      return;
+    }
+    LOGStatementCall call(*this, level, place, utf8);
+    delivered([&]() VRK_INLINED { callEach(call); });
+  });
+}
+
+void LOGLogger::logStatement(LOGLevel* level, const LOGPackedText& text, const LOGSourceLocation* place) {
+  char memory[LOGMessage::ROOM];
+  I18NUtf8Buffer room(memory, sizeof memory);
+  contained([&]() VRK_INLINED {
+    LOGStatementCall call(*this, level, place, text, room);
+    delivered([&]() VRK_INLINED { callEach(call); });
   });
 }
 

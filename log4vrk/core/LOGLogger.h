@@ -23,6 +23,7 @@ class LOGLoggingEvent;
 class LOGMessage;
 struct LOGAppenderList;
 struct LOGDeferredEvent;
+struct LOGPackedText;
 struct LOGSourceLocation;
 struct LOGThreadState;
 
@@ -120,6 +121,8 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   /// For the macros, which have asked already. `bytes` are UTF-8, or meant to be.
   void logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place);
+  /// The text is put together when somebody needs it: behind a queue, by the queue's thread.
+  void logStatement(LOGLevel* level, const LOGPackedText& text, const LOGSourceLocation* place);
 
   /// False without a repository; with one, a null level raises VRKAssertError.
   bool isEnabledFor(LOGLevel* level) const {
@@ -137,6 +140,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void callAppenders(LOGLoggingEvent* event);
 
   const I18NString& getName() const { return m_name.get()->text; }
+  const std::string& getNameUtf8() const { return m_name.get()->utf8; }
   /// The logger's own copy of the level last set, valid as long as the logger; null inherits.
   LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
   virtual void setLevel(LOGLevel* level);
@@ -222,9 +226,12 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8, const LOGSourceLocation* place);
   /// callAppenders() for callers that have nobody to raise an error to.
   LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event);
-  void callEach(LOGLoggingEvent* event);
-  int walk(LOGLoggingEvent* event, LOGThreadState& thread);
-  int append(LOGLoggingEvent* event, LOGThreadState& thread);
+  template <typename Call>
+  void callEach(Call& call);
+  template <typename Call>
+  int walk(Call& call, LOGThreadState& thread);
+  template <typename Call>
+  int append(Call& call, LOGThreadState& thread);
   /// Goes on with the delivery of an event that was put off, on a dispatcher thread. False when a logger is in use.
   LOG4VRK_HIDDEN static bool deliverOn(LOGDeferredEvent& putOff);
   /// False when another thread delivers through this logger.

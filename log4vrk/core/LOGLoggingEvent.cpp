@@ -1,10 +1,13 @@
 #include "log4vrk/core/LOGLoggingEvent.h"
 
+#include <new>
+
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGNDC.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/core/LOGRendererMap.h"
+#include "log4vrk/core/internal/LOGStatementCall.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKTime.h"
@@ -54,6 +57,29 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* 
     : m_isText(true), m_isPassing(true), m_level(level), m_logger(logger), m_text(utf8) {
   vrkTranslateErrors(VRK_HERE, [&] { begin(fqnOfLoggerClass); });
 }
+
+LOGLoggingEvent::LOGLoggingEvent(const LOGStatementCall& call, std::string_view utf8)
+    : m_timeStamp(call.time().seconds),
+      m_timeStampNanos(call.time().nanoseconds),
+      m_isText(true),
+      m_isPassing(true),
+      m_level(call.level()),
+      m_logger(&call.logger()),
+      m_place(call.place()),
+      m_loggerName(call.logger().m_name.get()),
+      m_fqnOfLoggerClass(&LOGLogger::m_FQCN),
+      m_text(utf8) {}
+
+void LOGStatementCall::print() {
+  try {
+    m_text = m_packed->printTo(*m_room);
+  } catch (const std::bad_alloc&) {
+    m_text = "<not printed: no memory>";
+  }
+  m_packed = nullptr;
+}
+
+void LOGStatementCall::makeEvent() { m_event = ::new (m_memory) LOGLoggingEvent(*this, text()); }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other) : LOGSerializable(other) { *this = other; }
 

@@ -17,6 +17,7 @@
 class LOGLevel;
 class LOGLogger;
 class LOGObject;
+class LOGStatementCall;
 struct LOGSourceLocation;
 
 /// What was logged, by which logger, at which level and when. Thread name and nested context are looked up when
@@ -94,6 +95,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  private:
   friend class LOGBoundedFIFO;
   friend class LOGLogger;
+  friend class LOGStatementCall;
   friend struct LOGRingRecord;
 
   static const I18NString& NO_TEXT;
@@ -122,6 +124,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
 
   /// For a message that is nothing but a text. `utf8` is well-formed, and lent for the life of the event.
   LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);
+  LOG4VRK_HIDDEN LOGLoggingEvent(const LOGStatementCall& call, std::string_view utf8);
   void begin(const I18NString& fqnOfLoggerClass);
   /// True as long as the event is what a log call made of a text, and nobody has looked up or set anything. Of such an
   /// event a queue keeps a few fields and no object; setPlain() makes a copy from them, in memory that is there

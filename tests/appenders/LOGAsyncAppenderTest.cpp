@@ -1,3 +1,4 @@
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
@@ -116,6 +117,52 @@ TEST(LOGBoundedFIFO, KeepsTheOrderOfEachThreadWhileItsSizeChanges) {
   EXPECT_EQ(0, queue.length());
   std::unique_ptr<LOGLoggingEvent> copy;
   EXPECT_EQ(LOGBoundedFIFO::CLOSED, queue.putCopy(keeper.kept, copy));
+}
+
+// A text goes the short way, an object does not.
+TEST(AsynchronousAppenders, TreatATextLikeAnObjectInEveryState) {
+  const TempDir dir;
+  const InternalLog log;
+  RecordingAppender sink;
+  LOGDenyAllFilter deny;
+  LOGAsyncAppender ordinary;
+  LOGDurableAsyncAppender durable;
+  durable.setDirectory(dir.file("rings").c_str());
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a.b");
+  for (LOGAsyncAppender* const queue : {&ordinary, static_cast<LOGAsyncAppender*>(&durable)}) {
+    queue->setName("queue");
+    queue->addAppender(&sink);
+    tree.getLogger("a")->addAppender(queue);
+    const struct {
+      const char* name;
+      std::function<void()> change;
+      std::size_t delivered;
+    } states[] = {
+        {"as it is", [] {}, 1},
+        {"a threshold below", [&] { queue->setThreshold(LOGLevel::DEBUG_OBJ); }, 0},
+        {"a threshold above", [&] { queue->setThreshold(LOGLevel::ERROR_OBJ); }, 1},
+        {"a filter", [&] { queue->addFilter(&deny); }, 0},
+        {"no filter", [&] { queue->clearFilters(); }, 1},
+        {"location", [&] { queue->setLocationInfo(1); }, 1},
+        {"another parent's", [&] { logger->setAdditivity(0); }, 0},
+        {"its own again", [&] { logger->setAdditivity(1), queue->setLocationInfo(0); }, 1},
+        {"closed", [&] { queue->close(); }, 0},
+    };
+    for (const auto& state : states) {
+      state.change();
+      for (const bool isObject : {false, true}) {
+        sink.texts.clear();
+        HookMessage object("said");
+        if (isObject) logger->info(&object);
+        if (!isObject) LOG4VRK_INFO(logger, "said");
+        LOGAppenderInternals::of(*queue)->drain(*queue);
+        EXPECT_EQ(sink.texts, Texts(state.delivered, "said")) << state.name << (isObject ? ", object" : ", text");
+      }
+    }
+    tree.getLogger("a")->removeAppender(queue);
+    logger->setAdditivity(1);
+  }
 }
 
 TEST_F(AsyncAppenderTest, DeliversTextsOfAnyLengthAndNothingOfTheEventBefore) {

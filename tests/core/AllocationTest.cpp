@@ -15,6 +15,7 @@
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/core/LOGMacros.h"
 #include "log4vrk/core/LOGManager.h"
+#include "log4vrk/format.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "tests/support/TempDir.h"
 
@@ -37,12 +38,13 @@ Counts counted(Call call) {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined: g++ would take each new for one that is freed by another allocator's function.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocations;
   if (void* const memory = std::malloc(size)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
 
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) {
@@ -85,6 +87,7 @@ TEST(Allocation, AnEnabledCallTakesTheFilesLockOnlyAndAQueueAllocatesNothingOnEi
   queue.addAppender(&file);
   logger->addAppender(&queue);
   EXPECT_EQ(counted(call).first, 0);
+  EXPECT_EQ(counted([&] { LOG4VRK_INFO_F(logger, "request {} from {} ok", 123456, text); }).first, 0);
   logger->removeAppender(&queue);
   queue.close();
   LOGDurableAsyncAppender durable;

@@ -188,30 +188,26 @@ class LOGRing::Writer {
 };
 
 // The way of most events: nothing is put together but the slot.
-[[gnu::always_inline]] inline bool LOGRing::putShort(const LOGLoggingEvent& event, LOGThreadState& thread,
-                                                     Outcome& outcome) {
-  const std::string& threadName = thread.name.utf8();
-  const std::string_view loggerName = LOGRingRecord::loggerNameOf(event), message = LOGRingRecord::messageOf(event);
-  if (threadName.size() + loggerName.size() + message.size() > Format::FIRST_BYTES) return false;
-  const LOGGate::Pass inside(thread);  // a fork finds no slot claimed and not published
+[[gnu::always_inline]] inline bool LOGRing::putShort(const LOGRingRecord& record, Outcome& outcome) {
+  if (record.textBytes() > Format::FIRST_BYTES) return false;
   std::uint64_t position = 0;
   outcome = claim(1, position);
   if (outcome != LOGBoundedFIFO::QUEUED) return true;
   char* to = slot(position).bytes;
   auto& head = *reinterpret_cast<Format::Record*>(to);
-  head.seconds = event.getTimeStamp();
-  head.logger = reinterpret_cast<std::uintptr_t>(event.getLogger());
-  head.place = reinterpret_cast<std::uintptr_t>(event.getSourceLocation());
-  head.nanoseconds = event.getTimeStampNanos();
-  head.rank = event.getLevel()->toInt();
-  head.messageLength = static_cast<std::uint32_t>(message.size());
+  head.seconds = record.seconds;
+  head.logger = reinterpret_cast<std::uintptr_t>(record.logger);
+  head.place = reinterpret_cast<std::uintptr_t>(record.place);
+  head.nanoseconds = record.nanoseconds;
+  head.rank = record.rank;
+  head.messageLength = static_cast<std::uint32_t>(record.message.size());
   head.contextLength = head.restLength = 0;
-  head.loggerLength = static_cast<std::uint16_t>(loggerName.size());
-  head.threadLength = static_cast<std::uint8_t>(threadName.size());
+  head.loggerLength = static_cast<std::uint16_t>(record.loggerName.size());
+  head.threadLength = static_cast<std::uint8_t>(record.threadName.size());
   head.kind = Format::EVENT;
-  to = I18NUtf8Buffer::copy(to + sizeof head, threadName);
-  to = I18NUtf8Buffer::copy(to, loggerName);
-  I18NUtf8Buffer::copy(to, message);
+  to = I18NUtf8Buffer::copy(to + sizeof head, record.threadName);
+  to = I18NUtf8Buffer::copy(to, record.loggerName);
+  I18NUtf8Buffer::copy(to, record.message);
   publish(position);
   return true;
 }
@@ -219,9 +215,19 @@ class LOGRing::Writer {
 LOGRing::Outcome LOGRing::put(LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts,
                               std::uint64_t& end) {
   LOGThreadState& thread = LOGThreadState::current();
+  const LOGGate::Pass inside(thread);  // a fork finds no slot claimed and not published
   Outcome outcome;
-  if (LOGRingRecord::isOrdinary(event, thread) && putShort(event, thread, outcome)) return outcome;
+  if (LOGRingRecord::isOrdinary(event, thread) && putShort(LOGRingRecord::ofOrdinary(event, thread), outcome)) {
+    return outcome;
+  }
   return putAny(event, thread, copy, lasts, end);
+}
+
+bool LOGRing::putCall(LOGStatementCall& call) {
+  LOGThreadState& thread = LOGThreadState::current();
+  if (!LOGRingRecord::isOrdinary(call, thread)) return false;
+  Outcome outcome;
+  return putShort(LOGRingRecord::ofOrdinary(call, thread), outcome) && outcome == LOGBoundedFIFO::QUEUED;
 }
 
 void LOGRing::write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position, std::uint64_t count) {
@@ -265,7 +271,6 @@ LOGRing::Outcome LOGRing::putAny(LOGLoggingEvent& event, LOGThreadState& thread,
     record = LOGRingRecord();
     count = 1;
   }
-  const LOGGate::Pass inside(thread);
   std::uint64_t position = 0;
   const Outcome outcome = claim(count, position);
   if (outcome != LOGBoundedFIFO::QUEUED) return outcome;

@@ -60,6 +60,9 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   /// alone, of a thread without a context. A refusal is not reported. An event that takes more than half of the ring is
   /// made an object in `copy`, and goes with that: `lasts` is false then, and `end` is where its record ends.
   Outcome put(LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end);
+  /// Puts the record of an event that has not been made. False when it has to be made: there is no room, or it takes
+  /// more than one slot. Inside the gate.
+  LOG4VRK_HIDDEN bool putCall(LOGStatementCall& call);
   /// From now on nothing can be put, for good.
   void close();
   std::uint64_t putSoFar() const override { return control().tail.load() & ~LOGRingFormat::SEALED; }
@@ -106,8 +109,8 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   LOGRingFormat::Slot& slot(std::uint64_t position) const {
     return at<LOGRingFormat::Slot>(LOGRingFormat::SLOTS_AT)[position & (m_slots - 1)];
   }
-  /// False when an ordinary event does not fit into one slot.
-  LOG4VRK_HIDDEN bool putShort(const LOGLoggingEvent& event, LOGThreadState& thread, Outcome& outcome);
+  /// False when the record of an ordinary event does not fit into one slot. Inside the gate.
+  LOG4VRK_HIDDEN bool putShort(const LOGRingRecord& record, Outcome& outcome);
   [[gnu::cold]] LOG4VRK_HIDDEN Outcome putAny(LOGLoggingEvent& event, LOGThreadState& thread,
                                               std::unique_ptr<LOGLoggingEvent>& copy, bool& lasts, std::uint64_t& end);
   void publish(std::uint64_t position) { slot(position).mark.store(position + 1, std::memory_order_release); }
@@ -120,7 +123,8 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   bool hasSlot(std::uint64_t position) const { return (position & (m_slots - 1)) < m_available; }
   LOG4VRK_HIDDEN bool positionsHold(std::string& finding) const;
 
-  std::unique_ptr<VRKMappedFile> m_file;
+  // What putting threads read for every event, and nobody changes.
+  alignas(64) std::unique_ptr<VRKMappedFile> m_file;
   char* m_data = nullptr;
   std::uint64_t m_slots = 0;
   std::uint64_t m_available = 0;  // the first of them; fewer than all when the file is truncated
@@ -128,7 +132,7 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
   const unsigned m_forks = VRKThread::forks();
 
   // The getting side's.
-  std::uint64_t m_position = 0;
+  alignas(64) std::uint64_t m_position = 0;
   std::uint64_t m_next = 0;  // the position after the record that get() will return
   std::uint64_t m_damaged = 0;
   LOGRingFormat::Record m_head{};

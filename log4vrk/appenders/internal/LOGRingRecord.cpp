@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "log4vrk/appenders/internal/LOGRingFormat.h"
-#include "log4vrk/core/LOGLogger.h"
 
 namespace {
 
@@ -49,24 +48,6 @@ LOGLevel* levelOf(std::int32_t rank) {
 I18NString decoded(std::string_view utf8) { return I18NString(utf8); }
 
 }  // namespace
-
-LOGRingRecord LOGRingRecord::begin(const LOGLoggingEvent& event) {
-  LOGRingRecord record;
-  record.seconds = event.m_timeStamp;
-  record.nanoseconds = event.m_timeStampNanos;
-  record.rank = event.m_level != nullptr ? event.m_level->toInt() : 0;
-  record.loggerName = loggerNameOf(event).substr(0, UINT16_MAX);
-  record.place = placeOf(event);
-  return record;
-}
-
-LOGRingRecord LOGRingRecord::ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread) {
-  LOGRingRecord record = begin(event);
-  record.logger = event.m_logger;
-  record.threadName = thread.name.utf8();
-  record.message = event.m_text;
-  return record;
-}
 
 LOGRingRecord LOGRingRecord::ofAny(LOGLoggingEvent& event, Room& room) {
   LOGRingRecord record = begin(event);

@@ -7,7 +7,9 @@
 #include <string_view>
 
 #include "log4vrk/core/LOGLevel.h"
+#include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGStatementCall.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
@@ -35,7 +37,29 @@ struct LOGRingRecord {
   static bool isOrdinary(const LOGLoggingEvent& event, const LOGThreadState& thread) {
     return event.isPlain() && thread.context.stack == nullptr && isUsual(event.m_level);
   }
-  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread);
+  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread) {
+    LOGRingRecord record = begin(event);
+    record.logger = event.m_logger;
+    record.threadName = thread.name.utf8();
+    record.message = event.m_text;
+    return record;
+  }
+  /// The same for an event that has not been made.
+  static bool isOrdinary(const LOGStatementCall& call, const LOGThreadState& thread) {
+    return thread.context.stack == nullptr && isUsual(call.level());
+  }
+  static LOGRingRecord ofOrdinary(LOGStatementCall& call, LOGThreadState& thread) {
+    LOGRingRecord record;
+    record.seconds = call.time().seconds;
+    record.nanoseconds = call.time().nanoseconds;
+    record.rank = call.level()->toInt();
+    record.logger = &call.logger();
+    record.place = call.place();
+    record.threadName = thread.name.utf8();
+    record.loggerName = call.logger().getNameUtf8();
+    record.message = call.text();
+    return record;
+  }
   /// A record of any event, which borrows from event and room. Whatever layouts may ask for is looked up here, on the
   /// thread that logs: when it has been killed, nobody can be asked.
   static LOGRingRecord ofAny(LOGLoggingEvent& event, Room& room);
@@ -58,16 +82,18 @@ struct LOGRingRecord {
   };
 
  private:
-  friend class LOGRing;
-
   /// Of the levels that a rank alone brings back.
   static bool isUsual(const LOGLevel* level) {
     return level == LOGLevel::INFO_OBJ || level == LOGLevel::DEBUG_OBJ || level == LOGLevel::WARN_OBJ ||
            level == LOGLevel::ERROR_OBJ || level == LOGLevel::FATAL_OBJ;
   }
-  static LOGRingRecord begin(const LOGLoggingEvent& event);
-  // Of an ordinary event.
-  static const LOGSourceLocation* placeOf(const LOGLoggingEvent& event) { return event.m_place; }
-  static std::string_view messageOf(const LOGLoggingEvent& event) { return event.m_text; }
-  static std::string_view loggerNameOf(const LOGLoggingEvent& event) { return event.m_loggerName->utf8; }
+  static LOGRingRecord begin(const LOGLoggingEvent& event) {
+    LOGRingRecord record;
+    record.seconds = event.m_timeStamp;
+    record.nanoseconds = event.m_timeStampNanos;
+    record.rank = event.m_level != nullptr ? event.m_level->toInt() : 0;
+    record.loggerName = std::string_view(event.m_loggerName->utf8).substr(0, UINT16_MAX);
+    record.place = event.m_place;
+    return record;
+  }
 };

@@ -8,6 +8,7 @@
 #include "log4vrk/core/LOGLoggingEvent.h"
 
 struct LOGAppenderList;
+class LOGStatementCall;
 
 /// A table of functions that a class of appenders has beside its virtual ones. It is no base class with further virtual
 /// functions, because programs derive from these classes, too, and would override a release() or a drain() by accident.
@@ -30,6 +31,9 @@ struct LOGAppenderInternals {
   /// Returns when what was appended before has been delivered, or after some seconds. False: close() would have to wait
   /// for the rest. For appenders that deliver later.
   bool (*drain)(LOGAppenderSkeleton& appender) = nullptr;
+  /// As appendFast, for the call of a statement of which no event has been made: for a queue, which needs none. An
+  /// appender that has this has appendFast, too, which takes what this one does not.
+  bool (*appendCall)(LOGAppenderSkeleton& appender, LOGStatementCall& call) = nullptr;
 
   /// For the constructors of these classes, each after that of its base.
   static void set(LOGAppenderSkeleton& appender, const LOGAppenderInternals& internals) {
