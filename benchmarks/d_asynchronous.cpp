@@ -66,20 +66,9 @@ void latency(const bench::Settings& settings, bench::Folder& folder) {
   Comparison comparison(settings,
                         {{"d p50", "ns/call"}, {"d p80", "ns/call"}, {"d p99", "ns/call"}, {"d p99.9", "ns/call"}});
   addContenders(comparison, folder, 1, events, [events](auto& log, auto call) {
-    const double nanoseconds = bench::nanosecondsPerTick();
-    const auto interval = static_cast<unsigned long long>(10'000 / nanoseconds);
-    std::vector<double> calls;
-    calls.reserve(static_cast<std::size_t>(events));
-    unsigned long long next = bench::ticks();
-    for (long i = 0; i < events; ++i, next += interval) {
-      unsigned long long before = bench::ticks();
-      while (before < next) before = bench::ticks();
-      call(i);
-      calls.push_back(static_cast<double>(bench::ticks() - before) * nanoseconds);
-    }
+    std::vector<double> result = bench::pacedCalls(events, 10'000, call);
     log.close();
-    return std::vector<double>{bench::quantile(calls, 0.5), bench::quantile(calls, 0.8), bench::quantile(calls, 0.99),
-                               bench::quantile(calls, 0.999)};
+    return result;
   });
   comparison.gate("d p50", "ours", "spsc", Comparison::AT_MOST, 1.6, 1.0);
   comparison.gate("d p80", "ours", "spsc", Comparison::AT_MOST, 1.8, 1.1);

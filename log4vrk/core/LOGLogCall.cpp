@@ -84,6 +84,7 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
 // appender, because only then it need not be kept that all appenders get the events in one order.
 template <typename Call>
 [[gnu::always_inline]] inline int LOGLogger::append(Call& call, LOGThreadState& thread) {
+  if (appenders().load(std::memory_order_relaxed) == nullptr) return 0;  // as of most loggers
   const LOGAppenderUse use(thread.uses.delivering, appenders());
   const LOGAppenderList* const list = use.list();
   if (list == nullptr) return 0;
