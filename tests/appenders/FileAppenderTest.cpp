@@ -1,7 +1,3 @@
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include "tests/appenders/AppenderFixture.h"
 
 using namespace vrktest;
@@ -15,24 +11,6 @@ struct FailingAppender : LOGFileAppender {
 };
 
 }  // namespace
-
-TEST_F(FileAppenderTest, NeverMakesADirectoryAndOpensTheFileOnceThereIsOne) {
-  LOGFileAppender file;
-  LOGRollingFileAppender rolling;
-  for (LOGFileAppender* appender : {&file, static_cast<LOGFileAppender*>(&rolling)}) {
-    const InternalLog internal;
-    const std::string name = appender->instanceOf().toUtf8(), folder = m_dir.file(name);
-    appender->setLayout(&m_layout);
-    appender->setFile(path(name + "/log"));
-    log(*appender, "lost", "lost");
-    EXPECT_EQ(internal.count("log4vrk: " + name + "::setFile -- "), 2);
-    EXPECT_EQ(internal.count(" -- " + folder + " directory does not exist"), 2);
-    EXPECT_EQ(internal.lines().size(), 4u) << "and each event finds the appender closed";
-    std::filesystem::create_directory(folder);
-    log(*appender, "written");
-    EXPECT_EQ(m_dir.read(name + "/log"), "written\n");
-  }
-}
 
 TEST_F(FileAppenderTest, SaysNothingOfAMissingLayoutANameOrAFileThatCannotBeOpened) {
   LOGFileAppender noLayout(nullptr, path("log")), unnamed, directory(&m_layout, path("."));

@@ -50,29 +50,21 @@ TEST(LOGBoundedFIFO, IsFullAtExactlyItsSizeAndKeepsTheOrder) {
 TEST(LOGBoundedFIFO, FreesSpaceWhenItWasFullAtAGet) {
   LOGBoundedFIFO queue(3);
   LOGLoggingEvent event, place;
-  const auto put = [&](int count) {
+  // For each of the events whether taking it has freed space, in a queue of that size from then on.
+  const auto freedOf = [&](int count, int size) {
     for (int i = 0; i < count; ++i) EXPECT_TRUE(queue.put(&event));
-  };
-  const auto freed = [&] {
-    std::string shown;
-    while (queue.get(place) != nullptr) shown += queue.hasFreedSpace() ? '1' : '0';
-    return shown;
+    queue.resize(size);
+    std::string freed;
+    while (queue.get(place) != nullptr) freed += queue.hasFreedSpace() ? '1' : '0';
+    return freed;
   };
   for (int round = 0; round < 100; ++round) {  // so that it goes on in other rings
-    put(3);
-    EXPECT_EQ(freed(), "100");
-    put(2);
-    EXPECT_EQ(freed(), "00");
+    EXPECT_EQ(freedOf(3, 3), "100");
+    EXPECT_EQ(freedOf(2, 3), "00");
   }
-  put(3);
-  EXPECT_FALSE(queue.put(&event));
-  queue.get(place);
-  put(1);
-  queue.resize(2);
-  EXPECT_EQ(freed(), "010") << "three in a queue of two are not full, two are";
+  EXPECT_EQ(freedOf(3, 2), "010") << "three in a queue of two are not full, two are";
   queue.resize(200);
-  put(200);
-  EXPECT_EQ(freed(), "1" + std::string(199, '0'));
+  EXPECT_EQ(freedOf(200, 200), "1" + std::string(199, '0'));
 }
 
 TEST(LOGBoundedFIFO, KeepsTheOrderOfEachThreadWhileItsSizeChanges) {
@@ -103,10 +95,7 @@ TEST(LOGBoundedFIFO, KeepsTheOrderOfEachThreadWhileItsSizeChanges) {
   int last[THREADS] = {};
   for (int got = 0; got < THREADS * EACH;) {
     LOGLoggingEvent* const event = queue.get(place);
-    if (event == nullptr) {
-      std::this_thread::yield();
-      continue;
-    }
+    if (event == nullptr) continue;
     const std::unique_ptr<LOGLoggingEvent> object(event != &place ? event : nullptr);
     int& number = last[event->getTimeStamp()];
     ASSERT_EQ(++number, event->getTimeStampNanos());
@@ -168,9 +157,8 @@ TEST(AsynchronousAppenders, TreatATextLikeAnObjectInEveryState) {
 TEST_F(AsyncAppenderTest, DeliversTextsOfAnyLengthAndNothingOfTheEventBefore) {
   struct Changing : LOGAppenderSkeleton {
     void append(LOGLoggingEvent* event) override {
-      EXPECT_TRUE(event->getThrowableStrRep().isEmpty());
-      EXPECT_EQ("a", event->getLoggerName());
-      EXPECT_EQ(LOGLevel::INFO_OBJ, event->getLevel());
+      EXPECT_TRUE(event->getThrowableStrRep().isEmpty() && event->getLoggerName() == "a" &&
+                  event->getLevel() == LOGLevel::INFO_OBJ);
       texts.push_back(event->getMessage()->toString().toUtf8() + " by " + event->getThreadName().toUtf8());
       event->setRenderedMessage("changed");
       event->setThreadName("changed");
@@ -217,7 +205,7 @@ TEST_F(AsyncAppenderTest, WaitsForSpaceAndDropsOnlyWhereThereWillBeNone) {
     ++delivered;
   };
   std::thread thread([&] {
-    for (int i = 0; i < 20; ++i) LOG4VRK_INFO(logger, i);
+    for (int i = 0; i < 20; ++i) logger->info("event");
   });
   EXPECT_TRUE(eventually([&] { return log.count("log4vrk: Waiting for free space in buffer, ") > 1; }));
   VRKFault::arm(VRKFault::SLEEP, 2);
@@ -235,21 +223,16 @@ TEST_F(AsyncAppenderTest, WaitsForSpaceAndDropsOnlyWhereThereWillBeNone) {
 }
 
 TEST_F(AsyncAppenderTest, WithLocationInfoTheCallersThreadAndContextGoAlong) {
-  struct Reader : LOGAppenderSkeleton {
-    void append(LOGLoggingEvent* event) override {
-      thread = event->getThreadName().toUtf8();
-      context = event->getNDC().toUtf8();
-    }
-    std::string thread, context;
-  } reader;
-  appender.addAppender(&reader);
+  const TempDir dir;
+  LOGPatternLayout layout("%t %x %m");
+  LOGFileAppender file(&layout, dir.file("log").c_str());
+  appender.addAppender(&file);
   appender.setLocationInfo(1);
   LOGNDC::push("request 17");
   logger->info("event");
   LOGNDC::remove();
   appender.close();
-  EXPECT_EQ(std::to_string(VRKThread::currentThreadId()), reader.thread);
-  EXPECT_EQ("request 17", reader.context);
+  EXPECT_EQ(std::to_string(VRKThread::currentThreadId()) + " request 17 event", dir.read("log"));
 }
 
 TEST_F(AsyncAppenderTest, GoesOnAfterAppendersThatRaiseAndAfterThoseThatLog) {

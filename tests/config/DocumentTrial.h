@@ -42,10 +42,13 @@ class DocumentTrial {
   /// Whether everything that the document refers to is there and has written an event.
   bool isWhole() const {
     if (m_result != 1 || !isQuiet()) return false;
-    for (const VRKIDOM_Element& reference : elements("appender-ref")) {
-      const std::string tag = parentTag(reference);
-      if (tag != "root" && tag != "logger" && tag != "category") continue;
-      if (!works(reference.getAttribute("ref").toUtf8())) return false;
+    for (const VRKIDOM_Element& logger : loggerElements()) {
+      const VRKIDOM_NodeList children = logger.getChildNodes();
+      for (long i = 0; i < children.getLength(); ++i) {
+        const VRKIDOM_Element child(children.item(i));
+        const bool isReference = !child.isNull() && child.getTagName() == "appender-ref";
+        if (isReference && !works(child.getAttribute("ref").toUtf8())) return false;
+      }
     }
     return true;
   }
@@ -66,22 +69,19 @@ class DocumentTrial {
       return isPort(tcp->getPort()) && !tcp->getRemoteHost().isEmpty();
     }
     auto* const queue = dynamic_cast<LOGAsyncAppender*>(appender);
-    return queue != nullptr && queue->getBufferSize() > 0 && !nestedIn(*queue).empty();
+    return queue != nullptr && queue->getBufferSize() > 0 && !appendersOf(*queue).empty();
   }
 
   /// Levels, additivity and appenders of all loggers.
   std::string state() {
     std::set<std::string> lines;
-    const auto add = [&](LOGLogger& logger) {
-      std::string line = logger.getName().toUtf8() + " ";
-      line += logger.getLevel() != nullptr ? logger.getLevel()->toString().toUtf8() : "-";
-      line += logger.getAdditivity() != 0 ? " +" : " -";
-      for (LOGAppenderSkeleton* const appender : appendersOf(logger)) line += describe(*appender);
+    for (LOGLogger* const logger : m_hierarchy.all()) {
+      std::string line = logger->getName().toUtf8() + " ";
+      line += logger->getLevel() != nullptr ? logger->getLevel()->toString().toUtf8() : "-";
+      line += logger->getAdditivity() != 0 ? " +" : " -";
+      for (LOGAppenderSkeleton* const appender : appendersOf(*logger)) line += describe(*appender);
       lines.insert(line);
-    };
-    add(*m_hierarchy.getRootLogger());
-    const std::unique_ptr<VRKList<LOGLogger*>> loggers(m_hierarchy.getCurrentLoggers());
-    for (LOGLogger* const logger : *loggers) add(*logger);
+    }
     std::string all = std::to_string(m_result);
     for (const std::string& line : lines) all += "\n" + line;
     return all;
@@ -92,9 +92,13 @@ class DocumentTrial {
     Hierarchy() : LOGHierarchy(new LOGRootLogger(LOGLevel::DEBUG_OBJ)) {}
     // shutdown() would close the internal log for good.
     void shutdownAppenders() {
-      getRootLogger()->removeAllAppenders();
+      for (LOGLogger* const logger : all()) logger->removeAllAppenders();
+    }
+    std::vector<LOGLogger*> all() {
       const std::unique_ptr<VRKList<LOGLogger*>> loggers(getCurrentLoggers());
-      for (LOGLogger* const logger : *loggers) logger->removeAllAppenders();
+      std::vector<LOGLogger*> found(loggers->begin(), loggers->end());
+      found.push_back(getRootLogger());
+      return found;
     }
   };
 
@@ -113,15 +117,14 @@ class DocumentTrial {
     for (const VRKIDOM_Element& param : elements("param")) {
       if (param.getAttribute("name") == "StringToMatch") messages.push_back(param.getAttribute("value").toUtf8());
     }
-    for (const char* tag : {"root", "logger", "category"}) {
-      for (const VRKIDOM_Element& element : elements(tag)) {
-        if (element.getAttribute("name").length() > 1000) continue;
-        LOGLogger* const logger =
-            std::string(tag) == "root" ? m_hierarchy.getRootLogger() : m_hierarchy.exists(element.getAttribute("name"));
-        for (const std::string& message : messages) {
-          for (const char* level : {"DEBUG", "INFO", "WARN", "ERROR", "FATAL"}) {
-            if (logger != nullptr) logger->log(LOGLevel::toLevel(level), message);
-          }
+    for (const VRKIDOM_Element& element : loggerElements()) {
+      const I18NString name = element.getAttribute("name");
+      if (name.length() > 1000) continue;
+      const bool isRoot = element.getTagName() == "root";
+      LOGLogger* const logger = isRoot ? m_hierarchy.getRootLogger() : m_hierarchy.exists(name);
+      for (const std::string& message : messages) {
+        for (const char* level : {"DEBUG", "INFO", "WARN", "ERROR", "FATAL"}) {
+          if (logger != nullptr) logger->log(LOGLevel::toLevel(level), message);
         }
       }
     }
@@ -137,29 +140,19 @@ class DocumentTrial {
     for (long i = 0; i < list.getLength(); ++i) all.emplace_back(list.item(i));
     return all;
   }
-  // Elements know no parents; their places tell them apart.
-  std::string parentTag(const VRKIDOM_Element& child) const {
-    for (const VRKIDOM_Element& parent : elements("*")) {
-      const VRKIDOM_NodeList children = parent.getChildNodes();
-      for (long i = 0; i < children.getLength(); ++i) {
-        const VRKIDOM_Node node = children.item(i);
-        const bool isSame = node.getNodeType() == VRKIDOM_Node::ELEMENT_NODE &&
-                            node.getLineNumber() == child.getLineNumber() &&
-                            node.getColumnNumber() == child.getColumnNumber();
-        if (isSame) return parent.getTagName().toUtf8();
-      }
+  std::vector<VRKIDOM_Element> loggerElements() const {
+    std::vector<VRKIDOM_Element> all = elements("root");
+    for (const char* tag : {"logger", "category"}) {
+      for (const VRKIDOM_Element& element : elements(tag)) all.push_back(element);
     }
-    return "";
-  }
-
-  static std::vector<LOGAppenderSkeleton*> appendersOf(LOGLogger& logger) {
-    std::vector<LOGAppenderSkeleton*> all;
-    for (auto each = logger.getAllAppenders(); !each.atEnd(); ++each) all.push_back(*each);
     return all;
   }
-  static std::vector<LOGAppenderSkeleton*> nestedIn(LOGAsyncAppender& queue) {
+
+  /// Of a logger or a queue.
+  template <typename Owner>
+  static std::vector<LOGAppenderSkeleton*> appendersOf(Owner& owner) {
     std::vector<LOGAppenderSkeleton*> all;
-    for (auto each = queue.getAllAppenders(); !each.atEnd(); ++each) all.push_back(*each);
+    for (auto each = owner.getAllAppenders(); !each.atEnd(); ++each) all.push_back(*each);
     return all;
   }
   static std::string describe(LOGAppenderSkeleton& appender) {
@@ -177,20 +170,17 @@ class DocumentTrial {
       for (LOGAppenderSkeleton* const each : all) {
         if (each->getName() == I18NString(name)) return each;
         auto* const queue = dynamic_cast<LOGAsyncAppender*>(each);
-        if (LOGAppenderSkeleton* const nested = queue ? self(nestedIn(*queue), self) : nullptr) return nested;
+        if (LOGAppenderSkeleton* const nested = queue ? self(appendersOf(*queue), self) : nullptr) return nested;
       }
       return nullptr;
     };
-    auto& hierarchy = const_cast<Hierarchy&>(m_hierarchy);
-    if (auto* const found = in(appendersOf(*hierarchy.getRootLogger()), in)) return found;
-    const std::unique_ptr<VRKList<LOGLogger*>> loggers(hierarchy.getCurrentLoggers());
-    for (LOGLogger* const logger : *loggers) {
+    for (LOGLogger* const logger : m_hierarchy.all()) {
       if (auto* const found = in(appendersOf(*logger), in)) return found;
     }
     return nullptr;
   }
 
-  Hierarchy m_hierarchy;
+  mutable Hierarchy m_hierarchy;
   std::unique_ptr<LOGDOMConfigurator> m_configurator;
   VRKIDOM_Document m_document;
   int m_result = 0;

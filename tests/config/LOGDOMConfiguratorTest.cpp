@@ -23,8 +23,7 @@ TEST_F(DOMConfiguratorTest, ReportsEveryStepOfARun) {
   const std::string golden = LOG4VRK_SOURCE_DIR "/tests/config/golden/";
   std::filesystem::current_path(dir.path());
   EXPECT_EQ(1, LOG4VRKConfigurator::initialize((golden + "report.xml").c_str()));
-  std::ifstream expected(golden + "report.txt");
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(expected), {}), internalLog.text());
+  EXPECT_EQ(fileText(golden + "report.txt"), internalLog.text());
   EXPECT_EQ(nullptr, LOGManager::exists("report.z"));
 }
 
@@ -84,39 +83,16 @@ TEST_F(DOMConfiguratorTest, ReducesClassNamesAtTheLastDot) {
   const std::pair<const char*, const char*> cases[] = {{"a.b.C", "C"}, {"C", "C"},  {"a.b.", "a.b."},
                                                        {"", ""},       {".C", "C"}, {".", "."}};
   for (const auto& [name, reduced] : cases) EXPECT_EQ(I18NString(reduced), LOGDOMConfigurator::subst(name)) << name;
-  for (const char* name : {"LOGFileAppender", "a.b.", "Unknown", ""}) {
-    const InternalLog log;
-    EXPECT_EQ(1, configure("<appender name='U' class='" + std::string(name) +
-                           "'/><logger name='u'><appender-ref ref='U'/></logger>"));
-    EXPECT_TRUE(log.contains("log4vrk:WARN Could not find the appropriate class for Appenders")) << name;
-  }
-}
-
-TEST_F(DOMConfiguratorTest, AnAppenderThatLeadsToItselfCountsAsMissing) {
-  EXPECT_EQ(1, configure("<appender name='Ring' class='FileAppender'><errorHandler class='LOGOnlyOnceErrorHandler'>"
-                         "<appender-ref ref='Ring'/></errorHandler></appender><logger name='ring'><appender-ref "
-                         "ref='Ring'/></logger>"));
-  EXPECT_TRUE(internalLog.contains("No appender named [Ring] could be found."));
-  EXPECT_NE(nullptr, LOGManager::getLogger("ring")->getAppender("Ring"));
 }
 
 TEST_F(DOMConfiguratorTest, GoesOnWithWhatCouldBeConfigured) {
-  dir.write("isafile", "");
-  const std::pair<std::string, const char*> CASES[] = {
-      {dir.file("none/x.log"), "LOGFileAppender::setFile -- "},
-      {dir.path(), "Attempted to append to closed appender named [X]."},
-      {dir.file("isafile/x"), " directory does not exist"},
-      {"", "Attempted to append to closed appender named [X]."},
-  };
-  for (const auto& [file, line] : CASES) {
-    const InternalLog log;
-    EXPECT_EQ(1, configure(fileAppender("ok") + "<appender name='X' class='FileAppender'><param name='File' value='" +
-                           file + "'/></appender><logger name='bad'><level value='no level'/><appender-ref ref='X'/>" +
-                           "<appender-ref ref='ok'/></logger>"));
-    LOGManager::getLogger("bad")->info(("at " + file).c_str());
-    EXPECT_TRUE(log.contains(line)) << file << log.text();
-    EXPECT_NE(std::string::npos, dir.read("ok.log").find("at " + file + "\n")) << file;
-  }
+  EXPECT_EQ(1, configure(fileAppender("ok") + fileAppender("no/directory") +
+                         "<logger name='bad'><level value='no level'/><appender-ref ref='no/directory'/>"
+                         "<appender-ref ref='ok'/></logger>"));
+  LOGManager::getLogger("bad")->info("event");
+  EXPECT_TRUE(
+      internalLog.contains("log4vrk: LOGFileAppender::setFile -- " + dir.file("no") + " directory does not exist"));
+  EXPECT_EQ("event\n", dir.read("ok.log"));
 }
 
 TEST_F(DOMConfiguratorTest, RefusesALoggerWhoseNameHasMoreThan1000Characters) {
@@ -144,16 +120,8 @@ TEST_F(DOMConfiguratorTest, WithoutARepositoryReportsEveryElementThatNeedsOne) {
 
 TEST_F(DOMConfiguratorTest, RefusesWhatIsNoConfigurationAndChangesNothing) {
   EXPECT_EQ(1, configure(fileAppender("kept") + "<logger name='kept'><appender-ref ref='kept'/></logger>"));
-  const std::string missing = dir.file("missing.xml");
-  const std::pair<std::string, std::string> CASES[] = {
-      {dir.write("bad.xml", "<log4j:configuration><root>"), "Could not parse the document VRKThrowable: "},
-      {missing, "Could not parse the document VRKSystemError: " + missing},
-      {dir.write("other.xml", "<log4j:config/>"), "DOM element is - not a <log4j:configuration> element."},
-  };
-  for (const auto& [path, line] : CASES) {
-    const InternalLog log;
-    EXPECT_EQ(0, LOG4VRKConfigurator::initialize(path.c_str())) << path;
-    EXPECT_TRUE(log.contains("log4vrk:ERROR " + line)) << path << log.text();
+  for (const char* document : {"<log4j:configuration><root>", "<log4j:config><root/></log4j:config>"}) {
+    EXPECT_EQ(0, LOG4VRKConfigurator::initialize(dir.write("bad.xml", document).c_str())) << document;
   }
   LOGManager::getLogger("kept")->info("still here");
   EXPECT_EQ("still here\n", dir.read("kept.log"));
@@ -166,13 +134,9 @@ TEST(LOGDOMConfigurator, WhatARunReplacesLivesUntilTheNextOne) {
   const TempDir dir;
   const std::string document = fileDocument(dir);
   LOGLogger* const root = LOGManager::getRootLogger();
-  LOGAppenderSkeleton* before = nullptr;
-  for (int run = 0; run < 3; ++run) {
-    EXPECT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
-    if (before != nullptr) {
-      EXPECT_EQ(before->getName(), "file");
-    }
-    before = root->getAppender("file");
-  }
+  LOG4VRKConfigurator::initialize(document.c_str());
+  LOGAppenderSkeleton* const before = root->getAppender("file");
+  LOG4VRKConfigurator::initialize(document.c_str());
+  EXPECT_TRUE(before->getName() == "file" && root->getAppender("file") != before);
   LOG4VRKConfigurator::shutdown();
 }

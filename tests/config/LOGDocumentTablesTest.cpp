@@ -6,11 +6,6 @@ namespace {
 
 using Tables = LOGDocumentTables;
 
-std::string fileText(const std::string& name) {
-  std::ifstream in(LOG4VRK_SOURCE_DIR "/" + name);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
   const auto expect = [](const char* className, const char* name, const I18NString& value) {
     const Tables::Parameter* const parameter = Tables::findParameter(className, name);
@@ -42,7 +37,8 @@ TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
 }
 
 TEST(DocumentTables, AreDescribedInTheDocumentsAndInTheSchema) {
-  const std::string document = fileText("docs/configuration.md"), schema = fileText("tools/log4vrk.xsd");
+  const std::string document = vrktest::fileText(LOG4VRK_SOURCE_DIR "/docs/configuration.md"),
+                    schema = vrktest::fileText(LOG4VRK_SOURCE_DIR "/tools/log4vrk.xsd");
   for (const Tables::Parameter& each : Tables::parameters()) {
     constexpr const char* TYPES[] = {"boolean", "number", "level", "text"};
     const std::string defaultValue = *each.defaultValue != '\0' ? "`" + std::string(each.defaultValue) + "`" : "";
@@ -65,7 +61,7 @@ TEST(DocumentTables, AreDescribedInTheDocumentsAndInTheSchema) {
 }
 
 TEST(DocumentTables, HaveEveryFindingExplained) {
-  const std::string document = fileText("docs/surprises.md");
+  const std::string document = vrktest::fileText(LOG4VRK_SOURCE_DIR "/docs/surprises.md");
   for (const vrktest::CheckedDocument& each : vrktest::CHECKED_DOCUMENTS) {
     std::istringstream words(each.findings);
     for (std::string severity, name; words >> severity >> name;) {

@@ -1,6 +1,3 @@
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "tests/support/Tests.h"
 
 using namespace vrktest;

@@ -10,14 +10,10 @@ struct ProblemsTest : testing::Test {
     const std::string path = dir.write("log.xml", document);
     const InternalLog log;
     EXPECT_EQ(result, LOG4VRKConfigurator::initialize(path.c_str())) << document;
-    std::string problems = LOG4VRKConfigurator::getProblems().toUtf8();
+    const std::string problems = LOG4VRKConfigurator::getProblems().toUtf8();
     const long lines = std::count(problems.begin(), problems.end(), '\n');
     EXPECT_EQ(lines, log.count("log4vrk:WARN ") + log.count("log4vrk:ERROR ")) << log.text();
-    for (std::size_t at = 0; (at = problems.find(path, at)) != problems.npos;) problems.replace(at, path.size(), "$");
-    for (std::size_t at = 0; (at = problems.find(dir.path(), at)) != problems.npos;) {
-      problems.replace(at, dir.path().size(), "~");
-    }
-    return problems;
+    return replaced(problems, path, "$");
   }
   std::string configuration(const std::string& content) {
     return "<log4j:configuration>\n" + content + "</log4j:configuration>";
@@ -30,13 +26,9 @@ TEST_F(ProblemsTest, AreTheRunsWarningsAndErrorsWithTheirPlace) {
   const std::string file = "\n <param name='File' value='" + dir.file("f.log") + "'/>\n <layout class='SimpleLayout'/>";
   // Document, and how each of its lines begins and what it has behind that.
   const std::pair<std::string, std::vector<std::pair<const char*, const char*>>> CASES[] = {
-      {"<root/>", {}},
-      {"<logger name='a'><level\n value='inherited'/></logger>", {}},
       {"<root>\n\n <level value='inherited'/></root>", {{"$:4: root: ", "Root level cannot be inherited."}}},
       {"<logger name='p.a'>\n<appender-ref ref='no'/></logger>\n<logger name='p.b'><appender-ref ref='no'/></logger>",
        {{"$:3: logger [p.a]: ", "No appender named [no]"}, {"$:4: logger [p.b]: ", "No appender named [no]"}}},
-      {"<appender name='U' class='NoSuch'/><root><appender-ref ref='U'/></root>",
-       {{"$:2: appender [U]: ", "appropriate class for Appenders"}}},
       {"<appender name='F' class='FileAppender'>" + file +
            "\n <errorHandler class='Only'>\n <appender-ref\n ref='no'/></errorHandler><appender-ref ref='no'/>"
            "</appender><root><appender-ref ref='F'/></root>",
@@ -68,8 +60,6 @@ TEST_F(ProblemsTest, TellWhyADocumentWasNotApplied) {
   EXPECT_EQ(0U, problemsOf(configuration("\n<categoryFactory class='NoSuchFactory'/>"), 0)
                     .find("$:3: categoryFactory: LOGDOMConfigurator::doConfigure -- "))
       << "told outside of the element, and still with its line";
-  EXPECT_EQ(0, LOG4VRKConfigurator::initialize("missing.xml"));
-  EXPECT_EQ(0U, LOG4VRKConfigurator::getProblems().toUtf8().find("missing.xml: Could not parse the document "));
   EXPECT_EQ("", problemsOf(configuration(""))) << "each run begins anew";
   EXPECT_EQ(0, LOGDOMConfigurator::configure(
                    VRKIDOM_DOMImplementation::getImplementation().createDocument().createElement("other")));
@@ -79,21 +69,14 @@ TEST_F(ProblemsTest, TellWhyADocumentWasNotApplied) {
 // What other threads and put-off log calls write meanwhile is not the run's; the text can be asked for at any time.
 TEST_F(ProblemsTest, AreNotMixedWithThoseOfOthers) {
   const std::string path = dir.write("log.xml", configuration("<root><level value='inherited'/></root>"));
-  std::atomic<bool> done{false};
-  std::thread noise([&] {
-    while (!done) LOGLogLog::error("noise");
-  });
-  std::thread reader([&] {
-    while (!done) EXPECT_EQ(std::string::npos, LOG4VRKConfigurator::getProblems().toUtf8().find("noise"));
-  });
+  const Meanwhile others(
+      {[] { LOGLogLog::error("noise"); },
+       [] { EXPECT_EQ(std::string::npos, LOG4VRKConfigurator::getProblems().toUtf8().find("noise")); }});
   for (int i = 0; i < 50; ++i) {
     EXPECT_EQ(1, LOG4VRKConfigurator::initialize(path.c_str()));
     EXPECT_EQ(path + ":2: root: Root level cannot be inherited. Ignoring directive.\n",
               LOG4VRKConfigurator::getProblems().toUtf8());
   }
-  done = true;
-  noise.join();
-  reader.join();
 }
 
 }  // namespace

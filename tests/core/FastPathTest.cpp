@@ -43,7 +43,6 @@ TEST_F(Delivery, AnAppenderMayBeDeletedAsSoonAsItIsRemoved) {
     LOGAsyncAppender queue;
     queue.setName("queue");
     queue.addAppender(file.get());
-    queue.activateOptions();
     LOGAppenderSkeleton* const KINDS[] = {file.get(), &queue, &recording};
     LOGAppenderSkeleton* const passing = KINDS[i % 3];
     // Where it is the only one, and where it is not.
@@ -82,12 +81,11 @@ TEST_F(Delivery, ReadsLikeAnyOtherInEveryProcessAndThread) {
     const std::string thread = std::to_string(VRKThread::currentThreadId());
     const std::string padding(thread.size() < 6 ? 6 - thread.size() : 0, ' ');
     const std::string year = std::to_string(1970 + static_cast<long>(std::time(nullptr)) / 31556952);
-    const Texts lines = linesOf(dir.file("steady"));
-    ASSERT_GE(lines.size(), 6u);
     const std::string expected = "% " + year + " [" + padding + thread + "] WARN  b text";
-    for (auto line = lines.end() - 6; line != lines.end(); ++line) {
-      EXPECT_EQ(line->substr(0, 2) + line->substr(6), expected);
-    }
+    Texts lines = linesOf(dir.file("steady"));
+    for (std::string& line : lines) line.erase(2, 4);
+    ASSERT_GE(lines.size(), 6u);
+    EXPECT_EQ(Texts(lines.end() - 6, lines.end()), Texts(6, expected));
   };
   logAndRead();
   std::thread(logAndRead).join();
@@ -136,33 +134,22 @@ TEST_F(Delivery, ACopyOfAnEventReadsTheSameForEver) {
     }
     std::vector<LOGLoggingEvent> copies;
   } capturing;
-  std::string thread;
+  std::string expected;
   {
-    const LOGLevel passing(25000, "PASSING", 5);
+    LOGLevel passing(25000, "PASSING", 5);
     Tree gone;
     LOGLogger* const named = gone.getLogger("a.logger.that.goes");
     named->addAppender(&capturing);
     std::thread([&] {
-      thread = std::to_string(VRKThread::currentThreadId());
-      named->setLevel(const_cast<LOGLevel*>(&passing));
-      LOGObject object("object");
-      object.instance("Other");
+      expected = std::to_string(VRKThread::currentThreadId()) + " PASSING a.logger.that.goes text";
+      named->setLevel(&passing);
+      HookMessage object("text");
       named->log(named->getLevel(), I18NString("text"));
       named->log(named->getLevel(), &object);
     }).join();
     std::thread([] { LOGManager::getRootLogger()->isDebugEnabled(); }).join();  // takes over what the first has left
   }
   LOGPatternLayout pattern("%t %p %c %m");
-  LOGTTCCLayout ttcc;
-  for (LOGLoggingEvent& copy : capturing.copies) {
-    std::string expected = thread;
-    expected +=
-        &copy == &capturing.copies[0] ? " PASSING a.logger.that.goes text" : " PASSING a.logger.that.goes object";
-    for (int again = 0; again < 2; ++again) {
-      EXPECT_EQ(pattern.format(&copy).toUtf8(), expected);
-    }
-    const std::string line = ttcc.format(&copy).toUtf8();
-    EXPECT_NE(line.find(thread), std::string::npos);
-    EXPECT_NE(line.find("] PASSING a.logger.that.goes"), std::string::npos);
-  }
+  for (LOGLoggingEvent& copy : capturing.copies) EXPECT_EQ(pattern.format(&copy).toUtf8(), expected);
+  EXPECT_EQ(capturing.copies.size(), 2u);
 }

@@ -28,19 +28,14 @@ TEST_F(LOGAppenderSkeletonTest, OnlyReportsOnceItIsClosed) {
 }
 
 TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
-  struct Closing : LOGAppenderSkeleton {
-    void append(LOGLoggingEvent*) override { EXPECT_EQ(getClosed(), 0); }
-    void close() override {
-      const LOGGuard guard(*this);
-      setClosed(1);
-    }
-  };
   for (int round = 0; round < 100; ++round) {
-    Closing appender;
+    RecordingAppender appender;
+    appender.onAppend = [&](const std::string&) { EXPECT_EQ(appender.closings, 0); };
     onThreads(3, [&](int t) {
-      if (t == 0) return appender.close();
       Event event;
-      for (int i = 0; i < 20; ++i) appender.doAppend(&event);
+      for (int i = 0; i < 20 && t != 0; ++i) appender.doAppend(&event);
+      const LOGGuard guard(appender);
+      if (t == 0) appender.close();
     });
   }
 }
@@ -60,7 +55,7 @@ TEST(LOGAppenderSkeleton, ItsThresholdIsAnUpperBound) {
   }
 }
 
-TEST(LOGAppenderSkeleton, AsksItsFiltersInOrderUntilOneDecides) {
+TEST_F(LOGAppenderSkeletonTest, AsksItsFiltersInOrderUntilOneDecides) {
   constexpr int D = LOGFilter::m_DENY, N = LOGFilter::m_NEUTRAL, A = LOGFilter::m_ACCEPT;
   const struct {
     int filters;
@@ -91,11 +86,10 @@ TEST(LOGAppenderSkeleton, AsksItsFiltersInOrderUntilOneDecides) {
     appender.clearFilters();
     EXPECT_EQ(appender.getFirstFilter(), nullptr);
   }
-  RecordingAppender appender;
   HookFilter filter([] { return A; });
-  appender.addFilter(&filter);
-  appender.addFilter(nullptr);
-  EXPECT_THROW(appender.addFilter(&filter), VRKAssertError) << "the chain has lost its tail";
+  for (LOGFilter* each : {static_cast<LOGFilter*>(&filter), static_cast<LOGFilter*>(nullptr)}) root.addFilter(each);
+  EXPECT_THROW(root.addFilter(&filter), VRKAssertError) << "the chain has lost its tail";
+  root.clearFilters();
 }
 
 TEST(LOGAppenderSkeleton, EqualityIsByValueAndDecidesAttachingAndRemoving) {

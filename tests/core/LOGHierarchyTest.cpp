@@ -2,11 +2,7 @@
 
 using namespace vrktest;
 
-namespace {
-
 using LOGHierarchyTest = TreeTest;
-
-}  // namespace
 
 TEST(LOGHierarchy, LinksEachLoggerToItsNearestAncestor) {
   Tree plain;  // a plain prefix decides, and the root's own name counts
@@ -64,10 +60,7 @@ TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
 TEST(LOGHierarchy, FindsAndLinksALoggerByTheNameAskedForWhateverItsFactoryCallsIt) {
   for (const char* name : {"", "x", "a.b.c"}) {
     int made = 0;
-    HookFactory factory([&](const I18NString&) {
-      ++made;
-      return new LOGLogger(name);
-    });
+    HookFactory factory([&](const I18NString&) { return ++made, new LOGLogger(name); });
     Tree tree;
     LOGLogger* const below = tree.getLogger("a.b", &factory);
     LOGLogger* const above = tree.getLogger("a", &factory);

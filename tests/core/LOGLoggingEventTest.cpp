@@ -1,5 +1,3 @@
-#include <ctime>
-
 #include "tests/support/Tests.h"
 
 using namespace vrktest;

@@ -73,8 +73,7 @@ const Shown PARTS[] = {
                                                         << ' ' << 17.5f << ' ' << 0.3L << ' ' << HUGE_VAL),
     SHOWN("0.30000000000000004 1234567890123456", 0.1 + 0.2 << ' ' << 1234567890123456.0),
     // What a manipulator sets holds until it is set again; a width is for one part.
-    SHOWN("ff 10 ffffffff fffe 255",
-          std::hex << 255 << ' ' << 16 << ' ' << -1 << ' ' << short{-2} << ' ' << std::dec << 255),
+    SHOWN("ff ffffffff fffe 255", std::hex << 255 << ' ' << -1 << ' ' << short{-2} << ' ' << std::dec << 255),
     SHOWN("[   7][7][ab  ]", '[' << std::setw(4) << 7 << "][" << 7 << "][" << std::left << std::setw(4) << "ab" << ']'),
     SHOWN("3.14 2.718 3.14159", std::setprecision(3) << 3.14159 << ' ' << std::setprecision(4) << 2.71828 << ' '
                                                      << std::setprecision(-1) << 3.14159),
@@ -112,9 +111,8 @@ TEST_F(LOGMacrosTest, AreOneStreamThatTakesWhatProgramsHave) {
   }
   std::locale::global(before);
   for (const double number : {DBL_MAX, DBL_MIN, 1.0 / 3, 5e-324, 123456789.125, 9999999999999998.0}) {
-    root.texts.clear();
     LOG4VRK_INFO(logger, number);
-    EXPECT_EQ(std::strtod(root.texts.at(0).c_str(), nullptr), number) << root.texts[0];
+    EXPECT_EQ(std::strtod(root.texts.back().c_str(), nullptr), number) << root.texts.back();
   }
 }
 
@@ -137,41 +135,37 @@ TEST_F(LOGMacrosTest, LogOnlySoOften) {
   };
   ASSERT_TRUE(eventually(loggedTwice));
   EXPECT_EQ(root.texts, (Texts{"often", "often (" + std::to_string(calls - 2) + " left out)"}));
-  // What is disabled is not counted.
+  // What is disabled is neither counted nor evaluated.
   root.texts.clear();
   for (LOGLevel* const level : {LOGLevel::WARN_OBJ, LOGLevel::DEBUG_OBJ}) {
     logger->setLevel(level);
     LOG4VRK_INFO_ONCE(logger, "once");
+    LOG4VRK_INFO(logger, ++calls);
   }
-  EXPECT_EQ(root.texts, Texts{"once"});
+  EXPECT_EQ(root.texts, (Texts{"once", std::to_string(calls)}));
 }
 
 TEST_F(LOGMacrosTest, CarryTheirPlaceAndTheErrorNumber) {
   PlaceAppender places;
   logger->addAppender(&places);
   LOG4VRK_INFO(logger, "here");
-  ASSERT_NE(places.place, nullptr);
   const LOGSourceLocation* const first = places.place;
-  EXPECT_EQ(first->line, __LINE__ - 3);
+  ASSERT_TRUE(first != nullptr && first->line == __LINE__ - 2);
   EXPECT_TRUE(std::string(first->file).find("LOGMacrosTest.cpp") != std::string::npos);
   EXPECT_STREQ(first->function, "TestBody");
-  {
-    LOGAsyncAppender queue;
-    queue.addAppender(&places);
-    logger->removeAppender(&places);
-    logger->addAppender(&queue);
-    for (const std::string& text : {std::string("short"), std::string(1000, 'x')}) {
-      places.place = nullptr;
-      LOG4VRK_INFO(logger, text);
-      EXPECT_TRUE(eventually([&] { return places.place != nullptr && places.place != first; })) << text;
-    }
-    logger->removeAppender(&queue);
-    queue.close();
-    logger->addAppender(&places);
-  }
   logger->info("a call knows no place");
   EXPECT_EQ(places.place, nullptr);
   logger->removeAppender(&places);
+  LOGAsyncAppender queue;
+  queue.addAppender(&places);
+  logger->addAppender(&queue);
+  for (const std::string& text : {std::string("short"), std::string(1000, 'x')}) {
+    places.place = nullptr;
+    LOG4VRK_INFO(logger, text);
+    EXPECT_TRUE(eventually([&] { return places.place != nullptr && places.place != first; })) << text;
+  }
+  logger->removeAppender(&queue);
+  queue.close();
 
   root.texts.clear();
   errno = ENOENT;
@@ -184,20 +178,18 @@ TEST_F(LOGMacrosTest, CarryTheirPlaceAndTheErrorNumber) {
 }
 
 TEST_F(LOGMacrosTest, AFailedCheckLogsDeliversAndAborts) {
-  TempDir dir;
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const TempDir dir;
+  const auto check = [&] {
     LOGPatternLayout layout("%p %m%n");
     LOGFileAppender file(&layout, dir.file("log").c_str());
     LOGAsyncAppender queue;
     queue.addAppender(&file);
-    LOGManager::getRootLogger()->addAppender(&queue);
     LOGLogger* const out = LOGManager::getLogger("check");
+    out->addAppender(&queue);
     LOG4VRK_CHECK(out, 1 + 1 == 2, "holds");
     LOG4VRK_CHECK(out, 1 + 1 == 3, "sum " << 2);
-    ::_exit(0);
-  }
-  EXPECT_EQ(statusOf(child), -SIGABRT);
+  };
+  EXPECT_EQ(statusInChild(check), -SIGABRT);
   EXPECT_EQ(dir.read("log"), "FATAL check failed: 1 + 1 == 3: sum 2\n");
 }
 
@@ -208,7 +200,10 @@ TEST_F(LOGMacrosTest, BelowTheLowestRankAreNotCompiled) {
   int evaluated = 0;
   LOG4VRK_INFO((++evaluated, logger), ++evaluated);
   LOG4VRK_DEBUG_EVERY_N(logger, ++evaluated, ++evaluated);
-  LOG4VRK_WARN(logger, "logged");
+  if (evaluated == 0)
+    LOG4VRK_WARN(logger, "logged");
+  else
+    LOG4VRK_INFO(logger, "a macro is one statement");
   EXPECT_EQ(evaluated, 0);
   EXPECT_EQ(root.texts, Texts{"logged"});
 }

@@ -1,8 +1,6 @@
 // What the library does when there is no memory. In a program of its own, because it replaces the allocator.
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <new>
 
 #include "tests/support/Tests.h"

@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <malloc.h>
-#include <sys/stat.h>
 
 #include <set>
 
@@ -34,13 +33,13 @@ TEST_P(Crash, NoEventIsLostWhoseLogCallHadReturned) { killWhileLogging(GetParam(
 TEST_P(Processes, WriteWholeLinesIntoOneFile) {
   const TempDir dir;
   const std::string document = fileDocument(dir, GetParam());
-  std::vector<pid_t> children;
+  pid_t children[4];
   for (int p = 0; p < 4; ++p) {
-    children.push_back(startChild([&] {
+    children[p] = startChild([&] {
       LOG4VRKConfigurator::initialize(document.c_str());
       logNumbers("process", GetParam(), p, 5000);
       LOG4VRKConfigurator::shutdown();
-    }));
+    });
   }
   for (const pid_t child : children) ASSERT_EQ(0, statusOf(child));
   expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, 5000);
@@ -189,12 +188,10 @@ TEST(Reread, OfADocumentHoldsNoLogCallUp) {
   EXPECT_EQ(0, internal.count("LOGSyslogWriter::init --- Error in converting address."));
   // What the server had not acknowledged is kept for the next appender, in order.
   server.lets = ScriptedLogServer::ALL;
-  const auto arrived = [&] {
-    std::set<std::string> texts;
-    for (const std::string& text : server.received()) texts.insert(text);
-    return texts.size() == 1000;
-  };
-  EXPECT_TRUE(eventually(arrived));
+  EXPECT_TRUE(eventually([&] {
+    const std::vector<std::string> texts = server.received();
+    return std::set<std::string>(texts.begin(), texts.end()).size() == 1000;
+  }));
   LOG4VRKConfigurator::shutdown();
 }
 

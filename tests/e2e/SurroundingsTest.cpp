@@ -1,7 +1,5 @@
 // What a program and its operator do to the log files of a process: rotation, removal, links, signals, and ends.
 
-#include <sys/resource.h>
-
 #include "tests/support/Load.h"
 #include "tests/support/Tests.h"
 
@@ -12,20 +10,15 @@ namespace {
 using Rotation = BothWays;
 LOG4VRK_ON_BOTH_WAYS(Rotation);
 
-// Configures a file appender of that class and those parameters, which are XML, for the root.
 void configure(const TempDir& dir, const std::string& fileClass, const std::string& parameters) {
-  const std::string document = dir.write("log.xml", "<log4j:configuration><appender name='file' class='" + fileClass +
-                                                        "'>" + parameters + layoutOf(Way::FAST) +
-                                                        "</appender><root><level value='INFO'/>"
-                                                        "<appender-ref ref='file'/></root></log4j:configuration>");
-  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
+  ASSERT_EQ(1, LOG4VRKConfigurator::initialize(rootDocument(dir, Way::FAST, fileClass, parameters).c_str()));
 }
 
 std::string parameter(const std::string& name, const std::string& value) {
   return "<param name='" + name + "' value='" + value + "'/>";
 }
 
-void log(const std::string& text) { LOGManager::getLogger("surroundings")->info(text.c_str()); }
+void log(const std::string& text) { LOGManager::getLogger("surroundings")->info(text); }
 
 // The end of a process that runs `body` under the signal's own action, or ignores it.
 int endWith(int signal, bool ignored, const std::function<void()>& body) {
@@ -41,17 +34,13 @@ int endWith(int signal, bool ignored, const std::function<void()>& body) {
 
 // As logrotate does without an option: it renames, and tells the program, which reads its document again.
 TEST_P(Rotation, RenamingAndReadingAgainLosesNothing) {
-  constexpr int THREADS = 2;
   const TempDir dir;
   const std::string document = fileDocument(dir, GetParam());
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
-  long counts[THREADS] = {};
+  long counts[2] = {};
   {
-    std::vector<std::function<void()>> logging;
-    for (int t = 0; t < THREADS; ++t) {
-      logging.push_back([&counts, t] { logNumber(LOGManager::getLogger("r"), GetParam(), t, ++counts[t]); });
-    }
-    const Meanwhile meanwhile(logging);
+    const auto log = [&counts](int t) { logNumber(LOGManager::getLogger("r"), GetParam(), t, ++counts[t]); };
+    const Meanwhile meanwhile({[&] { log(0); }, [&] { log(1); }});
     for (int rotation = 20; rotation > 0; --rotation) {
       std::filesystem::rename(dir.file("all.log"), dir.file("all.log." + std::to_string(rotation)));
       ASSERT_EQ(1, LOG4VRKConfigurator::initialize(document.c_str()));
@@ -62,7 +51,7 @@ TEST_P(Rotation, RenamingAndReadingAgainLosesNothing) {
   LOG4VRKConfigurator::shutdown();
   std::map<int, long> last;
   ASSERT_NO_FATAL_FAILURE(lastNumbers(linesWithBackups(dir.file("all.log")), last));
-  for (int t = 0; t < THREADS; ++t) EXPECT_EQ(counts[t], last[t]);
+  for (int t = 0; t < 2; ++t) EXPECT_EQ(counts[t], last[t]);
 }
 
 // As logrotate's copytruncate does. What a rolling appender has counted stays.

@@ -8,8 +8,7 @@ namespace vrktest {
 
 /// tests/layouts/golden/<name>
 inline std::string golden(const std::string& name) {
-  std::ifstream in(LOG4VRK_SOURCE_DIR "/tests/layouts/golden/" + name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  return fileText(LOG4VRK_SOURCE_DIR "/tests/layouts/golden/" + name);
 }
 
 /// An event without a message, to be copied and filled: the copies have the time stamp in common.

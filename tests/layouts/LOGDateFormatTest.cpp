@@ -70,16 +70,11 @@ TEST_F(DateFormatTest, FollowsTheChangesOfSummerTime) {
   }
 }
 
-TEST_F(DateFormatTest, KeepsTheTextOfASecondOnlyForThatSecond) {
-  const auto format = LOGDateFormat::create("ABSOLUTE", LOGTimeZone("UTC"));
-  EXPECT_EQ(append(*format, 0, 0), "00:00:00,000") << "the first second is not taken for a kept one";
-  EXPECT_EQ(append(*format, 0, 999 * MILLISECOND), "00:00:00,999");
-  EXPECT_EQ(append(*format, 1, 5 * MILLISECOND), "00:00:01,005");
-  EXPECT_EQ(append(*format, 0, 998 * MILLISECOND), "00:00:00,998") << "the clock was set back";
-}
-
-TEST_F(DateFormatTest, NoticesAnotherLocalZoneAtTheNextSecond) {
-  const auto format = LOGDateFormat::create("%H:%M:%S %z");
+TEST_F(DateFormatTest, KeepsTheTextOfASecondOnlyForThatSecondAndItsZone) {
+  const auto absolute = LOGDateFormat::create("ABSOLUTE", LOGTimeZone("UTC")),
+             format = LOGDateFormat::create("%H:%M:%S %z");
+  for (const auto& [second, text] : {std::pair{0, "00:00:00,005"}, {1, "00:00:01,005"}, {0, "00:00:00,005"}})
+    EXPECT_EQ(append(*absolute, second, 5 * MILLISECOND), text) << "the first is not taken for a kept one";
   EXPECT_EQ(formatted("%z", "America/New_York", MOMENT), "-0400");
   EXPECT_EQ(append(*format, MOMENT), "18:19:56 +0545") << "a zone by name leaves the process's alone";
   setLocalZone("UTC");

@@ -19,8 +19,7 @@ int livingRenderers() {
   return count;
 }
 
-HookMessage message(
-    const char* className, const HookMessage::Hook& onRender = [] {}) {
+HookMessage message(const char* className, const HookMessage::Hook& onRender = nullptr) {
   HookMessage made("text", onRender);
   made.instance(className);
   return made;
@@ -64,14 +63,13 @@ TEST(ObjectRendererTest, WritesInNetworkOrderAtTheOffset) {
   };
   for (const auto& [put, bytes] : CASES) {
     const Write write = put;
-    SCOPED_TRACE(testing::PrintToString(bytes));
     unsigned char buffer[] = "####################";
     long offset = 3;
     write(buffer, &offset);
     EXPECT_EQ(std::string(buffer, buffer + 20), "###" + bytes + std::string(17 - bytes.size(), '#'));
     EXPECT_EQ(offset, 3 + static_cast<long>(bytes.size()));
-    EXPECT_EQ(assertionOf([&] { write(nullptr, &offset); }), "LOGObjectRenderer: VRK_ASSERT(buffer);");
-    EXPECT_EQ(assertionOf([&] { write(buffer, nullptr); }), "LOGObjectRenderer: VRK_ASSERT(offset);");
+    EXPECT_EQ(assertionOf([&] { write(nullptr, &offset); }), "LOGObjectRenderer: VRK_ASSERT(buffer);") << bytes;
+    EXPECT_EQ(assertionOf([&] { write(buffer, nullptr); }), "LOGObjectRenderer: VRK_ASSERT(offset);") << bytes;
   }
   for (const auto& [unit, size] : {std::pair{u'x', 65507L}, {u'\u00fc', 65506L}}) {
     I18NString text(std::u16string(70000, unit));

@@ -1,8 +1,3 @@
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <csignal>
-
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
@@ -20,9 +15,8 @@ unsigned modeOf(const std::string& path) { return static_cast<unsigned>(std::fil
 }  // namespace
 
 TEST(VRKFmFile, GivesNewFilesAModeUnderTheMaskAndLeavesOldOnesAlone) {
-  const mode_t before = ::umask(0);
   const TempDir dir;
-  for (const auto& [mask, expected] : {std::pair(0u, 0640u), {027u, 0640u}, {077u, 0600u}}) {
+  for (const auto& [mask, expected] : {std::pair(0u, 0640u), {077u, 0600u}, {027u, 0640u}}) {
     ::umask(mask);
     const std::string path = dir.file("log" + std::to_string(mask));
     const I18NString name(path.c_str());
@@ -33,7 +27,6 @@ TEST(VRKFmFile, GivesNewFilesAModeUnderTheMaskAndLeavesOldOnesAlone) {
     ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
     EXPECT_TRUE(VRKFmFile().open(name, VRKFmFile::TRUNCATE) && modeOf(path) == 0666u);
   }
-  ::umask(before);
 }
 
 // A signal may come in the middle of a write, before or after a part has been written.
@@ -41,10 +34,9 @@ TEST(VRKFmFile, GoesOnWhereASignalInterruptedIt) {
   const Deadline deadline(60);
   const TempDir dir;
   ASSERT_EQ(::mkfifo(dir.file("pipe").c_str(), 0600), 0);
-  struct sigaction action {
-  }, before{};
+  struct sigaction action {};
   action.sa_handler = [](int) {};  // without SA_RESTART
-  ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+  ASSERT_EQ(::sigaction(SIGUSR1, &action, nullptr), 0);
   std::size_t received = 0;
   std::thread reading([&] {
     const int descriptor = ::open(dir.file("pipe").c_str(), O_RDONLY);
@@ -59,18 +51,14 @@ TEST(VRKFmFile, GoesOnWhereASignalInterruptedIt) {
   // Before it is read, it cannot be opened; that is known at once.
   ASSERT_TRUE(eventually([&] { return file.open(dir.file("pipe").c_str(), VRKFmFile::EXISTING); }));
   const pthread_t writer = ::pthread_self();
-  std::atomic<bool> done{false};
-  std::thread interrupting([&] {
-    while (!done) ::pthread_kill(writer, SIGUSR1), std::this_thread::sleep_for(std::chrono::microseconds(100));
-  });
   const std::string chunk(100000, 'x');
-  for (int i = 0; i < 20; ++i) EXPECT_TRUE(write(file, chunk)) << i;
-  done = true;
-  interrupting.join();
+  {
+    const Meanwhile interrupting({[&] { ::pthread_kill(writer, SIGUSR1), ::usleep(100); }});
+    for (int i = 0; i < 20; ++i) EXPECT_TRUE(write(file, chunk)) << i;
+  }
   file.close();
   reading.join();
   EXPECT_EQ(received, 20 * chunk.size());
-  ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 // As a terminal that another program has made non-blocking.

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include "tests/support/Tests.h"
 
 using namespace vrktest;
@@ -32,10 +30,8 @@ std::string allText(const VRKIDOM_Node& node) {
   return text;
 }
 
-std::string repeated(const std::string& text, int times) {
-  std::string result;
-  while (times-- > 0) result += text;
-  return result;
+std::string repeated(const std::string& text, std::size_t times) {
+  return replaced(std::string(times, '#'), "#", text);
 }
 
 // `kind` is "" for general and "%" for parameter entities. The last stands for a thousand million copies of the first.
@@ -181,21 +177,10 @@ TEST_F(VRKIDOMTest, RefusesDocumentsThatMultiplyThemselves) {
   }
 }
 
-TEST_F(VRKIDOMTest, RefusesBottomlessDocuments) {
-  for (int depth : {256, 257, 100000}) {
-    const std::string path =
-        directory.write("log.xml", repeated("<a>\n<b/>", depth - 1) + "<a>" + repeated("</a>", depth));
-    EXPECT_EQ(failureOf(path), depth == 256 ? "parsed" : path + ":257:5: elements are nested more than 256 deep");
+TEST_F(VRKIDOMTest, RefusesBottomlessDocumentsInSeveralThreadsAtOnce) {
+  const std::string path = directory.file("log.xml"), tooDeep = path + ":257:5: elements are nested more than 256 deep";
+  for (const std::size_t depth : {256, 257, 100000}) {
+    directory.write("log.xml", repeated("<a>\n<b/>", depth - 1) + "<a>" + repeated("</a>", depth));
+    onThreads(2, [&](int) { EXPECT_EQ(failureOf(path), depth == 256 ? "parsed" : tooDeep); });
   }
-}
-
-TEST_F(VRKIDOMTest, ParsesInSeveralThreadsAtOnce) {
-  const std::string good = directory.write("good.xml", "<!DOCTYPE a [<!ENTITY e 'x'>]><a v='&e;'><b/></a>");
-  const std::string bad = directory.write("bad.xml", "<a><b></a>");
-  onThreads(4, [&](int) {
-    for (int round = 0; round < 50; ++round) {
-      EXPECT_EQ(VRKIDOM_Parser().parse(good.c_str()).getDocumentElement().getAttribute("v"), "x");
-      EXPECT_NE(failureOf(bad), "parsed");
-    }
-  });
 }

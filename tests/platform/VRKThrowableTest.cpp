@@ -26,19 +26,3 @@ TEST(VRKThrowable, TellsItsClassTextAndWayOnOneLine) {
   EXPECT_THROW(std::unique_ptr<int>(vrkNew<int>(VRK_HERE, 7)), VRKOutOfMemoryError);
   VRKFault::disarm();
 }
-
-TEST(VRKThrowable, SaysWhereItWasRaisedAndWhatWasNamed) {
-  const std::pair<std::function<void()>, const char*> CASES[] = {
-      {[] { VRK_ASSERT_NAMED(1 < 0, "order"); }, "VRK_ASSERT_NAMED(1 < 0, \"order\");"},
-      {[] { VRK_THROW(VRKSystemError, ENOENT, "x"); }, "x: No such file or directory (2)"},
-      {[] { VRK_ASSERT_NAMED(0 < 1, "fulfilled"); }, nullptr},
-  };
-  for (const auto& [raise, text] : CASES) {
-    try {
-      raise();
-      EXPECT_EQ(text, nullptr);
-    } catch (const VRKThrowable& error) {
-      EXPECT_TRUE(error.getText() == text && error.getSource() == "VRKThrowableTest") << error.what();
-    }
-  }
-}

@@ -1,4 +1,4 @@
-#include <ctime>
+#include <cmath>
 
 #include "log4vrk/platform/internal/VRKTickClock.h"
 #include "log4vrk/platform/internal/VRKTime.h"
@@ -25,13 +25,22 @@ std::int64_t systemTime() {
 
 // A machine whose counter makes 5 ticks in 2 nanoseconds, and whose clock can be slewed and set.
 struct Machine {
+  // Compares as often as it takes, ten milliseconds apart; after the comparison of that number it is disturbed.
+  std::uint64_t calibrate(void (*disturb)(Machine&) = nullptr, int at = -1) {
+    std::uint64_t perTick = 0;
+    for (int i = 0; i < 10 && perTick == 0; ++i) {
+      perTick = rate.compare({ticks, asMoment(even), true});
+      pass(10 * 1000 * 1000);
+      if (i == at) disturb(*this);
+    }
+    return perTick;
+  }
   void pass(std::int64_t nanoseconds) {
     even += nanoseconds;
     ticks += static_cast<std::uint64_t>(nanoseconds * 5 / 2);
     clock += static_cast<double>(nanoseconds) * (1 + slew);
   }
   std::int64_t systemTime() const { return static_cast<std::int64_t>(clock); }
-  std::uint64_t compare() { return rate.compare({ticks, asMoment(even), true}); }
   // As a thread that asks when it has to.
   std::int64_t now(std::uint64_t perTick) {
     VRKTime::Moment moment;
@@ -69,11 +78,7 @@ TEST(VRKTimeTest, RunsNeitherBackwardsNorAheadWhileTheClockIsSlewed) {
   for (const auto& [atStart, later] : {std::pair{0., -FASTEST}, {0., FASTEST}, {FASTEST, -FASTEST}, {0., -0.1005}}) {
     Machine machine;
     machine.slew = atStart;
-    std::uint64_t perTick = 0;
-    for (int i = 0; i < 10 && perTick == 0; ++i) {
-      perTick = machine.compare();
-      machine.pass(10 * 1000 * 1000);
-    }
+    const std::uint64_t perTick = machine.calibrate();
     ASSERT_NE(perTick, 0u);
     machine.slew = later;
     std::int64_t last = 0;
@@ -98,8 +103,7 @@ TEST(VRKTimeTest, FollowsAClockThatIsSet) {
 }
 
 TEST(VRKTimeTest, NoRateComesOfACalibrationThatWasDisturbed) {
-  using Disturb = void (*)(Machine&);
-  const std::pair<const char*, Disturb> CASES[] = {
+  const std::pair<const char*, void (*)(Machine&)> CASES[] = {
       {"counter began anew", [](Machine& m) { m.ticks = 17; }},
       {"counter lost some", [](Machine& m) { m.ticks -= 20000000; }},
       {"counter went on while the machine slept", [](Machine& m) { m.ticks += 5000000; }},
@@ -110,14 +114,7 @@ TEST(VRKTimeTest, NoRateComesOfACalibrationThatWasDisturbed) {
   };
   for (const auto& [what, disturb] : CASES) {
     for (int at = 0; at < 3; ++at) {
-      Machine machine;
-      std::uint64_t perTick = 0;
-      for (int i = 0; i < 10 && perTick == 0; ++i) {
-        perTick = machine.compare();
-        machine.pass(10 * 1000 * 1000);
-        if (i == at) disturb(machine);
-      }
-      const double nanoseconds = static_cast<double>(perTick) / static_cast<double>(std::uint64_t{1} << 32);
+      const double nanoseconds = std::ldexp(static_cast<double>(Machine().calibrate(disturb, at)), -32);
       EXPECT_TRUE(nanoseconds > 0.35 && nanoseconds < 0.4) << what << " " << at << ": " << nanoseconds;
     }
   }

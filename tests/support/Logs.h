@@ -57,13 +57,19 @@ inline void logNumber(LOGLogger* logger, Way way, int writer, long number) {
   }
 }
 
-/// Writes a document that lets the root log to the file all.log in that directory, and returns its path.
+/// Writes a document with an appender of that class and those parameters, which are XML, for the root; returns its
+/// path.
+inline std::string rootDocument(const TempDir& dir, Way way, const std::string& appenderClass,
+                                const std::string& parameters) {
+  return dir.write("log.xml", "<log4j:configuration><appender name='file' class='" + appenderClass + "'>" + parameters +
+                                  layoutOf(way) +
+                                  "</appender><root><level value='INFO'/>"
+                                  "<appender-ref ref='file'/></root></log4j:configuration>");
+}
+
+/// The same for the file all.log in that directory.
 inline std::string fileDocument(const TempDir& dir, Way way = Way::ORDINARY) {
-  return dir.write("log.xml",
-                   "<log4j:configuration><appender name='file' class='FileAppender'><param name='File' value='" +
-                       dir.file("all.log") + "'/>" + layoutOf(way) +
-                       "</appender><root><level value='INFO'/>"
-                       "<appender-ref ref='file'/></root></log4j:configuration>");
+  return rootDocument(dir, way, "FileAppender", "<param name='File' value='" + dir.file("all.log") + "'/>");
 }
 
 /// The lines of a file and its numbered backups, oldest first.

@@ -12,6 +12,12 @@
 
 namespace vrktest {
 
+/// What a file holds; empty when there is none.
+inline std::string fileText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
 /// Removed with all that is in it. Names may lead into subdirectories.
 class TempDir {
  public:
@@ -38,10 +44,7 @@ class TempDir {
   }
 
   /// Empty when there is no such file.
-  std::string read(const std::string& name) const {
-    std::ifstream in(file(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  }
+  std::string read(const std::string& name) const { return fileText(file(name)); }
 
  private:
   std::string m_path;

@@ -3,7 +3,12 @@
 
 #pragma once
 
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 #include <csignal>
+#include <ctime>
 #include <limits>
 #include <list>
 #include <map>
