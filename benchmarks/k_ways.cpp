@@ -1,4 +1,4 @@
-// j. The ways from a log call to where it is kept, next to each other: what a call costs at 20,000 calls a second, and
+// k. The ways from a log call to where it is kept, next to each other: what a call costs at 20,000 calls a second, and
 // how many events a second one thread gets there. A log server takes part when one listens on port 2514 of this machine
 // (examples/log-server/run-log-server.sh).
 
@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
   bench::Folder folder;
   std::filesystem::create_directories(folder.path() + "/run");
   std::filesystem::current_path(folder.path() + "/run");  // the recovery files are beside it
-  bench::Comparison comparison(settings, {{"j p50", "ns/call"}, {"j p99", "ns/call"}, {"j1", "events/s"}});
+  bench::Comparison comparison(settings, {{"k p50", "ns/call"}, {"k p99", "ns/call"}, {"k1", "events/s"}});
   using bench::OurAsyncLog;
   comparison.add("file",
                  [&] { return measured(settings, [&] { return std::make_unique<FileLog>(folder.newFile()); }); });
