@@ -210,6 +210,47 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"W disk-too-small W many-backups",
      "<appender name='a' class='RollingFileAppender'>$F$L"
      "<param name='MaxBackupIndex' value='100000000'/>$E$R"},
+    {"",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='Interval' value='15 Minutes'/><param name='MaximumFileSize' "
+     "value='10 MB'/>$E$R"},
+    {"N history-unlimited",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='DatePattern' value='.%Y-%m-%dT%H'/>$E$R"},
+    {"W rolling-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='Interval' value='hourly'/>$E$R"},
+    {"W rolling-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='MaximumFileSize' value='10 megabytes'/>$E$R"},
+    {"W rolling-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='MaximumFileSize' value='10'/>$E$R"},
+    {"W rolling-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='MaxAge' value='a month'/>$E$R"},
+    {"W rolling-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='MaxTotalSize' value='1.5GB'/>$E$R"},
+    {"W rolling-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='Compress' value='gzip9'/>$E$R"},
+    {"W number-value",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7 files'/>$E$R"},
+    {"W time-zone-unknown",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='TimeZone' value='Mars'/>$E$R"},
+    {"W date-pattern",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='DatePattern' value='.%m-%d'/>$E$R"},
+    {"W date-pattern",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='DatePattern' value='.%F/log'/>$E$R"},
+    {"W date-pattern",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L"
+     "<param name='MaxHistory' value='7'/><param name='Interval' value='hour'/><param name='DatePattern' "
+     "value='.%F'/>$E$R"},
     {"E layout-missing", "$W$F$E$R"},
     {"E layout-missing", "<appender name='a' class='ConsoleAppender'/>$R"},
     {"N syslog-severity E layout-missing",
