@@ -34,6 +34,12 @@ constexpr LOGFailureTexts ROLL_FAILURES = {"LOGTimeRollingFileAppender -- could 
 
 constexpr const char* COMPRESSIONS[] = {"zlib", "zstd"};  // by VRKCompressor::Format
 
+// A program may give its events any time. The calendar ends in the year 9999.
+std::int64_t secondOf(const LOGLoggingEvent& event) {
+  constexpr std::int64_t FIRST = -62135596800, LAST = 253402300799;
+  return std::clamp(event.getTimeStamp(), FIRST, LAST);
+}
+
 void ignored(const char* parameter, const I18NString& value, const char* why) {
   LOGLogLog::warn(I18NString("LOGTimeRollingFileAppender -- ") + parameter + " [" + value + "] " + why);
 }
@@ -165,7 +171,7 @@ bool LOGTimeRollingFileAppender::appendFast(LOGAppenderSkeleton& appender, LOGLo
 
 inline void LOGTimeRollingFileAppender::lookIfDue(const LOGLoggingEvent& event) {
   if (event.getTimeStamp() < m_nextLook && !m_reopenAsked.load(std::memory_order_relaxed)) return;
-  look(event.getTimeStamp());
+  look(secondOf(event));
 }
 
 // Bytes that are collected but not written do not count on a full disk: see LOGRollingFileAppender.
@@ -175,7 +181,7 @@ inline void LOGTimeRollingFileAppender::settleIfFull(const LOGLoggingEvent& even
   LOGCountingQuietWriter* const counting = counter();
   if (counting == nullptr) return;
   if (counting->getCount() + static_cast<std::int64_t>(m_file->pending()) < most) return;
-  settle(event.getTimeStamp());
+  settle(secondOf(event));
 }
 
 // Each second once, because somebody else may have renamed the file, or written to it.

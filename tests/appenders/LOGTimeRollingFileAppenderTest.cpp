@@ -180,9 +180,12 @@ TEST_F(TimeRollingFileAppenderTest, GivesEachPeriodAFileAndEntersNoneTwice) {
   EXPECT_EQ(files(), (Files{{".2030-10-27T12", "a b"}, {".2030-10-27T13", "c the clock is set back"}, {"", "d"}}));
   log.setMaximumFileSize("4");
   for (const char* text : {"e", "f", "g", "h"}) log.at(NOON + 5 * HOUR, text);
+  std::filesystem::create_symlink("nowhere", m_dir.file("log.2030-10-27T17.2"));
   log.at(NOON + 6 * HOUR, "i");
-  EXPECT_EQ(files().size(), 6u);
-  EXPECT_EQ(files()[".2030-10-27T17"] + "|" + files()[".2030-10-27T17.1"] + "|" + files()[".2030-10-27T17.2"],
+  log.at(std::numeric_limits<long>::max(), "the clock is mad");
+  std::filesystem::remove(m_dir.file("log.2030-10-27T17.2"));
+  EXPECT_EQ(files().size(), 7u);
+  EXPECT_EQ(files()[".2030-10-27T17"] + "|" + files()[".2030-10-27T17.1"] + "|" + files()[".2030-10-27T17.3"],
             "d e|f g|h");
   EXPECT_EQ(m_log.text(), "");
 }

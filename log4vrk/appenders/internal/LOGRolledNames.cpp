@@ -29,13 +29,10 @@ bool readNumber(std::string_view text, long& number) {
   return true;
 }
 
-bool isThere(const std::string& path) {
-  VRKFileFacts ignored;
-  return VRKFileFacts::of(path, ignored);
-}
-
 // In this order: what is compressed gets its new name before it loses the other.
-bool isInUse(const std::string& path) { return isThere(path) || isThere(path + ".gz") || isThere(path + ".zst"); }
+bool isInUse(const std::string& path) {
+  return VRKFileFacts::isInUse(path) || VRKFileFacts::isInUse(path + ".gz") || VRKFileFacts::isInUse(path + ".zst");
+}
 
 }  // namespace
 

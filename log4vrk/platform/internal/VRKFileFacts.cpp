@@ -23,11 +23,6 @@ bool tell(bool known, const struct stat& status, VRKFileFacts& facts) {
   return true;
 }
 
-bool isThere(const std::string& path) {
-  struct stat status;
-  return ::lstat(path.c_str(), &status) == 0;
-}
-
 }  // namespace
 
 bool VRKFileFacts::of(const std::string& path, VRKFileFacts& facts) {
@@ -40,6 +35,11 @@ bool VRKFileFacts::of(int descriptor, VRKFileFacts& facts) {
   return tell(::fstat(descriptor, &status) == 0, status, facts);
 }
 
+bool VRKFileFacts::isInUse(const std::string& path) {
+  struct stat status;
+  return ::lstat(path.c_str(), &status) == 0;
+}
+
 VRKFileFacts::Renaming VRKFileFacts::renameToNew(const std::string& from, const std::string& to) {
   if (VRKFault::hit(VRKFault::FILE_RENAME)) {
     errno = EACCES;
@@ -49,7 +49,7 @@ VRKFileFacts::Renaming VRKFileFacts::renameToNew(const std::string& from, const 
   if (errno == EEXIST) return EXISTS;
   if (errno != EINVAL && errno != ENOSYS) return FAILED;
   // The file system cannot do both at once.
-  if (isThere(to)) return EXISTS;
+  if (isInUse(to)) return EXISTS;
   return std::rename(from.c_str(), to.c_str()) == 0 ? RENAMED : FAILED;
 }
 

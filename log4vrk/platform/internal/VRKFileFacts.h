@@ -28,6 +28,9 @@ struct LOG4VRK_EXPORT_FOR_TESTS VRKFileFacts {
   static bool of(const std::string& path, VRKFileFacts& facts);
   static bool of(int descriptor, VRKFileFacts& facts);
 
+  /// Whether anything has the name, a broken link included.
+  static bool isInUse(const std::string& path);
+
   enum Renaming { RENAMED, EXISTS, FAILED };
   /// Never replaces a file. EXISTS when the new name is in use.
   static Renaming renameToNew(const std::string& from, const std::string& to);
