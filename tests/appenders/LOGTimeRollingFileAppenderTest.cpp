@@ -159,14 +159,35 @@ TEST_F(TimeRollingFileAppenderTest, CompressesWhatIsFinishedAndKeepsItsTime) {
     log.at(NOON + HOUR, long_);
     log.at(NOON + 2 * HOUR, "b");
     log.at(NOON + 3 * HOUR, "c");
-    const std::string first = m_dir.file(format + ".2030-10-27T12");
+    const std::string first = m_dir.file(format + ".2030-10-27T12"), second = m_dir.file(format + ".2030-10-27T13");
     EXPECT_TRUE(eventually([&] {
       return isTidy(format, ending) && !std::filesystem::exists(first) && !std::filesystem::exists(first + ending);
     }));
     EXPECT_EQ(files(format), (Files{{".2030-10-27T13" + ending, long_}, {".2030-10-27T14" + ending, "b"}, {"", "c"}}));
-    EXPECT_LT(std::filesystem::file_size(m_dir.file(format + ".2030-10-27T13" + ending)), 2000u);
+    EXPECT_LT(std::filesystem::file_size(second + ending), 2000u);
   }
   EXPECT_EQ(m_log.text(), "");
+}
+
+TEST_F(TimeRollingFileAppenderTest, LeavesAloneWhatSomebodyWritesToAndTriesAgainWhatFailed) {
+  std::string problem;
+  const LOGRolledNames names(m_dir.file("log"), LOGRollCalendar::make("hour", "", nullptr, problem));
+  const auto never = [] { return false; };
+  m_dir.write("log.2030-10-27T10", "old");
+  m_dir.write("log.2030-10-27T11", "new");
+  LOGFileHistory history(names, {1, 0, 0}, VRKCompressor::GZIP);
+  VRKFmFile writer;
+  ASSERT_TRUE(writer.open(path("log.2030-10-27T10"), VRKFmFile::EXISTING) && writer.hold());
+  const std::string temporary = m_dir.file("log.2030-10-27T11.gz.tmp");
+  std::filesystem::create_directory(temporary);
+  for (int i = 0; i < 2; ++i) EXPECT_FALSE(history.tidy(NOON, never));
+  EXPECT_EQ(m_dir.read("log.2030-10-27T10") + m_dir.read("log.2030-10-27T11"), "oldnew");
+  EXPECT_EQ(m_log.text(), "log4vrk:ERROR LOGTimeRollingFileAppender -- could not compress [" +
+                              m_dir.file("log.2030-10-27T11") + "]: Is a directory\n");
+  std::filesystem::remove(temporary);
+  writer.close();
+  EXPECT_TRUE(history.tidy(NOON, never));
+  EXPECT_EQ(files(), (Files{{".2030-10-27T11.gz", "new"}}));
 }
 
 // Each point is passed with a plain, a compressed and no file behind it.
