@@ -15,7 +15,7 @@ LOGTimeRollingFileAppender* g_file = nullptr;
 
 int main(int argc, char** argv) {
   if (LOG4VRKConfigurator::initialize("access.xml") != 1) {
-    std::fputs("access.xml was not applied; LOG4VRK_INTERNAL_LOG=stderr says why\n", stderr);
+    std::fputs((LOG4VRKConfigurator::getProblems().toUtf8() + "access.xml was not applied\n").c_str(), stderr);
     return 1;
   }
   LOGLogger* const logger = LOGManager::getRootLogger();
