@@ -1,5 +1,5 @@
 // e. Rolling files of 10 MB with five backups, on one thread: flushed at each event, and with a buffer of 64 KiB. The
-// floors do not roll.
+// floors do not roll, nor does the time-rolling file, unless it is midnight.
 
 #include <mutex>
 
@@ -19,17 +19,21 @@ using bench::Comparison;
 constexpr long FILE_SIZE = 10L << 20;
 constexpr long BACKUPS = 5;
 
-LOGRollingFileAppender* rollingFile(const std::string& path, int bufferedIO) {
-  auto* const appender = new LOGRollingFileAppender;
+LOGFileAppender* opened(LOGFileAppender* appender, const std::string& path, int bufferedIO) {
   appender->setLayout(bench::OurLog::layout());
   appender->setFile(path.c_str());
-  appender->setMaximumFileSize(FILE_SIZE);
-  appender->setMaxBackupIndex(BACKUPS);
   if (bufferedIO == 1) {
     appender->setBufferedIO(1);
     appender->setBufferSize(bench::BUFFER_SIZE);
   }
   appender->activateOptions();
+  return appender;
+}
+
+LOGFileAppender* rollingFile() {
+  auto* const appender = new LOGRollingFileAppender;
+  appender->setMaximumFileSize(FILE_SIZE);
+  appender->setMaxBackupIndex(BACKUPS);
   return appender;
 }
 
@@ -57,7 +61,11 @@ void compare(const bench::Settings& settings, bench::Folder& folder, const char*
   });
 #endif
   comparison.add("ours", [&] {
-    const bench::OurLog log(rollingFile(folder.newFile(), bufferedIO));
+    const bench::OurLog log(opened(rollingFile(), folder.newFile(), bufferedIO));
+    return nanoseconds([&](long i) { log.log(i); });
+  });
+  comparison.add("ours (by the day)", [&] {
+    const bench::OurLog log(opened(new LOGTimeRollingFileAppender, folder.newFile(), bufferedIO));
     return nanoseconds([&](long i) { log.log(i); });
   });
   comparison.gate(item, "ours", floor, Comparison::AT_MOST, bufferedIO == 1 ? 3.9 : 1.35, bufferedIO == 1 ? 1.8 : 1.15);

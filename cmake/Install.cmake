@@ -13,7 +13,7 @@ install(TARGETS log4vrk EXPORT log4vrk-targets
 file(CREATE_LINK "tovlog4vrk.so.${PROJECT_VERSION}" "${PROJECT_BINARY_DIR}/libtovlog4vrk.so.${PROJECT_VERSION_MAJOR}"
      SYMBOLIC)
 install(FILES "${PROJECT_BINARY_DIR}/libtovlog4vrk.so.${PROJECT_VERSION_MAJOR}" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(TARGETS log4vrk_xml log4vrk_zones LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+install(TARGETS log4vrk_xml log4vrk_zones log4vrk_compress LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" OPTIONAL)
 
 # The library hides what it links, so its list of targets is the whole package.

@@ -117,6 +117,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGQuietWriter.h
   appenders/LOGRollingFileAppender.h
   appenders/LOGStringMatchFilter.h
+  appenders/LOGTimeRollingFileAppender.h
   appenders/LOGWriter.h
   appenders/LOGWriterAppender.h
   appenders/internal/LOGQueueProgress.h

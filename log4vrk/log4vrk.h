@@ -18,6 +18,7 @@
 #include "log4vrk/appenders/LOGQuietWriter.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "log4vrk/appenders/LOGStringMatchFilter.h"
+#include "log4vrk/appenders/LOGTimeRollingFileAppender.h"
 #include "log4vrk/appenders/LOGWriter.h"
 #include "log4vrk/appenders/LOGWriterAppender.h"
 #include "log4vrk/config/LOG4VRKConfigurator.h"

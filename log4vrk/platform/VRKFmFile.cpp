@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include "log4vrk/platform/VRKThread.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKFault.h"
+#include "log4vrk/platform/internal/VRKFileFacts.h"
 #include "log4vrk/platform/internal/VRKFileJournal.h"
 #include "log4vrk/platform/internal/VRKMutex.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
@@ -228,6 +230,10 @@ void VRKFmFile::close() {
   m_descriptor = -1;
   m_owned = false;
 }
+
+bool VRKFmFile::hold() { return ::flock(m_descriptor, LOCK_SH | LOCK_NB) == 0; }
+
+bool VRKFmFile::facts(VRKFileFacts& facts) const { return VRKFileFacts::of(m_descriptor, facts); }
 
 std::int64_t VRKFmFile::size() {
   struct stat status;

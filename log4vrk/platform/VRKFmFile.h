@@ -15,6 +15,7 @@
 #include "log4vrk/platform/internal/VRKFault.h"
 
 class VRKFileJournal;
+struct VRKFileFacts;
 
 /// A file that is written at its end, or read word by word. What write() accepted is in the kernel when it returns, so
 /// it outlives a crash of the process, unless the owner has asked for a buffer or holds back. Failures are returned,
@@ -79,6 +80,11 @@ class LOG4VRK_EXPORT VRKFmFile {
   /// May be repeated.
   void close();
 
+  /// Tells the other processes that somebody may still write to this file, until it is closed: none of them takes it
+  /// away meanwhile. False when one has just begun to, or the file system knows no locks.
+  bool hold();
+  /// False when it cannot be told.
+  bool facts(VRKFileFacts& facts) const;
   /// -1 when it cannot be told.
   std::int64_t size();
   /// The next word between white space; false at the end. Only after openForReading().

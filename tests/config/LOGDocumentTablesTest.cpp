@@ -23,6 +23,11 @@ TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
   expect("LOGRollingFileAppender", "Append", boolean(rolling.getAppend()));
   expect("LOGRollingFileAppender", "MaxBackupIndex", number(rolling.getMaxBackupIndex()));
   expect("LOGRollingFileAppender", "MaximumFileSize", number(rolling.getMaximumFileSize()));
+  const LOGTimeRollingFileAppender timed;
+  expect("LOGTimeRollingFileAppender", "MaximumFileSize", number(static_cast<long>(timed.getMaximumFileSize())));
+  expect("LOGTimeRollingFileAppender", "MaxHistory", number(timed.getMaxHistory()));
+  expect("LOGTimeRollingFileAppender", "Compress", timed.getCompress());
+  expect("LOGTimeRollingFileAppender", "BufferedIO", boolean(timed.getBufferedIO()));
   expect("LOGSyslogAppender", "Facility", LOGSyslogAppender().getFacility());
   expect("LOGLocalUDPAppender", "Port", number(LOGLocalUDPAppender().getPort()));
   const LOGTCPSocketAppender tcp;

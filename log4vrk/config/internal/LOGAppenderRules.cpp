@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "log4vrk/appenders/LOGTimeRollingFileAppender.h"
+#include "log4vrk/appenders/internal/LOGRollCalendar.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/config/internal/LOGDOMChildren.h"
 #include "log4vrk/config/internal/LOGDocumentRules.h"
@@ -73,6 +75,7 @@ void LOGAppenderRules::check() {
     checkParameters(appender, LOGFindings::appender(appender));
     if (appender.isFile()) checkFile(appender);
     if (appender.is("LOGRollingFileAppender")) checkRolling(appender);
+    if (appender.is("LOGTimeRollingFileAppender")) checkTimeRolling(appender);
     if (appender.isAsync()) checkAsync(appender);
     if (appender.is("LOGSyslogAppender")) checkSyslog(appender);
     if (appender.is("LOGLocalUDPAppender") || appender.is("LOGTCPSocketAppender")) checkPort(appender, "Port");
@@ -127,6 +130,35 @@ void LOGAppenderRules::checkRolling(const Appender& appender) {
   if (appender.find("MaxBackupIndex") != nullptr) return;
   add(NOTE, "one-backup", appender, LOGFindings::appender(appender), "",
       "MaxBackupIndex is 1 by default: one older file is kept");
+}
+
+// The appender itself says what it does not understand. It opens nothing until it is activated.
+void LOGAppenderRules::checkTimeRolling(const Appender& appender) {
+  constexpr std::int64_t FEW_BYTES = 1024;
+  const std::string where = LOGFindings::appender(appender);
+  LOGTimeRollingFileAppender trial;
+  for (const Parameter& parameter : appender.parameters) {
+    if (!parameter.counts()) continue;
+    const LOGProblems::Run apart{LOGProblems::Run::Apart()};
+    parameter.known->set(trial, I18NString(parameter.value));
+    const std::string& said = apart.lines();
+    if (said.empty()) continue;
+    const bool isZone = parameter.known->name == std::string_view("TimeZone");
+    const std::size_t from = said.find("] ") + 2;
+    addOf(WARNING, isZone ? "time-zone-unknown" : "rolling-value", parameter, where,
+          said.substr(from, said.find('\n') - from));
+  }
+  const std::int64_t size = trial.getMaximumFileSize();
+  if (size > 0 && size < FEW_BYTES) {
+    addOf(WARNING, "rolling-value", *appender.find("MaximumFileSize"), where,
+          "the file is rolled over after nearly every event");
+  }
+  std::string problem;
+  LOGRollCalendar::make(trial.getInterval(), trial.getDatePattern(), nullptr, problem);
+  if (!problem.empty()) addOf(WARNING, "date-pattern", *appender.find("DatePattern"), where, problem);
+  if (trial.getMaxHistory() > 0 || trial.getMaxAge() > 0 || trial.getMaxTotalSize() > 0) return;
+  add(NOTE, "history-unlimited", appender, where, "",
+      "without MaxHistory, MaxAge or MaxTotalSize no finished file is ever removed");
 }
 
 void LOGAppenderRules::checkAsync(const Appender& appender) {

@@ -30,6 +30,7 @@ class LOGAppenderRules {
   void checkLevel(const Parameter& parameter, const std::string& where);
   void checkFile(const Appender& appender);
   void checkRolling(const Appender& appender);
+  void checkTimeRolling(const Appender& appender);
   void checkAsync(const Appender& appender);
   void checkNamesBehindQueue(const Appender& queue, const Appender& appender);
   void checkSyslog(const Appender& appender);

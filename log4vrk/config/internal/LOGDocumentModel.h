@@ -58,7 +58,9 @@ class LOGDocumentModel {
     bool isFirst = true;             // of those of its name
 
     bool isAsync() const { return is("LOGAsyncAppender") || is("LOGDurableAsyncAppender"); }
-    bool isFile() const { return is("LOGFileAppender") || is("LOGRollingFileAppender"); }
+    bool isFile() const {
+      return is("LOGFileAppender") || is("LOGRollingFileAppender") || is("LOGTimeRollingFileAppender");
+    }
     /// The one that counts, or null.
     const Part* layout() const { return layouts.empty() ? nullptr : &layouts.back(); }
   };

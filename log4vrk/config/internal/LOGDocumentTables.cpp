@@ -11,6 +11,7 @@
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "log4vrk/appenders/LOGStringMatchFilter.h"
+#include "log4vrk/appenders/LOGTimeRollingFileAppender.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/layouts/LOGHTMLLayout.h"
@@ -40,6 +41,10 @@ int boolean(const I18NString& value) { return LOGDocumentTables::asBoolean(value
 long integer(const I18NString& value) { return LOGDocumentTables::asInteger(value); }
 
 void setFile(LOGObject& target, const I18NString& value) { as<LOGFileAppender>(target).setFile(value); }
+template <void (LOGTimeRollingFileAppender::*SET)(const I18NString&)>
+void setRolling(LOGObject& target, const I18NString& value) {
+  (as<LOGTimeRollingFileAppender>(target).*SET)(value);
+}
 void setAppend(LOGObject& target, const I18NString& value) { as<LOGFileAppender>(target).setAppend(boolean(value)); }
 
 constexpr char FILE_EFFECT[] = "the file to write to, which is created; its directory is not";
@@ -82,6 +87,34 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
       {"LOGRollingFileAppender", "MaximumFileSize", EXACT, NUMBER, "10485760",
        "bytes after which the file is rolled over, without a suffix",
        [](LOGObject& t, const I18NString& v) { as<LOGRollingFileAppender>(t).setMaximumFileSize(integer(v)); }},
+      {"LOGTimeRollingFileAppender", "Append", EXACT, BOOLEAN, "true", APPEND_EFFECT, &setAppend},
+      {"LOGTimeRollingFileAppender", "File", EXACT, TEXT, "", FILE_EFFECT, &setFile},
+      {"LOGTimeRollingFileAppender", "Interval", EXACT, TEXT, "day",
+       "how long a file is for: minute, hour, day or week, or a number of them; unless given, as DatePattern tells",
+       &setRolling<&LOGTimeRollingFileAppender::setInterval>},
+      {"LOGTimeRollingFileAppender", "DatePattern", EXACT, TEXT, "",
+       "what strftime adds to the name of a finished file; by the interval unless given",
+       &setRolling<&LOGTimeRollingFileAppender::setDatePattern>},
+      {"LOGTimeRollingFileAppender", "TimeZone", EXACT, TEXT, "",
+       "where days and hours begin; the process's own unless given",
+       &setRolling<&LOGTimeRollingFileAppender::setTimeZone>},
+      {"LOGTimeRollingFileAppender", "MaximumFileSize", EXACT, TEXT, "0",
+       "bytes, kB, MB or GB after which the file is rolled over before its time; 0 is no limit",
+       &setRolling<&LOGTimeRollingFileAppender::setMaximumFileSize>},
+      {"LOGTimeRollingFileAppender", "MaxHistory", EXACT, NUMBER, "0", "finished files that are kept; 0 is no limit",
+       [](LOGObject& t, const I18NString& v) { as<LOGTimeRollingFileAppender>(t).setMaxHistory(integer(v)); }},
+      {"LOGTimeRollingFileAppender", "MaxAge", EXACT, TEXT, "0",
+       "how long finished files are kept, such as 30 days; 0 is no limit",
+       &setRolling<&LOGTimeRollingFileAppender::setMaxAge>},
+      {"LOGTimeRollingFileAppender", "MaxTotalSize", EXACT, TEXT, "0",
+       "bytes, kB, MB or GB that all finished files may take; 0 is no limit",
+       &setRolling<&LOGTimeRollingFileAppender::setMaxTotalSize>},
+      {"LOGTimeRollingFileAppender", "Compress", EXACT, TEXT, "none", "zlib or zstd: how finished files are compressed",
+       &setRolling<&LOGTimeRollingFileAppender::setCompress>},
+      {"LOGTimeRollingFileAppender", "BufferedIO", EXACT, BOOLEAN, "false", "collects lines and writes them together",
+       [](LOGObject& t, const I18NString& v) { as<LOGTimeRollingFileAppender>(t).setBufferedIO(boolean(v)); }},
+      {"LOGTimeRollingFileAppender", "Link", EXACT, TEXT, "",
+       "a symbolic link to the file that is made when it is opened", &setRolling<&LOGTimeRollingFileAppender::setLink>},
       {"LOGSyslogAppender", "Host", EXACT, TEXT, "localhost", "the machine of the daemon",
        [](LOGObject& t, const I18NString& v) { as<LOGSyslogAppender>(t).setSyslogHost(v); }},
       {"LOGSyslogAppender", "Facility", EXACT, TEXT, "user", "the facility of every message, in any case",
@@ -178,6 +211,7 @@ const std::vector<LOGDocumentTables::Class<LOGAppenderSkeleton>>& LOGDocumentTab
       {"LOGDurableAsyncAppender", &make<LOGAppenderSkeleton, LOGDurableAsyncAppender>},
       {"LOGFileAppender", &make<LOGAppenderSkeleton, LOGFileAppender>},
       {"LOGRollingFileAppender", &make<LOGAppenderSkeleton, LOGRollingFileAppender>},
+      {"LOGTimeRollingFileAppender", &make<LOGAppenderSkeleton, LOGTimeRollingFileAppender>},
       {"LOGConsoleAppender", &make<LOGAppenderSkeleton, LOGConsoleAppender>},
       {"LOGTCPSocketAppender", &make<LOGAppenderSkeleton, LOGTCPSocketAppender>},
       {"LOGSyslogAppender", &make<LOGAppenderSkeleton, LOGSyslogAppender>},

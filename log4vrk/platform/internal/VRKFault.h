@@ -33,6 +33,11 @@ class LOG4VRK_EXPORT VRKFault {
     QUEUE_WRITTEN,
     QUEUE_SETTLED,
     QUEUE_RECOVERED,
+    // Where a process that rolls or compresses a file can be killed.
+    ROLL_RENAMED,
+    ROLL_CREATED,
+    COMPRESSION_WRITTEN,
+    COMPRESSION_NAMED,
     POINTS  // how many there are
   };
 

@@ -13,6 +13,8 @@ class VRKProcess {
   /// Without directories.
   static std::string programName();
   static std::string hostName();
+  /// Has the calling thread run, and use the disk, when nobody else wants to. What the system refuses is left as it is.
+  static void lowerPriorityOfThread();
   /// Of the user whose rights the process has.
   static long userId();
   /// The value of a variable; empty when it is not set, and in a process with more rights than its user.

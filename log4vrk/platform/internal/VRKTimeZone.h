@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "log4vrk/platform/I18NString.h"
+#include "log4vrk/platform/VRKExport.h"
 
 /// The rules of one time zone, as new as the installed ICU has them or the directory ICU_TIMEZONE_FILES_DIR in the
 /// environment. The process's own zone is neither asked nor changed; VRKTime::local() is for that.
@@ -18,7 +19,7 @@ class VRKTimeZone {
   /// `name` is one that ICU knows ("Europe/Berlin", "UTC"), "Z" for UTC, or an offset to the east, alone or after GMT
   /// or UTC ("+05:45", "-0330", "GMT-3", "UTC+2"). Null when there is no such zone. Raises
   /// VRKThrowable when tovlog4vrk-zones.so, which knows them, cannot be loaded.
-  static std::shared_ptr<const VRKTimeZone> find(const I18NString& name);
+  LOG4VRK_EXPORT_FOR_TESTS static std::shared_ptr<const VRKTimeZone> find(const I18NString& name);
 
   virtual ~VRKTimeZone() = default;
 
