@@ -80,6 +80,7 @@ void LOGThreadState::forget() {
   deferral.forget();
   name.forget();
   context = LOGThreadContext();
+  fields.limitMemory(0);
   renderers.clear();
   patterns.reset();
 }

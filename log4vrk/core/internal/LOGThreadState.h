@@ -74,6 +74,7 @@ struct alignas(128) LOGThreadState {
   LOGThreadName name;
   LOGThreadTexts texts;
   LOGThreadContext context;
+  I18NUtf8Buffer fields;                            // of LOGContext, as LOGFields has them
   std::vector<const LOGObjectRenderer*> renderers;  // by which it is rendering, the innermost last
   std::shared_ptr<LOGPatternCopies> patterns;       // that the thread has used last
 
