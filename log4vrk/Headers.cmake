@@ -98,6 +98,7 @@ set(LOG4VRK_HEADERS
   layouts/LOGDate.h
   layouts/LOGDateLayout.h
   layouts/LOGHTMLLayout.h
+  layouts/LOGJSONLayout.h
   layouts/LOGPatternLayout.h
   layouts/LOGTTCCLayout.h
   layouts/LOGTimeZone.h

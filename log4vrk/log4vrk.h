@@ -71,6 +71,7 @@
 #include "log4vrk/layouts/LOGDate.h"
 #include "log4vrk/layouts/LOGDateLayout.h"
 #include "log4vrk/layouts/LOGHTMLLayout.h"
+#include "log4vrk/layouts/LOGJSONLayout.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
 #include "log4vrk/layouts/LOGTimeZone.h"
