@@ -236,6 +236,16 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
      "$W$F<layout class='PatternLayout'><param name='ConversionPattern' value='%m%%n'/></layout>$E$R"},
     {"W time-zone-unknown",
      "$W$F<layout class='TTCCLayout'><param name='TimeZone' value='Europe/Brlin'/></layout>$E$R"},
+    {"",
+     "$W$F<layout class='JSONLayout'><param name='preset' value='ECS'/><param name='Names' value='time=ts, level=l'/>"
+     "<param name='TimeFormat' value='millis'/><param name='Fields' value='time message'/></layout>$E$R"},
+    {"E json-setting E json-setting E json-setting E json-setting W time-zone-unknown",
+     "$W$F<layout class='JSONLayout'><param name='Preset' value='xml'/><param name='Names' value='tme=t'/><param "
+     "name='TimeFormat' value='ms'/><param name='Fields' value='time,mesage'/><param name='TimeZone' value='Nil'/>"
+     "</layout>$E$R"},
+    {"W boolean-value",
+     "$W$F<layout class='PatternLayout'><param name='ConversionPattern' value='%e%n'/>"
+     "<param name='SafeText' value='no'/></layout>$E$R"},
     {"W param-ignored", "$W$F<layout class='TTCCLayout'><param name='ContextPrinting' value='true'/></layout>$E$R"},
     {"N xml-fragments", "$W$F<layout class='XMLLayout'/>$E$R"},
     {"N html-rows N location-unknown",
@@ -294,6 +304,12 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"W queue-hides-thread N queue-needs-shutdown",
      "$W$F<layout class='TTCCLayout'/>$E<appender name='q' class='AsyncAppender'><appender-ref ref='a'/>$E"
      "<root><appender-ref ref='q'/></root>"},
+    {"W queue-hides-thread N queue-needs-shutdown",
+     "$W$F<layout class='JSONLayout'/>$E<appender name='q' class='AsyncAppender'><appender-ref ref='a'/>$E"
+     "<root><appender-ref ref='q'/></root>"},
+    {"N queue-needs-shutdown",
+     "$W$F<layout class='JSONLayout'><param name='Fields' value='time message'/></layout>$E"
+     "<appender name='q' class='AsyncAppender'><appender-ref ref='a'/>$E<root><appender-ref ref='q'/></root>"},
     {"N queue-needs-shutdown",
      "$W$F<layout class='TTCCLayout'/>$E<appender name='q' class='AsyncAppender'><appender-ref ref='a'/>"
      "<param name='LocationInfo' value='true'/>$E<root><appender-ref ref='q'/></root>"},
