@@ -204,6 +204,7 @@ LOGLoggingEvent::~LOGLoggingEvent() = default;
 const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired) {
     m_ndcLookupRequired = false;
+    if (LOGThreadState::current().context.stack == nullptr) return *m_ndc;
     if (I18NString context = LOGNDC::get(); !context.isEmpty()) {
       own().ndc = std::move(context);
       m_ndc = &m_own->ndc;

@@ -3,6 +3,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "log4vrk/core/LOGGuard.h"
@@ -28,7 +30,7 @@ constexpr LOGFailureTexts FAILURES = {"LOGJSONLayout::format -- some i18nstring 
 
 constexpr std::string_view SCHEMA = "\"8.11.0\"";
 
-inline void put(I18NUtf8Buffer& out, std::string_view text) {
+[[gnu::always_inline]] inline void put(I18NUtf8Buffer& out, std::string_view text) {
   out.extendTo(I18NUtf8Buffer::copy(out.room(text.size()), text));
 }
 
@@ -76,20 +78,40 @@ const char* severityOf(int rank) {
 
 }  // namespace
 
-// A layout as one thread uses it, with what will probably be the same in the next line. See LOGPatternCopy.
+// A layout as one thread uses it. It keeps what will probably be the same in the next line: the text of a second; what
+// follows from level, logger and thread; and the places of the statements that the thread has come by.
 class LOGJSONCopy {
  public:
   bool isOf(std::uint64_t number) const { return m_number == number; }
-  void take(std::uint64_t number, std::shared_ptr<const LOGJSONForm> form);
+  [[gnu::cold]] void take(std::uint64_t number, std::shared_ptr<const LOGJSONForm> form);
   /// Appends a line without its end. `whole` says how much of it counts should an error end it early.
-  void write(I18NUtf8Buffer& out, std::size_t& whole, LOGLoggingEvent& event, std::string_view message);
+  void write(I18NUtf8Buffer& out, std::size_t& whole, LOGLoggingEvent& event, std::string_view message,
+             LOGThreadState& thread);
 
  private:
-  void writePart(I18NUtf8Buffer& out, LOGJSONPart part, LOGLoggingEvent& event, std::string_view message);
+  /// Some parts in a row that level, logger and thread decide, or one other part.
+  struct Step {
+    std::vector<LOGJSONPart> steady;
+    LOGJSONPart other;
+    std::string text;  // of the steady ones; of others what stands before the value
+  };
+  struct Place {
+    const LOGSourceLocation* place = nullptr;
+    std::string text;
+  };
+
+  static bool isSteady(LOGJSONPart part) {
+    return part == LOGJSON_LEVEL || part == LOGJSON_LOGGER || part == LOGJSON_THREAD || part == LOGJSON_PROCESS ||
+           part == LOGJSON_VERSION;
+  }
+  bool isSteadyFor(LOGLoggingEvent& event, LOGThreadState& thread);
+  [[gnu::cold]] void makeSteady(LOGLoggingEvent& event, LOGThreadState& thread);
+  void writeSteady(I18NUtf8Buffer& out, LOGJSONPart part, LOGLoggingEvent& event) const;
+  void writeOther(I18NUtf8Buffer& out, const Step& step, LOGLoggingEvent& event, std::string_view message);
   void key(I18NUtf8Buffer& out, LOGJSONPart part) const { put(out, m_form->keys[part]); }
   void writeTime(I18NUtf8Buffer& out, const LOGLoggingEvent& event);
   [[gnu::cold]] void takeSecond(std::int64_t second);
-  void writeLevel(I18NUtf8Buffer& out, const LOGLevel* level);
+  const std::string& textOf(const LOGSourceLocation& place);
   void writePlace(I18NUtf8Buffer& out, const LOGSourceLocation& place) const;
   void writeContext(I18NUtf8Buffer& out, const LOGEventFields& fields) const;
   void writeFields(I18NUtf8Buffer& out, const LOGEventFields& fields) const;
@@ -97,15 +119,20 @@ class LOGJSONCopy {
 
   std::uint64_t m_number = 0;  // none
   std::shared_ptr<const LOGJSONForm> m_form;
-  std::string m_process;
+  std::vector<Step> m_steps;
+  // What the steady texts are for.
+  bool m_hasSteady = false;
   const I18NString* m_levelName = nullptr;  // such names are never freed
   int m_rank = 0;
-  std::string m_level;
-  // The text of a second, with six digits at a position.
-  bool m_filled = false;
+  std::string m_logger;
+  bool m_isOwnThread = false;
+  I18NString m_threadName;  // of another thread than the one that writes
+  // The text of a second, with six digits at a position, and what stands before it.
+  bool m_hasSecond = false;
   std::int64_t m_second = 0;
-  char m_time[64] = {};
-  std::size_t m_timeSize = 0, m_digitsAt = 0;
+  std::string m_time;
+  std::size_t m_digitsAt = 0;
+  std::array<Place, 16> m_places;  // where each is follows from its address
 };
 
 // Those that a thread has used last. Their places are those of LOGPatternCopies.
@@ -114,58 +141,97 @@ struct LOGJSONCopies : std::array<LOGJSONCopy, 8> {};
 void LOGJSONCopy::take(std::uint64_t number, std::shared_ptr<const LOGJSONForm> form) {
   m_number = 0;  // until it is whole
   m_form = std::move(form);
-  m_process = std::to_string(VRKProcess::id());
-  m_levelName = nullptr;
-  m_filled = false;
+  m_hasSteady = m_hasSecond = false;
+  m_places = {};
+  m_steps.clear();
+  for (const LOGJSONPart part : m_form->order) {
+    if (!isSteady(part)) {
+      m_steps.push_back({{}, part, m_form->keys[part] + (part == LOGJSON_MESSAGE ? "\"" : "")});
+    } else if (!m_steps.empty() && !m_steps.back().steady.empty()) {
+      m_steps.back().steady.push_back(part);
+    } else {
+      m_steps.push_back({{part}, part, {}});
+    }
+  }
   m_number = number;
 }
 
 inline void LOGJSONCopy::write(I18NUtf8Buffer& out, std::size_t& whole, LOGLoggingEvent& event,
-                               std::string_view message) {
-  for (const LOGJSONPart part : m_form->order) {
-    writePart(out, part, event, message);
+                               std::string_view message, LOGThreadState& thread) {
+  if (!isSteadyFor(event, thread)) makeSteady(event, thread);
+  for (const Step& step : m_steps) {
+    step.steady.empty() ? writeOther(out, step, event, message) : put(out, step.text);
     whole = out.size();
   }
 }
 
-inline void LOGJSONCopy::writePart(I18NUtf8Buffer& out, LOGJSONPart part, LOGLoggingEvent& event,
-                                   std::string_view message) {
-  switch (part) {
+inline bool LOGJSONCopy::isSteadyFor(LOGLoggingEvent& event, LOGThreadState& thread) {
+  const LOGLevel* const level = event.getLevel();
+  const std::string& logger = event.getLoggerNameUtf8();
+  if (!m_hasSteady || level == nullptr || &level->toString() != m_levelName || level->toInt() != m_rank) return false;
+  if (logger.size() != m_logger.size() || std::memcmp(logger.data(), m_logger.data(), logger.size()) != 0) return false;
+  const I18NString& name = event.getThreadName();
+  return thread.name.owns(name) == m_isOwnThread && (m_isOwnThread || name == m_threadName);
+}
+
+void LOGJSONCopy::makeSteady(LOGLoggingEvent& event, LOGThreadState& thread) {
+  m_hasSteady = false;
+  const LOGLevel* const level = event.getLevel();
+  m_levelName = level != nullptr ? &level->toString() : nullptr;
+  m_rank = level != nullptr ? level->toInt() : 0;
+  m_logger = event.getLoggerNameUtf8();
+  m_isOwnThread = thread.name.owns(event.getThreadName());
+  if (!m_isOwnThread) m_threadName = event.getThreadName();
+  I18NUtf8Buffer text;
+  for (Step& step : m_steps) {
+    if (step.steady.empty()) continue;
+    text.clear();
+    for (const LOGJSONPart part : step.steady) writeSteady(text, part, event);
+    step.text = text.view();
+  }
+  m_hasSteady = true;
+}
+
+void LOGJSONCopy::writeSteady(I18NUtf8Buffer& out, LOGJSONPart part, LOGLoggingEvent& event) const {
+  const LOGLevel* const level = event.getLevel();
+  if (part == LOGJSON_LEVEL && level == nullptr) return;
+  key(out, part);
+  if (part == LOGJSON_LEVEL) {
+    const bool isSeverity = m_form->settings.preset == LOGJSONSettings::GCP;
+    putText(out, isSeverity ? severityOf(level->toInt()) : level->toString().toUtf8());
+  } else if (part == LOGJSON_LOGGER) {
+    putText(out, m_logger);
+  } else if (part == LOGJSON_THREAD) {
+    putAppended(out, [&](I18NUtf8Buffer& to) { event.appendThreadName(to); });
+  } else if (part == LOGJSON_PROCESS) {
+    out.append(static_cast<long long>(VRKProcess::id()));
+  } else {
+    put(out, SCHEMA);
+  }
+}
+
+inline void LOGJSONCopy::writeOther(I18NUtf8Buffer& out, const Step& step, LOGLoggingEvent& event,
+                                    std::string_view message) {
+  switch (step.other) {
     case LOGJSON_TIME:
-      key(out, part);
       return writeTime(out, event);
-    case LOGJSON_LEVEL:
-      if (event.getLevel() == nullptr) return;
-      key(out, part);
-      return writeLevel(out, event.getLevel());
-    case LOGJSON_LOGGER:
-      key(out, part);
-      return putText(out, event.getLoggerNameUtf8());
-    case LOGJSON_THREAD:
-      key(out, part);
-      return putAppended(out, [&](I18NUtf8Buffer& to) { event.appendThreadName(to); });
-    case LOGJSON_PROCESS:
-      key(out, part);
-      return put(out, m_process);
     case LOGJSON_MESSAGE:
-      key(out, part);
-      return putText(out, message);
+      put(out, step.text);
+      LOGEscape::appendJson(out, message);
+      return put(out, "\"");
     case LOGJSON_NESTED:
       if (event.getNDC().isEmpty()) return;
-      key(out, part);
+      put(out, step.text);
       return putAppended(out, [&](I18NUtf8Buffer& to) { to.append(event.getNDC()); });
     case LOGJSON_CONTEXT:
     case LOGJSON_FIELDS:
       if (const LOGEventFields fields(event); !fields.isEmpty()) {
-        part == LOGJSON_CONTEXT ? writeContext(out, fields) : writeFields(out, fields);
+        step.other == LOGJSON_CONTEXT ? writeContext(out, fields) : writeFields(out, fields);
       }
       return;
     case LOGJSON_PLACE:
-      if (event.getSourceLocation() != nullptr) writePlace(out, *event.getSourceLocation());
+      if (event.getSourceLocation() != nullptr) put(out, textOf(*event.getSourceLocation()));
       return;
-    case LOGJSON_VERSION:
-      key(out, part);
-      return put(out, SCHEMA);
     case LOGJSON_ERROR:
       if (!event.getThrowableStrRep().isEmpty()) writeError(out, event.getThrowableStrRep());
       return;
@@ -177,49 +243,49 @@ inline void LOGJSONCopy::writePart(I18NUtf8Buffer& out, LOGJSONPart part, LOGLog
 inline void LOGJSONCopy::writeTime(I18NUtf8Buffer& out, const LOGLoggingEvent& event) {
   const std::int64_t second = event.getTimeStamp();
   const std::int32_t microsecond = event.getTimeStampNanos() / 1000;
-  if (m_form->settings.timeFormat == LOGJSONSettings::MILLIS) {
+  const LOGJSONSettings::TimeFormat format = m_form->settings.timeFormat;
+  if (format == LOGJSONSettings::MILLIS || (format == LOGJSONSettings::EPOCH && second < 0)) {
+    key(out, LOGJSON_TIME);
+    if (format == LOGJSONSettings::EPOCH) return putEarly(out, second, microsecond);
     return out.append(static_cast<long long>(second * 1000 + microsecond / 1000));
   }
-  if (m_form->settings.timeFormat == LOGJSONSettings::EPOCH && second < 0) return putEarly(out, second, microsecond);
-  if (!m_filled || m_second != second) takeSecond(second);
-  putDigits(m_time + m_digitsAt, microsecond, 6);
-  put(out, {m_time, m_timeSize});
+  if (!m_hasSecond || m_second != second) takeSecond(second);
+  putDigits(m_time.data() + m_digitsAt, microsecond, 6);
+  put(out, m_time);
 }
 
 void LOGJSONCopy::takeSecond(std::int64_t second) {
-  m_filled = false;
-  int written = 0;
+  m_hasSecond = false;
+  m_time = m_form->keys[LOGJSON_TIME];
+  char text[80];
   if (m_form->settings.timeFormat == LOGJSONSettings::EPOCH) {
-    written = std::snprintf(m_time, sizeof m_time, "%lld.000000", static_cast<long long>(second));
-    m_digitsAt = static_cast<std::size_t>(written) - 6;
+    std::snprintf(text, sizeof text, "%lld.000000", static_cast<long long>(second));
+    m_time += text;
+    m_digitsAt = m_time.size() - 6;
   } else {
     const std::tm time = m_form->isUtc() ? VRKTime::utc(second) : m_form->settings.zone.at(second);
-    written = std::snprintf(m_time, sizeof m_time, "\"%04d-%02d-%02dT%02d:%02d:%02d.000000", time.tm_year + 1900,
-                            time.tm_mon + 1, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
-    m_digitsAt = static_cast<std::size_t>(written) - 6;
-    char* const zone = m_time + written;
-    const std::size_t left = sizeof m_time - static_cast<std::size_t>(written);
+    std::snprintf(text, sizeof text, "\"%04d-%02d-%02dT%02d:%02d:%02d.000000", time.tm_year + 1900, time.tm_mon + 1,
+                  time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
+    m_time += text;
+    m_digitsAt = m_time.size() - 6;
     const long minutes = std::labs(time.tm_gmtoff / 60);
-    written += minutes == 0 ? std::snprintf(zone, left, "Z\"")
-                            : std::snprintf(zone, left, "%c%02ld:%02ld\"", time.tm_gmtoff < 0 ? '-' : '+', minutes / 60,
-                                            minutes % 60);
+    std::snprintf(text, sizeof text, "%c%02ld:%02ld\"", time.tm_gmtoff < 0 ? '-' : '+', minutes / 60, minutes % 60);
+    m_time += minutes == 0 ? "Z\"" : text;
   }
-  m_timeSize = static_cast<std::size_t>(written);
   m_second = second;
-  m_filled = true;
+  m_hasSecond = true;
 }
 
-inline void LOGJSONCopy::writeLevel(I18NUtf8Buffer& out, const LOGLevel* level) {
-  const I18NString* const name = &level->toString();
-  if (name != m_levelName || level->toInt() != m_rank) {
-    m_levelName = nullptr;
-    I18NUtf8Buffer text;
-    putText(text, m_form->settings.preset == LOGJSONSettings::GCP ? severityOf(level->toInt()) : name->toUtf8());
-    m_level = text.view();
-    m_rank = level->toInt();
-    m_levelName = name;
-  }
-  put(out, m_level);
+// A place is a constant of the program, which stays.
+inline const std::string& LOGJSONCopy::textOf(const LOGSourceLocation& place) {
+  Place& kept = m_places[reinterpret_cast<std::uintptr_t>(&place) / sizeof place % m_places.size()];
+  if (kept.place == &place) return kept.text;
+  kept.place = nullptr;
+  I18NUtf8Buffer text;
+  writePlace(text, place);
+  kept.text = text.view();
+  kept.place = &place;
+  return kept.text;
 }
 
 void LOGJSONCopy::writePlace(I18NUtf8Buffer& out, const LOGSourceLocation& place) const {
@@ -278,7 +344,7 @@ std::string_view build(LOGThreadState& thread, LOGJSONCopy& copy, LOGLoggingEven
   line.limitMemory(LOGLayoutInternals::MOST_KEPT);
   line.clear();
   std::size_t whole = 0;
-  logContain(FAILURES, [&] { copy.write(line, whole, event, message); });
+  logContain(FAILURES, [&] { copy.write(line, whole, event, message, thread); });
   line.cutTo(whole);
   logContain(FAILURES, [&] {
     if (whole == 0) put(line, ",");

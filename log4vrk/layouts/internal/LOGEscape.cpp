@@ -44,16 +44,19 @@ std::size_t skipPlain(std::string_view utf8, std::size_t at) {
 #ifdef __SSE2__
   const __m128i lowest = _mm_set1_epi8(0x20), backslash = _mm_set1_epi8('\\'), last = _mm_set1_epi8(0x7F),
                 quote = _mm_set1_epi8(isJson ? '"' : '\\');
-  while (at + 16 <= utf8.size()) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(utf8.data() + at));
+  // The last block ends with the text and overlaps the one before it.
+  while (utf8.size() >= 16 && at < utf8.size()) {
+    const std::size_t from = std::min(at, utf8.size() - 16);
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(utf8.data() + from));
     // Signed, so that everything outside ASCII is low, too.
     const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmplt_epi8(block, lowest), _mm_cmpeq_epi8(block, quote)),
                                        _mm_or_si128(_mm_cmpeq_epi8(block, backslash), _mm_cmpeq_epi8(block, last)));
-    if (const int mask = _mm_movemask_epi8(found)) {
-      at += static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
+    const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(found)) >> (at - from);
+    if (mask != 0) {
+      at += static_cast<std::size_t>(__builtin_ctz(mask));
       break;
     }
-    at += 16;
+    at = from + 16;
   }
 #endif
   const auto& kinds = isJson ? JSON_KINDS : SAFE_KINDS;

@@ -77,7 +77,11 @@ LOGJSONPart partOf(std::string_view word, LOGJSONPart end) {
   return LOGJSON_PARTS;
 }
 
-std::size_t underscoresOf(std::string_view name) { return std::min(name.find_first_not_of('_'), name.size()); }
+std::size_t underscoresOf(std::string_view name) {
+  std::size_t count = 0;
+  while (count < name.size() && name[count] == '_') ++count;
+  return count;
+}
 
 }  // namespace
 
@@ -137,7 +141,11 @@ void LOGJSONForm::takeName(LOGJSONPart part) {
   const char* const usual = NAMES[part].of[settings.preset];
   if (*usual == '\0') return;
   std::string name = settings.names[part].empty() ? usual : settings.names[part];
-  if (std::find(m_taken.begin(), m_taken.end(), name) != m_taken.end()) {
+  const std::size_t underscores = underscoresOf(name);
+  const auto isSame = [&](const Taken& taken) {
+    return taken.underscores == underscores && name.compare(underscores, name.npos, taken.bare) == 0;
+  };
+  if (std::any_of(m_taken.begin(), m_taken.end(), isSame)) {
     report("setNames", name, "as many names as there are parts; this one gets underscores in front");
     name.insert(0, underscoresFor(name), '_');
   }
@@ -146,17 +154,16 @@ void LOGJSONForm::takeName(LOGJSONPart part) {
   LOGEscape::appendJson(key, name);
   key.appendChecked("\":");
   keys[part] = key.view();
-  m_taken.push_back(std::move(name));
+  m_taken.push_back({name.substr(underscoresOf(name)), underscoresOf(name)});
 }
 
 // More than any of the layout's names has that is the same behind its underscores. So a field gets a name that none of
 // them has, and two fields never get the same.
 std::size_t LOGJSONForm::underscoresFor(std::string_view name) const {
-  const std::string_view bare = name.substr(underscoresOf(name));
+  name.remove_prefix(underscoresOf(name));
   std::size_t needed = 0;
-  for (const std::string& taken : m_taken) {
-    const std::size_t underscores = underscoresOf(taken);
-    if (bare == std::string_view(taken).substr(underscores)) needed = std::max(needed, underscores + 1);
+  for (const Taken& taken : m_taken) {
+    if (name.size() == taken.bare.size() && name == taken.bare) needed = std::max(needed, taken.underscores + 1);
   }
   return needed;
 }

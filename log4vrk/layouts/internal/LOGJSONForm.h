@@ -67,5 +67,9 @@ struct LOGJSONForm {
  private:
   void takeName(LOGJSONPart part);
 
-  std::vector<std::string> m_taken;  // the names at the outermost level
+  struct Taken {
+    std::string bare;  // without the underscores in front
+    std::size_t underscores;
+  };
+  std::vector<Taken> m_taken;  // the names at the outermost level
 };
