@@ -25,12 +25,13 @@ std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast
 // `turn`; the getting side sees that, reads it and then advances m_head.
 struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   static constexpr std::size_t SIZE = 3 * CACHE_LINE;
-  static constexpr std::uint32_t OBJECT = UINT32_MAX;
+  static constexpr std::uint16_t OBJECT = UINT16_MAX;
 
   std::atomic<std::uint64_t> turn{0};  // the position after that of the event that can be read
   std::int64_t timeStamp;
   std::int32_t timeStampNanos;
-  std::uint32_t length;  // of the text, or OBJECT
+  std::uint16_t length;                         // of the text, or OBJECT
+  std::uint8_t contextLength, ownFieldsLength;  // of the fields, which stand behind the text
   LOGLevel* level;
   union {
     LOGLogger* logger;
@@ -191,7 +192,8 @@ bool LOGBoundedFIFO::put(LOGLoggingEvent* event) {
 }
 
 LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy) {
-  const bool asRecord = event.isPlain() && event.m_text.size() <= sizeof(Slot::text);
+  const std::string_view context = event.contextBytes(), fields = event.m_fields;
+  const bool asRecord = event.isPlain() && event.m_text.size() + context.size() + fields.size() <= sizeof(Slot::text);
   if (!asRecord && !copy) copy = std::make_unique<LOGLoggingEvent>(event);
   const LOGGate::Pass inside;  // a fork finds no slot claimed and not published
   Claim mine = claim();
@@ -200,11 +202,17 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
   if (asRecord) {
     slot.timeStamp = event.m_timeStamp;
     slot.timeStampNanos = event.m_timeStampNanos;
-    slot.length = static_cast<std::uint32_t>(event.m_text.size());
+    slot.length = static_cast<std::uint16_t>(event.m_text.size());
+    slot.contextLength = static_cast<std::uint8_t>(context.size());
+    slot.ownFieldsLength = static_cast<std::uint8_t>(fields.size());
     slot.level = event.m_level;
     slot.logger = event.m_logger;
     slot.place = event.m_place;
     std::memcpy(slot.text, event.m_text.data(), event.m_text.size());
+    if (event.hasFields()) {
+      fields.copy(slot.text + event.m_text.size() + context.copy(slot.text + event.m_text.size(), context.size()),
+                  fields.size());
+    }
   } else {
     slot.length = Slot::OBJECT;
     slot.object = copy.release();
@@ -237,6 +245,10 @@ LOGLoggingEvent* LOGBoundedFIFO::get(LOGLoggingEvent& place) {
   } else {
     place.setPlain(slot->timeStamp, slot->timeStampNanos, slot->level, slot->logger, slot->place,
                    {slot->text, slot->length});
+    if (slot->contextLength + slot->ownFieldsLength > 0) {
+      const char* const context = slot->text + slot->length;
+      place.ownFields({context, slot->contextLength}, {context + slot->contextLength, slot->ownFieldsLength});
+    }
   }
   m_head.store(m_head.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   return event;

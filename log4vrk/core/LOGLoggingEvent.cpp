@@ -133,8 +133,7 @@ void LOGLoggingEvent::copyMessage(const LOGLoggingEvent& other) {
   if (!m_isText) m_message = cloneOf(other.m_message.get());
 }
 
-std::string_view LOGLoggingEvent::contextBytes() const {
-  if (m_contextSize == 0) return {};
+std::string_view LOGLoggingEvent::findContext() const {
   if (m_contextOf != nullptr) return m_contextOf->view().substr(0, m_contextSize);
   return m_ownText.view().substr(m_text.size(), m_contextSize);
 }
@@ -174,7 +173,7 @@ void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
 
 // Everything that setPlain() does not get has to be as it is at first.
 bool LOGLoggingEvent::isPlain() const {
-  return m_isText && m_contextSize == 0 && m_fields.empty() && !m_own && m_ndcLookupRequired &&
+  return m_isText && !m_own && m_ndcLookupRequired &&
          m_threadName == &NO_TEXT && m_logger != nullptr && m_ownLoggerName.get() == nullptr &&
          m_loggerName == m_logger->m_name.get() && m_fqnOfLoggerClass == &LOGLogger::m_FQCN;
 }

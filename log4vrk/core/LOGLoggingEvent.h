@@ -130,13 +130,15 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level, std::string_view utf8);
   void begin(const I18NString& fqnOfLoggerClass);
   /// True as long as the event is what a log call made of a text, and nobody has looked up or set anything. Of such an
-  /// event a queue keeps a few fields and no object; setPlain() makes a copy from them, in memory that is there
-  /// already.
+  /// event a queue keeps a few members and no object; setPlain(), and ownFields() where it has any, make a copy from
+  /// them, in memory that is there already.
   bool isPlain() const;
   void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
                 const LOGSourceLocation* place, std::string_view utf8);
   /// Of the context, as bytes.
-  std::string_view contextBytes() const;
+  std::string_view contextBytes() const { return m_contextSize == 0 ? std::string_view() : findContext(); }
+  std::string_view findContext() const;
+  bool hasFields() const { return m_contextSize != 0 || !m_fields.empty(); }
   /// Makes fields its own, behind the text, of which it has a copy already.
   void ownFields(std::string_view context, std::string_view fields);
   LOG4VRK_HIDDEN void copyMessage(const LOGLoggingEvent& other);

@@ -27,15 +27,18 @@ struct LOGRingRecord {
 
   /// Memory for the texts of an event that does not have them as a record needs them.
   struct Room {
-    std::string threadName, context, rest;
+    std::string threadName, context;
+    char restRoom[512];
+    I18NUtf8Buffer rest{restRoom, sizeof restRoom};
     I18NUtf8Buffer message;
   };
-  /// Whether the event is a text and nothing else, of one of the usual levels and a thread without a context. Then
-  /// what it needs is looked up without a copy.
+  /// Whether the event is a text and perhaps fields, of one of the usual levels and a thread without a nested context.
+  /// Then what it needs is looked up without a copy.
   static bool isOrdinary(const LOGLoggingEvent& event, const LOGThreadState& thread) {
     return event.isPlain() && thread.context.stack == nullptr && isUsual(event.m_level);
   }
-  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread);
+  static bool hasFields(const LOGLoggingEvent& event) { return event.hasFields(); }
+  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread, Room& room);
   /// A record of any event, which borrows from event and room. Whatever layouts may ask for is looked up here, on the
   /// thread that logs: when it has been killed, nobody can be asked.
   static LOGRingRecord ofAny(LOGLoggingEvent& event, Room& room);
@@ -66,6 +69,7 @@ struct LOGRingRecord {
            level == LOGLevel::ERROR_OBJ || level == LOGLevel::FATAL_OBJ;
   }
   static LOGRingRecord begin(const LOGLoggingEvent& event);
+  static void addFields(const LOGLoggingEvent& event, Room& room);
   // Of an ordinary event.
   static const LOGSourceLocation* placeOf(const LOGLoggingEvent& event) { return event.m_place; }
   static std::string_view messageOf(const LOGLoggingEvent& event) { return event.m_text; }

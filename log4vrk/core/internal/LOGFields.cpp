@@ -53,6 +53,11 @@ bool LOGFields::Reader::next(Field& field) {
   return true;
 }
 
+void LOGFields::addAll(std::string_view bytes) {
+  Reader reader(bytes);
+  for (Field field; reader.next(field);) put(field.name, field.type, field.value);
+}
+
 void LOGFields::addInteger(std::string_view name, Type type, std::int64_t value) {
   put(name, type, {reinterpret_cast<const char*>(&value), sizeof value});
 }

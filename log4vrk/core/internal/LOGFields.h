@@ -61,6 +61,8 @@ class LOG4VRK_EXPORT LOGFields {
     add(others...);
   }
   void add() {}
+  /// Those of bytes that may be anything.
+  void addAll(std::string_view bytes);
 
  private:
   template <typename Value>
