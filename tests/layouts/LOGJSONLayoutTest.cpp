@@ -129,6 +129,36 @@ TEST(JSONLayoutTest, KeepsTheTypesOfFields) {
   EXPECT_EQ(linesOf(dir.file("log")), expected);
 }
 
+TEST(JSONLayoutTest, SettingsChangeWhileThreadsLog) {
+  constexpr long EACH = 3000;
+  const TempDir dir;
+  LOGJSONLayout layout;
+  LOGFileAppender file(&layout, dir.file("log").c_str(), 0, 1, 65536);
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a");
+  logger->addAppender(&file);
+  std::atomic<int> logging{3};
+  onThreads(4, [&](int t) {
+    for (long i = 0; t > 0 && i < EACH; ++i) {
+      LOG4VRK_CONTEXT("thread", t);
+      LOG4VRK_INFO_KV(logger, "text", "i", i);
+    }
+    if (t > 0) --logging;
+    for (int i = 0; t == 0 && logging > 0; ++i) {
+      layout.setPreset(i % 2 == 0 ? "gcp" : "plain");
+      layout.setFields(i % 3 == 0 ? "message fields" : "time level thread message context fields");
+    }
+  });
+  logger->removeAppender(&file);
+  file.close();
+  const std::vector<std::string> lines = linesOf(dir.file("log"));
+  EXPECT_EQ(lines.size(), 3U * EACH);
+  for (const std::string& line : lines) {
+    EXPECT_TRUE(line.front() == '{' && line.find("\"message\":\"text\"") != line.npos) << line;
+    EXPECT_TRUE(line.find(",\"i\":") != line.npos && line.back() == '}') << line;
+  }
+}
+
 TEST(JSONLayoutTest, AForkedChildHasItsOwnNumber) {
   LOGJSONLayout layout;
   layout.setFields("process");

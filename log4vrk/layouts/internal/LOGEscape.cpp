@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 #ifdef __SSE2__
 #include <emmintrin.h>

@@ -2,10 +2,9 @@
 
 #pragma once
 
-#include <string>
+#include <cstddef>
 #include <string_view>
 
-#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/I18NUtf8Buffer.h"
 
 /// Each form escapes control characters (U+0000 to U+001F, U+007F to U+009F), the line separators U+2028 and U+2029,
@@ -14,7 +13,7 @@
 /// well-formed UTF-8, and stay it.
 ///
 /// Thread safety: without state; any thread.
-struct LOG4VRK_EXPORT_FOR_TESTS LOGEscape {
+struct LOGEscape {
   /// For between the quotes of a string of JSON: \", \\, \b, \t, \n, \f, \r, all others as \u001b.
   static void appendJson(I18NUtf8Buffer& out, std::string_view utf8);
   /// For people: \\, \t, \n, \r, others as \x1b, and from U+0080 on as \u2028. It can be undone.
