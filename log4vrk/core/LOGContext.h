@@ -38,8 +38,8 @@ class LOG4VRK_EXPORT LOGContext {
   /// What is added stays until the object's end, on the thread that has made it. Scopes end in the reverse order.
   class LOG4VRK_EXPORT Scope {
    public:
-    template <typename Value, typename... Others>
-    explicit Scope(std::string_view name, const Value& value, const Others&... others) {
+    template <typename Name, typename Value, typename... Others>
+    explicit Scope(const Name& name, const Value& value, const Others&... others) {
       LOGFields fields;
       fields.add(name, value, others...);
       begin(fields.bytes());

@@ -63,7 +63,7 @@ void putDigits(char* at, std::int32_t value, int count) {
 
 // Seconds before 1970 as a decimal number, whose fraction counts the other way.
 [[gnu::cold]] void putEarly(I18NUtf8Buffer& out, std::int64_t second, std::int32_t microsecond) {
-  const auto before = static_cast<long long>(-(second * 1000000 + microsecond));
+  const long long before = -(static_cast<long long>(second) * 1000000 + microsecond);
   char text[32];
   const int size = std::snprintf(text, sizeof text, "-%lld.%06lld", before / 1000000, before % 1000000);
   put(out, {text, static_cast<std::size_t>(size)});

@@ -145,7 +145,7 @@ void LOGRingRecord::Place::fillEvent(const LOGRingRecord& record, LOGLevel* leve
 
 void LOGRingRecord::Place::fillRest(std::string_view left, std::int32_t rankOfLevel) {
   std::string_view level;
-  LOGFields context, fields;  // read anew, since nobody knows what the bytes of a file are
+  LOGFields ofContext, own;  // read anew, since nobody knows what the bytes of a file are
   while (left.size() > sizeof(std::int32_t)) {
     const char tag = left[0];
     const std::int32_t length = numberAt(left.data() + 1);
@@ -153,11 +153,11 @@ void LOGRingRecord::Place::fillRest(std::string_view left, std::int32_t rankOfLe
     const std::string_view text = left.substr(0, static_cast<std::uint32_t>(length));
     if (tag == LOGRingFormat::THROWABLE) m_event.setThrowableStrRep(decoded(text));
     if (tag == LOGRingFormat::LEVEL) level = text;
-    if (tag == LOGRingFormat::CONTEXT_FIELDS) context.addAll(text);
-    if (tag == LOGRingFormat::OWN_FIELDS) fields.addAll(text);
+    if (tag == LOGRingFormat::CONTEXT_FIELDS) ofContext.addAll(text);
+    if (tag == LOGRingFormat::OWN_FIELDS) own.addAll(text);
     left.remove_prefix(text.size());
   }
-  m_event.ownFields(context.bytes(), fields.bytes());
+  m_event.ownFields(ofContext.bytes(), own.bytes());
   if (level.size() >= sizeof(std::int32_t)) {
     const std::string name = decoded(level.substr(sizeof(std::int32_t))).toUtf8();
     m_level = LOGLevel(rankOfLevel, name.c_str(), numberAt(level.data()));

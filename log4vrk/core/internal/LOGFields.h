@@ -55,9 +55,9 @@ class LOG4VRK_EXPORT LOGFields {
 
   /// Names and values in turn. A value is a truth value, a number, a text, or whatever LOGMessage takes, which becomes
   /// text; a null pointer is none.
-  template <typename Value, typename... Others>
-  void add(std::string_view name, const Value& value, const Others&... others) {
-    addValue(name, value);
+  template <typename Name, typename Value, typename... Others>
+  void add(const Name& name, const Value& value, const Others&... others) {
+    addValue(logTextOf(name), value);
     add(others...);
   }
   void add() {}

@@ -125,7 +125,7 @@ void LOGJSONSettings::setNames(const I18NString& list) {
   }
 }
 
-LOGJSONForm::LOGJSONForm(const LOGJSONSettings& chosen) : settings(chosen) {
+LOGJSONForm::LOGJSONForm(const LOGJSONSettings& settings_) : settings(settings_) {
   for (const LOGJSONPart part : ORDERS[settings.preset]) {
     if (part <= LOGJSON_ERROR && (settings.parts >> part & 1) == 0) continue;
     order.push_back(part);

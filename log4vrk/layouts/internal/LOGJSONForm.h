@@ -53,7 +53,7 @@ struct LOGJSONSettings {
 
 /// Thread safety: immutable.
 struct LOGJSONForm {
-  explicit LOGJSONForm(const LOGJSONSettings& settings);
+  explicit LOGJSONForm(const LOGJSONSettings& settings_);
 
   bool isUtc() const { return !settings.hasZone && settings.preset != LOGJSONSettings::PLAIN; }
   /// How many underscores a field of this name needs in front, so that it is none of the layout's own.
