@@ -18,6 +18,9 @@ const struct {
     {"%c{2}", "the last two components of its name"},
     {"%t", "thread: its number, or a name that was set"},
     {"%x", "nested context, oldest text first"},
+    {"%X", "context and fields"},
+    {"%X{order}", "the value of one"},
+    {"%e", "message, escaped: one line"},
     {"%r", "milliseconds since the library was loaded"},
     {"%d", "date in ISO8601"},
     {"%d{ABSOLUTE}", "date in a named format or a pattern of strftime"},
@@ -58,6 +61,7 @@ std::string formatted(const std::string& pattern, LOGLoggingEvent& event) {
 int main() {
   LOGNDC::push("client 7");
   LOGNDC::push("session 9");
+  LOG4VRK_CONTEXT("order", 17, "total", 17.5);
   LOGObject message("order 17 accepted");
   LOGLoggingEvent event("LOGLogger", LOGManager::getLogger("com.acme.shop.Orders"), LOGLevel::INFO_OBJ, &message);
   event.setThreadName("4711");

@@ -48,7 +48,7 @@ struct Counting : LOGAppenderSkeleton {
     layout.format(event);
   }
   std::uint64_t count = 0;
-  LOGPatternLayout layout{"%d{ISO8601} %r %p %c{2} %t %x %m%n"};
+  LOGPatternLayout layout{"%d{ISO8601} %r %p %c{2} %t %x %X %m%n"};
 };
 
 // The file of a queue that has been killed with events in it, short ones and one of several slots, and lines that were
@@ -65,6 +65,7 @@ std::string goodFile(const Directory& directory) {
   ring.use(std::move(file));
   ring.setTarget(directory.file("log"), "%m%n");
   LOGNDC::push("context");
+  LOG4VRK_CONTEXT("order", 17, "customer", "anna");
   for (const std::size_t length : {5, 100, 500, 0, 20}) {
     LOGObject text(I18NString(std::string_view(std::string(length, 'x'))));
     LOGLoggingEvent event(LOGLogger::m_FQCN, LOGManager::getLogger("fuzz"), LOGLevel::WARN_OBJ, &text);

@@ -48,11 +48,13 @@ set(LOG4VRK_HEADERS
   core/LOGAppenderAttachable.h
   core/LOGAppenderAttachableImpl.h
   core/LOGAppenderSkeleton.h
+  core/LOGContext.h
   core/LOGDefaultLoggerFactory.h
   core/LOGDefaultRenderer.h
   core/LOGDefaultRepositorySelector.h
   core/LOGDiagnosticContext.h
   core/LOGErrorHandler.h
+  core/LOGFieldMacros.h
   core/LOGFilter.h
   core/LOGGuard.h
   core/LOGHashtable.h
@@ -85,6 +87,7 @@ set(LOG4VRK_HEADERS
   core/LOGSourceLocation.h
   core/LOGStack.h
   core/internal/LOGCallScope.h
+  core/internal/LOGFields.h
   core/internal/LOGGate.h
   core/internal/LOGLoggerName.h
   core/internal/LOGPackedText.h
@@ -96,6 +99,7 @@ set(LOG4VRK_HEADERS
   layouts/LOGDate.h
   layouts/LOGDateLayout.h
   layouts/LOGHTMLLayout.h
+  layouts/LOGJSONLayout.h
   layouts/LOGPatternLayout.h
   layouts/LOGTTCCLayout.h
   layouts/LOGTimeZone.h

@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include "log4vrk/core/LOGContext.h"
+#include "log4vrk/core/LOGFieldMacros.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGMacros.h"

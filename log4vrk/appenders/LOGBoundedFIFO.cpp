@@ -27,7 +27,7 @@ std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast
 // position writes it and then sets `turn`; the getting side sees that, reads it and then advances m_head.
 struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   static constexpr std::size_t SIZE = 3 * CACHE_LINE;
-  static constexpr std::uint32_t OBJECT = UINT32_MAX, PACKED = std::uint32_t{1} << 31;
+  static constexpr std::uint16_t OBJECT = UINT16_MAX, PACKED = 1 << 15;
 
   // In front of the parts of a text that is not put together yet.
   struct Printing {
@@ -38,7 +38,8 @@ struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
   std::atomic<std::uint64_t> turn{0};  // the position after that of the event that can be read
   std::int64_t timeStamp;
   std::int32_t timeStampNanos;
-  std::uint32_t length;  // of the text, of its parts with PACKED, or OBJECT
+  std::uint16_t length;                         // of the text, of its parts with PACKED, or OBJECT
+  std::uint8_t contextLength, ownFieldsLength;  // of the fields, which stand behind the text
   LOGLevel* level;
   union {
     LOGLogger* logger;
@@ -49,7 +50,7 @@ struct alignas(CACHE_LINE) LOGBoundedFIFO::Slot {
 
   LOGPackedText packed() const {
     const Printing& printing = *reinterpret_cast<const Printing*>(text);
-    return {printing.print, printing.statement, {text + sizeof printing, length & ~PACKED}};
+    return {printing.print, printing.statement, {text + sizeof printing, std::size_t{length} & ~std::size_t{PACKED}}};
   }
 };
 
@@ -204,7 +205,8 @@ bool LOGBoundedFIFO::put(LOGLoggingEvent* event) {
 }
 
 LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, std::unique_ptr<LOGLoggingEvent>& copy) {
-  const bool asRecord = event.isPlain() && event.m_text.size() <= sizeof(Slot::text);
+  const std::string_view context = event.contextBytes(), fields = event.m_fields;
+  const bool asRecord = event.isPlain() && event.m_text.size() + context.size() + fields.size() <= sizeof(Slot::text);
   if (!asRecord && !copy) copy = std::make_unique<LOGLoggingEvent>(event);
   const LOGGate::Pass inside;  // a fork finds no slot claimed and not published
   Claim mine = claim();
@@ -213,11 +215,17 @@ LOGBoundedFIFO::Outcome LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event, st
   if (asRecord) {
     slot.timeStamp = event.m_timeStamp;
     slot.timeStampNanos = event.m_timeStampNanos;
-    slot.length = static_cast<std::uint32_t>(event.m_text.size());
+    slot.length = static_cast<std::uint16_t>(event.m_text.size());
+    slot.contextLength = static_cast<std::uint8_t>(context.size());
+    slot.ownFieldsLength = static_cast<std::uint8_t>(fields.size());
     slot.level = event.m_level;
     slot.logger = event.m_logger;
     slot.place = event.m_place;
     std::memcpy(slot.text, event.m_text.data(), event.m_text.size());
+    if (event.hasFields()) {
+      fields.copy(slot.text + event.m_text.size() + context.copy(slot.text + event.m_text.size(), context.size()),
+                  fields.size());
+    }
   } else {
     slot.length = Slot::OBJECT;
     slot.object = copy.release();
@@ -236,12 +244,13 @@ bool LOGBoundedFIFO::putCall(LOGStatementCall& call) {
   Slot& slot = *mine.slot;
   slot.timeStamp = call.time().seconds;
   slot.timeStampNanos = call.time().nanoseconds;
-  slot.length = static_cast<std::uint32_t>(text.size());
+  slot.length = static_cast<std::uint16_t>(text.size());
+  slot.contextLength = slot.ownFieldsLength = 0;
   slot.level = call.level();
   slot.logger = &call.logger();
   slot.place = call.place();
   if (packed != nullptr) {
-    slot.length |= Slot::PACKED;
+    slot.length = static_cast<std::uint16_t>(slot.length | Slot::PACKED);
     new (slot.text) Slot::Printing{packed->print, packed->statement};
   }
   I18NUtf8Buffer::copy(slot.text + before, text);
@@ -273,8 +282,12 @@ LOGLoggingEvent* LOGBoundedFIFO::get(LOGLoggingEvent& place) {
   } else {
     const bool isPacked = (slot->length & Slot::PACKED) != 0;
     place.setPlain(slot->timeStamp, slot->timeStampNanos, slot->level, slot->logger, slot->place,
-                   {slot->text, isPacked ? 0 : slot->length});
+                   {slot->text, isPacked ? std::size_t{0} : slot->length});
     if (isPacked) place.m_text = slot->packed().printTo(place.m_ownText);
+    if (slot->contextLength + slot->ownFieldsLength > 0) {
+      const char* const context = slot->text + slot->length;
+      place.ownFields({context, slot->contextLength}, {context + slot->contextLength, slot->ownFieldsLength});
+    }
   }
   m_head.store(m_head.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   return event;

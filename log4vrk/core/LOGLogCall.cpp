@@ -129,15 +129,16 @@ void LOGLogger::deliver(LOGLoggingEvent* event) {
 }
 
 [[gnu::always_inline]] inline void LOGLogger::logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8,
-                                                      const LOGSourceLocation* place) {
+                                                      const LOGSourceLocation* place, std::string_view fields) {
   contained([&]() VRK_INLINED {
     if (&fqn != &m_FQCN) {
       LOGLoggingEvent event(fqn, this, level, utf8);
       event.m_place = place;
+      event.m_fields = fields;
       deliver(&event);
       return;
     }
-    LOGStatementCall call(*this, level, place, utf8);
+    LOGStatementCall call(*this, level, place, utf8, fields);
     delivered([&]() VRK_INLINED { callEach(call); });
   });
 }
@@ -156,6 +157,13 @@ void LOGLogger::logStatement(LOGLevel* level, std::string_view bytes, const LOGS
   LOGMessage message;
   message << bytes;
   logUtf8(m_FQCN, level, message.utf8(), place);
+}
+
+void LOGLogger::logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place,
+                             std::string_view fields) {
+  LOGMessage message;
+  message << bytes;
+  logUtf8(m_FQCN, level, message.utf8(), place, fields);
 }
 
 void LOGLogger::forcedLog(LOGLevel* level, const LOGMessage& message, const LOGSourceLocation* place) {

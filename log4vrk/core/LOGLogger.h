@@ -119,8 +119,9 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// `place` may be null. It has to stay as long as events that carry it.
   void forcedLog(LOGLevel* level, const LOGMessage& message, const LOGSourceLocation* place = nullptr);
 
-  /// For the macros, which have asked already. `bytes` are UTF-8, or meant to be.
+  /// For the macros, which have asked already. `bytes` are UTF-8, or meant to be; `fields` are LOGFields::bytes().
   void logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place);
+  void logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place, std::string_view fields);
   /// The text is put together when somebody needs it: behind a queue, by the queue's thread.
   void logStatement(LOGLevel* level, const LOGPackedText& text, const LOGSourceLocation* place);
 
@@ -223,7 +224,8 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void logText(const I18NString& fqn, LOGLevel* level, std::string_view utf8);
   void logText(const I18NString& fqn, LOGLevel* level, std::u16string_view utf16);
   void logText(const I18NString& fqn, LOGLevel* level, std::wstring_view wide);
-  void logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8, const LOGSourceLocation* place);
+  void logUtf8(const I18NString& fqn, LOGLevel* level, std::string_view utf8, const LOGSourceLocation* place,
+               std::string_view fields = {});
   /// callAppenders() for callers that have nobody to raise an error to.
   LOG4VRK_HIDDEN void deliver(LOGLoggingEvent* event);
   template <typename Call>

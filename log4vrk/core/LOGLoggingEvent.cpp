@@ -7,6 +7,7 @@
 #include "log4vrk/core/LOGNDC.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/core/LOGRendererMap.h"
+#include "log4vrk/core/internal/LOGEventFields.h"
 #include "log4vrk/core/internal/LOGStatementCall.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
 #include "log4vrk/platform/VRKThrowable.h"
@@ -49,13 +50,21 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* 
   vrkTranslateErrors(VRK_HERE, [&] {
     begin(fqnOfLoggerClass);
     m_message = cloneOf(message);
+    // Nobody says how long the event stays.
+    if (const I18NUtf8Buffer& context = LOGThreadState::current().fields; context.size() > 0) {
+      ownFields(context.view(), {});
+    }
   });
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfLoggerClass, LOGLogger* logger, LOGLevel* level,
                                  std::string_view utf8)
     : m_isText(true), m_isPassing(true), m_level(level), m_logger(logger), m_text(utf8) {
-  vrkTranslateErrors(VRK_HERE, [&] { begin(fqnOfLoggerClass); });
+  vrkTranslateErrors(VRK_HERE, [&] {
+    begin(fqnOfLoggerClass);
+    m_contextOf = &LOGThreadState::current().fields;
+    m_contextSize = m_contextOf->size();
+  });
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGStatementCall& call, std::string_view utf8)
@@ -68,7 +77,10 @@ LOGLoggingEvent::LOGLoggingEvent(const LOGStatementCall& call, std::string_view 
       m_place(call.place()),
       m_loggerName(call.logger().m_name.get()),
       m_fqnOfLoggerClass(&LOGLogger::m_FQCN),
-      m_text(utf8) {}
+      m_text(utf8),
+      m_fields(call.fields()),
+      m_contextOf(&LOGThreadState::current().fields),
+      m_contextSize(m_contextOf->size()) {}
 
 void LOGStatementCall::print() {
   try {
@@ -145,8 +157,33 @@ void LOGLoggingEvent::copyMessage(const LOGLoggingEvent& other) {
   m_ownText.clear();
   m_ownText.appendChecked(other.m_text);
   m_text = m_ownText.view();
+  ownFields(other.contextBytes(), other.m_fields);
   m_isText = other.m_isText;
   if (!m_isText) m_message = cloneOf(other.m_message.get());
+}
+
+std::string_view LOGLoggingEvent::findContext() const {
+  if (m_contextOf != nullptr) return m_contextOf->view().substr(0, m_contextSize);
+  return m_ownText.view().substr(m_text.size(), m_contextSize);
+}
+
+void LOGLoggingEvent::ownFields(std::string_view context, std::string_view fields) {
+  m_contextOf = nullptr;
+  m_contextSize = context.size();
+  m_fields = {};
+  if (context.empty() && fields.empty()) return;
+  const std::size_t size = m_text.size();
+  m_ownText.appendChecked(context);
+  m_ownText.appendChecked(fields);
+  m_text = m_ownText.view().substr(0, size);
+  m_fields = m_ownText.view().substr(size + context.size());
+}
+
+std::string LOGLoggingEvent::getField(std::string_view name) const {
+  I18NUtf8Buffer text;
+  LOGFields::Field field;
+  if (LOGEventFields(*this).find(name, field)) field.appendValue(text);
+  return std::string(text.view());
 }
 
 void LOGLoggingEvent::copyOwn(const LOGLoggingEvent& other) {
@@ -187,6 +224,7 @@ void LOGLoggingEvent::setPlain(std::int64_t seconds, std::int32_t nanoseconds, L
   m_ownText.clear();
   m_ownText.appendChecked(utf8);
   m_text = m_ownText.view();
+  ownFields({}, {});
 }
 
 LOGLoggingEvent::~LOGLoggingEvent() = default;
@@ -194,6 +232,7 @@ LOGLoggingEvent::~LOGLoggingEvent() = default;
 const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired) {
     m_ndcLookupRequired = false;
+    if (LOGThreadState::current().context.stack == nullptr) return *m_ndc;
     if (I18NString context = LOGNDC::get(); !context.isEmpty()) {
       own().ndc = std::move(context);
       m_ndc = &m_own->ndc;

@@ -25,9 +25,10 @@ struct LOGSourceLocation;
 ///
 /// Thread safety: one thread at a time; the get operations may fill fields, too.
 /// Ownership: an event owns a clone of the message. During a log call it borrows the rest: the logger, its name, the
-/// level, and the name of the thread that first asked for that. A message that is nothing but a text is borrowed, too,
-/// and becomes an object when somebody asks for one. A copy owns all that it prints: it reads the same for ever, also
-/// when the logger or the thread is gone. From then on the copy's getLogger() must not be followed.
+/// level, fields and context, and the name of the thread that first asked for that. A message that is nothing but a
+/// text is borrowed, too, and becomes an object when somebody asks for one. A copy owns all that it prints: it reads
+/// the same for ever, also when the logger or the thread is gone. From then on the copy's getLogger() must not be
+/// followed.
 class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
  public:
   LOGLoggingEvent() = default;
@@ -82,7 +83,11 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// Whether the message has a text at all: the logger of the event has a repository. A copy remembers.
   bool isRenderable() const;
 
-  // There is no mapped context, and an event has no stored form of its own.
+  /// The value of a field, or of the context in which it was logged, as text; empty when there is none of that name.
+  /// See LOGFields and LOGContext.
+  std::string getField(std::string_view name) const;
+
+  // There is no mapped context of objects, and an event has no stored form of its own.
   LOGObject* getMDC(const I18NString& /*key*/) { return nullptr; }
   void getMDCCopy() {}
   void readObject(LOGObject*) {}
@@ -94,6 +99,7 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
 
  private:
   friend class LOGBoundedFIFO;
+  friend struct LOGEventFields;
   friend class LOGLogger;
   friend class LOGStatementCall;
   friend struct LOGRingRecord;
@@ -127,11 +133,17 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOG4VRK_HIDDEN LOGLoggingEvent(const LOGStatementCall& call, std::string_view utf8);
   void begin(const I18NString& fqnOfLoggerClass);
   /// True as long as the event is what a log call made of a text, and nobody has looked up or set anything. Of such an
-  /// event a queue keeps a few fields and no object; setPlain() makes a copy from them, in memory that is there
-  /// already.
+  /// event a queue keeps a few members and no object; setPlain(), and ownFields() where it has any, make a copy from
+  /// them, in memory that is there already.
   bool isPlain() const;
   void setPlain(std::int64_t seconds, std::int32_t nanoseconds, LOGLevel* level, LOGLogger* logger,
                 const LOGSourceLocation* place, std::string_view utf8);
+  /// Of the context, as bytes.
+  std::string_view contextBytes() const { return m_contextSize == 0 ? std::string_view() : findContext(); }
+  std::string_view findContext() const;
+  bool hasFields() const { return m_contextSize != 0 || !m_fields.empty(); }
+  /// Makes fields its own, behind the text, of which it has a copy already.
+  void ownFields(std::string_view context, std::string_view fields);
   LOG4VRK_HIDDEN void copyMessage(const LOGLoggingEvent& other);
   LOG4VRK_HIDDEN void copyOwn(const LOGLoggingEvent& other);
   void keepLogger(const LOGLoggingEvent& other);
@@ -153,7 +165,12 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString* m_fqnOfLoggerClass = &NO_TEXT;
   const I18NString* m_threadName = &NO_TEXT;
   const I18NString* m_ndc = &NO_TEXT;
-  std::string_view m_text;  // lent, or in m_ownText
+  std::string_view m_text;    // lent, or in m_ownText
+  std::string_view m_fields;  // the same
+  // The context is the beginning of that of the thread, whose memory may move; or, where this is null, it is in
+  // m_ownText between text and fields.
+  const I18NUtf8Buffer* m_contextOf = nullptr;
+  std::size_t m_contextSize = 0;
   I18NUtf8Buffer m_ownText;
   LOGLoggerName::Share m_ownLoggerName;  // in a copy, which may outlive the logger
   mutable std::unique_ptr<LOGObject> m_message;

@@ -31,7 +31,7 @@ class LOGPatternCopy {
  public:
   bool isOf(std::uint64_t number) const { return m_number == number; }
   bool hasMessage() const { return m_hasMessage; }
-  [[gnu::cold]] void take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters);
+  [[gnu::cold]] void take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters, bool isSafe);
   std::size_t size() const { return m_converters.size(); }
   /// Appends to `out` all items from `next` on, and advances `next`. When an item raises, `next` is behind it.
   void write(I18NUtf8Buffer& out, std::size_t& next, LOGLoggingEvent& event, std::string_view message,
@@ -67,9 +67,10 @@ class LOGPatternCopy {
   LOGSecondText m_beginning;
 };
 
-void LOGPatternCopy::take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters) {
+void LOGPatternCopy::take(std::uint64_t number, const std::vector<LOGPatternConverter>& converters, bool isSafe) {
   m_number = 0;  // until it is whole
   m_converters = std::vector<LOGPatternConverter>(converters);
+  for (LOGPatternConverter& each : m_converters) each.isSafe |= isSafe && !each.isText();
   const auto has = [](char16_t letter) {
     return [=](const LOGPatternConverter& each) { return each.letter == letter; };
   };
@@ -229,6 +230,17 @@ void LOGPatternLayout::setConversionPattern(const I18NString& pattern) {
   m_number.store(++g_numbers, std::memory_order_release);
 }
 
+void LOGPatternLayout::setSafeText(bool on) {
+  const LOGGuard guard(*this);
+  m_isSafe = on;
+  m_number.store(++g_numbers, std::memory_order_release);
+}
+
+bool LOGPatternLayout::getSafeText() {
+  const LOGGuard guard(*this);
+  return m_isSafe;
+}
+
 I18NString LOGPatternLayout::getConversionPattern() {
   const LOGGuard guard(*this);
   return m_pattern;
@@ -254,7 +266,7 @@ LOGPatternCopy& LOGPatternLayout::takeCopy(LOGThreadState& thread) {
   const LOGGuard guard(*this);
   const std::uint64_t number = m_number.load(std::memory_order_relaxed);
   LOGPatternCopy& copy = (*thread.patterns)[number % thread.patterns->size()];
-  copy.take(number, m_converters);
+  copy.take(number, m_converters, m_isSafe);
   return copy;
 }
 

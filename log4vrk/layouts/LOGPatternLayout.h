@@ -20,7 +20,8 @@ struct LOGThreadState;
 ///   %t  thread                                       %%  percent sign
 ///   %p  level                                        %C  class, %F file, %L line, %M method of the log call,
 ///   %c  logger; %c{2}: its last two components       %l  class.method(file:line)
-///   %x  nested context
+///   %x  nested context                               %X  context and fields as name=value; %X{name}: one value
+///   %e  message, escaped: see setSafeText()
 ///
 /// A date format is what LOGDateFormat takes, ISO8601 unless it is given; the zone is one of LOGTimeZone. Between the
 /// percent sign and the letter may stand a minimum width, after a minus sign to fill up on the right instead of the
@@ -40,6 +41,11 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
 
   void setConversionPattern(const I18NString& pattern);
   I18NString getConversionPattern();
+  /// Has all items write control characters, line separators, marks that change the direction of writing and the
+  /// backslash as escapes (\n, \x1b, \u2028, \\), so that each event is as many lines as the pattern has %n, whatever
+  /// is logged. Off at first.
+  void setSafeText(bool on);
+  bool getSafeText();
 
   /// A null event is reported and gives the empty text. The library's own errors, and a message that cannot be
   /// rendered, cost the item that they befall and one line in the internal log; any other error is written there too
@@ -61,5 +67,6 @@ class LOG4VRK_EXPORT LOGPatternLayout : public LOGLayout {
   // it has, and so sees without a lock that the pattern has changed.
   std::atomic<std::uint64_t> m_number{0};
   I18NString m_pattern VRK_GUARDED_BY(m_critSection);
+  bool m_isSafe VRK_GUARDED_BY(m_critSection) = false;
   std::vector<LOGPatternConverter> m_converters VRK_GUARDED_BY(m_critSection);
 };

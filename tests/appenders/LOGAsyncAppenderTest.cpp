@@ -182,6 +182,29 @@ TEST_F(AsyncAppenderTest, DeliversTextsOfAnyLengthAndNothingOfTheEventBefore) {
   EXPECT_EQ(expected, changing.texts);
 }
 
+TEST_F(AsyncAppenderTest, ContextAndFieldsGoAlongAndNothingOfThemStays) {
+  struct Showing : LOGAppenderSkeleton {
+    void append(LOGLoggingEvent* event) override {
+      texts.push_back(textOf(*event) + "|" + event->getField("c") + "|" + event->getField("f"));
+    }
+    Texts texts;
+  } showing;
+  appender.addAppender(&showing);
+  Texts expected;
+  for (const std::size_t length : {0, 1, 40, 55, 56, 57, 58, 59, 60, 100, 144, 5000, 2}) {
+    LOG4VRK_CONTEXT("c", length);
+    const std::string text(length, 'x'), field(length, 'f');
+    LOG4VRK_INFO_KV(logger, text, "f", field);
+    LOG4VRK_INFO(logger, "context only");
+    expected.push_back(text + "|" + std::to_string(length) + "|" + field);
+    expected.push_back("context only|" + std::to_string(length) + "|");
+  }
+  LOG4VRK_INFO(logger, "none");
+  expected.push_back("none||");
+  appender.close();
+  EXPECT_EQ(expected, showing.texts);
+}
+
 TEST_F(AsyncAppenderTest, DeliversEverythingBeforeItIsClosedAndNothingLater) {
   const InternalLog log;
   for (int i = 0; i < 1000; ++i) LOG4VRK_INFO(logger, i);

@@ -179,29 +179,33 @@ TEST_F(LOGDurableAsyncAppenderTest, KeepsAllThatCanBeReadOfADamagedFileAndSetsTh
 }
 
 TEST_F(LOGDurableAsyncAppenderTest, BringsBackAllThatALayoutPrints) {
-  const std::string text(20 * Format::SLOT, 'x');
+  const std::string text(20 * Format::SLOT, 'x'), by(2 * Format::SLOT, 'y');
   const auto logAll = [&](LOGLogger* logger) {
     LOGLevel own(35000, "OWN", 3);
     LOGObject message("object");
     LOG4VRK_WARN(logger, text);
     LOGNDC::push("a context");
     LOG4VRK_ERROR(logger, "\xc3\xa4");
+    LOG4VRK_CONTEXT("order", 17, "by", by);
+    LOG4VRK_INFO_KV(logger, "fields", "total", 17.5, "by", "anna");
     logger->log(&own, &message);
     HookMessage rendered("rendered");
     logger->info(&rendered);
   };
   EXPECT_EQ(-SIGKILL, statusInChild([&] {
     Brake brake;
-    Program program(dir, "log", "%p %c %t %x %m%n");
+    Program program(dir, "log", "%p %c %t %x %m|%X{order}|%X{by}|%X{total}%n");
     program.file.addFilter(&brake);
     dir.write("thread", std::to_string(VRKThread::currentThreadId()));
     logAll(program.logger);
     ::raise(SIGKILL);
   }));
-  { Program(dir, "log", "%p %c %t %x %m%n").queue.activateOptions(); }
+  { Program(dir, "log", "%p %c %t %x %m|%X{order}|%X{by}|%X{total}%n").queue.activateOptions(); }
   const std::string thread = " a.b " + dir.read("thread") + " ";
-  EXPECT_EQ((std::vector<std::string>{"WARN" + thread + " " + text, "ERROR" + thread + "a context \xc3\xa4",
-                                      "OWN" + thread + "a context object", "INFO" + thread + "a context rendered"}),
+  EXPECT_EQ((std::vector<std::string>{"WARN" + thread + " " + text + "|||", "ERROR" + thread + "a context \xc3\xa4|||",
+                                      "INFO" + thread + "a context fields|17|anna|17.5",
+                                      "OWN" + thread + "a context object|17|" + by + "|",
+                                      "INFO" + thread + "a context rendered|17|" + by + "|"}),
             linesWithBackups(dir.file("log")));
 }
 

@@ -13,9 +13,10 @@
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGDurableAsyncAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
-#include "log4vrk/core/LOGMacros.h"
+#include "log4vrk/core/LOGFieldMacros.h"
 #include "log4vrk/core/LOGManager.h"
 #include "log4vrk/format.h"
+#include "log4vrk/layouts/LOGJSONLayout.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "tests/support/TempDir.h"
 
@@ -63,6 +64,7 @@ TEST(Allocation, ADisabledCallNeitherAllocatesNorLocks) {
   const std::string text = "a text that is too long for a string's own room";
   const auto call = [&] {
     LOG4VRK_DEBUG(logger, "request " << 123456 << " from host-042.example.org");
+    LOG4VRK_DEBUG_KV(logger, "request " << 123456, "host", text, "total", 17.5);
     logger->debug(&message);
     logger->debug("a text that is too long for a string's own room");
     logger->debug(u"a text that is too long for a string's own room");
@@ -85,11 +87,19 @@ TEST(Allocation, AnEnabledCallTakesTheFilesLockOnlyAndAQueueAllocatesNothingOnEi
   const std::string text = "accepted by \u00fc";
   EXPECT_EQ(counted([&] { logger->info(text); }), Counts(0, 1));
   EXPECT_EQ(counted([&] { logger->info("an order that was accepted"); }), Counts(0, 1));
+  LOGJSONLayout json;
+  file.setLayout(&json);
+  EXPECT_EQ(counted(call), Counts(0, 1));
   logger->removeAppender(&file);
   queue.addAppender(&file);
   logger->addAppender(&queue);
   EXPECT_EQ(counted(call).first, 0);
   EXPECT_EQ(counted([&] { LOG4VRK_INFO_F(logger, "request {} from {} ok", 123456, text); }).first, 0);
+  const auto fields = [&] {
+    LOG4VRK_CONTEXT("order", 17, "customer", "anna");
+    LOG4VRK_INFO_KV(logger, "request", "number", 123456, "host", "host-042.example.org", "total", 17.5);
+  };
+  EXPECT_EQ(counted(fields).first, 0);
   logger->removeAppender(&queue);
   queue.close();
   LOGDurableAsyncAppender durable;
@@ -98,6 +108,7 @@ TEST(Allocation, AnEnabledCallTakesTheFilesLockOnlyAndAQueueAllocatesNothingOnEi
   durable.addAppender(&file);
   logger->addAppender(&durable);
   EXPECT_EQ(counted(call).first, 0);
+  EXPECT_EQ(counted(fields).first, 0);
   logger->removeAppender(&durable);
   durable.close();
 }

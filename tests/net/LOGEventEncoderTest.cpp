@@ -34,6 +34,20 @@ TEST_F(EventEncoderTest, WritesAnEventAsASyslogMessage) {
   EXPECT_EQ("<15>", encode(&quiet, "").substr(0, 4));
 }
 
+TEST_F(EventEncoderTest, FieldsAreAnElementOfTheirOwn) {
+  LOG4VRK_CONTEXT("order no=\"1\"]", 17, "\u00fc", 17.5, "a-name-that-is-longer-than-32-characters", "]");
+  const std::string element = R"( context=""][fields@32473 order_no__1__="17" __="17.5" )"
+                              R"(a-name-that-is-longer-than-32-ch="\]"] text)";
+  const std::string text = encode(LOGLevel::INFO_OBJ, "text");
+  EXPECT_EQ(element, text.substr(text.size() - element.size()));
+  std::vector<std::unique_ptr<LOGContext::Scope>> scopes;
+  for (int i = 0; i < 100; ++i) {
+    scopes.push_back(std::make_unique<LOGContext::Scope>(std::to_string(i), std::string(5000, ']')));
+  }
+  EXPECT_LE(encode(LOGLevel::INFO_OBJ, std::string(100000, 'x')).size(), LOGEventEncoder::LONGEST);
+  while (!scopes.empty()) scopes.pop_back();
+}
+
 TEST_F(EventEncoderTest, CutsWhatIsTooLongBetweenCharactersAndSaysSo) {
   LOGNDC::push(std::string(5000, ']').c_str());
   std::string message;

@@ -217,9 +217,8 @@ LOGRing::Outcome LOGRing::put(LOGLoggingEvent& event, std::unique_ptr<LOGLogging
   LOGThreadState& thread = LOGThreadState::current();
   const LOGGate::Pass inside(thread);  // a fork finds no slot claimed and not published
   Outcome outcome;
-  if (LOGRingRecord::isOrdinary(event, thread) && putShort(LOGRingRecord::ofOrdinary(event, thread), outcome)) {
-    return outcome;
-  }
+  const bool isShort = LOGRingRecord::isOrdinary(event, thread) && !LOGRingRecord::hasFields(event);
+  if (isShort && putShort(LOGRingRecord::ofOrdinary(event, thread), outcome)) return outcome;
   return putAny(event, thread, copy, lasts, end);
 }
 
@@ -259,7 +258,8 @@ LOGRing::Outcome LOGRing::putAny(LOGLoggingEvent& event, LOGThreadState& thread,
                                  bool& lasts, std::uint64_t& end) {
   LOGRingRecord::Room room;
   const bool isOrdinary = LOGRingRecord::isOrdinary(event, thread);
-  LOGRingRecord record = isOrdinary ? LOGRingRecord::ofOrdinary(event, thread) : LOGRingRecord::ofAny(event, room);
+  LOGRingRecord record =
+      isOrdinary ? LOGRingRecord::ofOrdinary(event, thread, room) : LOGRingRecord::ofAny(event, room);
   std::uint64_t count = Format::slotsFor(record.textBytes());
   std::uint8_t kind = Format::EVENT;
   lasts = count <= m_slots / 2;

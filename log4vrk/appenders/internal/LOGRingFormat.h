@@ -94,7 +94,8 @@ struct LOGRingFormat {
   /// What few events have, in the rest: a tag, the length of a text in 4 bytes, the text. Readers pass over tags that
   /// they do not know.
   /// A level that is none of the library's own is its syslog priority in 4 bytes and its name.
-  enum Tag : char { THROWABLE = 1, LEVEL = 2 };
+  /// Context and fields are rows of bytes, as LOGFields has them.
+  enum Tag : char { THROWABLE = 1, LEVEL = 2, CONTEXT_FIELDS = 3, OWN_FIELDS = 4 };
 
   static constexpr std::uint64_t slotsFor(std::uint64_t textBytes) {
     return textBytes <= FIRST_BYTES ? 1 : 1 + (textBytes - FIRST_BYTES + FURTHER_BYTES - 1) / FURTHER_BYTES;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "log4vrk/appenders/internal/LOGRingFormat.h"
+#include "log4vrk/core/internal/LOGFields.h"
 
 namespace {
 
@@ -18,8 +19,12 @@ std::int32_t numberAt(const char* bytes) {
   return number;
 }
 
-void addToRest(std::string& rest, LOGRingFormat::Tag tag, const std::string& text) {
-  rest.append(1, tag).append(bytesOf(static_cast<std::int32_t>(text.size()))).append(text);
+void addToRest(I18NUtf8Buffer& rest, LOGRingFormat::Tag tag, std::string_view text) {
+  char head[1 + sizeof(std::int32_t)] = {tag};
+  const auto length = static_cast<std::int32_t>(text.size());
+  std::memcpy(head + 1, &length, sizeof length);
+  rest.appendChecked({head, sizeof head});
+  rest.appendChecked(text);
 }
 
 // For what is nearly always the same as in the event before.
@@ -49,6 +54,18 @@ I18NString decoded(std::string_view utf8) { return I18NString(utf8); }
 
 }  // namespace
 
+void LOGRingRecord::addFields(const LOGLoggingEvent& event, Room& room) {
+  if (!event.contextBytes().empty()) addToRest(room.rest, LOGRingFormat::CONTEXT_FIELDS, event.contextBytes());
+  if (!event.m_fields.empty()) addToRest(room.rest, LOGRingFormat::OWN_FIELDS, event.m_fields);
+}
+
+LOGRingRecord LOGRingRecord::ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread, Room& room) {
+  LOGRingRecord record = ofOrdinary(event, thread);
+  addFields(event, room);
+  record.rest = room.rest.view();
+  return record;
+}
+
 LOGRingRecord LOGRingRecord::ofAny(LOGLoggingEvent& event, Room& room) {
   LOGRingRecord record = begin(event);
   // Only the logger's own name leads back to it.
@@ -64,7 +81,8 @@ LOGRingRecord LOGRingRecord::ofAny(LOGLoggingEvent& event, Room& room) {
     addToRest(room.rest, LOGRingFormat::LEVEL,
               bytesOf(event.m_level->getSyslogEquivalent()) + event.m_level->toString().toUtf8());
   }
-  record.rest = room.rest;
+  addFields(event, room);
+  record.rest = room.rest.view();
   return record;
 }
 
@@ -108,10 +126,12 @@ void LOGRingRecord::Place::fillEvent(const LOGRingRecord& record, LOGLevel* leve
   m_event.m_ownText.clear();
   m_event.m_ownText.append(record.message);
   m_event.m_text = m_event.m_ownText.view();
+  m_event.ownFields({}, {});
 }
 
 void LOGRingRecord::Place::fillRest(std::string_view left, std::int32_t rankOfLevel) {
   std::string_view level;
+  LOGFields ofContext, own;  // read anew, since nobody knows what the bytes of a file are
   while (left.size() > sizeof(std::int32_t)) {
     const char tag = left[0];
     const std::int32_t length = numberAt(left.data() + 1);
@@ -119,8 +139,11 @@ void LOGRingRecord::Place::fillRest(std::string_view left, std::int32_t rankOfLe
     const std::string_view text = left.substr(0, static_cast<std::uint32_t>(length));
     if (tag == LOGRingFormat::THROWABLE) m_event.setThrowableStrRep(decoded(text));
     if (tag == LOGRingFormat::LEVEL) level = text;
+    if (tag == LOGRingFormat::CONTEXT_FIELDS) ofContext.addAll(text);
+    if (tag == LOGRingFormat::OWN_FIELDS) own.addAll(text);
     left.remove_prefix(text.size());
   }
+  m_event.ownFields(ofContext.bytes(), own.bytes());
   if (level.size() >= sizeof(std::int32_t)) {
     const std::string name = decoded(level.substr(sizeof(std::int32_t))).toUtf8();
     m_level = LOGLevel(rankOfLevel, name.c_str(), numberAt(level.data()));

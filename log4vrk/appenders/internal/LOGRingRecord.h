@@ -29,14 +29,19 @@ struct LOGRingRecord {
 
   /// Memory for the texts of an event that does not have them as a record needs them.
   struct Room {
-    std::string threadName, context, rest;
+    std::string threadName, context;
+    char restRoom[512];
+    I18NUtf8Buffer rest{restRoom, sizeof restRoom};
     I18NUtf8Buffer message;
   };
-  /// Whether the event is a text and nothing else, of one of the usual levels and a thread without a context. Then
-  /// what it needs is looked up without a copy.
+  /// Whether the event is a text and perhaps fields, of one of the usual levels and a thread without a nested context.
+  /// Then what it needs is looked up without a copy.
   static bool isOrdinary(const LOGLoggingEvent& event, const LOGThreadState& thread) {
     return event.isPlain() && thread.context.stack == nullptr && isUsual(event.m_level);
   }
+  static bool hasFields(const LOGLoggingEvent& event) { return event.hasFields(); }
+  static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread, Room& room);
+  /// Without fields.
   static LOGRingRecord ofOrdinary(const LOGLoggingEvent& event, LOGThreadState& thread) {
     LOGRingRecord record = begin(event);
     record.logger = event.m_logger;
@@ -96,4 +101,5 @@ struct LOGRingRecord {
     record.place = event.m_place;
     return record;
   }
+  static void addFields(const LOGLoggingEvent& event, Room& room);
 };

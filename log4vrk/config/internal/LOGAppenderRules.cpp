@@ -181,7 +181,10 @@ void LOGAppenderRules::checkNamesBehindQueue(const Appender& queue, const Append
   if (Tables::asBoolean(I18NString(queue.value("LocationInfo"))) != 0) return;
   const Part* const layout = appender.layout();
   if (layout == nullptr) return;
-  const bool prints = layout->is("LOGTTCCLayout") || layout->is("LOGXMLLayout") || layout->is("LOGHTMLLayout") ||
+  const std::string parts = layout->value("Fields");
+  const bool printsAll = layout->is("LOGJSONLayout") && parts.empty();
+  const bool prints = printsAll || parts.find("thread") != parts.npos || parts.find("nested") != parts.npos ||
+                      layout->is("LOGTTCCLayout") || layout->is("LOGXMLLayout") || layout->is("LOGHTMLLayout") ||
                       (layout->is("LOGPatternLayout") && hasItem(layout->value("ConversionPattern"), "tx"));
   if (!prints) return;
   add(WARNING, "queue-hides-thread", queue, LOGFindings::appender(queue), LOGFindings::appender(appender),
@@ -275,6 +278,8 @@ void LOGAppenderRules::checkLayout(const Appender& appender, const Part& layout)
     const bool isZone = parameter.known->name == std::string_view("TimeZone");
     if (isZone) {
       addOf(WARNING, "time-zone-unknown", parameter, where, "there is no such time zone; local time is used");
+    } else if (layout.is("LOGJSONLayout")) {
+      addOf(FAULT, "json-setting", parameter, where, apart.lines().substr(0, apart.lines().find('\n')));
     } else {
       addOf(FAULT, "pattern-item", parameter, where, apart.lines().substr(0, apart.lines().size() - 1));
     }

@@ -15,6 +15,7 @@
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/layouts/LOGHTMLLayout.h"
+#include "log4vrk/layouts/LOGJSONLayout.h"
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
 #include "log4vrk/layouts/LOGXMLLayout.h"
@@ -138,6 +139,23 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
        [](LOGObject& t, const I18NString& v) { as<LOGTTCCLayout>(t).setOption(LOGDateLayout::TIMEZONE_OPTION, v); }},
       {"LOGPatternLayout", "ConversionPattern", ANY_CASE, TEXT, "%r [%t] %p %c %x - %m%n", "how a line looks",
        [](LOGObject& t, const I18NString& v) { as<LOGPatternLayout>(t).setConversionPattern(v); }},
+      {"LOGPatternLayout", "SafeText", ANY_CASE, BOOLEAN, "false",
+       "control characters and their like are escaped, so that an event is one line",
+       [](LOGObject& t, const I18NString& v) { as<LOGPatternLayout>(t).setSafeText(boolean(v) != 0); }},
+      {"LOGJSONLayout", "Preset", ANY_CASE, TEXT, "plain",
+       "the names of the parts: plain, ecs (Elastic Common Schema) or gcp (Google Cloud Logging)",
+       [](LOGObject& t, const I18NString& v) { as<LOGJSONLayout>(t).setPreset(v); }},
+      {"LOGJSONLayout", "TimeFormat", ANY_CASE, TEXT, "iso", "iso, epoch (seconds) or millis",
+       [](LOGObject& t, const I18NString& v) { as<LOGJSONLayout>(t).setTimeFormat(v); }},
+      {"LOGJSONLayout", "TimeZone", ANY_CASE, TEXT, "",
+       "the time zone of the time; the process's own unless given, UTC in the presets ecs and gcp",
+       [](LOGObject& t, const I18NString& v) { as<LOGJSONLayout>(t).setTimeZone(v); }},
+      {"LOGJSONLayout", "Fields", ANY_CASE, TEXT, "",
+       "what is written of time, level, logger, thread, process, message, nested, context, fields, place and error; "
+       "all unless given",
+       [](LOGObject& t, const I18NString& v) { as<LOGJSONLayout>(t).setFields(v); }},
+      {"LOGJSONLayout", "Names", ANY_CASE, TEXT, "", "other names than the preset's: time=ts, message=msg",
+       [](LOGObject& t, const I18NString& v) { as<LOGJSONLayout>(t).setNames(v); }},
       {"LOGXMLLayout", "LocationInfo", EXACT, BOOLEAN, "false", LOCATION_EFFECT,
        [](LOGObject& t, const I18NString& v) { as<LOGXMLLayout>(t).setOption(LOGXMLLayout::LOCATION_INFO_OPTION, v); }},
       {"LOGHTMLLayout", "Title", EXACT, TEXT, "Log4J Log Messages", "the title of the page",
@@ -228,6 +246,7 @@ const std::vector<LOGDocumentTables::Class<LOGLayout>>& LOGDocumentTables::layou
       {"LOGPatternLayout", &make<LOGLayout, LOGPatternLayout>},
       {"LOGXMLLayout", &make<LOGLayout, LOGXMLLayout>},
       {"LOGHTMLLayout", &make<LOGLayout, LOGHTMLLayout>},
+      {"LOGJSONLayout", &make<LOGLayout, LOGJSONLayout>},
   });
   return table;
 }

@@ -80,8 +80,10 @@ void LOGThreadState::forget() {
   deferral.forget();
   name.forget();
   context = LOGThreadContext();
+  fields.limitMemory(0);
   renderers.clear();
   patterns.reset();
+  jsons.reset();
 }
 
 void LOGThreadState::prepareFork() VRK_NO_THREAD_SAFETY_ANALYSIS { g_freeMutex.lock(); }
@@ -92,6 +94,7 @@ void LOGThreadState::finishForkInChild() VRK_NO_THREAD_SAFETY_ANALYSIS {
   LOGThreadState& self = current();
   self.name.forget();
   self.patterns.reset();  // they know its name
+  self.jsons.reset();     // and these the process
   for (LOGThreadState* state = s_all.load(); state != nullptr; state = state->m_next) {
     if (state == &self) continue;
     state->gate.inFront = state->gate.inBack = false;

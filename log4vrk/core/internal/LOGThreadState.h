@@ -15,6 +15,7 @@
 class LOGObjectRenderer;
 class VRKThreadExit;
 class LOGStack;
+struct LOGJSONCopies;
 struct LOGPatternCopies;
 
 /// The stack of context texts. See LOGNDC.
@@ -74,8 +75,10 @@ struct alignas(128) LOGThreadState {
   LOGThreadName name;
   LOGThreadTexts texts;
   LOGThreadContext context;
+  I18NUtf8Buffer fields;                            // of LOGContext, as LOGFields has them
   std::vector<const LOGObjectRenderer*> renderers;  // by which it is rendering, the innermost last
   std::shared_ptr<LOGPatternCopies> patterns;       // that the thread has used last
+  std::shared_ptr<LOGJSONCopies> jsons;             // of JSON layouts, the same
 
   // For those who fork. The child has only the thread that forked: the states of the others stay as they are and are
   // never taken over, because the fork may have caught a thread in the middle of a change.

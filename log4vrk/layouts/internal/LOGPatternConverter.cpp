@@ -5,6 +5,8 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGSourceLocation.h"
+#include "log4vrk/core/internal/LOGEventFields.h"
+#include "log4vrk/layouts/internal/LOGEscape.h"
 
 namespace {
 
@@ -63,6 +65,29 @@ void appendPlace(I18NUtf8Buffer& out, LOGPatternConverter::Place what, const LOG
   if (hasLine) out.append(static_cast<long long>(place->line));
 }
 
+// Names and values, context before fields; or the value of one.
+void appendFields(I18NUtf8Buffer& out, const LOGLoggingEvent& event, const std::string& key) {
+  const LOGEventFields fields(event);
+  if (!key.empty()) {
+    LOGFields::Field field;
+    if (fields.find(key, field)) field.appendValue(out);
+    return;
+  }
+  const std::size_t start = out.size();
+  const auto append = [&](const LOGFields::Field& field) {
+    if (out.size() > start) out.appendChecked(" ");
+    LOGEscape::appendWord(out, field.name);
+    out.appendChecked("=");
+    if (field.type == LOGFields::TEXT) {
+      LOGEscape::appendWord(out, field.value);
+    } else {
+      field.appendValue(out);
+    }
+  };
+  fields.eachOfContext(append);
+  fields.eachOwn(append);
+}
+
 bool isAscii(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
@@ -80,6 +105,8 @@ LOGPatternConverter::LOGPatternConverter(const LOGPatternConverter& other)
       minimumWidth(other.minimumWidth),
       maximumWidth(other.maximumWidth),
       precision(other.precision),
+      isSafe(other.isSafe),
+      key(other.key),
       place(other.place),
       date(other.date != nullptr ? other.date->clone() : nullptr) {
   setText(std::string(other.text));
@@ -89,13 +116,14 @@ void LOGPatternConverter::append(I18NUtf8Buffer& out, LOGLoggingEvent& event, st
   out.appendChecked(text);
   const std::size_t start = out.size();
   appendItem(out, event, message);
+  if (isSafe) LOGEscape::makeSafe(out, start);
   if (isFitted()) fit(out, start);
 }
 
 // Those whose length is known beforehand: at most MOST_PUT bytes beside the logger's name and the message. Widths are
 // no hindrance for a level, which setLevel() fits once and not in every line.
 bool LOGPatternConverter::isFrequent() const {
-  if (text.size() > sizeof shortText) return false;
+  if (text.size() > sizeof shortText || isSafe) return false;
   return letter == 0 || letter == u'p' || (!isFitted() && (letter == u'm' || (letter == u'c' && precision == 0)));
 }
 
@@ -151,6 +179,9 @@ inline void LOGPatternConverter::appendItem(I18NUtf8Buffer& out, LOGLoggingEvent
       break;
     case u's':
       appendPlace(out, place, event.getSourceLocation());
+      break;
+    case u'X':
+      appendFields(out, event, key);
       break;
     default:
       if (letter != 0) appendLocation(out, letter, *event.getLocationInformation());

@@ -26,6 +26,8 @@ struct LOGPatternConverter {
   LOGPatternConverter& operator=(LOGPatternConverter&&) noexcept = default;
 
   bool isFitted() const { return minimumWidth > 0 || maximumWidth != I18NString::npos; }
+  /// Whether the pattern alone says what it writes.
+  bool isText() const { return letter == 0 || letter == u'n' || letter == u'%'; }
   void append(I18NUtf8Buffer& out, LOGLoggingEvent& event, std::string_view message);
 
   // A faster way for the most frequent items: several in a row are written into memory that has room for all of them.
@@ -44,6 +46,8 @@ struct LOGPatternConverter {
   std::size_t minimumWidth = 0;
   std::size_t maximumWidth = I18NString::npos;
   std::size_t precision = 0;  // how many components of the logger's name; 0 is all
+  bool isSafe = false;        // what it writes has control characters and their like escaped
+  std::string key;            // letter X: the name of the one field; empty: all
   enum Place { FILE_AND_LINE, FILE, PATH, LINE, FUNCTION } place = FILE_AND_LINE;  // letter s
   std::string text;                                                                // in front of the item; in UTF-8
   char shortText[16] = {};              // the same when it fits, copied as one block

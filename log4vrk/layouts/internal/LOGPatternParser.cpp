@@ -83,6 +83,12 @@ bool LOGPatternParser::readLetter(LOGPatternConverter& item) {
       return readDate(item);
     case u's':
       return readPlace(item);
+    case u'X':
+      return readKey(item);
+    case u'e':
+      item.letter = u'm';  // the same, escaped
+      item.isSafe = true;
+      return true;
     case u'r':
       item.letter = u'd';  // it is written like other dates, and has no code of its own
       item.date = LOGDateFormat::create("RELATIVE");
@@ -117,6 +123,13 @@ bool LOGPatternParser::readPlace(LOGPatternConverter& item) {
   const auto found = std::find(std::begin(NAMES), std::end(NAMES), name);
   item.place = static_cast<LOGPatternConverter::Place>(found - std::begin(NAMES));
   return found != std::end(NAMES);
+}
+
+bool LOGPatternParser::readKey(LOGPatternConverter& item) {
+  std::u16string_view key;
+  if (!takeBraces(key)) return false;
+  item.key = I18NString(key).toUtf8();
+  return true;
 }
 
 bool LOGPatternParser::take(char16_t unit) {

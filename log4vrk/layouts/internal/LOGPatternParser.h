@@ -14,8 +14,8 @@
 ///
 ///   % [-] [minimum width] [. maximum width] letter [{option}] [{option}]
 ///
-/// Only the letters c and s (one option) and d (two) take options: braces after other letters are text. What cannot be
-/// read as an item is text too. The internal log has one line for each such place, and reading goes on behind it.
+/// Only the letters c, s and X (one option) and d (two) take options: braces after other letters are text. What cannot
+/// be read as an item is text too. The internal log has one line for each such place, and reading goes on behind it.
 ///
 /// Thread safety: not thread-safe. An object serves one parse().
 class LOGPatternParser {
@@ -32,6 +32,7 @@ class LOGPatternParser {
   bool readPrecision(LOGPatternConverter& item);
   bool readDate(LOGPatternConverter& item);
   bool readPlace(LOGPatternConverter& item);
+  bool readKey(LOGPatternConverter& item);
 
   bool take(char16_t unit);
   std::u16string_view takeDigits();

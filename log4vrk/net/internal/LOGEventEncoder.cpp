@@ -5,6 +5,7 @@
 
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
+#include "log4vrk/core/internal/LOGEventFields.h"
 #include "log4vrk/platform/internal/VRKTime.h"
 
 namespace {
@@ -18,6 +19,10 @@ constexpr std::uint64_t GREATEST_META_SEQUENCE = 2147483647;
 // The element of our own. 32473 is the enterprise number that is set aside for examples; nobody else's data carry this
 // name.
 constexpr const char* ELEMENT = "[log4vrk@32473 ";
+constexpr const char* FIELDS_ELEMENT = "[fields@32473";
+// In bytes, so that a message has room beside its fields. A value takes twice its length when all of it is escaped.
+constexpr std::size_t MOST_FIELDS = 16 * 1024;
+constexpr std::size_t LONGEST_PARAMETER_NAME = 32;
 
 // A header field: printable ASCII without blanks, and "-" for none.
 std::string field(std::string_view text, std::size_t most) {
@@ -28,7 +33,7 @@ std::string field(std::string_view text, std::size_t most) {
   return result.empty() ? "-" : result;
 }
 
-void appendValue(std::string& out, const char* name, std::string_view value) {
+void appendValue(std::string& out, std::string_view name, std::string_view value) {
   const std::string_view kept = LOGEventEncoder::prefix(value, LOGEventEncoder::LONGEST_VALUE);
   out += ' ';
   out += name;
@@ -57,6 +62,32 @@ void appendLocation(std::string& out, const LOGLocationInfo& location) {
   appendValue(out, "line", location.getLineNumber().toUtf8());
 }
 
+// The name of a parameter: printable ASCII but for what ends it.
+std::string parameterName(std::string_view name) {
+  std::string result = field(name, LONGEST_PARAMETER_NAME);
+  for (char& c : result) {
+    if (c == '=' || c == ']' || c == '"') c = '_';
+  }
+  return result;
+}
+
+// Of the context and the event's own fields. Those for which there is no room are left out.
+void appendFields(std::string& out, const LOGEventFields& fields) {
+  if (fields.isEmpty()) return;
+  out += FIELDS_ELEMENT;
+  const std::size_t start = out.size();
+  I18NUtf8Buffer value;
+  const auto append = [&](const LOGFields::Field& each) {
+    if (out.size() - start > MOST_FIELDS) return;
+    value.clear();
+    each.appendValue(value);
+    appendValue(out, parameterName(each.name), value.view());
+  };
+  fields.eachOfContext(append);
+  fields.eachOwn(append);
+  out += ']';
+}
+
 }  // namespace
 
 LOGEventEncoder::LOGEventEncoder(std::string_view hostName, std::string_view programName, long processId)
@@ -78,7 +109,9 @@ LOGEncodedEvent LOGEventEncoder::encode(LOGLoggingEvent& event, std::string_view
   appendValue(text, "thread", event.getThreadName().toUtf8());
   appendValue(text, "context", event.getNDC().toUtf8());
   if (withLocation) appendLocation(text, *event.getLocationInformation());
-  text += "] ";
+  text += ']';
+  appendFields(text, LOGEventFields(event));
+  text += ' ';
   const std::size_t space = LONGEST - LONGEST_STAMP - text.size();
   if (message.size() <= space) {
     text += message;
