@@ -235,6 +235,8 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"W rolling-value",
      "<appender name='a' class='TimeRollingFileAppender'>$F$L"
      "<param name='MaxHistory' value='7'/><param name='Compress' value='gzip9'/>$E$R"},
+    {"W disk-too-small",
+     "<appender name='a' class='TimeRollingFileAppender'>$F$L<param name='MaxTotalSize' value='4000000 GB'/>$E$R"},
     {"W number-value",
      "<appender name='a' class='TimeRollingFileAppender'>$F$L"
      "<param name='MaxHistory' value='7 files'/>$E$R"},
