@@ -166,6 +166,7 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"W rolling-value", "$X(a=TimeRollingFileAppender)$F$L$P(MaxHistory=7)<param name='@'/>$E$R",
      "Interval' value='hourly|MaximumFileSize' value='10 megabytes|MaximumFileSize' value='10|MaxAge' value='a month|"
      "MaxTotalSize' value='1.5GB|Compress' value='gzip9"},
+    {"W disk-too-small", "$X(a=TimeRollingFileAppender)$F$L$P(MaxTotalSize=4000000 GB)$E$R"},
     {"W number-value", "$X(a=TimeRollingFileAppender)$F$L$P(MaxHistory=7 files)$E$R"},
     {"W time-zone-unknown", "$X(a=TimeRollingFileAppender)$F$L$P(MaxHistory=7)$P(TimeZone=Mars)$E$R"},
     {"W date-pattern", "$X(a=TimeRollingFileAppender)$F$L$P(MaxHistory=7)<param name='DatePattern' value='@'/>$E$R",

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "log4vrk/appenders/internal/LOGByteSize.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/config/internal/LOGDOMChildren.h"
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
@@ -93,11 +94,17 @@ void LOGEnvironmentRules::checkFile(const Appender& appender) {
 }
 
 void LOGEnvironmentRules::checkSpace(const Appender& appender, const std::string& directory) {
-  if (!appender.is("LOGRollingFileAppender")) return;
-  const long size = LOGDocumentTables::asInteger(I18NString(appender.value("MaximumFileSize")));
-  const long backups = LOGDocumentTables::asInteger(I18NString(appender.value("MaxBackupIndex")));
+  double wanted = 0;
+  if (appender.is("LOGRollingFileAppender")) {
+    const long size = LOGDocumentTables::asInteger(I18NString(appender.value("MaximumFileSize")));
+    const long backups = LOGDocumentTables::asInteger(I18NString(appender.value("MaxBackupIndex")));
+    wanted = static_cast<double>(std::max(size, 0L)) * (static_cast<double>(std::max(backups, 0L)) + 1);
+  } else if (appender.is("LOGTimeRollingFileAppender")) {
+    std::int64_t total = 0;
+    logReadByteSize(I18NString(appender.value("MaxTotalSize")), total);
+    wanted = static_cast<double>(total);
+  }
   const std::int64_t free = VRKFileAccess::freeBytes(I18NString(directory));
-  const double wanted = static_cast<double>(std::max(size, 0L)) * (static_cast<double>(std::max(backups, 0L)) + 1);
   if (free < 0 || wanted <= static_cast<double>(free)) return;
   m_findings.add(
       WARNING, "disk-too-small", appender.element, LOGFindings::appender(appender), directory,
