@@ -85,7 +85,7 @@ std::string changed(std::string file, bool fitsSum, std::string_view changes) {
     file[place % file.size()] = changes[3];
   }
   if (fitsSum) {
-    const std::uint64_t sum = Format::sumOf(file.data(), offsetof(Format::Header, check));
+    const std::uint64_t sum = LOGQueueHeader::sumOf(file.data(), offsetof(Format::Header, check));
     std::memcpy(&file[offsetof(Format::Header, check)], &sum, sizeof sum);
   }
   if (!changes.empty()) file.resize(file.size() * static_cast<unsigned char>(changes[0]) / 255);

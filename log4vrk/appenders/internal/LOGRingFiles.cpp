@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "log4vrk/appenders/internal/LOGRingFormat.h"
+#include "log4vrk/appenders/internal/LOGQueueHeader.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
@@ -29,7 +29,7 @@ std::string encoded(const std::string& name) {
   }
   if (text.empty()) text = "%";
   if (text.size() <= LONGEST_NAME) return text;
-  return text.substr(0, LONGEST_NAME) + "%" + std::to_string(LOGRingFormat::sumOf(name.data(), name.size()));
+  return text.substr(0, LONGEST_NAME) + "%" + std::to_string(LOGQueueHeader::sumOf(name.data(), name.size()));
 }
 
 // Without ending and numbers; empty when it is no name of a ring.
