@@ -1,40 +1,18 @@
 // Any bytes as a recovery file: exactly the valid records at its beginning are delivered, and nothing stops the next
 // message.
 
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <string>
 #include <string_view>
 
+#include "fuzz/FuzzDirectory.h"
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 
-namespace {
-
-void expect(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "does not hold: %s\n", what);
-  std::abort();
-}
-
-struct Directory {
-  Directory() : path(std::filesystem::temp_directory_path() / ("fuzz_recovery-" + std::to_string(::getpid()))) {
-    std::filesystem::create_directory(path);
-  }
-  ~Directory() { std::filesystem::remove_all(path); }
-
-  const std::filesystem::path path;
-};
-
-}  // namespace
+using namespace vrkfuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Directory directory;
+  static const Directory directory("fuzz_recovery");
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   std::ofstream(directory.path / "20260102030405-0000000a", std::ios::binary) << bytes << std::flush;
 

@@ -4,43 +4,25 @@
 // The first byte says what the rest is: a file, or changes to a good one, each three bytes of place and one of value.
 // With a change the sum in the header may be made to fit.
 
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
 
+#include "fuzz/FuzzDirectory.h"
 #include "log4vrk/appenders/internal/LOGRing.h"
 #include "log4vrk/appenders/internal/LOGRingDelivery.h"
 #include "log4vrk/appenders/internal/LOGRingRecovery.h"
 #include "log4vrk/log4vrk.h"
+
+using namespace vrkfuzz;
 
 namespace {
 
 using Format = LOGRingFormat;
 
 constexpr std::uint64_t SLOTS = 16;
-
-void expect(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "does not hold: %s\n", what);
-  std::abort();
-}
-
-struct Directory {
-  Directory() : path(std::filesystem::temp_directory_path() / ("fuzz_ring-" + std::to_string(::getpid()))) {
-    std::filesystem::create_directory(path);
-  }
-  ~Directory() { std::filesystem::remove_all(path); }
-  std::string file(const char* name) const { return path / name; }
-
-  const std::filesystem::path path;
-};
 
 struct Counting : LOGAppenderSkeleton {
   void append(LOGLoggingEvent* event) override {
@@ -86,7 +68,7 @@ std::string changed(std::string file, bool fitsSum, std::string_view changes) {
     file[place % file.size()] = changes[3];
   }
   if (fitsSum) {
-    const std::uint64_t sum = Format::sumOf(file.data(), offsetof(Format::Header, check));
+    const std::uint64_t sum = LOGQueueHeader::sumOf(file.data(), offsetof(Format::Header, check));
     std::memcpy(&file[offsetof(Format::Header, check)], &sum, sizeof sum);
   }
   if (!changes.empty()) file.resize(file.size() * static_cast<unsigned char>(changes[0]) / 255);
@@ -96,7 +78,7 @@ std::string changed(std::string file, bool fitsSum, std::string_view changes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Directory directory;
+  static const Directory directory("fuzz_ring");
   static const std::string good = goodFile(directory);
   if (size == 0) return 0;
   const std::string_view rest(reinterpret_cast<const char*>(data) + 1, size - 1);

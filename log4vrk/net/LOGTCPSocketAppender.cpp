@@ -12,6 +12,7 @@
 #include "log4vrk/net/internal/LOGConnector.h"
 #include "log4vrk/net/internal/LOGEventEncoder.h"
 #include "log4vrk/net/internal/LOGOutbox.h"
+#include "log4vrk/net/internal/LOGOutboxFiles.h"
 #include "log4vrk/platform/VRKConfigurationFactory.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
@@ -22,6 +23,21 @@ constexpr const char* RECOVERY_DIRECTORY = "../logs/recovery/local";
 constexpr long BETWEEN_LOOKS = 200;  // microseconds
 constexpr std::chrono::milliseconds BETWEEN_STARTS{100};
 
+// The wait is for the sending thread to come round; one that does not is not waited for again until it has.
+LOGOutbox::Result putWhenThereIsSpace(LOGOutbox& outbox, const LOGEncodedEvent& event) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds LONGEST_WAIT{LOGTCPSocketAppender::LONGEST_WAIT_FOR_SPACE};
+  const Clock::time_point until = Clock::now() + LONGEST_WAIT;
+  do {
+    if (!outbox.moves || LOGDeferral::mustNotWait()) return LOGOutbox::FULL;
+    VRKThread::sleep(BETWEEN_LOOKS);
+    const LOGOutbox::Result result = outbox.put(event);
+    if (result != LOGOutbox::FULL) return result;
+  } while (Clock::now() < until);
+  outbox.moves = false;
+  return LOGOutbox::FULL;
+}
+
 }  // namespace
 
 LOGTCPSocketAppender::LOGTCPSocketAppender() : m_forks(VRKThread::forks()), m_outbox(vrkNew<LOGOutbox>(VRK_HERE)) {
@@ -30,7 +46,7 @@ LOGTCPSocketAppender::LOGTCPSocketAppender() : m_forks(VRKThread::forks()), m_ou
   const auto drain = [](LOGAppenderSkeleton& appender) {
     auto& self = static_cast<LOGTCPSocketAppender&>(appender);
     if (!self.isActive()) return true;
-    logWaitUntil(LOGTimeLimit::until(LOGConnector::LONGEST_FAREWELL), [&] { return self.m_outbox->inMemory <= 0; });
+    logWaitUntil(LOGTimeLimit::until(LOGConnector::LONGEST_FAREWELL), [&] { return self.m_outbox->inMemory() == 0; });
     return true;
   };
   static const LOGAppenderInternals INTERNALS = {&typeid(LOGTCPSocketAppender), true, nullptr, nullptr, nullptr, drain};
@@ -76,6 +92,10 @@ void LOGTCPSocketAppender::start() {
   settings.longestDelay = std::chrono::milliseconds(m_reconnectionDelay);
   settings.recoveryDirectory = VRKConfigurationFactory::getInstance().resolvePath(RECOVERY_DIRECTORY);
   settings.appenderName = "[" + getName() + "]";
+  if (!m_outbox->isUsable()) {
+    const LOGOutboxFiles files(settings.recoveryDirectory, "LOGTCPSocketAppender -- " + settings.appenderName + " -- ");
+    m_outbox->use(files.make(LOGOutbox::MOST_BYTES));
+  }
   m_connector = LOGConnector::make(std::move(settings), m_outbox);
   m_forks = VRKThread::forks();
   m_nextStart = {};
@@ -102,7 +122,8 @@ LOGLogServer LOGTCPSocketAppender::server() const {
 void LOGTCPSocketAppender::append(LOGLoggingEvent* event) {
   VRK_ASSERT(event);
   if (getClosed() != 0 || m_forks != VRKThread::forks()) activateOptions();
-  if (getClosed() != 0) {
+  // A child that could not be activated must not touch what it shares with its parent.
+  if (getClosed() != 0 || m_forks != VRKThread::forks()) {
     reportClosed();
     return;
   }
@@ -110,9 +131,9 @@ void LOGTCPSocketAppender::append(LOGLoggingEvent* event) {
 }
 
 void LOGTCPSocketAppender::put(LOGLoggingEvent* event) {
-  LOGEncodedEvent encoded = m_encoder->encode(*event, render(event), m_locationInfo != 0);
+  const LOGEncodedEvent encoded = m_encoder->encode(*event, render(event), m_locationInfo != 0);
   LOGOutbox::Result result = m_outbox->put(encoded);
-  if (result == LOGOutbox::FULL && waitForSpace(*m_outbox)) result = m_outbox->put(encoded);
+  if (result == LOGOutbox::FULL) result = putWhenThereIsSpace(*m_outbox, encoded);
   if (result == LOGOutbox::CLOSED) reportClosed();
   if (result != LOGOutbox::FULL) return;
   ++m_outbox->dropped;
@@ -129,20 +150,6 @@ std::string LOGTCPSocketAppender::render(LOGLoggingEvent* event) {
   }
   const std::unique_ptr<I18NString> message(event->getRenderedMessage());
   return message ? message->toUtf8() : std::string();
-}
-
-// True when there is space. The wait is for the sending thread to come round; one that does not is not waited for again
-// until it has.
-bool LOGTCPSocketAppender::waitForSpace(LOGOutbox& outbox) {
-  using Clock = std::chrono::steady_clock;
-  const Clock::time_point until = Clock::now() + std::chrono::milliseconds(LONGEST_WAIT_FOR_SPACE);
-  do {
-    if (!outbox.isFull()) return true;
-    if (!outbox.moves || LOGDeferral::mustNotWait()) return false;
-    VRKThread::sleep(BETWEEN_LOOKS);
-  } while (Clock::now() < until);
-  outbox.moves = false;
-  return false;
 }
 
 // No lock is held while the thread finishes.

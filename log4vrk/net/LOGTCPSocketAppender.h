@@ -22,8 +22,9 @@ struct LOGLogServer;
 /// repetitions.
 ///
 /// A log call renders the event (with the layout when there is one), puts it into a bounded queue and returns: it waits
-/// neither for the network nor for the disk. A thread of the appender sends. What the server has not acknowledged when
-/// the connection goes, when the queue is half full or when the appender closes is kept in files under
+/// neither for the network nor for the disk. The queue is in memory that outlives a kill of the process, for the next
+/// start to deliver. A thread of the appender sends. What the server has not acknowledged when the connection goes,
+/// when the queue is half full, after half a second or when the appender closes is kept in files under
 /// "../logs/recovery/local" and sent first when there is a connection again, by this process or the next. Only while
 /// events come faster than they can be sent or kept, a log call waits for space in the queue, at most
 /// LONGEST_WAIT_FOR_SPACE, and then drops its event.
@@ -31,6 +32,7 @@ struct LOGLogServer;
 /// Thread safety: any thread. Settings of the server that are made later hold at once: there is a new connection.
 /// Errors: a server that cannot be reached, a certificate that is refused, events that are dropped: one line in the
 /// internal log when that begins. While the system has no thread to give, log calls put the events into the files.
+/// Where the queue's memory cannot outlive the process, a line says so, and a kill takes along what no file has yet.
 /// Forks: a child has a queue, a connection and a stream of its own from its first event; what was queued is the
 /// parent's.
 class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
@@ -81,8 +83,8 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   std::uint64_t getAcknowledged() const;
   /// Now in the recovery files, not acknowledged. What earlier processes left counts.
   std::uint64_t getInRecovery() const;
-  /// Lost for want of space or by a failing disk, set aside because the server does not take them, or left in memory by
-  /// close().
+  /// Lost for want of space or by a failing disk, set aside because the server does not take them, or left by close()
+  /// in memory that does not outlive the process.
   std::uint64_t getDropped() const;
 
  private:
@@ -94,7 +96,6 @@ class LOG4VRK_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   LOG4VRK_HIDDEN void change(Setting& setting, const Value& value) VRK_REQUIRES(m_critSection);
   LOG4VRK_HIDDEN std::string render(LOGLoggingEvent* event);
   LOG4VRK_HIDDEN void put(LOGLoggingEvent* event);
-  LOG4VRK_HIDDEN bool waitForSpace(LOGOutbox& outbox);
 
   // Settings.
   std::atomic<long> m_port{DEFAULT_PORT};

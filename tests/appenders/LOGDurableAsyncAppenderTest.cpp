@@ -148,7 +148,7 @@ TEST_F(LOGDurableAsyncAppenderTest, KeepsAllThatCanBeReadOfADamagedFileAndSetsTh
   } cases[] = {
       {"foreign", "it is not the file of a queue", ".damaged", 0, 'x', 0},
       {"newer", "its version is 2, and this program knows 1", ".ring", offsetof(Format::Header, version), 2, 0},
-      {"header", "its header is damaged", ".damaged", offsetof(Format::Header, slots), 1, 0},
+      {"header", "its header is damaged", ".damaged", offsetof(Format::Header, units), 1, 0},
       {"empty", "it is not the file of a queue (0 bytes)", ".damaged", 0, -1, 0},
       {"no slots", "it is truncated to 8192 of ", ".damaged", 2 * Format::PAGE, -1, 0},
       {"three slots", "it is truncated to ", ".damaged", FOURTH, -1, 3},

@@ -3,12 +3,14 @@
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 
 #include <cstdlib>
 #include <new>
 #include <set>
 
 #include "log4vrk/net/internal/LOGConnector.h"
+#include "log4vrk/net/internal/LOGOutboxRing.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "tests/support/ScriptedLogServer.h"
 #include "tests/support/Tests.h"
@@ -82,6 +84,8 @@ class ConnectorTest : public testing::Test {
  protected:
   explicit ConnectorTest(Server::Script script = &accept) : server(std::move(script)) {
     VRKConfigurationFactory::getInstance().setBaseDirectory(dir.file("work").c_str());
+    std::filesystem::create_directory(dir.file("run"));
+    ::setenv("XDG_RUNTIME_DIR", dir.file("run").c_str(), 1);
     appender.setReconnectionDelay(20);
   }
   ~ConnectorTest() override {
@@ -103,10 +107,12 @@ class ConnectorTest : public testing::Test {
     }
     return 0;
   }
-  Texts files() const {
+  Texts files() const { return namesIn("logs/recovery/local"); }
+  Texts outboxes() const { return namesIn("run/log4vrk"); }
+  Texts namesIn(const char* directory) const {
     Texts names;
     std::error_code missing;
-    for (const auto& each : std::filesystem::directory_iterator(dir.file("logs/recovery/local"), missing)) {
+    for (const auto& each : std::filesystem::directory_iterator(dir.file(directory), missing)) {
       names.push_back(each.path().filename());
     }
     return names;
@@ -331,11 +337,87 @@ TEST_F(ConnectorTest, CountsWhatItLeavesBehindWithAThreadThatIsStuck) {
     const Clock::time_point begin = Clock::now();
     appender.close();
     EXPECT_LT(Clock::now() - begin, seconds(5));
-    EXPECT_EQ(10u, appender.getDropped());
-    EXPECT_EQ(1, internal.count("closed without waiting any longer for its thread; events in its memory: 10"))
+    EXPECT_EQ(0u, appender.getDropped());
+    EXPECT_EQ(1, internal.count("closed without waiting any longer for its thread; events in its memory: 10; the next "
+                                "start finds them in " +
+                                dir.file("run/log4vrk/")))
         << internal.text();
   }
   EXPECT_TRUE(eventually([&] { return threads().count(thread) == 0; })) << "it comes out of it";
+}
+
+// Neither the server nor a recovery file has an event when it is killed, and files are found that nobody could move.
+TEST_F(HoldingServerTest, DeliversWhatAKilledProcessHadInMemoryBeforeItsOwn) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizers are not made for forks of several threads; the release build runs this";
+#endif
+  EXPECT_EQ(-SIGKILL, statusInChild([&] {
+    logger->addAppender(&appender);
+    log(1, 300);
+    ASSERT_EQ(1u, outboxes().size());
+    ::raise(SIGKILL);
+  }));
+  server.away = true;
+  std::filesystem::remove_all(dir.file("logs"));
+  dir.write("logs", "a file where the directory belongs");
+  open();
+  log(301, 305);
+  EXPECT_TRUE(eventually([&] { return internal.contains("could not keep a message"); })) << internal.text();
+  appender.close();
+  EXPECT_EQ(0u, appender.getDropped());
+  EXPECT_EQ(1, internal.count("closed with events that could neither be sent nor kept: 5; the next start finds them"));
+  EXPECT_EQ(2u, outboxes().size()) << "they stay";
+  server.away = false;
+  server.lets = Server::ALL;
+  std::filesystem::remove(dir.file("logs"));
+  Client next(server.port(), "next");
+  next.activateOptions();
+  EXPECT_TRUE(eventually([&] { return next.getAcknowledged() == 305; })) << internal.text();
+  EXPECT_EQ(numbers(1, 305), withoutRepetitions(server.received()));
+  EXPECT_EQ(1, internal.count("has ended with events that were in no recovery file, and now are: 5"))
+      << internal.text();
+  EXPECT_EQ(1u, outboxes().size()) << "its own";
+  next.close();
+  EXPECT_TRUE(outboxes().empty());
+}
+
+TEST_F(HoldingServerTest, ReleasesWhatIsAcknowledgedOrKept) {
+  open();
+  log(1, 128);
+  EXPECT_TRUE(eventually([&] { return server.held() == 128; }));
+  const auto inUse = [&] {
+    const std::string file = dir.read("run/log4vrk/" + outboxes().at(0));
+    const auto& control = *reinterpret_cast<const LOGOutboxRing::Control*>(file.data() + LOGOutboxRing::PAGE);
+    return control.tail - control.head;
+  };
+  EXPECT_GT(inUse(), 128u * 100);
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 128 && inUse() == 0; })) << "they are in a file";
+  server.lets = Server::ALL;
+  log(129, 140);
+  EXPECT_TRUE(acknowledges(140));
+  EXPECT_TRUE(eventually([&] { return inUse() == 0; }));
+}
+
+// As where the run-time memory is full: a file of that size cannot be had.
+TEST_F(ConnectorTest, SaysWhatAKillTakesAlongWhereItCannotHaveAFile) {
+  rlimit before;
+  ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &before));
+  const rlimit small = {1 << 20, before.rlim_max};
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &small));
+  server.away = true;
+  dir.write("logs", "a file where the directory belongs");
+  open();
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &before));
+  log(1, 10);
+  for (const char* line : {"[server] -- no queue in ", "no room for 4202496 bytes: ",
+                           "[server] -- events are in memory only for up to half a second, and a kill"}) {
+    EXPECT_TRUE(internal.contains(line)) << line << "\n" << internal.text();
+  }
+  EXPECT_TRUE(outboxes().empty());
+  appender.close();
+  EXPECT_EQ(10u, appender.getDropped());
+  EXPECT_EQ(1, internal.count("closed with events that could neither be sent nor kept: 10"));
+  EXPECT_FALSE(internal.contains("the next start"));
 }
 
 TEST_F(HoldingServerTest, FinishesEverythingInTimeBeforeTheProcessEnds) {

@@ -5,8 +5,6 @@
 #include <utility>
 
 #include "log4vrk/core/internal/LOGGate.h"
-#include "log4vrk/platform/internal/VRKProcess.h"
-#include "log4vrk/platform/internal/VRKTime.h"
 
 namespace {
 
@@ -24,11 +22,6 @@ T* pointerFrom(std::uint64_t record) {
 }
 
 std::int64_t distance(std::uint64_t from, std::uint64_t to) { return static_cast<std::int64_t>(to - from); }
-
-template <std::size_t size>
-void keepText(char (&to)[size], const std::string& text) {
-  std::memcpy(to, text.data(), std::min(text.size(), size - 1));
-}
 
 std::uint64_t textBytes(const Format::Record& head) {
   return std::uint64_t{head.messageLength} + head.contextLength + head.loggerLength + head.restLength +
@@ -56,23 +49,13 @@ std::uint64_t LOGRing::slotsFor(int events) {
 }
 
 void LOGRing::begin(VRKMappedFile& file, std::uint64_t slots, const std::string& name) {
-  auto& header = *reinterpret_cast<Format::Header*>(file.data());
-  std::memcpy(header.magic, Format::MAGIC, sizeof header.magic);
-  header.version = Format::VERSION;
-  header.slotSize = Format::SLOT;
-  header.slots = slots;
-  header.owner = VRKProcess::id();
-  const VRKTime::Moment now = VRKTime::now();
-  header.created = now.seconds * 1000000000 + now.nanoseconds;
-  keepText(header.program, VRKProcess::programName());
-  keepText(header.name, name);
-  header.check = Format::sumOf(file.data(), offsetof(Format::Header, check));
+  LOGQueueHeader::write(file.data(), Format::KIND, slots, name);
 }
 
 void LOGRing::use(std::unique_ptr<VRKMappedFile> file) {
   m_file = std::move(file);
   m_data = m_file->data();
-  m_slots = m_available = header().slots;
+  m_slots = m_available = header().units;
 }
 
 LOGRing::Condition LOGRing::open(std::unique_ptr<VRKMappedFile> file, std::string& finding) {
@@ -80,35 +63,14 @@ LOGRing::Condition LOGRing::open(std::unique_ptr<VRKMappedFile> file, std::strin
   m_data = m_file->data();
   m_dead = true;
   const std::size_t size = m_file->size();
-  const Format::Header& found = header();
-  if (size < sizeof found || std::memcmp(found.magic, Format::MAGIC, sizeof found.magic) != 0) {
-    finding = "it is not the file of a queue (" + std::to_string(size) + " bytes)";
-    return USELESS;
-  }
-  if (found.version > Format::VERSION) {
-    finding = "its version is " + std::to_string(found.version) + ", and this program knows " +
-              std::to_string(Format::VERSION);
-    return NEWER;
-  }
-  const bool isPowerOfTwo = (found.slots & (found.slots - 1)) == 0;
-  if (found.check != Format::sumOf(m_data, offsetof(Format::Header, check)) || found.version == 0 ||
-      found.slotSize != Format::SLOT || !isPowerOfTwo || found.slots < Format::FEWEST_SLOTS ||
-      found.slots > Format::MOST_SLOTS) {
-    finding = "its header is damaged";
-    return USELESS;
-  }
-  m_slots = found.slots;
-  if (size <= Format::SLOTS_AT) {
-    finding = "it is truncated to " + std::to_string(size) + " of " + std::to_string(bytesFor(m_slots)) + " bytes";
-    return USELESS;
-  }
+  const Condition condition = LOGQueueHeader::examine(m_data, size, Format::KIND, finding);
+  if (condition != WHOLE && condition != TRUNCATED) return condition;
+  m_slots = header().units;
   m_available = std::min<std::uint64_t>((size - Format::SLOTS_AT) / Format::SLOT, m_slots);
   if (!positionsHold(finding)) return USELESS;
   m_position = control().head;
   delivered = m_position;
-  if (size >= bytesFor(m_slots)) return WHOLE;
-  finding = "it is truncated to " + std::to_string(size) + " of " + std::to_string(bytesFor(m_slots)) + " bytes";
-  return TRUNCATED;
+  return condition;
 }
 
 bool LOGRing::positionsHold(std::string& finding) const {

@@ -29,19 +29,17 @@ class LOG4VRK_EXPORT LOGRing : public LOGQueueProgress {
 
   /// How many slots a ring has for so many events.
   static std::uint64_t slotsFor(int events);
-  static std::size_t bytesFor(std::uint64_t slots) { return LOGRingFormat::outboxAt(slots) + LOGRingFormat::OUTBOX; }
+  static std::size_t bytesFor(std::uint64_t slots) { return LOGRingFormat::bytesFor(slots); }
 
   /// Writes a new ring into memory that is there already: zeros, as many bytes as bytesFor() says.
   static void begin(VRKMappedFile& file, std::uint64_t slots, const std::string& name);
   /// Uses the ring that this process has begun there.
   void use(std::unique_ptr<VRKMappedFile> file);
 
-  enum Condition {
-    WHOLE,
-    TRUNCATED,  // the outbox and perhaps some slots are missing; the rest can be read
-    NEWER,      // than this program
-    USELESS     // nothing can be made of it
-  };
+  using Condition = LOGQueueHeader::Condition;
+  static constexpr Condition WHOLE = LOGQueueHeader::WHOLE,
+                             TRUNCATED = LOGQueueHeader::TRUNCATED,  // the outbox, and perhaps some slots
+      NEWER = LOGQueueHeader::NEWER, USELESS = LOGQueueHeader::USELESS;
   /// The ring that a dead process has left. `finding` becomes what is wrong with it.
   Condition open(std::unique_ptr<VRKMappedFile> file, std::string& finding);
 

@@ -1,15 +1,13 @@
 #include "log4vrk/appenders/internal/LOGRingFiles.h"
 
-#include <cstring>
-
-#include "log4vrk/appenders/internal/LOGRingFormat.h"
+#include "log4vrk/appenders/internal/LOGQueueHeader.h"
 #include "log4vrk/platform/VRKFmDir.h"
 #include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
 
 namespace {
 
-constexpr const char *ENDING = ".ring", *DAMAGED = ".damaged", *UNFINISHED = ".new-";
+constexpr const char *DAMAGED = ".damaged", *UNFINISHED = ".new-";
 constexpr std::size_t LONGEST_NAME = 120;  // with the numbers it has to be a file name
 constexpr int MOST_ATTEMPTS = 10000;
 
@@ -29,13 +27,13 @@ std::string encoded(const std::string& name) {
   }
   if (text.empty()) text = "%";
   if (text.size() <= LONGEST_NAME) return text;
-  return text.substr(0, LONGEST_NAME) + "%" + std::to_string(LOGRingFormat::sumOf(name.data(), name.size()));
+  return text.substr(0, LONGEST_NAME) + "%" + std::to_string(LOGQueueHeader::sumOf(name.data(), name.size()));
 }
 
-// Without ending and numbers; empty when it is no name of a ring.
-std::string queueOf(const std::string& file) {
-  if (file.size() <= std::strlen(ENDING) || file.substr(file.size() - std::strlen(ENDING)) != ENDING) return {};
-  std::string name = file.substr(0, file.size() - std::strlen(ENDING));
+// Without ending and numbers; empty when it is no name of a queue's file.
+std::string queueOf(const std::string& file, const std::string& ending) {
+  if (file.size() <= ending.size() || file.substr(file.size() - ending.size()) != ending) return {};
+  std::string name = file.substr(0, file.size() - ending.size());
   for (int number = 0; number < 2; ++number) {
     const std::size_t dash = name.rfind('-');
     if (dash == name.npos || dash + 1 == name.size() || name.find_first_not_of("0123456789", dash + 1) != name.npos) {
@@ -50,12 +48,17 @@ I18NString pathOf(const I18NString& directory, const std::string& file) {
   return directory + "/" + I18NString(std::string_view(file));
 }
 
+// What lies in any other directory anybody may have put there. A missing one is not made.
+bool isOurs(const I18NString& directory) {
+  return VRKFmDir::exists(directory, VRKFmDir::DIRECTORY) && VRKMappedFile::objectionTo(directory).empty();
+}
+
 template <typename Wanted>
-std::vector<I18NString> ringsIn(const I18NString& directory, Wanted wanted) {
+std::vector<I18NString> queuesIn(const I18NString& directory, const char* ending, Wanted wanted) {
   std::vector<I18NString> paths;
   for (const I18NString& each : VRKFmDir::list(directory)) {
     const std::string name = each.toUtf8();
-    const std::string queue = queueOf(name);
+    const std::string queue = queueOf(name, ending);
     if (!queue.empty() && wanted(queue)) paths.push_back(pathOf(directory, name));
   }
   return paths;
@@ -73,15 +76,17 @@ std::vector<I18NString> LOGRingFiles::defaultDirectories() {
   return all;
 }
 
-std::vector<I18NString> LOGRingFiles::in(const I18NString& directory, const std::string& name) {
-  return ringsIn(directory, [&, wanted = encoded(name)](const std::string& queue) { return queue == wanted; });
+std::vector<I18NString> LOGRingFiles::in(const I18NString& directory, const std::string& name, const char* ending) {
+  if (!isOurs(directory)) return {};
+  return queuesIn(directory, ending, [&, wanted = encoded(name)](const std::string& queue) { return queue == wanted; });
 }
 
 std::vector<I18NString> LOGRingFiles::in(const I18NString& directory) {
-  return ringsIn(directory, [](const std::string&) { return true; });
+  return queuesIn(directory, RING, [](const std::string&) { return true; });
 }
 
 void LOGRingFiles::removeUnfinished(const I18NString& directory) {
+  if (!isOurs(directory)) return;
   for (const I18NString& name : VRKFmDir::list(directory)) {
     VRKMappedFile file;
     if (name.startsWith(UNFINISHED) && file.openFree(directory + "/" + name) == VRKMappedFile::OPENED) file.remove();
@@ -91,13 +96,13 @@ void LOGRingFiles::removeUnfinished(const I18NString& directory) {
 // It gets its name when it is complete: before, whoever recovers might find it half-way, and without an owner.
 std::unique_ptr<VRKMappedFile> LOGRingFiles::make(const I18NString& directory, const std::string& name,
                                                   std::size_t bytes, const std::function<void(VRKMappedFile&)>& begin,
-                                                  std::string& why) {
+                                                  std::string& why, const char* ending) {
   why = VRKMappedFile::objectionTo(directory);
   if (!why.empty()) return nullptr;
   const std::string numbers = std::to_string(VRKProcess::id()) + "-";
   for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
     const std::string number = numbers + std::to_string(attempt);
-    const I18NString path = pathOf(directory, encoded(name) + "-" + number + ENDING);
+    const I18NString path = pathOf(directory, encoded(name) + "-" + number + ending);
     if (VRKFmDir::exists(path, VRKFmDir::REGULAR_FILE)) continue;
     auto file = std::make_unique<VRKMappedFile>();
     const VRKMappedFile::Result result = file->create(pathOf(directory, UNFINISHED + number), bytes);

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "log4vrk/appenders/internal/LOGQueueHeader.h"
+
 /// Page 0 says what the file is, page 1 which log file its events go to, page 2 how far they are. Then come the slots,
 /// and at the next page the outbox, which reaches to the end of the file. Numbers are in the machine's own form: the
 /// memory that holds such files does not leave the machine.
@@ -18,8 +20,6 @@
 /// The outbox holds lines that are about to be written to the log file. It counts while `pending` is `written` + 1:
 /// then the lines are those of the records from `written` up to `end`, and belong at `offset` of the file.
 struct LOGRingFormat {
-  static constexpr char MAGIC[8] = {'l', 'o', 'g', 'r', 'i', 'n', 'g', '\n'};
-  static constexpr std::uint32_t VERSION = 1;
   static constexpr std::size_t PAGE = 4096;
   static constexpr std::size_t SLOTS_AT = 3 * PAGE;
   static constexpr std::size_t SLOT = 192;
@@ -33,19 +33,11 @@ struct LOGRingFormat {
   static constexpr std::size_t outboxAt(std::uint64_t slots) {
     return (SLOTS_AT + static_cast<std::size_t>(slots) * SLOT + PAGE - 1) / PAGE * PAGE;
   }
+  static std::size_t bytesFor(std::uint64_t slots) { return outboxAt(slots) + OUTBOX; }
+  static constexpr LOGQueueHeader::Kind KIND = {
+      {'l', 'o', 'g', 'r', 'i', 'n', 'g', '\n'}, 1, SLOT, FEWEST_SLOTS, MOST_SLOTS, SLOTS_AT, &bytesFor};
 
-  /// Written before anybody else can see the file, and constant from then on.
-  struct Header {
-    char magic[8];
-    std::uint32_t version;
-    std::uint32_t slotSize;
-    std::uint64_t slots;
-    std::int64_t owner;    // the number of the process
-    std::int64_t created;  // in nanoseconds since 1970
-    char program[64];      // its name, and that of the queue: ended by a zero, cut off when they are longer
-    char name[128];
-    std::uint64_t check;  // sumOf() the bytes before
-  };
+  using Header = LOGQueueHeader;
 
   /// Lengths of 0 stand for what is not known or too long.
   struct Target {
@@ -99,11 +91,6 @@ struct LOGRingFormat {
 
   static constexpr std::uint64_t slotsFor(std::uint64_t textBytes) {
     return textBytes <= FIRST_BYTES ? 1 : 1 + (textBytes - FIRST_BYTES + FURTHER_BYTES - 1) / FURTHER_BYTES;
-  }
-  static std::uint64_t sumOf(const char* bytes, std::size_t count) {
-    std::uint64_t sum = 0xcbf29ce484222325;  // FNV-1a
-    for (std::size_t i = 0; i < count; ++i) sum = (sum ^ static_cast<unsigned char>(bytes[i])) * 0x100000001b3;
-    return sum;
   }
 };
 

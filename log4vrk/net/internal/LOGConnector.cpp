@@ -127,9 +127,9 @@ void LOGConnector::waitForEnd(Clock::time_point until) {
     join();  // it has nothing left to do but to end
     return;
   }
-  const std::string lost = std::to_string(m_outbox->giveUp());
-  LOGLogLog::error(PREFIX + m_name +
-                   " -- closed without waiting any longer for its thread; events in its memory: " + lost.c_str());
+  const std::string inMemory = std::to_string(m_outbox->giveUp());
+  LOGLogLog::error(PREFIX + m_name + " -- closed without waiting any longer for its thread; events in its memory: " +
+                   inMemory.c_str() + m_outbox->whereLeft());
 }
 
 // In a child nobody runs any more what the thread had.

@@ -1,7 +1,7 @@
 #include "log4vrk/net/internal/LOGDelivery.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <limits>
 
 #include "log4vrk/core/LOGLogLog.h"
 
@@ -17,18 +17,12 @@ constexpr seconds LONG_ENOUGH{5};
 constexpr seconds BETWEEN_KEEPING{1};
 constexpr milliseconds AFTER_FAILURE{100};
 constexpr seconds LONGEST_WAIT{3600};
-constexpr int ROUNDS = 32;  // of sending and receiving before the thread looks at anything else
+constexpr int ROUNDS = 32;        // of sending and receiving before the thread looks at anything else
+constexpr int MOST_KEPT = 16384;  // events at once
 constexpr int PATIENCE = 3;
 constexpr int MOST_PATIENCE = 1 << 20;
 constexpr std::size_t MOST_REASONS = 5;
 constexpr const char* PREFIX = "LOGTCPSocketAppender -- ";
-
-std::string newStream() {
-  std::random_device random;
-  char text[20];
-  std::snprintf(text, sizeof text, "%08x%08x", random(), random());
-  return text;
-}
 
 bool isInMemoryOnly(const LOGOutgoing& event) { return !event.kept && !event.isAnswered(); }
 
@@ -45,8 +39,8 @@ LOGDelivery::LOGDelivery(Settings settings, std::shared_ptr<LOGOutbox> outbox)
       m_name(settings.appenderName),
       m_outbox(std::move(outbox)),
       m_wakeUp(m_outbox, &m_outbox->wakeUp()),
-      m_stream(newStream()),
       m_recovery(settings.recoveryDirectory),
+      m_left(settings.recoveryDirectory, PREFIX + m_name + " -- "),
       m_random(std::random_device()()),
       m_delay(FIRST_DELAY),
       m_patience(PATIENCE) {}
@@ -90,6 +84,7 @@ void LOGDelivery::work() {
   m_hurries = false;
   if (!m_opened) m_recovery.open();
   m_opened = true;
+  recoverOutboxes();
   // Asked first: what was put before the closing is seen.
   m_closing = m_outbox->isClosed();
   takeEvents();
@@ -126,14 +121,10 @@ bool LOGDelivery::feed() {
     try {
       m_session.add(std::move(event));
     } catch (...) {
-      if (event.kept) {
-        m_recovery.giveBack(event.position);
-      } else {
-        m_taken.front().text = std::move(event.text);
-      }
+      if (event.kept) m_recovery.giveBack(event.position);
       throw;
     }
-    if (!m_session.unanswered().back().kept) m_taken.pop_front();
+    if (!m_session.unanswered().back().kept) m_outbox->pass();
     fed = true;
   }
   return fed;
@@ -149,21 +140,25 @@ bool LOGDelivery::nextEvent(LOGOutgoing& event) {
     event.position = record.position;
     return true;
   }
-  if (!takeEvents()) return false;
-  LOGEventEncoder::stamp(m_taken.front(), m_stream);
-  event.text = std::move(m_taken.front().text);
-  event.sequence = m_taken.front().sequence;
+  LOGEncodedEvent first;
+  if (!takeEvents() || !m_outbox->first(first)) return false;
+  event.text = std::move(first.text);
+  event.sequence = first.sequence;
   event.inMemorySince = m_takenSince;
   return true;
 }
 
 bool LOGDelivery::takeEvents() {
-  if (!m_taken.empty()) return true;
-  m_outbox->takeAll(m_taken);
-  if (m_taken.empty()) return false;
+  if (m_outbox->hasTaken()) return true;
+  if (!m_outbox->take()) return false;
   m_takenSince = Clock::now();
-  m_outbox->moves = true;
   return true;
+}
+
+void LOGDelivery::recoverOutboxes() {
+  if (!m_hasLeft || Clock::now() < m_nextKeeping) return;
+  m_hasLeft = !m_left.recover(m_recovery);
+  if (m_hasLeft) m_nextKeeping = Clock::now() + BETWEEN_KEEPING;
 }
 
 void LOGDelivery::collectAnswers() {
@@ -177,7 +172,6 @@ void LOGDelivery::collectAnswers() {
 
 void LOGDelivery::settle(const LOGOutgoing& event) {
   if (event.answer == LOGOutgoing::REFUSED) setAside(event);
-  if (!event.kept) --m_outbox->inMemory;
   m_breaks = 0;
   if (event.answer == LOGOutgoing::REFUSED) {
     ++m_lost;
@@ -216,6 +210,7 @@ void LOGDelivery::lost() {
   m_session.forget();
   m_recovery.rewind();
   m_recovery.adopt();
+  m_hasLeft = true;
 }
 
 // An event that is alone on its way whenever the server breaks the connection is why. While none is accepted in
@@ -248,7 +243,7 @@ void LOGDelivery::keepWhatHasToWait() {
   const Clock::time_point now = Clock::now();
   Clock::time_point since;
   if (!hasInMemory(since) || now < m_nextKeeping) return;
-  const bool behind = !m_taken.empty() && (m_outbox->isHalfFull() || m_recovery.hasMore());
+  const bool behind = m_outbox->hasTaken() && (m_outbox->isHalfFull() || m_recovery.hasMore());
   if (m_down || behind || now - since >= LONGEST_IN_MEMORY) keep();
 }
 
@@ -257,18 +252,26 @@ bool LOGDelivery::hasInMemory(Clock::time_point& since) {
   const std::deque<LOGOutgoing>& inFlight = m_session.unanswered();
   const auto oldest = std::find_if(inFlight.begin(), inFlight.end(), &isInMemoryOnly);
   since = oldest != inFlight.end() ? oldest->inMemorySince : m_takenSince;
-  return oldest != inFlight.end() || !m_taken.empty();
+  return oldest != inFlight.end() || m_outbox->hasTaken();
+}
+
+// What is answered, but for its turn, counts: it may have to be set aside.
+std::uint64_t LOGDelivery::oldestInMemory() {
+  const std::deque<LOGOutgoing>& inFlight = m_session.unanswered();
+  const auto oldest =
+      std::find_if(inFlight.begin(), inFlight.end(), [](const LOGOutgoing& each) { return !each.kept; });
+  return oldest != inFlight.end() ? oldest->sequence : std::numeric_limits<std::uint64_t>::max();
 }
 
 // Moves what is in memory to the recovery files, in order and as far as they take it.
 bool LOGDelivery::keep() {
   if (!keepInFlight()) return false;
-  for (std::size_t left = LOGOutbox::MOST_EVENTS; left > 0 && takeEvents(); --left) {
-    LOGEncodedEvent& event = m_taken.front();
-    LOGEventEncoder::stamp(event, m_stream);
+  const std::uint64_t oldest = oldestInMemory();
+  LOGEncodedEvent event;
+  for (int left = MOST_KEPT; left > 0 && takeEvents() && m_outbox->first(event); --left) {
     if (!m_recovery.append(event.sequence, event.text)) return cannotKeep();
-    m_taken.pop_front();
-    --m_outbox->inMemory;
+    m_outbox->pass();
+    m_outbox->release(oldest);
   }
   return true;
 }
@@ -290,7 +293,6 @@ bool LOGDelivery::keepInFlight() {
       return cannotKeep();
     }
     event.kept = true;
-    --m_outbox->inMemory;
   }
   return true;
 }
@@ -303,7 +305,7 @@ bool LOGDelivery::cannotKeep() {
 
 // Waits until everything is acknowledged, or until it is clear that this takes too long.
 void LOGDelivery::farewell() {
-  const bool done = m_taken.empty() && m_session.unanswered().empty();
+  const bool done = !m_outbox->hasTaken() && m_session.unanswered().empty();
   if (m_down || Clock::now() >= m_outbox->farewellUntil() || (done && m_session.state() < LOGRelpSession::READY)) {
     bool kept = keep();
     while (kept && takeEvents()) kept = keep();
@@ -316,10 +318,10 @@ void LOGDelivery::farewell() {
 }
 
 void LOGDelivery::giveUpTheRest() {
-  const std::int64_t lost = m_outbox->giveUp();
-  if (lost == 0) return;
-  LOGLogLog::error(PREFIX + m_name +
-                   " -- closed with events that could neither be sent nor kept: " + std::to_string(lost).c_str());
+  const std::uint64_t left = m_outbox->giveUp();
+  if (left == 0) return;
+  LOGLogLog::error(PREFIX + m_name + " -- closed with events that could neither be sent nor kept: " +
+                   std::to_string(left).c_str() + m_outbox->whereLeft());
 }
 
 void LOGDelivery::publish() {
@@ -330,6 +332,7 @@ void LOGDelivery::publish() {
   const std::uint64_t dropped = m_lost + m_recovery.dropped();
   m_outbox->dropped += dropped - m_dropped;
   m_dropped = dropped;
+  m_outbox->release(oldestInMemory());
 }
 
 void LOGDelivery::sayConnected() {
@@ -365,6 +368,7 @@ void LOGDelivery::wait() {
   if (m_finished || m_hurries) return;
   Clock::time_point until = m_connection ? m_connection->deadline() : m_nextAttempt;
   Clock::time_point since;
+  if (m_hasLeft) until = std::min(until, m_nextKeeping);
   if (hasInMemory(since)) until = std::min(until, std::max(since + LONGEST_IN_MEMORY, m_nextKeeping));
   if (m_closing) until = std::min(until, m_outbox->farewellUntil());
   const Clock::duration left = std::clamp<Clock::duration>(until - Clock::now(), Clock::duration(0), LONGEST_WAIT);
@@ -376,6 +380,7 @@ void LOGDelivery::wait() {
 void LOGDelivery::close() {
   m_connection.reset();
   m_recovery.close();
+  m_outbox->end();
 }
 
 void LOGDelivery::abandon() {

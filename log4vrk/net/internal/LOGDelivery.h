@@ -3,7 +3,7 @@
 #pragma once
 
 #include <chrono>
-#include <deque>
+#include <cstdint>
 #include <memory>
 #include <random>
 #include <string>
@@ -11,15 +11,16 @@
 
 #include "log4vrk/net/internal/LOGConnection.h"
 #include "log4vrk/net/internal/LOGOutbox.h"
+#include "log4vrk/net/internal/LOGOutboxFiles.h"
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
 #include "log4vrk/net/internal/LOGRelpSession.h"
 #include "log4vrk/platform/I18NString.h"
 
-/// Owns the connection and the recovery files. Events go the same way in one order: recovery files, then memory. As
-/// soon as memory should not hold them any longer, they go to the end of the recovery files, those in flight first, and
-/// everything later goes behind them. That is so when the connection is lost, when the queue is half full, when the
-/// files have earlier ones that are not sent, when an event has not been acknowledged for LONGEST_IN_MEMORY, and when
-/// the outbox is closed.
+/// Owns the connection and the recovery files. Events go the same way in one order: recovery files, then the outbox. As
+/// soon as the outbox should not hold them any longer, they go to the end of the recovery files, those in flight first,
+/// and everything later goes behind them. What outboxes of dead processes still hold goes there before anything else.
+/// That is so when the connection is lost, when the queue is half full, when the files have earlier ones that are not
+/// sent, when an event has not been acknowledged for LONGEST_IN_MEMORY, and when the outbox is closed.
 ///
 /// An event that the server refuses, or that makes it break the connection whenever it is alone on its way, is set
 /// aside in a file of its own and counted as dropped.
@@ -38,8 +39,8 @@ class LOGDelivery {
     I18NString appenderName;  // for the internal log
   };
 
-  /// An event that has not been acknowledged after this time goes to the recovery files, lest a crash of the process
-  /// take it along.
+  /// An event that has not been acknowledged after this time goes to the recovery files, to a disk perhaps, and leaves
+  /// the outbox's memory.
   static constexpr std::chrono::milliseconds LONGEST_IN_MEMORY{500};
 
   LOGDelivery(Settings settings, std::shared_ptr<LOGOutbox> outbox);
@@ -67,6 +68,7 @@ class LOGDelivery {
   bool feed();
   bool nextEvent(LOGOutgoing& event);
   bool takeEvents();
+  void recoverOutboxes();
   void collectAnswers();
   void settle(const LOGOutgoing& event);
   void setAside(const LOGOutgoing& event);
@@ -78,6 +80,7 @@ class LOGDelivery {
   bool hasInMemory(Clock::time_point& since);
   bool keep();
   bool keepInFlight();
+  std::uint64_t oldestInMemory();
   bool cannotKeep();
   void farewell();
   void giveUpTheRest();
@@ -91,19 +94,19 @@ class LOGDelivery {
   const I18NString m_name;
   const std::shared_ptr<LOGOutbox> m_outbox;
   const std::shared_ptr<VRKWakeUp> m_wakeUp;  // the outbox's
-  const std::string m_stream;                 // tells the events of this one from all others
 
   LOGRecoveryFiles m_recovery;
+  LOGOutboxFiles m_left;  // by others
   LOGRelpSession m_session;
   std::unique_ptr<LOGConnection> m_connection;
-  std::deque<LOGEncodedEvent> m_taken;  // from the outbox; behind what the session has
-  Clock::time_point m_takenSince;
+  Clock::time_point m_takenSince;  // what is taken from the outbox
   std::mt19937 m_random;
   Clock::duration m_delay;
   Clock::time_point m_nextAttempt;
   Clock::time_point m_nextKeeping;  // not before, because it has just failed
   Clock::time_point m_readySince;
   bool m_opened = false;    // the recovery files
+  bool m_hasLeft = true;    // there may be outboxes of dead processes
   bool m_wasReady = false;  // this connection
   bool m_down = false;      // the last attempt failed, or the connection was lost
   bool m_hurries = false;   // there is more to do at once

@@ -1,46 +1,48 @@
 #include "log4vrk/net/internal/LOGOutbox.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "log4vrk/core/LOGGuard.h"
 
-// Whether so many halves are in use.
-bool LOGOutbox::holds(std::size_t halves) const {
-  return m_events.size() >= MOST_EVENTS * halves / 2 || m_bytes >= MOST_BYTES * halves / 2;
+void LOGOutbox::use(std::unique_ptr<VRKMappedFile> file) {
+  m_path = file->path();
+  m_ring.use(std::move(file));
+  m_usable = true;
 }
 
-LOGOutbox::Result LOGOutbox::put(LOGEncodedEvent& event) {
+LOGOutbox::Result LOGOutbox::put(const LOGEncodedEvent& event) {
   {
     const LOGLeafGuard guard(m_mutex);
     if (m_closed) return CLOSED;
-    if (holds(2)) return FULL;
-    const bool wasEmpty = m_events.empty();
-    const bool wasHalfFull = holds(1);
-    const std::size_t size = event.text.size();
-    m_events.push_back(std::move(event));
-    m_events.back().sequence = ++m_sequence;
-    m_bytes += size;
-    ++inMemory;
-    if (!wasEmpty && (wasHalfFull || !holds(1))) return TAKEN;
+    const bool wasTaken = m_taken == m_ring.tail();
+    const std::uint64_t sequence = m_last.load(std::memory_order_relaxed) + 1;
+    if (!m_ring.put(event, sequence)) return FULL;
+    m_last.store(sequence, std::memory_order_release);
+    const bool wasHalfFull = std::exchange(m_wasHalfFull, m_ring.usesAtLeast(MOST_BYTES / 2));
+    if (!wasTaken && (wasHalfFull || !m_wasHalfFull)) return TAKEN;
   }
   m_wakeUp.wake();
   return TAKEN;
 }
 
-void LOGOutbox::takeAll(std::deque<LOGEncodedEvent>& events) {
+bool LOGOutbox::take() {
   const LOGLeafGuard guard(m_mutex);
-  events.swap(m_events);
-  m_bytes = 0;
+  m_taken = m_ring.tail();
+  return hasTaken();
 }
 
-bool LOGOutbox::isFull() {
-  const LOGLeafGuard guard(m_mutex);
-  return holds(2);
+void LOGOutbox::pass() {
+  m_ring.pass();
+  ++m_passed;
 }
 
-bool LOGOutbox::isHalfFull() {
-  const LOGLeafGuard guard(m_mutex);
-  return holds(1);
+void LOGOutbox::release(std::uint64_t before) {
+  const std::uint64_t last = std::min(before - 1, m_passed);
+  if (last <= m_released) return;
+  m_ring.release(before);
+  m_released = last;
+  moves = true;
 }
 
 void LOGOutbox::close(Clock::time_point farewellUntil) {
@@ -62,8 +64,18 @@ LOGOutbox::Clock::time_point LOGOutbox::farewellUntil() {
   return m_farewellUntil;
 }
 
-std::int64_t LOGOutbox::giveUp() {
-  const std::int64_t left = std::max<std::int64_t>(inMemory.exchange(0), 0);
-  dropped += static_cast<std::uint64_t>(left);
+// Log calls that come now find the queue closed, and look no further.
+void LOGOutbox::end() {
+  const LOGLeafGuard guard(m_mutex);
+  if (!m_closed || !m_usable) return;
+  if (m_ring.used() == 0) m_ring.file().remove();
+  m_ring.leave();
+  m_usable = false;
+}
+
+std::uint64_t LOGOutbox::giveUp() {
+  const std::uint64_t left = inMemory();
+  if (m_givenUp.exchange(true)) return 0;
+  if (!lasts()) dropped += left;
   return left;
 }
