@@ -20,11 +20,11 @@
 /// Failures: raises nothing. Without memory a field is left out.
 class LOG4VRK_EXPORT LOGFields {
  public:
-  enum Type : char { NONE, BOOLEAN, SIGNED, UNSIGNED, FLOATING, TEXT };
+  enum Type : char { NO_VALUE, BOOLEAN, SIGNED, UNSIGNED, FLOATING, TEXT };
 
   struct LOG4VRK_EXPORT Field {
     std::string_view name, value;
-    Type type = NONE;
+    Type type = NO_VALUE;
 
     std::int64_t integer() const;  // of SIGNED, UNSIGNED and BOOLEAN
     double floating() const;
@@ -74,10 +74,10 @@ class LOG4VRK_EXPORT LOGFields {
     } else if constexpr (std::is_floating_point_v<Value>) {
       addFloating(name, value);
     } else if constexpr (std::is_null_pointer_v<Value>) {
-      put(name, NONE, {});
+      put(name, NO_VALUE, {});
     } else if constexpr (std::is_convertible_v<const Value&, const char*>) {
       const char* const text = value;
-      put(name, text != nullptr ? TEXT : NONE, logTextOf(text));
+      put(name, text != nullptr ? TEXT : NO_VALUE, logTextOf(text));
     } else if constexpr (std::is_convertible_v<const Value&, std::string_view>) {
       put(name, TEXT, std::string_view(value));
     } else {
