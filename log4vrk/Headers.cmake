@@ -105,6 +105,7 @@ set(LOG4VRK_HEADERS
   # appenders
   appenders/LOGAsyncAppender.h
   appenders/LOGBoundedFIFO.h
+  appenders/LOGColorConsoleAppender.h
   appenders/LOGConsoleAppender.h
   appenders/LOGCountingQuietWriter.h
   appenders/LOGDenyAllFilter.h

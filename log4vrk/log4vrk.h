@@ -6,6 +6,7 @@
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
+#include "log4vrk/appenders/LOGColorConsoleAppender.h"
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGCountingQuietWriter.h"
 #include "log4vrk/appenders/LOGDenyAllFilter.h"

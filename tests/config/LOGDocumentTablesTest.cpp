@@ -34,6 +34,12 @@ TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
   expect("LOGTTCCLayout", "DateFormat", LOGTTCCLayout().getDateFormat());
   expect("LOGPatternLayout", "ConversionPattern", LOGPatternLayout().getConversionPattern());
   expect("LOGHTMLLayout", "Title", LOGHTMLLayout().getTitle());
+  const LOGColorConsoleAppender console;
+  expect("LOGColorConsoleAppender", "Target", console.getTarget());
+  expect("LOGColorConsoleAppender", "Colors", console.getColors());
+  expect("LOGColorConsoleAppender", "Prefix", console.getPrefix());
+  expect("LOGColorConsoleAppender", "DebugColor", console.getColor(*LOGLevel::DEBUG_OBJ));
+  expect("LOGColorConsoleAppender", "FatalColor", console.getColor(*LOGLevel::FATAL_OBJ));
 }
 
 TEST(DocumentTables, AreDescribedInTheDocumentsAndInTheSchema) {

@@ -248,7 +248,7 @@ void LOGAppenderRules::checkLayout(const Appender& appender, const Part& layout)
     }
   }
   const std::string pattern = layout.value("ConversionPattern");
-  const bool isLine = appender.isFile() || appender.is("LOGConsoleAppender");
+  const bool isLine = appender.isFile() || appender.is("LOGConsoleAppender") || appender.is("LOGColorConsoleAppender");
   if (layout.is("LOGPatternLayout") && isLine && !hasItem(pattern, "n") && pattern.find('\n') == pattern.npos) {
     add(WARNING, "pattern-without-line-end", layout, where, pattern, "lines end only where the pattern has %n");
   }
