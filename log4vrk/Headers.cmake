@@ -116,6 +116,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGLevelRangeFilter.h
   appenders/LOGOnlyOnceErrorHandler.h
   appenders/LOGQuietWriter.h
+  appenders/LOGRateLimitFilter.h
   appenders/LOGRollingFileAppender.h
   appenders/LOGStringMatchFilter.h
   appenders/LOGWriter.h

@@ -17,6 +17,7 @@
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
 #include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
+#include "log4vrk/appenders/LOGRateLimitFilter.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "log4vrk/appenders/LOGStringMatchFilter.h"
 #include "log4vrk/appenders/LOGWriter.h"

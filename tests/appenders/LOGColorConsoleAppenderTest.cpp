@@ -1,8 +1,6 @@
 #include <fcntl.h>
 #include <poll.h>
 
-#include <thread>
-
 #include "tests/appenders/AppenderFixture.h"
 
 namespace {

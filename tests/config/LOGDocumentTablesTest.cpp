@@ -34,6 +34,8 @@ TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
   expect("LOGTTCCLayout", "DateFormat", LOGTTCCLayout().getDateFormat());
   expect("LOGPatternLayout", "ConversionPattern", LOGPatternLayout().getConversionPattern());
   expect("LOGHTMLLayout", "Title", LOGHTMLLayout().getTitle());
+  expect("LOGRateLimitFilter", "MaxEvents", number(LOGRateLimitFilter().getMaxEvents()));
+  expect("LOGRateLimitFilter", "Seconds", number(LOGRateLimitFilter().getSeconds()));
   const LOGColorConsoleAppender console;
   expect("LOGColorConsoleAppender", "Target", console.getTarget());
   expect("LOGColorConsoleAppender", "Colors", console.getColors());

@@ -263,8 +263,10 @@ void LOGAppenderRules::checkFilters(const Appender& appender, bool isSilent) {
           "there is no such class; events that come to the filter are denied", nearestClass(filter, Tables::filters()));
     }
     checkParameters(filter, where);
-    const bool counts = std::any_of(filter.parameters.begin(), filter.parameters.end(),
-                                    [](const Parameter& each) { return each.counts(); });
+    const bool counts = filter.is("LOGRateLimitFilter")
+                            ? filter.has("MaxEvents")
+                            : std::any_of(filter.parameters.begin(), filter.parameters.end(),
+                                          [](const Parameter& each) { return each.counts(); });
     if (filter.isKnown && !counts && !filter.is("LOGDenyAllFilter")) {
       add(WARNING, "filter-without-effect", filter, where, classText(filter),
           "without its parameter it decides nothing");

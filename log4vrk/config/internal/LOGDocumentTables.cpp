@@ -10,6 +10,7 @@
 #include "log4vrk/appenders/LOGDurableAsyncAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
+#include "log4vrk/appenders/LOGRateLimitFilter.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "log4vrk/appenders/LOGStringMatchFilter.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
@@ -135,6 +136,12 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
        &LOGColorConsoleAppender::isColor},
       {"LOGColorConsoleAppender", "FatalColor", EXACT, TEXT, "bold red", COLOR_EFFECT, &setColor<&LOGLevel::FATAL_OBJ>,
        "", &LOGColorConsoleAppender::isColor},
+      {"LOGRateLimitFilter", "MaxEvents", EXACT, NUMBER, "0", "events that pass in a period; with 0 all do",
+       [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setMaxEvents(integer(v)); }},
+      {"LOGRateLimitFilter", "Seconds", EXACT, NUMBER, "1", "how long a period is",
+       [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setSeconds(integer(v)); }},
+      {"LOGRateLimitFilter", "Level", EXACT, LEVEL, "", "events of higher levels pass and are not counted",
+       [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setLevel(LOGLevel::toLevel(v)); }},
   });
   return table;
 }
@@ -230,6 +237,7 @@ const std::vector<LOGDocumentTables::Class<LOGFilter>>& LOGDocumentTables::filte
       {"LOGLevelMatchFilter", &make<LOGFilter, LOGLevelMatchFilter>},
       {"LOGStringMatchFilter", &make<LOGFilter, LOGStringMatchFilter>},
       {"LOGDenyAllFilter", &make<LOGFilter, LOGDenyAllFilter>},
+      {"LOGRateLimitFilter", &make<LOGFilter, LOGRateLimitFilter>},
   });
   return table;
 }

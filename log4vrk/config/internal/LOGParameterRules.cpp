@@ -83,6 +83,8 @@ void LOGAppenderRules::checkNumber(const Parameter& parameter, const std::string
     addOf(WARNING, "many-backups", parameter, where, "a roll-over renames as many files, which takes long");
   } else if (name == "BufferSize" && (number <= 0 || static_cast<int>(number) != number)) {
     addOf(FAULT, "queue-size", parameter, where, "the queue has no room: every event is dropped");
+  } else if ((name == "MaxEvents" || name == "Seconds") && number <= 0) {
+    addOf(WARNING, "filter-without-effect", parameter, where, "it has to be 1 or more; the filter limits nothing");
   } else if (!LOGFindings::isNumber(parameter.value)) {
     addOf(WARNING, "number-value", parameter, where, "it is taken for " + std::to_string(number),
           std::to_string(number));
