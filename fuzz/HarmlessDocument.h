@@ -21,8 +21,8 @@ inline constexpr char NO_SUCH_FILE[] = "/proc/no-such-directory/log";
 inline constexpr char NOBODY[] = "255.255.255.255";
 
 inline bool staysInside(const I18NString& appenderClass) {
-  for (const char* name : {"ConsoleAppender", "FileAppender", "RollingFileAppender", "TimeRollingFileAppender",
-                           "SyslogAppender", "LocalUDPAppender", "LogLocalUDPAppender"}) {
+  for (const char* name : {"ConsoleAppender", "ColorConsoleAppender", "FileAppender", "RollingFileAppender",
+                           "TimeRollingFileAppender", "SyslogAppender", "LocalUDPAppender", "LogLocalUDPAppender"}) {
     if (LOGDOMConfigurator::subst(appenderClass) == name) return true;
   }
   return false;

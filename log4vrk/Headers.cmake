@@ -109,6 +109,7 @@ set(LOG4VRK_HEADERS
   # appenders
   appenders/LOGAsyncAppender.h
   appenders/LOGBoundedFIFO.h
+  appenders/LOGColorConsoleAppender.h
   appenders/LOGConsoleAppender.h
   appenders/LOGCountingQuietWriter.h
   appenders/LOGDenyAllFilter.h
@@ -119,6 +120,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGLevelRangeFilter.h
   appenders/LOGOnlyOnceErrorHandler.h
   appenders/LOGQuietWriter.h
+  appenders/LOGRateLimitFilter.h
   appenders/LOGRollingFileAppender.h
   appenders/LOGStringMatchFilter.h
   appenders/LOGTimeRollingFileAppender.h

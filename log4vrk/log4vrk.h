@@ -6,6 +6,7 @@
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGBoundedFIFO.h"
+#include "log4vrk/appenders/LOGColorConsoleAppender.h"
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGCountingQuietWriter.h"
 #include "log4vrk/appenders/LOGDenyAllFilter.h"
@@ -16,6 +17,7 @@
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
 #include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
 #include "log4vrk/appenders/LOGQuietWriter.h"
+#include "log4vrk/appenders/LOGRateLimitFilter.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "log4vrk/appenders/LOGStringMatchFilter.h"
 #include "log4vrk/appenders/LOGTimeRollingFileAppender.h"

@@ -36,6 +36,8 @@ class LOG4VRK_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   virtual void setQWForFiles() VRK_REQUIRES(m_critSection);
 
  private:
+  friend class LOGColorConsoleAppender;
+
   LOG4VRK_HIDDEN static const LOGAppenderInternals INTERNALS;
 
   /// Writes a line that has been formatted.

@@ -5,6 +5,7 @@
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGHashtable.h"
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
+#include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGAppenderLists.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGThreadState.h"
@@ -147,6 +148,7 @@ void LOGAppenderLists::closeAll(const Snapshot& appenders) {
   std::exception_ptr failure;
   for (const Attached& attached : in(appenders.get())) {
     try {
+      LOGAppenderInternals::appendLastNotices(*attached.appender);
       attached.appender->close();
     }
     VRK_RETHROW_FORCED_UNWIND

@@ -7,6 +7,7 @@
 #include "log4vrk/core/internal/LOGAppenderBundle.h"
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGFilterInternals.h"
 
 const LOGFailureTexts LOGAppenderSkeleton::APPEND_FAILURES = {
     "LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
@@ -91,7 +92,9 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
     const LOGAppenderInternals* const internals = LOGAppenderInternals::ofWhole(*this);
     if (internals == nullptr || !internals->appendsWithoutLock) {
       const LOGGuard guard(*this);
-      if (admits(event, getFilter())) append(event);
+      if (!admits(event, getFilter())) return;
+      appendNotices(false);
+      append(event);
       return;
     }
     // An appender that locks for itself still asks its filters under the lock, as their contract says. Whether there
@@ -102,7 +105,35 @@ void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
     } else if (!admits(event, nullptr)) {
       return;
     }
+    appendNotices(false);
     append(event);
+  });
+}
+
+// The lock is held for the filters alone where the appender locks for itself.
+void LOGAppenderSkeleton::appendNotices(bool isLast) {
+  for (LOGFilter* filter = getFilter(); filter != nullptr; filter = filter->getNext()) {
+    const LOGFilterInternals* const internals = LOGFilterInternals::of(*filter);
+    if (internals == nullptr) continue;
+    std::unique_ptr<LOGLoggingEvent> notice;
+    {
+      const LOGGuard guard(*this);
+      notice = internals->takeNotice(*filter, isLast);
+    }
+    if (notice) append(notice.get());
+  }
+}
+
+void LOGAppenderSkeleton::appendLastNotices() {
+  if (getClosed() == 1 || getFilter() == nullptr) return;
+  logContainAll(APPEND_FAILURES, [&] {
+    const LOGAppenderInternals* const internals = LOGAppenderInternals::ofWhole(*this);
+    if (internals != nullptr && internals->appendsWithoutLock) {
+      appendNotices(true);
+    } else {
+      const LOGGuard guard(*this);
+      appendNotices(true);
+    }
   });
 }
 
@@ -193,7 +224,9 @@ LOGAppenderSkeleton* LOGAppenderSkeleton::clone() const {
 }
 
 void LOGAppenderSkeleton::finalize() {
-  if (getClosed() != 1) close();
+  if (getClosed() == 1) return;
+  appendLastNotices();
+  close();
 }
 
 bool LOGAppenderSkeleton::operator==(const LOGObject& other) const {

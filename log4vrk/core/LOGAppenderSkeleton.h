@@ -95,6 +95,10 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   /// Keeps the handler alive while it is compared, though another thread may replace it.
   LOG4VRK_HIDDEN std::shared_ptr<LOGErrorHandler> errorHandlerShare() const;
   LOG4VRK_HIDDEN bool admits(LOGLoggingEvent* event, LOGFilter* filter) const;
+  /// Appends what the filters have to say about events that they denied.
+  LOG4VRK_HIDDEN void appendNotices(bool isLast);
+  /// The last of it, before the appender is closed. Raises nothing.
+  LOG4VRK_HIDDEN void appendLastNotices();
   LOG4VRK_HIDDEN static bool isAccepted(LOGLoggingEvent* event, LOGFilter* filter);
   LOG4VRK_HIDDEN void copyFrom(const LOGAppenderSkeleton& other);
 

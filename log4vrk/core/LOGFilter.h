@@ -9,6 +9,7 @@
 #include "log4vrk/platform/VRKExport.h"
 
 class LOGLoggingEvent;
+struct LOGFilterInternals;
 
 /// A link of an appender's filter chain.
 ///
@@ -41,5 +42,8 @@ class LOG4VRK_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
   LOGFilter(const LOGFilter& other);
 
  private:
-  std::atomic<LOGFilter*> m_next{nullptr};  // atomic, because getNext() takes no lock
+  friend struct LOGFilterInternals;
+
+  const LOGFilterInternals* m_internals = nullptr;  // constant once it is constructed
+  std::atomic<LOGFilter*> m_next{nullptr};          // atomic, because getNext() takes no lock
 };

@@ -249,6 +249,20 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"E port-range", "$X(a=TCPSocketAppender)$P(remotehost=127.0.0.1)$P(PORT=0)$E$R"},
     {"W boolean-value W number-value",
      "$X(a=TCPSocketAppender)$P(RemoteHost=127.0.0.1)$P(Secure=no)$P(ReconnectionDelay=1s)$E$R"},
+    // The console in colours.
+    {"", "$X(a=ColorConsoleAppender)$L@$E$R",
+     "$P(Target=ERR)$P(Colors=Never)$P(Prefix=SD-Daemon)|$P(WarnColor=Bold bright-red)$P(InfoColor=38;5;208)"},
+    {"W value-unknown", "$X(a=ColorConsoleAppender)$L@$E$R",
+     "$P(Target=stderr)|$P(Colors=yes)|$P(Prefix=syslog)|$P(FatalColor=bold,red)|$P(DebugColor=bright-dim)"},
+    {"E layout-missing W param-case", "$X(a=ColorConsoleAppender)$P(colors=auto)$E$R"},
+    // Rates.
+    {"", "$W$F$L<filter class='RateLimitFilter'>$P(MaxEvents=1)$P(Seconds=60)$P(Level=info)</filter>$E$R"},
+    {"W filter-without-effect", "$W$F$L<filter class='RateLimitFilter'>@</filter>$E$R",
+     "|$P(Seconds=5)|$P(MaxEvents=many)|$P(MaxEvents=-1)|$P(MaxEvents=5)$P(Seconds=0)"},
+    {"W number-value W filter-level-unknown",
+     "$W$F$L<filter class='RateLimitFilter'>$P(MaxEvents=5k)$P(Level=trace)</filter>$E$R"},
+    {"W pattern-without-line-end",
+     "$X(a=ColorConsoleAppender)<layout class='PatternLayout'>$P(ConversionPattern=%m)</layout>$E$R"},
 };
 
 /// The findings and the text of every document of the table.

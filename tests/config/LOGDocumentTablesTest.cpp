@@ -39,6 +39,14 @@ TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
   expect("LOGTTCCLayout", "DateFormat", LOGTTCCLayout().getDateFormat());
   expect("LOGPatternLayout", "ConversionPattern", LOGPatternLayout().getConversionPattern());
   expect("LOGHTMLLayout", "Title", LOGHTMLLayout().getTitle());
+  expect("LOGRateLimitFilter", "MaxEvents", number(LOGRateLimitFilter().getMaxEvents()));
+  expect("LOGRateLimitFilter", "Seconds", number(LOGRateLimitFilter().getSeconds()));
+  const LOGColorConsoleAppender console;
+  expect("LOGColorConsoleAppender", "Target", console.getTarget());
+  expect("LOGColorConsoleAppender", "Colors", console.getColors());
+  expect("LOGColorConsoleAppender", "Prefix", console.getPrefix());
+  expect("LOGColorConsoleAppender", "DebugColor", console.getColor(*LOGLevel::DEBUG_OBJ));
+  expect("LOGColorConsoleAppender", "FatalColor", console.getColor(*LOGLevel::FATAL_OBJ));
 }
 
 TEST(DocumentTables, AreDescribedInTheDocumentsAndInTheSchema) {

@@ -285,7 +285,7 @@ void LOGAppenderRules::checkLayout(const Appender& appender, const Part& layout)
     }
   }
   const std::string pattern = layout.value("ConversionPattern");
-  const bool isLine = appender.isFile() || appender.is("LOGConsoleAppender");
+  const bool isLine = appender.isFile() || appender.is("LOGConsoleAppender") || appender.is("LOGColorConsoleAppender");
   if (layout.is("LOGPatternLayout") && isLine && !hasItem(pattern, "n") && pattern.find('\n') == pattern.npos) {
     add(WARNING, "pattern-without-line-end", layout, where, pattern, "lines end only where the pattern has %n");
   }
@@ -300,8 +300,10 @@ void LOGAppenderRules::checkFilters(const Appender& appender, bool isSilent) {
           "there is no such class; events that come to the filter are denied", nearestClass(filter, Tables::filters()));
     }
     checkParameters(filter, where);
-    const bool counts = std::any_of(filter.parameters.begin(), filter.parameters.end(),
-                                    [](const Parameter& each) { return each.counts(); });
+    const bool counts = filter.is("LOGRateLimitFilter")
+                            ? filter.has("MaxEvents")
+                            : std::any_of(filter.parameters.begin(), filter.parameters.end(),
+                                          [](const Parameter& each) { return each.counts(); });
     if (filter.isKnown && !counts && !filter.is("LOGDenyAllFilter")) {
       add(WARNING, "filter-without-effect", filter, where, classText(filter),
           "without its parameter it decides nothing");

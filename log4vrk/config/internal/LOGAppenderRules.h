@@ -28,6 +28,7 @@ class LOGAppenderRules {
   void checkBoolean(const Parameter& parameter, const std::string& where);
   void checkNumber(const Parameter& parameter, const std::string& where);
   void checkLevel(const Parameter& parameter, const std::string& where);
+  void checkText(const Parameter& parameter, const std::string& where);
   void checkFile(const Appender& appender);
   void checkRolling(const Appender& appender);
   void checkTimeRolling(const Appender& appender);

@@ -4,11 +4,13 @@
 #include <cstdlib>
 
 #include "log4vrk/appenders/LOGAsyncAppender.h"
+#include "log4vrk/appenders/LOGColorConsoleAppender.h"
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGDenyAllFilter.h"
 #include "log4vrk/appenders/LOGDurableAsyncAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
+#include "log4vrk/appenders/LOGRateLimitFilter.h"
 #include "log4vrk/appenders/LOGRollingFileAppender.h"
 #include "log4vrk/appenders/LOGStringMatchFilter.h"
 #include "log4vrk/appenders/LOGTimeRollingFileAppender.h"
@@ -51,6 +53,12 @@ void setAppend(LOGObject& target, const I18NString& value) { as<LOGFileAppender>
 constexpr char FILE_EFFECT[] = "the file to write to, which is created; its directory is not";
 constexpr char APPEND_EFFECT[] = "false empties the file whenever the appender is made";
 constexpr char LOCATION_EFFECT[] = "prints the place of the log call";
+constexpr char COLOR_EFFECT[] = "the colour of the level";
+
+template <LOGLevel* const* level>
+void setColor(LOGObject& target, const I18NString& value) {
+  as<LOGColorConsoleAppender>(target).setColor(**level, value);
+}
 
 }  // namespace
 
@@ -162,6 +170,29 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
        [](LOGObject& t, const I18NString& v) { as<LOGHTMLLayout>(t).setTitle(v); }},
       {"LOGHTMLLayout", "LocationInfo", EXACT, BOOLEAN, "false", LOCATION_EFFECT,
        [](LOGObject& t, const I18NString& v) { as<LOGHTMLLayout>(t).setLocationInfo(boolean(v)); }},
+      {"LOGColorConsoleAppender", "Target", EXACT, TEXT, "out", "the stream: out or err",
+       [](LOGObject& t, const I18NString& v) { as<LOGColorConsoleAppender>(t).setTarget(v); }, "out|err"},
+      {"LOGColorConsoleAppender", "Colors", EXACT, TEXT, "auto", "auto: on a terminal that wants them; always; never",
+       [](LOGObject& t, const I18NString& v) { as<LOGColorConsoleAppender>(t).setColors(v); }, "auto|always|never"},
+      {"LOGColorConsoleAppender", "Prefix", EXACT, TEXT, "none",
+       "sd-daemon: each line begins with its severity for the journal",
+       [](LOGObject& t, const I18NString& v) { as<LOGColorConsoleAppender>(t).setPrefix(v); }, "none|sd-daemon"},
+      {"LOGColorConsoleAppender", "DebugColor", EXACT, TEXT, "dim", COLOR_EFFECT, &setColor<&LOGLevel::DEBUG_OBJ>, "",
+       &LOGColorConsoleAppender::isColor},
+      {"LOGColorConsoleAppender", "InfoColor", EXACT, TEXT, "none", COLOR_EFFECT, &setColor<&LOGLevel::INFO_OBJ>, "",
+       &LOGColorConsoleAppender::isColor},
+      {"LOGColorConsoleAppender", "WarnColor", EXACT, TEXT, "yellow", COLOR_EFFECT, &setColor<&LOGLevel::WARN_OBJ>, "",
+       &LOGColorConsoleAppender::isColor},
+      {"LOGColorConsoleAppender", "ErrorColor", EXACT, TEXT, "red", COLOR_EFFECT, &setColor<&LOGLevel::ERROR_OBJ>, "",
+       &LOGColorConsoleAppender::isColor},
+      {"LOGColorConsoleAppender", "FatalColor", EXACT, TEXT, "bold red", COLOR_EFFECT, &setColor<&LOGLevel::FATAL_OBJ>,
+       "", &LOGColorConsoleAppender::isColor},
+      {"LOGRateLimitFilter", "MaxEvents", EXACT, NUMBER, "0", "events that pass in a period; with 0 all do",
+       [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setMaxEvents(integer(v)); }},
+      {"LOGRateLimitFilter", "Seconds", EXACT, NUMBER, "1", "how long a period is",
+       [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setSeconds(integer(v)); }},
+      {"LOGRateLimitFilter", "Level", EXACT, LEVEL, "", "events of higher levels pass and are not counted",
+       [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setLevel(LOGLevel::toLevel(v)); }},
   });
   return table;
 }
@@ -234,6 +265,7 @@ const std::vector<LOGDocumentTables::Class<LOGAppenderSkeleton>>& LOGDocumentTab
       {"LOGTCPSocketAppender", &make<LOGAppenderSkeleton, LOGTCPSocketAppender>},
       {"LOGSyslogAppender", &make<LOGAppenderSkeleton, LOGSyslogAppender>},
       {"LOGLocalUDPAppender", &make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
+      {"LOGColorConsoleAppender", &make<LOGAppenderSkeleton, LOGColorConsoleAppender>},
   });
   return table;
 }
@@ -258,6 +290,7 @@ const std::vector<LOGDocumentTables::Class<LOGFilter>>& LOGDocumentTables::filte
       {"LOGLevelMatchFilter", &make<LOGFilter, LOGLevelMatchFilter>},
       {"LOGStringMatchFilter", &make<LOGFilter, LOGStringMatchFilter>},
       {"LOGDenyAllFilter", &make<LOGFilter, LOGDenyAllFilter>},
+      {"LOGRateLimitFilter", &make<LOGFilter, LOGRateLimitFilter>},
   });
   return table;
 }

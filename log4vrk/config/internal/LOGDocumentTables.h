@@ -30,6 +30,8 @@ class LOGDocumentTables {
     const char* defaultValue;  // as it would be written; empty: there is none
     const char* effect;        // for people
     void (*set)(LOGObject& target, const I18NString& value);
+    const char* values = "";                           // all that there are, with | between them; in any case
+    bool (*takes)(const I18NString& value) = nullptr;  // where they are too many to name; null: any
   };
 
   /// One that may be named in a document.

@@ -74,7 +74,9 @@ std::size_t LOGEventTrial::decide(const Filters& filters, LOGLevel* level, const
   event.setRenderedMessage(message);
   isDenied = false;
   for (std::size_t i = 0; i < filters.size(); ++i) {
-    const int decision = filters[i]->decide(&event);
+    // A copy, so that a filter that counts finds each event the first.
+    const std::unique_ptr<LOGFilter> fresh(filters[i]->clone());
+    const int decision = fresh->decide(&event);
     if (decision == LOGFilter::m_NEUTRAL) continue;
     isDenied = decision == LOGFilter::m_DENY;
     return i;

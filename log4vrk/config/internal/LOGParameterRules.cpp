@@ -1,5 +1,8 @@
 // The part of LOGAppenderRules that is about parameters.
 
+#include <algorithm>
+#include <sstream>
+
 #include "log4vrk/config/internal/LOGAppenderRules.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGOptionConverter.h"
@@ -43,7 +46,7 @@ void LOGAppenderRules::checkParameter(const Part& part, const Parameter& paramet
     case Tables::LEVEL:
       return checkLevel(parameter, where);
     case Tables::TEXT:
-      break;
+      return checkText(parameter, where);
   }
 }
 
@@ -80,6 +83,8 @@ void LOGAppenderRules::checkNumber(const Parameter& parameter, const std::string
     addOf(WARNING, "many-backups", parameter, where, "a roll-over renames as many files, which takes long");
   } else if (name == "BufferSize" && (number <= 0 || static_cast<int>(number) != number)) {
     addOf(FAULT, "queue-size", parameter, where, "the queue has no room: every event is dropped");
+  } else if ((name == "MaxEvents" || name == "Seconds") && number <= 0) {
+    addOf(WARNING, "filter-without-effect", parameter, where, "it has to be 1 or more; the filter limits nothing");
   } else if (!LOGFindings::isNumber(parameter.value)) {
     addOf(WARNING, "number-value", parameter, where, "it is taken for " + std::to_string(number),
           std::to_string(number));
@@ -99,4 +104,18 @@ void LOGAppenderRules::checkLevel(const Parameter& parameter, const std::string&
                                                       "are dropped"
                                                     : "there is no such level; DEBUG is taken";
   addOf(WARNING, "filter-level-unknown", parameter, where, effect, logNearest(parameter.value, Tables::levelNames()));
+}
+
+void LOGAppenderRules::checkText(const Parameter& parameter, const std::string& where) {
+  const I18NString value(parameter.value);
+  std::vector<std::string> values;
+  std::istringstream all(parameter.known->values);
+  for (std::string one; std::getline(all, one, '|');) values.push_back(one);
+  const bool isAny = values.empty() && parameter.known->takes == nullptr;
+  const bool isOne = std::any_of(values.begin(), values.end(), [&](const std::string& each) {
+    return vrkEqualIgnoringCase(value, I18NString(each));
+  });
+  if (isAny || isOne || (parameter.known->takes != nullptr && parameter.known->takes(value))) return;
+  addOf(WARNING, "value-unknown", parameter, where, "it is not understood; the setting stays as it was",
+        logNearest(parameter.value, values));
 }

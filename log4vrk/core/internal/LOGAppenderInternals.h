@@ -47,6 +47,8 @@ struct LOGAppenderInternals {
     return internals != nullptr && typeid(appender) == *internals->type ? internals : nullptr;
   }
 
+  /// Before an appender is closed: what its filters have left to say goes to it.
+  static void appendLastNotices(LOGAppenderSkeleton& appender) { appender.appendLastNotices(); }
   static void drainAll(const LOGAppenderList& list);
   /// appendFast() of an appender that writes lines: `writeLine(line)` runs under the appender's lock. Defined in
   /// LOGAppendLine.h.
