@@ -5,14 +5,12 @@
 #include <string>
 #include <string_view>
 
-#include "log4vrk/platform/VRKExport.h"
-
 /// Sends entries to the journal, each as one datagram, or in a sealed file in memory when it is too large for one.
 ///
 /// Thread safety: not thread-safe; the caller holds the lock of the socket's owner. A forked child may go on sending.
 /// Ownership: the descriptor is this object's, and is closed by an exec.
 /// Errors: operations return an errno value, 0 when they succeed; none is raised.
-class LOG4VRK_EXPORT VRKJournalSocket {
+class VRKJournalSocket {
  public:
   VRKJournalSocket() = default;
   ~VRKJournalSocket() { close(); }
@@ -26,8 +24,8 @@ class LOG4VRK_EXPORT VRKJournalSocket {
   void close();
 
  private:
-  LOG4VRK_HIDDEN int sendOnce(const std::string& path, std::string_view entry, int file) const;
-  LOG4VRK_HIDDEN int sendInFile(const std::string& path, std::string_view entry) const;
+  int sendOnce(const std::string& path, std::string_view entry, int file) const;
+  int sendInFile(const std::string& path, std::string_view entry) const;
 
   int m_descriptor = -1;
   bool m_isStuck = false;  // it has been waited for in vain
