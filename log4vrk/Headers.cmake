@@ -40,6 +40,7 @@ set(LOG4VRK_HEADERS
   platform/internal/I18NUtf8Buffer.h
   platform/internal/VRKDatagramSocket.h
   platform/internal/VRKFault.h
+  platform/internal/VRKJournalSocket.h
   platform/internal/VRKMutex.h
   platform/internal/VRKThreadSafety.h
 
@@ -129,6 +130,7 @@ set(LOG4VRK_HEADERS
   appenders/internal/LOGQueueProgress.h
 
   # net
+  net/LOGJournalAppender.h
   net/LOGLocalUDPAppender.h
   net/LOGSyslogAppender.h
   net/LOGSyslogQuietWriter.h

@@ -79,6 +79,7 @@
 #include "log4vrk/layouts/LOGTTCCLayout.h"
 #include "log4vrk/layouts/LOGTimeZone.h"
 #include "log4vrk/layouts/LOGXMLLayout.h"
+#include "log4vrk/net/LOGJournalAppender.h"
 #include "log4vrk/net/LOGLocalUDPAppender.h"
 #include "log4vrk/net/LOGSyslogAppender.h"
 #include "log4vrk/net/LOGSyslogQuietWriter.h"

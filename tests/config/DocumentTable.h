@@ -255,6 +255,11 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"W value-unknown", "$X(a=ColorConsoleAppender)$L@$E$R",
      "$P(Target=stderr)|$P(Colors=yes)|$P(Prefix=syslog)|$P(FatalColor=bold,red)|$P(DebugColor=bright-dim)"},
     {"E layout-missing W param-case", "$X(a=ColorConsoleAppender)$P(colors=auto)$E$R"},
+    // The journal.
+    {"W journal-missing W param-case W param-empty",
+     "$X(a=JournalAppender)$P(Socket=~/s)$P(identifier=x)$P(Identifier=)$E$R"},
+    {"W journal-missing W socket-path", "$X(a=JournalAppender)$L$P(Socket=journal/socket)$E$R"},
+    {"W journal-missing E socket-path", "$X(a=JournalAppender)<param name='Socket' value='/$N'/>$E$R"},
     // Rates.
     {"", "$W$F$L<filter class='RateLimitFilter'>$P(MaxEvents=1)$P(Seconds=60)$P(Level=info)</filter>$E$R"},
     {"W filter-without-effect", "$W$F$L<filter class='RateLimitFilter'>@</filter>$E$R",

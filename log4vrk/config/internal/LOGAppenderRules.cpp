@@ -21,6 +21,8 @@ namespace {
 
 constexpr LOGFinding::Severity NOTE = LOGFinding::NOTE, WARNING = LOGFinding::WARNING, FAULT = LOGFinding::FAULT;
 
+constexpr std::size_t LONGEST_SOCKET = 107;  // the path of a socket, in bytes: the system has room for no more
+
 // Names as documents write them: without the prefix that the reader puts in front.
 template <typename Base>
 std::vector<std::string> namesOf(const std::vector<Tables::Class<Base>>& classes) {
@@ -78,6 +80,7 @@ void LOGAppenderRules::check() {
     if (appender.is("LOGTimeRollingFileAppender")) checkTimeRolling(appender);
     if (appender.isAsync()) checkAsync(appender);
     if (appender.is("LOGSyslogAppender")) checkSyslog(appender);
+    if (appender.is("LOGJournalAppender")) checkSocket(appender);
     if (appender.is("LOGLocalUDPAppender") || appender.is("LOGTCPSocketAppender")) checkPort(appender, "Port");
     checkLayouts(appender);
     checkFilters(appender, (trial.reaching(appender) & trial.passing(appender)) == 0);
@@ -237,10 +240,22 @@ void LOGAppenderRules::checkPort(const Appender& appender, const char* parameter
       "messages without a renderer of their class arrive without their text");
 }
 
+void LOGAppenderRules::checkSocket(const Appender& appender) {
+  const Parameter* const socket = appender.find("Socket");
+  if (socket == nullptr) return;
+  const std::string where = LOGFindings::appender(appender);
+  if (socket->value.size() > LONGEST_SOCKET) {
+    addOf(FAULT, "socket-path", *socket, where,
+          "the path has more than " + std::to_string(LONGEST_SOCKET) + " bytes; nothing is sent");
+  } else if (socket->value[0] != '/') {
+    addOf(WARNING, "socket-path", *socket, where, "the path starts at the program's working directory");
+  }
+}
+
 void LOGAppenderRules::checkLayouts(const Appender& appender) {
   const std::string where = LOGFindings::appender(appender);
   const bool isUnused = appender.isAsync() || appender.is("LOGLocalUDPAppender");
-  const bool isNeeded = !isUnused && !appender.is("LOGTCPSocketAppender");
+  const bool isNeeded = !isUnused && !appender.is("LOGTCPSocketAppender") && !appender.is("LOGJournalAppender");
   if (appender.layouts.empty()) {
     if (isNeeded) add(FAULT, "layout-missing", appender, where, "", "without a layout nothing is written");
     return;

@@ -36,6 +36,7 @@ class LOGAppenderRules {
   void checkNamesBehindQueue(const Appender& queue, const Appender& appender);
   void checkSyslog(const Appender& appender);
   void checkPort(const Appender& appender, const char* parameter);
+  void checkSocket(const Appender& appender);
   void checkLayouts(const Appender& appender);
   void checkLayout(const Appender& appender, const Part& layout);
   void checkFilters(const Appender& appender, bool isSilent);

@@ -21,6 +21,7 @@
 #include "log4vrk/layouts/LOGPatternLayout.h"
 #include "log4vrk/layouts/LOGTTCCLayout.h"
 #include "log4vrk/layouts/LOGXMLLayout.h"
+#include "log4vrk/net/LOGJournalAppender.h"
 #include "log4vrk/net/LOGLocalUDPAppender.h"
 #include "log4vrk/net/LOGSyslogAppender.h"
 #include "log4vrk/net/LOGTCPSocketAppender.h"
@@ -193,6 +194,11 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
        [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setSeconds(integer(v)); }},
       {"LOGRateLimitFilter", "Level", EXACT, LEVEL, "", "events of higher levels pass and are not counted",
        [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setLevel(LOGLevel::toLevel(v)); }},
+      {"LOGJournalAppender", "Identifier", EXACT, TEXT, "", "what the journal calls the program; its name unless given",
+       [](LOGObject& t, const I18NString& v) { as<LOGJournalAppender>(t).setIdentifier(v); }},
+      {"LOGJournalAppender", "Socket", EXACT, TEXT, LOGJournalAppender::DEFAULT_SOCKET,
+       "the path of the journal's socket",
+       [](LOGObject& t, const I18NString& v) { as<LOGJournalAppender>(t).setSocket(v); }},
   });
   return table;
 }
@@ -266,6 +272,7 @@ const std::vector<LOGDocumentTables::Class<LOGAppenderSkeleton>>& LOGDocumentTab
       {"LOGSyslogAppender", &make<LOGAppenderSkeleton, LOGSyslogAppender>},
       {"LOGLocalUDPAppender", &make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
       {"LOGColorConsoleAppender", &make<LOGAppenderSkeleton, LOGColorConsoleAppender>},
+      {"LOGJournalAppender", &make<LOGAppenderSkeleton, LOGJournalAppender>},
   });
   return table;
 }

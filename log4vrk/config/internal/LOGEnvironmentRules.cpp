@@ -64,6 +64,7 @@ void LOGEnvironmentRules::check(bool connect) {
     if (!each->isReferred || !each->isKnown) continue;
     if (each->isFile() && !each->value("File").empty()) checkFile(*each);
     if (each->is("LOGTCPSocketAppender") && each->has("RemoteHost")) checkRecoveryDirectory(*each);
+    if (each->is("LOGJournalAppender")) checkJournal(*each);
   }
   checkLibraries();
   checkHosts(connect);
@@ -91,6 +92,14 @@ void LOGEnvironmentRules::checkFile(const Appender& appender) {
   } else {
     checkSpace(appender, place.toUtf8());
   }
+}
+
+void LOGEnvironmentRules::checkJournal(const Appender& appender) {
+  const std::string path = appender.value("Socket");
+  std::error_code ignored;
+  if (std::filesystem::is_socket(path, ignored)) return;
+  m_findings.add(WARNING, "journal-missing", appender.element, LOGFindings::appender(appender), path,
+                 "there is no journal now; events are lost until there is one");
 }
 
 void LOGEnvironmentRules::checkSpace(const Appender& appender, const std::string& directory) {

@@ -20,6 +20,7 @@ class LOGEnvironmentRules {
   struct Host;
 
   void checkFile(const Appender& appender);
+  void checkJournal(const Appender& appender);
   void checkSpace(const Appender& appender, const std::string& directory);
   void checkRecoveryDirectory(const Appender& appender);
   void checkLibraries();
