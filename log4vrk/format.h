@@ -158,7 +158,8 @@ struct LOGFormat {
   template <typename Target, typename... Values>
   [[gnu::always_inline]] static bool writePacked(Target target, const LOGFormatStatement* statement, Values... values) {
     char packed[LOGWaitingParts::MOST];
-    if ((LOGWaitingParts::size(values) + ... + 0) > sizeof packed) return false;
+    const std::size_t size = (LOGWaitingParts::size(values) + ... + std::size_t{0});
+    if (size > LOGWaitingParts::MOST) return false;
     char* end = packed;
     ((end = LOGWaitingParts::put(end, values)), ...);
     const LOGPackedText text{&print<Values...>, statement, {packed, static_cast<std::size_t>(end - packed)}};

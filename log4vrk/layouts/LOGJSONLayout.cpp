@@ -247,7 +247,8 @@ inline void LOGJSONCopy::writeTime(I18NUtf8Buffer& out, const LOGLoggingEvent& e
   if (format == LOGJSONSettings::MILLIS || (format == LOGJSONSettings::EPOCH && second < 0)) {
     key(out, LOGJSON_TIME);
     if (format == LOGJSONSettings::EPOCH) return putEarly(out, second, microsecond);
-    return out.append(static_cast<long long>(second * 1000 + microsecond / 1000));
+    const long long milliseconds = second * 1000 + microsecond / 1000;
+    return out.append(milliseconds);
   }
   if (!m_hasSecond || m_second != second) takeSecond(second);
   putDigits(m_time.data() + m_digitsAt, microsecond, 6);

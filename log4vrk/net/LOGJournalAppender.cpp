@@ -1,16 +1,42 @@
 #include "log4vrk/net/LOGJournalAppender.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGSourceLocation.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGEventFields.h"
 #include "log4vrk/core/internal/LOGLayoutInternals.h"
 #include "log4vrk/core/internal/LOGSeverity.h"
 #include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
+
+namespace {
+
+// What the entry has besides what programs add.
+constexpr std::string_view OWN_NAMES[] = {"MESSAGE",   "PRIORITY",  "LEVEL",    "SYSLOG_IDENTIFIER",
+                                          "LOGGER",    "THREAD",    "CONTEXT",  "THROWABLE",
+                                          "CODE_FILE", "CODE_LINE", "CODE_FUNC"};
+
+// As the journal takes names: up to 64 capitals, digits and underscores, a capital first. Others it drops.
+std::string nameOf(std::string_view name) {
+  constexpr std::size_t LONGEST = 64;
+  const auto isCapital = [](char c) { return c >= 'A' && c <= 'Z'; };
+  std::string result(name.substr(0, LONGEST));
+  for (char& c : result) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    if (!isCapital(c) && (c < '0' || c > '9')) c = '_';
+  }
+  const bool isOwn = std::find(std::begin(OWN_NAMES), std::end(OWN_NAMES), result) != std::end(OWN_NAMES);
+  if (isOwn || result.empty() || !isCapital(result[0])) result.insert(0, "FIELD_");
+  return result.substr(0, LONGEST);
+}
+
+}  // namespace
 
 LOGJournalAppender::LOGJournalAppender() : m_identifier(VRKProcess::programName()), m_path(DEFAULT_SOCKET) {
   instance("LOGJournalAppender");
@@ -49,7 +75,6 @@ void LOGJournalAppender::append(LOGLoggingEvent* event) {
                    vrkErrorText(error) + " [" + error + "]");
 }
 
-// Fields that programs add to their events belong at the end, behind those of the library's own.
 void LOGJournalAppender::makeEntry(LOGLoggingEvent& event) {
   m_entry.clear();
   addMessage(event);
@@ -65,6 +90,14 @@ void LOGJournalAppender::makeEntry(LOGLoggingEvent& event) {
   if (const I18NString& context = event.getNDC(); !context.isEmpty()) addField("CONTEXT", context.toUtf8());
   if (const I18NString& error = event.getThrowableStrRep(); !error.isEmpty()) addField("THROWABLE", error.toUtf8());
   addPlace(event);
+  const LOGEventFields fields(event);
+  const auto add = [this](const LOGFields::Field& field) {
+    m_text.clear();
+    field.appendValue(m_text);
+    addField(nameOf(field.name), m_text.view());
+  };
+  fields.eachOfContext(add);
+  fields.eachOwn(add);
 }
 
 void LOGJournalAppender::addMessage(LOGLoggingEvent& event) {

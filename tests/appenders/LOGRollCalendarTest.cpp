@@ -12,7 +12,7 @@ LOGRollCalendar calendarOf(const char* interval, const char* zone = "UTC", const
   LOGRollInterval parsed;
   EXPECT_TRUE(LOGRollInterval::parse(interval, parsed)) << interval;
   std::string problem;
-  const LOGRollCalendar calendar(parsed, pattern, VRKTimeZone::find(zone), problem);
+  LOGRollCalendar calendar(parsed, pattern, VRKTimeZone::find(zone), problem);
   EXPECT_EQ("", problem);
   return calendar;
 }

@@ -91,8 +91,10 @@ struct JournalAppenderTest : testing::Test {
 TEST_F(JournalAppenderTest, SendsEachEventAsAnEntryWithFields) {
   const Journal journal(dir.file("socket"));
   LOGNDC::push("request\n7");
+  LOG4VRK_CONTEXT("Order.id", 17, "9th", nullptr);
+  const std::string longName(70, 'n');
   const int line = __LINE__ + 1;
-  LOG4VRK_ERROR(logger, "disk \xC3\xBC full\n=\n");
+  LOG4VRK_ERROR_KV(logger, "disk \xC3\xBC full\n=\n", "level", 2.5, longName, "two\nlines", "Order.id", true);
   LOGNDC::pop();
   const std::string entry = journal.next();
   EXPECT_EQ(entry.substr(0, 28), "MESSAGE\n\x0F\0\0\0\0\0\0\0disk \xC3\xBC full"s.substr(0, 28));
@@ -100,7 +102,8 @@ TEST_F(JournalAppenderTest, SendsEachEventAsAnEntryWithFields) {
   EXPECT_EQ(fieldsOf(entry),
             (Texts{"MESSAGE=disk \xC3\xBC full\n=\n", "PRIORITY=3", "LEVEL=ERROR", "SYSLOG_IDENTIFIER=shop",
                    "LOGGER=shop.orders", "THREAD=" + own->getThreadName().toUtf8(), "CONTEXT=request\n7",
-                   "CODE_FILE=" __FILE__, "CODE_LINE=" + std::to_string(line), "CODE_FUNC=TestBody"}));
+                   "CODE_FILE=" __FILE__, "CODE_LINE=" + std::to_string(line), "CODE_FUNC=TestBody", "FIELD_9TH=null",
+                   "FIELD_LEVEL=2.5", std::string(64, 'N') + "=two\nlines", "ORDER_ID=true"}));
   LOGPatternLayout layout("%c: %m%n");
   appender.setLayout(&layout);
   LOGLevel notice(25000, "NOTICE", 5);

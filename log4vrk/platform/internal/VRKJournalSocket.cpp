@@ -37,6 +37,8 @@ int sealedFile(std::string_view entry) {
 
 }  // namespace
 
+VRKJournalSocket::~VRKJournalSocket() { close(); }
+
 // The address goes with each entry: a journal that has been started anew is found without a look at the old one.
 int VRKJournalSocket::sendOnce(const std::string& path, std::string_view entry, int file) const {
   sockaddr_un address = {};

@@ -13,7 +13,7 @@
 class VRKJournalSocket {
  public:
   VRKJournalSocket() = default;
-  ~VRKJournalSocket() { close(); }
+  ~VRKJournalSocket();
   VRKJournalSocket(const VRKJournalSocket&) = delete;
   VRKJournalSocket& operator=(const VRKJournalSocket&) = delete;
 
