@@ -91,7 +91,7 @@ void LOGJournalAppender::makeEntry(LOGLoggingEvent& event) {
   if (const I18NString& error = event.getThrowableStrRep(); !error.isEmpty()) addField("THROWABLE", error.toUtf8());
   addPlace(event);
   const LOGEventFields fields(event);
-  const auto add = [this](const LOGFields::Field& field) {
+  const auto add = [this](const LOGFields::Field& field) VRK_NO_THREAD_SAFETY_ANALYSIS {
     m_text.clear();
     field.appendValue(m_text);
     addField(nameOf(field.name), m_text.view());
