@@ -34,6 +34,20 @@ void replaceText(char (&to)[size], std::uint32_t& length, std::string_view text)
   std::memcpy(to, text.data(), length);
 }
 
+[[gnu::always_inline]] inline void fill(Format::Record& head, const LOGRingRecord& record, std::uint8_t kind) {
+  head.seconds = record.seconds;
+  head.logger = reinterpret_cast<std::uintptr_t>(record.logger);
+  head.place = reinterpret_cast<std::uintptr_t>(record.place);
+  head.nanoseconds = record.nanoseconds;
+  head.rank = record.rank;
+  head.messageLength = static_cast<std::uint32_t>(record.message.size());
+  head.contextLength = static_cast<std::uint32_t>(record.context.size());
+  head.restLength = static_cast<std::uint32_t>(record.rest.size());
+  head.loggerLength = static_cast<std::uint16_t>(record.loggerName.size());
+  head.threadLength = static_cast<std::uint8_t>(record.threadName.size());
+  head.kind = kind;
+}
+
 }  // namespace
 
 // Objects may be left when no dispatcher could be started. In a forked child they are the parent's.
@@ -157,16 +171,7 @@ class LOGRing::Writer {
   if (outcome != LOGBoundedFIFO::QUEUED) return true;
   char* to = slot(position).bytes;
   auto& head = *reinterpret_cast<Format::Record*>(to);
-  head.seconds = record.seconds;
-  head.logger = reinterpret_cast<std::uintptr_t>(record.logger);
-  head.place = reinterpret_cast<std::uintptr_t>(record.place);
-  head.nanoseconds = record.nanoseconds;
-  head.rank = record.rank;
-  head.messageLength = static_cast<std::uint32_t>(record.message.size());
-  head.contextLength = head.restLength = 0;
-  head.loggerLength = static_cast<std::uint16_t>(record.loggerName.size());
-  head.threadLength = static_cast<std::uint8_t>(record.threadName.size());
-  head.kind = Format::EVENT;
+  fill(head, record, Format::EVENT);
   to = I18NUtf8Buffer::copy(to + sizeof head, record.threadName);
   to = I18NUtf8Buffer::copy(to, record.loggerName);
   I18NUtf8Buffer::copy(to, record.message);
@@ -194,17 +199,7 @@ bool LOGRing::putCall(LOGStatementCall& call) {
 void LOGRing::write(const LOGRingRecord& record, std::uint8_t kind, std::uint64_t position, std::uint64_t count) {
   char* const bytes = slot(position).bytes;
   auto& head = *reinterpret_cast<Format::Record*>(bytes);
-  head.seconds = record.seconds;
-  head.logger = reinterpret_cast<std::uintptr_t>(record.logger);
-  head.place = reinterpret_cast<std::uintptr_t>(record.place);
-  head.nanoseconds = record.nanoseconds;
-  head.rank = record.rank;
-  head.messageLength = static_cast<std::uint32_t>(record.message.size());
-  head.contextLength = static_cast<std::uint32_t>(record.context.size());
-  head.restLength = static_cast<std::uint32_t>(record.rest.size());
-  head.loggerLength = static_cast<std::uint16_t>(record.loggerName.size());
-  head.threadLength = static_cast<std::uint8_t>(record.threadName.size());
-  head.kind = kind;
+  fill(head, record, kind);
   Writer writer(*this, position, bytes + sizeof head);
   for (const std::string_view text :
        {record.threadName, record.loggerName, record.message, record.context, record.rest}) {
