@@ -58,6 +58,28 @@ struct FileLog : bench::OurLog {
   void finish(long /*events*/) { close(); }
 };
 
+/// A file that has another to fall back on.
+class FallbackLog {
+ public:
+  explicit FallbackLog(const std::string& path)
+      : m_file(bench::OurLog::layout(), path.c_str(), 0),
+        m_other(bench::OurLog::layout(), (path + ".other").c_str(), 0),
+        m_log(attached(new LOGFallbackAppender)) {}
+  void log(long i) const { m_log.log(i); }
+  void finish(long /*events*/) { m_log.close(); }
+
+ private:
+  LOGAppenderSkeleton* attached(LOGFallbackAppender* fallback) {
+    m_other.setName("other");
+    fallback->addAppender(&m_file);
+    fallback->addAppender(&m_other);
+    return fallback;
+  }
+
+  LOGFileAppender m_file, m_other;
+  bench::OurLog m_log;
+};
+
 template <typename Make>
 std::vector<double> measured(const bench::Settings& settings, Make make) {
   std::vector<double> result;
@@ -87,6 +109,8 @@ int main(int argc, char** argv) {
                  [&] { return measured(settings, [&] { return std::make_unique<FileLog>(folder.newFile()); }); });
   comparison.add("buffered file",
                  [&] { return measured(settings, [&] { return std::make_unique<FileLog>(folder.newFile(), 1); }); });
+  comparison.add("file with a fallback",
+                 [&] { return measured(settings, [&] { return std::make_unique<FallbackLog>(folder.newFile()); }); });
   for (const auto& [name, kind] :
        {std::pair{"queue", OurAsyncLog::ORDINARY}, {"durable queue", OurAsyncLog::DURABLE}}) {
     comparison.add(name, [&, kind = kind] {

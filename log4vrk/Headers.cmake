@@ -116,6 +116,7 @@ set(LOG4VRK_HEADERS
   appenders/LOGDenyAllFilter.h
   appenders/LOGDispatcher.h
   appenders/LOGDurableAsyncAppender.h
+  appenders/LOGFallbackAppender.h
   appenders/LOGFileAppender.h
   appenders/LOGLevelMatchFilter.h
   appenders/LOGLevelRangeFilter.h

@@ -12,6 +12,7 @@
 #include "log4vrk/appenders/LOGDenyAllFilter.h"
 #include "log4vrk/appenders/LOGDispatcher.h"
 #include "log4vrk/appenders/LOGDurableAsyncAppender.h"
+#include "log4vrk/appenders/LOGFallbackAppender.h"
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"

@@ -4,6 +4,7 @@
 #include <sys/mount.h>
 
 #include <ctime>
+#include <set>
 
 #include "log4vrk/platform/internal/VRKTime.h"
 #include "soak/Soak.h"
@@ -90,6 +91,63 @@ TEST(Soak, disk) {
   EXPECT_GT(lost, 2 * rounds);
   report(text("a disk full and emptied ", 2 * rounds, " times, ", logged, " events logged, ", written, " written, ",
               lost, " lost with a line each"));
+}
+
+// The same disk, with another file to fall back on: every event is in one of them. One that was torn just before its
+// line feed looks whole, and is in the other as well.
+TEST(Soak, fallback) {
+  constexpr int WRITERS = 4;
+  constexpr long FOR_EACH_ROUND = 2000;
+  const TempDir dir;
+  const SmallDisk disk(dir);
+  if (!disk.isMounted()) {
+    std::printf("fallback: skipped: this needs root, or user namespaces\n");
+    return;
+  }
+  const long rounds = scaled(200);
+  const std::string path = dir.file("disk/log"), other = dir.file("other");
+  long logged = 0, there = 0, torn = 0, twice = 0;
+  for (const Way way : WAYS) {
+    LOGPatternLayout pattern("%m%n");
+    LOGLayout simple;
+    LOGFileAppender first(way == Way::FAST ? &pattern : &simple, path.c_str()),
+        second(way == Way::FAST ? &pattern : &simple, other.c_str());
+    first.setName("first");
+    LOGFallbackAppender safe;
+    safe.setRetryDelay(1);
+    safe.addAppender(&first);
+    safe.addAppender(&second);
+    Tree tree;
+    LOGLogger* const logger = tree.getLogger("fallback");
+    logger->addAppender(&safe);
+    for (long round = 0; round < rounds && !HasFailure(); ++round) {
+      onThreads(WRITERS, [&](int writer) {
+        for (long n = 1; n <= FOR_EACH_ROUND; ++n) logNumber(logger, way, writer, n);
+      });
+      std::vector<std::string> lines = linesOf(path);
+      const long onDisk = static_cast<long>(lines.size());
+      for (const std::string& line : linesOf(other)) lines.push_back(line);
+      std::set<std::string> seen;
+      for (const std::string& line : lines) {
+        if (line.size() < 3 || line.compare(line.size() - 3, 3, "end") != 0) {
+          ++torn;
+        } else if (!seen.insert(line).second) {
+          ++twice;
+        }
+      }
+      EXPECT_EQ(static_cast<std::size_t>(WRITERS * FOR_EACH_ROUND), seen.size());
+      EXPECT_LT(onDisk, WRITERS * FOR_EACH_ROUND);
+      logged += WRITERS * FOR_EACH_ROUND;
+      there += static_cast<long>(seen.size());
+      EXPECT_EQ(0, ::truncate(path.c_str(), 0));
+      EXPECT_EQ(0, ::truncate(other.c_str(), 0));
+    }
+    logger->removeAppender(&safe);
+  }
+  EXPECT_LE(twice, torn + 2 * rounds);
+  report(text("a disk full and emptied ", 2 * rounds, " times, ", logged, " events logged by 4 threads, ",
+              logged - there, " lost, ", torn, " torn on the full disk and whole in the other file, ", twice,
+              " twice"));
 }
 
 // Threads that read without a pause, with naps between: the system moves them to other processors and sleeps.

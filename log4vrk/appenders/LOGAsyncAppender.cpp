@@ -22,7 +22,8 @@ const I18NString& LOGAsyncAppender::LOCATION_INFO_OPTION = vrkImmortal<I18NStrin
 namespace {
 
 constexpr LOGFailureTexts QUEUE_FAILURES = {"LOGAsyncAppender::addAppender --- ", "LOGAsyncAppender::addAppender --- ",
-                                            "LOGAsyncAppender::addAppender --- An unknown exception has occurred."};
+                                            "LOGAsyncAppender::addAppender --- An unknown exception has occurred.",
+                                            LOGFailureTexts::EVENT_IS_LOST};
 
 void discard(LOGBoundedFIFO& queue) {
   while (LOGLoggingEvent* const event = queue.get()) delete event;
@@ -30,9 +31,14 @@ void discard(LOGBoundedFIFO& queue) {
 
 }  // namespace
 
-const LOGAppenderInternals LOGAsyncAppender::INTERNALS = {
-    &typeid(LOGAsyncAppender),    true, &LOGAsyncAppender::appendFast, nullptr, nullptr, &LOGAsyncAppender::drain,
-    &LOGAsyncAppender::appendCall};
+const LOGAppenderInternals LOGAsyncAppender::INTERNALS = {&typeid(LOGAsyncAppender),
+                                                          true,
+                                                          &LOGAsyncAppender::appendFast,
+                                                          nullptr,
+                                                          nullptr,
+                                                          &LOGAsyncAppender::drain,
+                                                          &LOGAsyncAppender::appendCall,
+                                                          &LOGAsyncAppender::attachedTo};
 
 LOGAsyncAppender::LOGAsyncAppender() : m_aai(vrkNew<LOGAppenderAttachableImpl>(VRK_HERE)), m_forks(VRKThread::forks()) {
   instance("LOGAsyncAppender");
@@ -203,21 +209,13 @@ LOGAppenderLists::Snapshot LOGAsyncAppender::attached() {
   return LOGAppenderLists::snapshot(*m_aai);
 }
 
-bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton* target) {
-  if (target == this) return true;
-  const LOGAppenderLists::Snapshot list = attached();
-  if (!list) return false;
-  for (const LOGAppenderList::Attached& each : list->attached) {
-    auto* const nested = dynamic_cast<LOGAsyncAppender*>(each.appender);
-    if (nested != nullptr && nested->reaches(target)) return true;
-  }
-  return false;
+LOGAppenderLists::Snapshot LOGAsyncAppender::attachedTo(LOGAppenderSkeleton& appender) {
+  return static_cast<LOGAsyncAppender&>(appender).attached();
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
   // A ring would feed itself for ever, and its closing would wait for itself.
-  auto* const nested = dynamic_cast<LOGAsyncAppender*>(newAppender);
-  if (nested != nullptr && nested->reaches(this)) return;
+  if (newAppender != nullptr && LOGAppenderInternals::leadsTo(*newAppender, *this)) return;
   withContainer("LOGAsyncAppender::addAppender --- ",
                 "LOGAsyncAppender::addAppender --- An unknown exception has occurred.",
                 [&](LOGAppenderAttachableImpl& container) {

@@ -91,8 +91,8 @@ class LOG4VRK_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
                                                       std::unique_ptr<LOGLoggingEvent>& copy);
   LOG4VRK_HIDDEN void start() VRK_REQUIRES(m_critSection);
   LOG4VRK_HIDDEN std::unique_ptr<LOGDispatcher> takeDispatcher();
-  LOG4VRK_HIDDEN bool reaches(const LOGAppenderSkeleton* target);
   LOG4VRK_HIDDEN std::shared_ptr<const LOGAppenderList> attached();
+  static std::shared_ptr<const LOGAppenderList> attachedTo(LOGAppenderSkeleton& appender);
   template <typename Change>
   void remove(Change change);
   template <typename Operation>

@@ -11,6 +11,7 @@
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/core/internal/LOGStatementCall.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
@@ -190,7 +191,10 @@ void LOGBoundedFIFO::close() {
   m_last.load(std::memory_order_relaxed)->tail.fetch_or(SEALED, std::memory_order_relaxed);
 }
 
-void LOGBoundedFIFO::reportFull() { LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full."); }
+void LOGBoundedFIFO::reportFull() {
+  LOGTaking::refuse();
+  LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
+}
 
 bool LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   Claim mine = claim();

@@ -8,13 +8,14 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/internal/LOGAppendLine.h"
 #include "log4vrk/core/internal/LOGSeverity.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/VRKFmFile.h"
 #include "log4vrk/platform/internal/VRKTerminal.h"
 
 namespace {
 
-constexpr const char* APPEND_FAILURE = "LOGAppenderSkeleton::subAppend -- ";
+constexpr LOGFailureTexts APPEND_FAILURE = LOGFailureTexts::ofLostEvent("LOGAppenderSkeleton::subAppend -- ");
 constexpr std::string_view OFF = "\033[0m";
 
 // The number of a word in an SGR sequence; empty: there is none.
@@ -142,7 +143,7 @@ void LOGColorConsoleAppender::decideColors() {
 }
 
 void LOGColorConsoleAppender::subappend(LOGLoggingEvent* event) {
-  if (getOpen() == 0) return;
+  if (getOpen() == 0) return LOGTaking::refuse();
   LOGLayout* const layout = getLayout();
   VRK_ASSERT(layout);
   logContain(APPEND_FAILURE, [&]() VRK_NO_THREAD_SAFETY_ANALYSIS {
@@ -152,7 +153,7 @@ void LOGColorConsoleAppender::subappend(LOGLoggingEvent* event) {
 }
 
 void LOGColorConsoleAppender::writeLine(const LOGLevel* level, std::string_view line) {
-  if (getOpen() == 0) return;
+  if (getOpen() == 0) return LOGTaking::refuse();
   VRK_ASSERT(m_qw);
   if (level != nullptr && !line.empty()) {
     const std::string_view start = m_isColored ? std::string_view(m_looks[indexOf(*level)].start) : "";

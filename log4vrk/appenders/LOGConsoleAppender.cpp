@@ -6,12 +6,13 @@
 #include "log4vrk/appenders/internal/LOGLineWriter.h"
 #include "log4vrk/core/LOGLayout.h"
 #include "log4vrk/core/internal/LOGAppendLine.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/I18NLocale.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 namespace {
 
-constexpr const char* APPEND_FAILURE = "LOGAppenderSkeleton::subAppend -- ";
+constexpr LOGFailureTexts APPEND_FAILURE = LOGFailureTexts::ofLostEvent("LOGAppenderSkeleton::subAppend -- ");
 
 // The descriptor of a target, or -1.
 int descriptorOf(const I18NString& target) {
@@ -93,7 +94,7 @@ void LOGConsoleAppender::setQWForFiles() {
 int LOGConsoleAppender::checkEntryConditions() { return getClosed() != 1 && getLayout() != nullptr ? 1 : 0; }
 
 void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
-  if (getOpen() == 0) return;
+  if (getOpen() == 0) return LOGTaking::refuse();
   LOGLayout* const layout = getLayout();
   if (layout == nullptr) {
     LOGLogLog::error("LOGConsoleAppender::subappend -- NULL layout");
@@ -106,7 +107,7 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
 }
 
 [[gnu::always_inline]] inline void LOGConsoleAppender::writeLine(std::string_view line) {
-  if (getOpen() == 0) return;
+  if (getOpen() == 0) return LOGTaking::refuse();
   VRK_ASSERT(m_qw);
   LOGLineWriter::stWrite(*m_qw, *m_outFile, line);
 }

@@ -9,7 +9,7 @@
 const LOGFailureTexts LOGLineWriter::COUNTING_WRITE = {
     "LOGCountingQuietWriter::write -- I18nstring exception occurred",
     "LOGCountingQuietWriter::write -- VRKThrowable exception occurred",
-    "LOGCountingQuietWriter::write -- Unknown error occurred"};
+    "LOGCountingQuietWriter::write -- Unknown error occurred", LOGFailureTexts::EVENT_IS_LOST};
 
 LOGCountingQuietWriter::~LOGCountingQuietWriter() = default;
 

@@ -19,7 +19,8 @@
 namespace {
 
 constexpr LOGFailureTexts FAILURES = {"LOGDurableAsyncAppender::append --- ", "LOGDurableAsyncAppender::append --- ",
-                                      "LOGDurableAsyncAppender::append --- An unknown exception has occurred."};
+                                      "LOGDurableAsyncAppender::append --- An unknown exception has occurred.",
+                                      LOGFailureTexts::EVENT_IS_LOST};
 
 }  // namespace
 
@@ -29,7 +30,8 @@ const LOGAppenderInternals LOGDurableAsyncAppender::INTERNALS = {&typeid(LOGDura
                                                                  nullptr,
                                                                  nullptr,
                                                                  &LOGDurableAsyncAppender::drain,
-                                                                 &LOGDurableAsyncAppender::appendCall};
+                                                                 &LOGDurableAsyncAppender::appendCall,
+                                                                 &LOGAsyncAppender::attachedTo};
 
 LOGDurableAsyncAppender::LOGDurableAsyncAppender() : LOGAsyncAppender("LOGDurableAsyncAppender", INTERNALS) {}
 

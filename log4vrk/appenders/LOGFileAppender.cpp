@@ -135,15 +135,16 @@ void LOGFileAppender::setQWForFiles() { makeWriter<LOGQuietWriter>(); }
 int LOGFileAppender::checkEntryConditions() { return getClosed() != 1 && m_qw ? 1 : 0; }
 
 void LOGFileAppender::subappend(LOGLoggingEvent* event) {
-  if (getOpen() != 1) return;
+  if (getOpen() != 1) return LOGTaking::refuse();
   VRK_ASSERT(m_qw);
   if (LOGLayout* const layout = getLayout()) {
     // Written from the layout's own buffer: a copy would cost every event, and help only appenders that share a layout.
     const VRKThreadGuard guard(layout->criticalSection());  // the appender's own brings the rest
     writeLine(LOGLayoutInternals::formatUtf8(*layout, event));
-  } else if (getImmediateFlush() == 1) {
-    m_qw->flush(m_file.get());
+    return;
   }
+  LOGTaking::refuse();
+  if (getImmediateFlush() == 1) m_qw->flush(m_file.get());
 }
 
 bool LOGFileAppender::appendFast(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {

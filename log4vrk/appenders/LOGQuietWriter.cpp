@@ -6,10 +6,12 @@
 
 const LOGFailureTexts LOGLineWriter::WRITE = {"LOGQuietWriter::write -- I18nstring exception occurred",
                                               "LOGQuietWriter::write -- VRKThrowable exception occurred",
-                                              "LOGQuietWriter::write -- Unknown error occurred"};
+                                              "LOGQuietWriter::write -- Unknown error occurred",
+                                              LOGFailureTexts::EVENT_IS_LOST};
 const LOGFailureTexts LOGLineWriter::ST_WRITE = {"LOGQuietWriter::stWrite -- I18nstring exception occurred",
                                                  "LOGQuietWriter::stWrite -- VRKThrowable exception occurred",
-                                                 "LOGQuietWriter::stWrite -- Unknown error occurred"};
+                                                 "LOGQuietWriter::stWrite -- Unknown error occurred",
+                                                 LOGFailureTexts::EVENT_IS_LOST};
 
 LOGQuietWriter::LOGQuietWriter(LOGErrorHandler* errorHandler, VRKFmFile* file) : m_errorHandler(errorHandler) {
   setFile(file);

@@ -2,6 +2,7 @@
 
 #include "log4vrk/appenders/LOGQuietWriter.h"
 #include "log4vrk/core/internal/LOGContainment.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 
 LOGWriterAppender::LOGWriterAppender() { instance("LOGWriterAppender"); }
 
@@ -10,7 +11,8 @@ LOGWriterAppender::~LOGWriterAppender() = default;
 void LOGWriterAppender::activateOptions() {}
 
 void LOGWriterAppender::append(LOGLoggingEvent* event) {
-  if (checkEntryConditions() != 0) subappend(event);
+  if (checkEntryConditions() == 0) return LOGTaking::refuse();
+  subappend(event);
 }
 
 bool LOGWriterAppender::requiresLayout() { return false; }

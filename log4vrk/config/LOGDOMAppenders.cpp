@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "log4vrk/appenders/LOGAsyncAppender.h"
 #include "log4vrk/appenders/LOGOnlyOnceErrorHandler.h"
 #include "log4vrk/config/LOGDOMConfigurator.h"
 #include "log4vrk/config/internal/LOGDOMChildren.h"
 #include "log4vrk/config/internal/LOGDocumentTables.h"
+#include "log4vrk/core/LOGAppenderAttachable.h"
 #include "log4vrk/core/LOGErrorHandler.h"
 #include "log4vrk/core/LOGLogger.h"
 #include "log4vrk/core/LOGLoggerRepository.h"
@@ -108,11 +108,11 @@ void LOGDOMConfigurator::parseAppenderChild(const VRKIDOM_Element& child, LOGApp
 }
 
 void LOGDOMConfigurator::parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* appender) {
-  if (auto* const queue = dynamic_cast<LOGAsyncAppender*>(appender)) {
+  if (auto* const container = dynamic_cast<LOGAppenderAttachable*>(appender)) {
     LOGLogLog::debug("Attaching appender named [" + reference.getAttribute(REF_ATTR) + "] to appender named [" +
                      appender->getName() + "].");
     if (LOGAppenderSkeleton* const nested = findAppenderByReference(reference)) {
-      queue->addAppender(nested);
+      container->addAppender(nested);
     }
     return;
   }

@@ -8,10 +8,12 @@
 #include "log4vrk/core/internal/LOGAppenderInternals.h"
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGFilterInternals.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 
 const LOGFailureTexts LOGAppenderSkeleton::APPEND_FAILURES = {
     "LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
-    "LOGAppenderSkeleton::doAppend -- VRK Exception occured", "LOGAppenderSkeleton::doAppend -- An Exception occured"};
+    "LOGAppenderSkeleton::doAppend -- VRK Exception occured", "LOGAppenderSkeleton::doAppend -- An Exception occured",
+    LOGFailureTexts::EVENT_IS_LOST};
 
 // Frees a handler that a program handed over, unless it has been given back.
 struct LOGAppenderSkeleton::HandlerOwner {
@@ -79,6 +81,7 @@ void LOGAppenderSkeleton::clearFilters() {
 }
 
 void LOGAppenderSkeleton::reportClosed() const {
+  LOGTaking::refuse();
   LOGLogLog::error("Attempted to append to closed appender named [" + m_name + "].");
 }
 

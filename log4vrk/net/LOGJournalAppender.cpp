@@ -12,6 +12,7 @@
 #include "log4vrk/core/internal/LOGEventFields.h"
 #include "log4vrk/core/internal/LOGLayoutInternals.h"
 #include "log4vrk/core/internal/LOGSeverity.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/internal/VRKErrorText.h"
 #include "log4vrk/platform/internal/VRKProcess.h"
 
@@ -71,6 +72,7 @@ void LOGJournalAppender::append(LOGLoggingEvent* event) {
   const int error = m_socket.send(m_path, m_entry);
   if (m_entry.capacity() > LOGLayoutInternals::MOST_KEPT) m_entry = std::string();
   if (error == 0) return;
+  LOGTaking::refuse();
   LOGLogLog::error("LOGJournalAppender::append -- the event is lost: " + I18NString(m_path) + ": " +
                    vrkErrorText(error) + " [" + error + "]");
 }

@@ -5,6 +5,7 @@
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/LOGObjectRenderer.h"
 #include "log4vrk/core/LOGRendererMap.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
@@ -117,7 +118,8 @@ void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
   const LOGGuard guard(*this);
   if (!m_buffer) m_buffer.reset(new unsigned char[LARGEST_DATAGRAM + SLACK]());
   Datagram datagram(m_buffer.get());
-  if (build(datagram, *event, *message)) m_socket.send(datagram.bytes(), datagram.size());
+  const bool isSent = build(datagram, *event, *message) && m_socket.send(datagram.bytes(), datagram.size());
+  if (!isSent) LOGTaking::refuse();
 }
 
 bool LOGLocalUDPAppender::build(Datagram& datagram, LOGLoggingEvent& event, LOGObject& message) {

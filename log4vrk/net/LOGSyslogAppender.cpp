@@ -7,6 +7,7 @@
 #include "log4vrk/core/LOGLevel.h"
 #include "log4vrk/core/LOGLoggingEvent.h"
 #include "log4vrk/core/internal/LOGAppendLine.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/net/LOGSyslogQuietWriter.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/I18NLocale.h"
@@ -15,7 +16,8 @@ namespace {
 
 constexpr int USER = 8;
 constexpr int UNKNOWN = -1;
-constexpr const char* APPEND_FAILURE = "LOGSyslogAppender::append --- An unknown exception occurred.";
+constexpr LOGFailureTexts APPEND_FAILURE =
+    LOGFailureTexts::ofLostEvent("LOGSyslogAppender::append --- An unknown exception occurred.");
 
 }  // namespace
 
@@ -107,6 +109,7 @@ bool LOGSyslogAppender::requiresLayout() { return true; }
 
 [[gnu::always_inline]] inline bool LOGSyslogAppender::isReady() {
   if (m_qw) return true;
+  LOGTaking::refuse();
   LOGLogLog::error("No syslog host is set for LOGSyslogAppedender named [" + getName() + "].");
   return false;
 }
@@ -159,6 +162,7 @@ void LOGSyslogAppender::send(LOGLoggingEvent& event) {
   if (!isReady()) return;
   LOGLayout* const layout = getLayout();
   if (layout == nullptr) {
+    LOGTaking::refuse();
     LOGLogLog::debug("LOGSyslogAppender::append --- m_layout is NULL. append canceled");
     return;
   }

@@ -1,6 +1,7 @@
 #include "log4vrk/net/LOGSyslogQuietWriter.h"
 
 #include "log4vrk/core/LOGErrorHandler.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/net/LOGSyslogWriter.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
@@ -44,6 +45,7 @@ std::string_view LOGSyslogQuietWriter::asciiDatagram(std::string_view text) {
 }
 
 void LOGSyslogQuietWriter::reportFailure(const char* description) {
+  LOGTaking::refuse();
   if (getErrorHandler() == nullptr) return;
   try {
     getErrorHandler()->error(description);

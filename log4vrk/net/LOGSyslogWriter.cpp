@@ -2,6 +2,7 @@
 
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/net/internal/LOGSyslogHosts.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
@@ -54,6 +55,7 @@ void LOGSyslogWriter::write(const I18NString& text) {
 }
 
 void LOGSyslogWriter::reportLoss() {
+  LOGTaking::refuse();
   // The two texts are the wrong way round on purpose: existing tools look for these lines.
   const I18NString host = getSyslogHost();
   if (host.isEmpty()) {

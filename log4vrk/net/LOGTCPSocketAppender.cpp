@@ -7,6 +7,7 @@
 #include "log4vrk/core/internal/LOGContainment.h"
 #include "log4vrk/core/internal/LOGDeferral.h"
 #include "log4vrk/core/internal/LOGLayoutInternals.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/core/internal/LOGTimeLimit.h"
 #include "log4vrk/core/internal/LOGWaiting.h"
 #include "log4vrk/net/internal/LOGConnector.h"
@@ -136,6 +137,7 @@ void LOGTCPSocketAppender::put(LOGLoggingEvent* event) {
   if (result == LOGOutbox::FULL) result = putWhenThereIsSpace(*m_outbox, encoded);
   if (result == LOGOutbox::CLOSED) reportClosed();
   if (result != LOGOutbox::FULL) return;
+  LOGTaking::refuse();
   ++m_outbox->dropped;
   if (!m_fullSaid.exchange(true)) {
     LOGLogLog::error("LOGTCPSocketAppender -- [" + getName() +

@@ -239,6 +239,17 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"N queue-needs-shutdown",
      "$W$F<layout class='TTCCLayout'/>$E$X(q=AsyncAppender)$O(a)$P(LocationInfo=true)$E<root>$O(q)</root>"},
     {"N queue-needs-shutdown W event-twice", "$A$X(q=AsyncAppender)$O(a)$E<root>$O(q)$O(a)</root>"},
+    // Falling back.
+    {"E fallback-without-appender", "<appender name='a' class='FallbackAppender'/>$R"},
+    {"W fallback-alone E appender-missing", "$X(a=FallbackAppender)$O(b)$E$R"},
+    {"E appender-ring", "$A$X(q=FallbackAppender)$O(a)$O(q)$E<root>$O(q)</root>"},
+    {"N queue-needs-shutdown W fallback-takes-all W event-twice",
+     "$A$X(q=AsyncAppender)$O(a)$E$X(f=FallbackAppender)$O(q)$O(a)$E<root>$O(f)</root>"},
+    {"W fallback-takes-all",
+     "$A$X(s=TCPSocketAppender)$P(RemoteHost=localhost)$E$X(f=FallbackAppender)$O(s)$O(a)$E<root>$O(f)</root>"},
+    {"W number-value",
+     "$A$X(b=ConsoleAppender)$L$E$X(f=FallbackAppender)$P(RetryDelay=0)$O(a)$O(b)$E<root>$O(f)</root>"},
+    {"W layout-unused", "$A$X(b=ConsoleAppender)$L$E$X(f=FallbackAppender)$O(a)$O(b)$L$E<root>$O(f)</root>"},
     // The network.
     {"W datagrams-without-renderer E port-range", "$X(a=LocalUDPAppender)$P(Port=70000)$E$R"},
     {"W datagrams-without-renderer", "<appender name='a' class='LogLocalUDPAppender'/>$R"},

@@ -41,6 +41,7 @@ TEST(DocumentTables, HaveTheDefaultsOfTheObjects) {
   expect("LOGHTMLLayout", "Title", LOGHTMLLayout().getTitle());
   expect("LOGRateLimitFilter", "MaxEvents", number(LOGRateLimitFilter().getMaxEvents()));
   expect("LOGRateLimitFilter", "Seconds", number(LOGRateLimitFilter().getSeconds()));
+  expect("LOGFallbackAppender", "RetryDelay", number(LOGFallbackAppender().getRetryDelay()));
   expect("LOGJournalAppender", "Socket", LOGJournalAppender().getSocket());
   const LOGColorConsoleAppender console;
   expect("LOGColorConsoleAppender", "Target", console.getTarget());

@@ -6,7 +6,7 @@
 #include "log4vrk/appenders/LOGFileAppender.h"
 #include "log4vrk/appenders/internal/LOGLineWriter.h"
 #include "log4vrk/core/internal/LOGAppendLine.h"
-#include "log4vrk/core/internal/LOGThreadState.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/VRKFmFile.h"
 
 /// Constants of each class.
@@ -18,7 +18,7 @@ struct LOGFileAppender::Identity {
 
 // The same for events that come by the fast path and for those that come by subappend().
 [[gnu::always_inline]] inline void LOGFileAppender::writeLine(std::string_view line) {
-  if (getOpen() != 1) return;
+  if (getOpen() != 1) return LOGTaking::refuse();
   VRK_ASSERT(m_qw);
   m_file->setHoldingBack(m_holder != nullptr && m_holder == &LOGThreadState::current());
   LOGLineWriter::write(*m_qw, *m_file, line);

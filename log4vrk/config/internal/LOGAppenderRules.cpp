@@ -78,7 +78,9 @@ void LOGAppenderRules::check() {
     if (appender.isFile()) checkFile(appender);
     if (appender.is("LOGRollingFileAppender")) checkRolling(appender);
     if (appender.is("LOGTimeRollingFileAppender")) checkTimeRolling(appender);
+    if (appender.isContainer()) checkNested(appender);
     if (appender.isAsync()) checkAsync(appender);
+    if (appender.is("LOGFallbackAppender")) checkFallback(appender);
     if (appender.is("LOGSyslogAppender")) checkSyslog(appender);
     if (appender.is("LOGJournalAppender")) checkSocket(appender);
     if (appender.is("LOGLocalUDPAppender") || appender.is("LOGTCPSocketAppender")) checkPort(appender, "Port");
@@ -164,19 +166,47 @@ void LOGAppenderRules::checkTimeRolling(const Appender& appender) {
       "without MaxHistory, MaxAge or MaxTotalSize no finished file is ever removed");
 }
 
-void LOGAppenderRules::checkAsync(const Appender& appender) {
+void LOGAppenderRules::checkNested(const Appender& appender) {
   const std::string where = LOGFindings::appender(appender);
   for (const Model::Reference& reference : appender.nested) {
     if (appender.isReferred) logCheckReference(m_model, reference, where, m_findings);
+  }
+  if (!appender.nested.empty()) return;
+  add(FAULT, appender.isAsync() ? "queue-without-appender" : "fallback-without-appender", appender, where, "",
+      "it refers to no appender: events are swallowed");
+}
+
+void LOGAppenderRules::checkAsync(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  for (const Model::Reference& reference : appender.nested) {
     if (reference.appender != nullptr) checkNamesBehindQueue(appender, *reference.appender);
   }
-  if (appender.nested.empty()) {
-    add(FAULT, "queue-without-appender", appender, where, "", "it refers to no appender: events are swallowed");
-    return;
-  }
-  if (appender.is("LOGDurableAsyncAppender")) return;
+  if (appender.nested.empty() || appender.is("LOGDurableAsyncAppender")) return;
   add(NOTE, "queue-needs-shutdown", appender, where, "",
       "when the queue is full, logging waits; what is queued when the process is killed or leaves by _exit() is lost");
+}
+
+// Whoever takes everything leaves nothing to those behind it.
+void LOGAppenderRules::checkFallback(const Appender& appender) {
+  const std::string where = LOGFindings::appender(appender);
+  for (const Model::Reference& reference : appender.nested) {
+    if (reference.appender == nullptr) continue;
+    const Appender& nested = *reference.appender;
+    const bool isLast = &reference == &appender.nested.back();
+    const char* what = nullptr;
+    if (nested.isAsync()) what = "a queue takes every event, whatever becomes of those behind it";
+    if (nested.is("LOGTCPSocketAppender")) what = "it takes events while the server is away, until its queue is full";
+    if (nested.is("LOGSyslogAppender") || nested.is("LOGLocalUDPAppender")) {
+      what = "datagrams are taken though nobody receives them";
+    }
+    if (nested.has("BufferedIO") && Tables::asBoolean(I18NString(nested.value("BufferedIO"))) != 0) {
+      what = "with BufferedIO it takes events that it loses later, when the buffer cannot be written";
+    }
+    if (what == nullptr || isLast) continue;
+    m_findings.add(WARNING, "fallback-takes-all", reference.element, where, LOGFindings::appender(nested), what);
+  }
+  if (appender.nested.size() != 1) return;
+  add(WARNING, "fallback-alone", appender, where, "", "it refers to one appender, and has none to fall back on");
 }
 
 void LOGAppenderRules::checkNamesBehindQueue(const Appender& queue, const Appender& appender) {
@@ -254,7 +284,7 @@ void LOGAppenderRules::checkSocket(const Appender& appender) {
 
 void LOGAppenderRules::checkLayouts(const Appender& appender) {
   const std::string where = LOGFindings::appender(appender);
-  const bool isUnused = appender.isAsync() || appender.is("LOGLocalUDPAppender");
+  const bool isUnused = appender.isContainer() || appender.is("LOGLocalUDPAppender");
   const bool isNeeded = !isUnused && !appender.is("LOGTCPSocketAppender") && !appender.is("LOGJournalAppender");
   if (appender.layouts.empty()) {
     if (isNeeded) add(FAULT, "layout-missing", appender, where, "", "without a layout nothing is written");
@@ -346,10 +376,11 @@ void LOGAppenderRules::checkErrorHandlers(const Appender& appender) {
     m_findings.add(WARNING, "backup-unused", backup.element, where, LOGFindings::quoted("ref", backup.name),
                    "the backup appender is made, which may empty its file, and never used");
   }
-  if (appender.isAsync()) return;
+  if (appender.isContainer()) return;
   for (const Model::Reference& reference : appender.nested) {
-    m_findings.add(FAULT, "appender-ref-refused", reference.element, where, LOGFindings::quoted("ref", reference.name),
-                   "only an AsyncAppender or DurableAsyncAppender refers to appenders; nothing is attached");
+    m_findings.add(
+        FAULT, "appender-ref-refused", reference.element, where, LOGFindings::quoted("ref", reference.name),
+        "only an AsyncAppender, DurableAsyncAppender or FallbackAppender refers to appenders; nothing is attached");
   }
 }
 

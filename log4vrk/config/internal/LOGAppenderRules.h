@@ -32,7 +32,9 @@ class LOGAppenderRules {
   void checkFile(const Appender& appender);
   void checkRolling(const Appender& appender);
   void checkTimeRolling(const Appender& appender);
+  void checkNested(const Appender& appender);
   void checkAsync(const Appender& appender);
+  void checkFallback(const Appender& appender);
   void checkNamesBehindQueue(const Appender& queue, const Appender& appender);
   void checkSyslog(const Appender& appender);
   void checkPort(const Appender& appender, const char* parameter);

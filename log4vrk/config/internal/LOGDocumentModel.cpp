@@ -132,7 +132,7 @@ void LOGDocumentModel::follow(Appender& appender, std::vector<const Appender*>& 
       }
     }
   };
-  if (appender.isAsync()) followAll(appender.nested);
+  if (appender.isContainer()) followAll(appender.nested);
   followAll(appender.backups);
   path.pop_back();
 }

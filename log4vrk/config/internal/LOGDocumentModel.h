@@ -52,12 +52,14 @@ class LOGDocumentModel {
 
   struct Appender : Part {
     std::vector<Part> layouts, filters, errorHandlers;
-    std::vector<Reference> nested;   // of an asynchronous one; of others they are refused
+    std::vector<Reference> nested;   // of one that isContainer(); of others they are refused
     std::vector<Reference> backups;  // of error handlers
     bool isReferred = false;         // so it is made
     bool isFirst = true;             // of those of its name
 
     bool isAsync() const { return is("LOGAsyncAppender") || is("LOGDurableAsyncAppender"); }
+    /// Whether it gives its events to other appenders.
+    bool isContainer() const { return isAsync() || is("LOGFallbackAppender"); }
     bool isFile() const {
       return is("LOGFileAppender") || is("LOGRollingFileAppender") || is("LOGTimeRollingFileAppender");
     }

@@ -97,8 +97,10 @@ void LOGDocumentReport::explainAppender(const Appender& appender, const LOGLevel
   }
   if (!passes) return;
   const Model::Part* const layout = appender.layout();
-  if (appender.isAsync()) {
-    text += indent + "queued, and given to " + std::to_string(appender.nested.size()) + " appender(s)\n";
+  if (appender.isContainer()) {
+    const std::string count = std::to_string(appender.nested.size());
+    text += indent + (appender.isAsync() ? "queued, and given to " + count + " appender(s)\n"
+                                         : "given to the first of " + count + " appender(s) that takes it\n");
     for (const Model::Reference& nested : appender.nested) {
       text += indent + nested.name + ": ";
       if (nested.appender != nullptr) {
@@ -155,7 +157,7 @@ std::string LOGDocumentReport::sample() const {
 
 std::string LOGDocumentReport::sampleOf(const Appender& appender) {
   if (!appender.isKnown) return "(nothing: the class is unknown)";
-  if (appender.isAsync()) return "(gives events to the appenders that it refers to)";
+  if (appender.isContainer()) return "(gives events to the appenders that it refers to)";
   if (appender.is("LOGLocalUDPAppender")) return "(the message object, as its renderer writes it)";
   const Model::Part* const part = appender.layout();
   if (part == nullptr) {

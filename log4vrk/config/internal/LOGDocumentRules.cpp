@@ -299,8 +299,8 @@ void LOGDocumentRules::checkReached(const Model::Logger& logger, const std::stri
   std::map<const Model::Appender*, int> ways;
   std::set<const Model::Appender*> told;
   const auto count = [&](const Model::Reference& reference, auto&& self) -> void {
-    constexpr int ENOUGH = 100;  // queues may lead to each other in very many ways
-    if (++ways[reference.appender] > ENOUGH || !reference.appender->isAsync()) return;
+    constexpr int ENOUGH = 100;  // they may lead to each other in very many ways
+    if (++ways[reference.appender] > ENOUGH || !reference.appender->isContainer()) return;
     for (const Model::Reference& nested : reference.appender->nested) {
       if (nested.appender != nullptr) self(nested, self);
     }

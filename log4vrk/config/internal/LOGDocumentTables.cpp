@@ -8,6 +8,7 @@
 #include "log4vrk/appenders/LOGConsoleAppender.h"
 #include "log4vrk/appenders/LOGDenyAllFilter.h"
 #include "log4vrk/appenders/LOGDurableAsyncAppender.h"
+#include "log4vrk/appenders/LOGFallbackAppender.h"
 #include "log4vrk/appenders/LOGLevelMatchFilter.h"
 #include "log4vrk/appenders/LOGLevelRangeFilter.h"
 #include "log4vrk/appenders/LOGRateLimitFilter.h"
@@ -188,6 +189,9 @@ const std::vector<LOGDocumentTables::Parameter>& LOGDocumentTables::parameters()
        &LOGColorConsoleAppender::isColor},
       {"LOGColorConsoleAppender", "FatalColor", EXACT, TEXT, "bold red", COLOR_EFFECT, &setColor<&LOGLevel::FATAL_OBJ>,
        "", &LOGColorConsoleAppender::isColor},
+      {"LOGFallbackAppender", "RetryDelay", EXACT, NUMBER, "10000",
+       "milliseconds until an appender that did not take an event is tried again",
+       [](LOGObject& t, const I18NString& v) { as<LOGFallbackAppender>(t).setRetryDelay(integer(v)); }},
       {"LOGRateLimitFilter", "MaxEvents", EXACT, NUMBER, "0", "events that pass in a period; with 0 all do",
        [](LOGObject& t, const I18NString& v) { as<LOGRateLimitFilter>(t).setMaxEvents(integer(v)); }},
       {"LOGRateLimitFilter", "Seconds", EXACT, NUMBER, "1", "how long a period is",
@@ -273,6 +277,7 @@ const std::vector<LOGDocumentTables::Class<LOGAppenderSkeleton>>& LOGDocumentTab
       {"LOGLocalUDPAppender", &make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
       {"LOGColorConsoleAppender", &make<LOGAppenderSkeleton, LOGColorConsoleAppender>},
       {"LOGJournalAppender", &make<LOGAppenderSkeleton, LOGJournalAppender>},
+      {"LOGFallbackAppender", &make<LOGAppenderSkeleton, LOGFallbackAppender>},
   });
   return table;
 }

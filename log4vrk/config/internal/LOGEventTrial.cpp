@@ -31,7 +31,7 @@ void LOGEventTrial::arrive(const Appender& appender, Levels levels) {
   const Levels before = m_reaching[&appender];
   if ((levels & ~before) == 0) return;
   m_reaching[&appender] = before | levels;
-  if (!appender.isAsync()) return;
+  if (!appender.isContainer()) return;
   for (const Model::Reference& nested : appender.nested) {
     if (nested.appender != nullptr) arrive(*nested.appender, (before | levels) & passing(appender));
   }

@@ -90,6 +90,8 @@ void LOGAppenderRules::checkNumber(const Parameter& parameter, const std::string
           std::to_string(number));
   } else if (name == "ReconnectionDelay" && number <= 0) {
     addOf(WARNING, "number-value", parameter, where, "there is no time between two attempts to connect");
+  } else if (name == "RetryDelay" && number <= 0) {
+    addOf(WARNING, "number-value", parameter, where, "each event is offered to appenders that take none");
   }
 }
 

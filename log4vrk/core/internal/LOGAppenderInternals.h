@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <memory>
 #include <typeinfo>
 
 #include "log4vrk/core/LOGAppenderSkeleton.h"
@@ -34,6 +35,8 @@ struct LOGAppenderInternals {
   /// As appendFast, for the call of a statement of which no event has been made: for a queue, which needs none. An
   /// appender that has this has appendFast, too, which takes what this one does not.
   bool (*appendCall)(LOGAppenderSkeleton& appender, LOGStatementCall& call) = nullptr;
+  /// The appenders that this one gives its events to; null when there are none. For appenders that have others.
+  std::shared_ptr<const LOGAppenderList> (*attached)(LOGAppenderSkeleton& appender) = nullptr;
 
   /// For the constructors of these classes, each after that of its base.
   static void set(LOGAppenderSkeleton& appender, const LOGAppenderInternals& internals) {
@@ -49,7 +52,10 @@ struct LOGAppenderInternals {
 
   /// Before an appender is closed: what its filters have left to say goes to it.
   static void appendLastNotices(LOGAppenderSkeleton& appender) { appender.appendLastNotices(); }
-  static void drainAll(const LOGAppenderList& list);
+  /// False when one of them has not delivered everything.
+  static bool drainAll(const LOGAppenderList& list);
+  /// Whether the events of `from` come to `target`, or they are one.
+  static bool leadsTo(LOGAppenderSkeleton& from, const LOGAppenderSkeleton& target);
   /// appendFast() of an appender that writes lines: `writeLine(line)` runs under the appender's lock. Defined in
   /// LOGAppendLine.h.
   template <typename WriteLine>

@@ -37,9 +37,20 @@ int LOGAppenderList::append(LOGLoggingEvent* event, LOGThreadState& thread, cons
   return static_cast<int>(attached.size());
 }
 
-void LOGAppenderInternals::drainAll(const LOGAppenderList& list) {
+bool LOGAppenderInternals::drainAll(const LOGAppenderList& list) {
+  bool isDrained = true;
   for (const LOGAppenderList::Attached& each : list.attached) {
     const LOGAppenderInternals* const internals = of(*each.appender);
-    if (internals != nullptr && internals->drain != nullptr) internals->drain(*each.appender);
+    if (internals != nullptr && internals->drain != nullptr) isDrained = internals->drain(*each.appender) && isDrained;
   }
+  return isDrained;
+}
+
+bool LOGAppenderInternals::leadsTo(LOGAppenderSkeleton& from, const LOGAppenderSkeleton& target) {
+  if (&from == &target) return true;
+  const LOGAppenderInternals* const internals = of(from);
+  if (internals == nullptr || internals->attached == nullptr) return false;
+  const std::shared_ptr<const LOGAppenderList> list = internals->attached(from);
+  return list && std::any_of(list->attached.begin(), list->attached.end(),
+                             [&](const LOGAppenderList::Attached& each) { return leadsTo(*each.appender, target); });
 }

@@ -1,6 +1,7 @@
 #include "log4vrk/core/internal/LOGContainment.h"
 
 #include "log4vrk/core/LOGLogLog.h"
+#include "log4vrk/core/internal/LOGTaking.h"
 #include "log4vrk/platform/VRKThrowable.h"
 #include "log4vrk/platform/internal/VRKNoCancellation.h"
 
@@ -8,6 +9,7 @@ namespace {
 
 // Writes the error that is being handled. False when it is none of the library's.
 bool write(const LOGFailureTexts& texts) {
+  if (texts.effect == LOGFailureTexts::EVENT_IS_LOST) LOGTaking::refuse();
   // A cancellation is an exception that ends the process when it is caught, even to be passed on, while another one is
   // being handled. So the thread ends after its line has been written.
   const VRKNoCancellation finished;

@@ -10,9 +10,14 @@
 
 /// What an operation writes to the internal log, by the kind of error.
 struct LOGFailureTexts {
+  enum Effect { NONE, EVENT_IS_LOST };
+
   const char* textError;
   const char* throwable;
   const char* unknown;
+  Effect effect = NONE;  // of an error on the operation
+
+  static constexpr LOGFailureTexts ofLostEvent(const char* text) { return {text, text, text, EVENT_IS_LOST}; }
 };
 
 /// What the functions below do with the error that is being handled. Out of line, so that each use costs one call.

@@ -72,6 +72,7 @@ struct alignas(128) LOGThreadState {
   LOGGate::Thread gate;
   LOGAppenderUse::Thread uses;
   LOGDeferral::Thread deferral;
+  unsigned refusals = 0;  // see LOGTaking
   LOGThreadName name;
   LOGThreadTexts texts;
   LOGThreadContext context;
