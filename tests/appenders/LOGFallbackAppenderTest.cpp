@@ -103,19 +103,20 @@ TEST_F(FallbackAppenderTest, KnowsOfEachKindOfAppenderWhetherItTookTheEvent) {
       {"an appender of the program's", &takes, true},
       {"a filter that denies", &denies, true},
   };
+  vrktest::Tree tree;
   for (const auto& [what, first, isTaken] : CASES) {
     for (const bool asText : {true, false}) {
       m_last.texts.clear();
       LOGFallbackAppender fallback;
       fallback.addAppender(first);
       fallback.addAppender(&m_last);
-      vrktest::Tree tree;
       tree.getRootLogger()->addAppender(&fallback);
       vrktest::logNumber(tree.getRootLogger(), asText ? vrktest::Way::FAST : vrktest::Way::ORDINARY, 0, 1);
       EXPECT_EQ(m_last.texts, isTaken ? Texts() : Texts{"0 1 end"}) << what << (asText ? ", a text" : ", an object");
       tree.getRootLogger()->removeAppender(&fallback);
     }
   }
+  queue.close();  // while there is the logger of what it holds
 }
 
 TEST_F(FallbackAppenderTest, EachEventIsInOnePlaceWhileAppendersFailComeAndGo) {
