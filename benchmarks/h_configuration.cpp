@@ -55,6 +55,21 @@ std::size_t parse(const std::string& path) {
   return attributesBelow(*parser.getDocument());
 }
 
+// The same document with a variable in each value.
+void writeDocumentWithVariables(const std::string& from, const std::string& path) {
+  std::stringstream text;
+  text << std::ifstream(from).rdbuf();
+  std::string document = text.str();
+  const auto replace = [&document](const std::string& what, const std::string& with) {
+    for (std::size_t at = 0; (at = document.find(what, at)) != document.npos; at += with.size()) {
+      document.replace(at, what.size(), with);
+    }
+  };
+  replace("<log4j:configuration", "<log4j:configuration substitute=\"true\"");
+  replace("value=\"", "value=\"${LOG4VRK_BENCH:-}");
+  std::ofstream(path) << document;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -64,6 +79,8 @@ int main(int argc, char** argv) {
     bench::Folder folder;
     const std::string document = folder.newFile();
     writeDocument(document, folder.path());
+    const std::string withVariables = document + ".variables";
+    writeDocumentWithVariables(document, withVariables);
     const long runs = settings.count(400);
     const auto microseconds = [runs](auto run) {
       return bench::seconds(1, runs, run) * 1e6 / static_cast<double>(runs);
@@ -75,6 +92,8 @@ int main(int argc, char** argv) {
     comparison.add("parse and walk", [&] { return microseconds([&](long) { seen += parse(document); }); });
     comparison.add("ours",
                    [&] { return microseconds([&](long) { LOG4VRKConfigurator::initialize(document.c_str()); }); });
+    comparison.add("with variables",
+                   [&] { return microseconds([&](long) { LOG4VRKConfigurator::initialize(withVariables.c_str()); }); });
     comparison.gate("h", "ours", "parse and walk", bench::Comparison::AT_MOST, 1.4);
     comparison.run();
     LOG4VRKConfigurator::shutdown();

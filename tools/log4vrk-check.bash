@@ -10,7 +10,7 @@ _log4vrk_check() {
   elif [ "$previous" = --explain ]; then
     COMPREPLY=()
   elif [[ $current = -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W '--strict --no-env --connect --format --explain --dump --sample --help' -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W '--strict --no-env --connect --set --format --explain --dump --sample --help' -- "$current")
   else
     compopt -o filenames
     mapfile -t COMPREPLY < <(compgen -f -X '!*.xml' -- "$current"; compgen -d -- "$current")

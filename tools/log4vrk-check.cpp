@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "log4vrk/config/LOG4VRKConfigurator.h"
 #include "log4vrk/config/LOGDocumentCheck.h"
 #include "log4vrk/core/LOGLevel.h"
 
@@ -17,7 +18,8 @@ namespace {
 constexpr int CLEAN = 0, FINDINGS = 1, FAILED = 2;
 
 constexpr char HELP[] =
-    R"(usage: log4vrk-check [--strict] [--no-env] [--connect] [--format text|json]
+    R"(usage: log4vrk-check [--strict] [--no-env] [--connect] [--set NAME=VALUE]
+                     [--format text|json]
                      [--explain LOGGER LEVEL] [--dump] [--sample] FILE...
 
 Says what is wrong with configuration documents of log4vrk, and changes nothing.
@@ -26,6 +28,8 @@ Says what is wrong with configuration documents of log4vrk, and changes nothing.
   --no-env                only look at the documents, not at directories, disks,
                           libraries and hosts
   --connect               connect to the log servers that the documents name
+  --set NAME=VALUE        what the program sets for ${NAME}; others are those of the
+                          environment
   --format text|json      how findings are written
   --explain LOGGER LEVEL  what becomes of an event of that logger at that level
   --dump                  all loggers and appenders, with defaults filled in
@@ -74,6 +78,11 @@ Options parse(const std::vector<std::string>& arguments) {
       options.settings.environment = false;
     } else if (argument == "--connect") {
       options.settings.connect = true;
+    } else if (argument == "--set") {
+      const std::string variable = value(argument);
+      const std::size_t equals = variable.find('=');
+      if (equals == 0 || equals == variable.npos) throw UsageError{"--set needs NAME=VALUE"};
+      LOG4VRKConfigurator::setVariable(I18NString(variable.substr(0, equals)), I18NString(variable.substr(equals + 1)));
     } else if (argument == "--format") {
       const std::string format = value(argument);
       if (format != "text" && format != "json") throw UsageError{"--format is text or json"};

@@ -19,6 +19,10 @@ class LOG4VRK_EXPORT LOG4VRKConfigurator {
   /// Not 0: from now on a document that LOGDocumentCheck finds errors in is refused, by initialize() and by watchdogs.
   /// Nothing has changed then, and getProblems() has the errors. The check looks at files, libraries and hosts too.
   static void setRefuseFaultyDocuments(int on);
+  /// What stands for ${name} in documents that say substitute="true", in place of a variable of the environment, from
+  /// the next time on that one is read. An empty value takes it away. A name has letters, digits, _ and . only; any
+  /// other is refused with a line in the internal log.
+  static void setVariable(const I18NString& name, const I18NString& value);
   /// What went wrong in the last configuration run of the process that has ended: a line for each warning and error, in
   /// order, empty when there were none. It begins with "FILE:LINE: ", or "FILE: " when the line is not known, and names
   /// the logger, appender and parameter that it is about. Whether the internal log is switched on makes no difference.

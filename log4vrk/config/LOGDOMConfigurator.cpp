@@ -6,6 +6,7 @@
 #include "log4vrk/config/internal/LOGDocumentRefusal.h"
 #include "log4vrk/config/internal/LOGDocumentTables.h"
 #include "log4vrk/config/internal/LOGFactoryLibraries.h"
+#include "log4vrk/config/internal/LOGVariables.h"
 #include "log4vrk/core/LOGAppenderSkeleton.h"
 #include "log4vrk/core/LOGGuard.h"
 #include "log4vrk/core/LOGHierarchy.h"
@@ -54,6 +55,7 @@ const I18NString& LOGDOMConfigurator::ADDITIVITY_ATTR = vrkImmortal<I18NString>(
 const I18NString& LOGDOMConfigurator::THRESHOLD_ATTR = vrkImmortal<I18NString>("threshold");
 const I18NString& LOGDOMConfigurator::CONFIG_DEBUG_ATTR = vrkImmortal<I18NString>("configDebug");
 const I18NString& LOGDOMConfigurator::INTERNAL_DEBUG_ATTR = vrkImmortal<I18NString>("debug");
+const I18NString& LOGDOMConfigurator::SUBSTITUTE_ATTR = vrkImmortal<I18NString>("substitute");
 const I18NString& LOGDOMConfigurator::RENDERING_CLASS_ATTR = vrkImmortal<I18NString>("renderingClass");
 const I18NString& LOGDOMConfigurator::RENDERED_CLASS_ATTR = vrkImmortal<I18NString>("renderedClass");
 const I18NString& LOGDOMConfigurator::EMPTY_STR = vrkImmortal<I18NString>();
@@ -103,6 +105,7 @@ constexpr std::chrono::milliseconds LONGEST_PREPARATION{6000}, LONGEST_WAIT_AT_R
 
 // Where the syslog appenders of a document will send to, each host once.
 std::vector<I18NString> syslogHosts(const VRKIDOM_Element& root) {
+  const bool hasVariables = LOGVariables::areWanted(root);
   std::vector<I18NString> hosts;
   const auto add = [&](const I18NString& host) {
     if (std::find(hosts.begin(), hosts.end(), host) == hosts.end()) hosts.push_back(host);
@@ -115,7 +118,8 @@ std::vector<I18NString> syslogHosts(const VRKIDOM_Element& root) {
     bool namesOne = false;
     for (const VRKIDOM_Element& child : logChildElements(element)) {
       if (child.getAttribute(LOGDOMConfigurator::LOG4VRK_NAME_ATTR) != "Host") continue;
-      const I18NString host = child.getAttribute(LOGDOMConfigurator::VALUE_ATTR);
+      std::string problem;  // is told when the parameter is set
+      const I18NString host = LOGVariables::valueOf(child, hasVariables, problem);
       if (host.isEmpty()) continue;
       add(host);
       namesOne = true;
@@ -244,6 +248,7 @@ int LOGDOMConfigurator::parse(const VRKIDOM_Element& root) {
     LOGLogLog::error("DOM element is - not a <" + CONFIGURATION_TAG + "> element.");
     return 0;
   }
+  m_hasVariables = LOGVariables::areWanted(root);
   auto* const hierarchy = dynamic_cast<LOGHierarchy*>(m_repository);
   LOGSyslogHosts hosts(syslogHosts(root));
   drainWhatIsReplacedBy(root);
@@ -294,6 +299,11 @@ void LOGDOMConfigurator::parseAttributes(const VRKIDOM_Element& root) {
   if (isGiven(threshold)) {
     VRK_ASSERT(m_repository);
     m_repository->setThreshold(threshold);
+  }
+  const I18NString substitute = root.getAttribute(SUBSTITUTE_ATTR);
+  if (!substitute.isEmpty() && !m_hasVariables && !vrkEqualIgnoringAsciiCase(substitute, "false")) {
+    LOGLogLog::warn("The \"" + SUBSTITUTE_ATTR + "\" attribute is [" + substitute +
+                    "], neither true nor false; no variable is put in.");
   }
 }
 
@@ -422,7 +432,13 @@ void LOGDOMConfigurator::parseLevel(const VRKIDOM_Element& element, LOGLogger* l
                  "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred."},
                 [&] {
                   const I18NString name = isRoot ? ROOT_TAG : logger->getName();
-                  const I18NString value = element.getAttribute(VALUE_ATTR);
+                  std::string problem;
+                  const I18NString value = LOGVariables::valueOf(element, m_hasVariables, problem);
+                  if (!problem.empty()) {
+                    LOGLogLog::error("LOGDOMConfigurator::parseLevel -- " + I18NString(std::string_view(problem)) +
+                                     "; the level stays as it was.");
+                    return;
+                  }
                   LOGLogLog::debug("Level value for " + name + " is  [" + value + "].");
                   if (value == m_INHERITED) {
                     if (isRoot) {

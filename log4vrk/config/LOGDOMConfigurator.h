@@ -56,6 +56,7 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
   static const I18NString& THRESHOLD_ATTR;
   static const I18NString& CONFIG_DEBUG_ATTR;
   static const I18NString& INTERNAL_DEBUG_ATTR;
+  static const I18NString& SUBSTITUTE_ATTR;
   static const I18NString& RENDERING_CLASS_ATTR;
   static const I18NString& RENDERED_CLASS_ATTR;
   static const I18NString& EMPTY_STR;
@@ -112,8 +113,8 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
   LOG4VRK_HIDDEN void parseFilters(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
   LOG4VRK_HIDDEN void parseErrorHandler(const VRKIDOM_Element& element, LOGAppenderBundle& bundle);
   LOG4VRK_HIDDEN void parseNestedAppender(const VRKIDOM_Element& reference, LOGAppenderSkeleton* appender);
-  LOG4VRK_HIDDEN static void setParameter(const VRKIDOM_Element& element, LOGObject& target);
-  LOG4VRK_HIDDEN static void setParameters(const VRKIDOM_Element& parent, LOGObject& target);
+  LOG4VRK_HIDDEN void setParameter(const VRKIDOM_Element& element, LOGObject& target) const;
+  LOG4VRK_HIDDEN void setParameters(const VRKIDOM_Element& parent, LOGObject& target) const;
 
   LOG4VRK_HIDDEN void putIntoBag(const I18NString& name, std::shared_ptr<LOGAppenderBundle> bundle);
   LOG4VRK_HIDDEN void retireStaleAppenders();
@@ -125,6 +126,7 @@ class LOG4VRK_EXPORT LOGDOMConfigurator : public LOGConfigurator {
 
   // Touched by the one run that is going on.
   LOGLoggerRepository* m_repository = nullptr;
+  bool m_hasVariables = false;  // values of the document may name variables
   LOGHashtable m_appenderBag;
   std::list<std::shared_ptr<LOGAppenderBundle>> m_bundles;  // those in the bag
   std::list<std::shared_ptr<LOGAppenderBundle>>

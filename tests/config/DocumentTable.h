@@ -239,6 +239,20 @@ inline constexpr CheckedDocument CHECKED_DOCUMENTS[] = {
     {"N queue-needs-shutdown",
      "$W$F<layout class='TTCCLayout'/>$E$X(q=AsyncAppender)$O(a)$P(LocationInfo=true)$E<root>$O(q)</root>"},
     {"N queue-needs-shutdown W event-twice", "$A$X(q=AsyncAppender)$O(a)$E<root>$O(q)$O(a)</root>"},
+    // Variables.
+    {"",
+     "^<log4j:configuration substitute='true'>$X(a=FileAppender)$P(File=~/${LOG4VRK_NONE:-a}.log)$L$E"
+     "<root><level value='$${LOG4VRK_NONE:-info}'/>$O(a)</root></log4j:configuration>"},
+    {"E file-missing E variable-value",
+     "^<log4j:configuration substitute='TRUE'>$X(a=FileAppender)$P(File=@)$L$E$R</log4j:configuration>",
+     "${LOG4VRK_NONE}|${|${A:-${PATH}}|${A B}|${}"},
+    {"E variable-value",
+     "^<log4j:configuration substitute='true'>$A<root><level value='$${LOG4VRK_NONE}'/>$O(a)</root>"
+     "</log4j:configuration>"},
+    {"W substitute-value", "^<log4j:configuration substitute='yes'>$A$R</log4j:configuration>"},
+    {"N variables-off",
+     "$W$F<layout class='PatternLayout'>"
+     "$P(ConversionPattern=${PATH}%n)</layout>$E$R"},
     // Falling back.
     {"E fallback-without-appender", "<appender name='a' class='FallbackAppender'/>$R"},
     {"W fallback-alone E appender-missing", "$X(a=FallbackAppender)$O(b)$E$R"},

@@ -54,6 +54,79 @@ TEST_F(ProblemsTest, AreTheRunsWarningsAndErrorsWithTheirPlace) {
   }
 }
 
+// A layout prints what has become of a value.
+TEST_F(ProblemsTest, NameTheVariablesThatCannotBePutInAndTheOthersAreOnce) {
+  ::setenv("LOG4VRK_TEST_SET", "set", 1);
+  ::setenv("LOG4VRK_TEST_EMPTY", "", 1);
+  ::setenv("LOG4VRK_TEST_BOTH", "of the environment", 1);
+  LOG4VRKConfigurator::setVariable("LOG4VRK_TEST_BOTH", "of the program");
+  LOG4VRKConfigurator::setVariable("own.name", "${LOG4VRK_TEST_SET} %m $${");
+  const std::tuple<const char*, const char*, const char*> CASES[] = {
+      {"${LOG4VRK_TEST_SET}", "set", ""},
+      {"a${LOG4VRK_TEST_SET}b${LOG4VRK_TEST_SET}", "asetbset", ""},
+      {"${LOG4VRK_TEST_BOTH}", "of the program", ""},
+      {"${own.name}", "${LOG4VRK_TEST_SET} text $${", ""},
+      {"${LOG4VRK_TEST_NONE:-a:-b c}", "a:-b c", ""},
+      {"[${LOG4VRK_TEST_NONE:-}]", "[]", ""},
+      {"${LOG4VRK_TEST_EMPTY:-default}", "default", ""},
+      {"${LOG4VRK_TEST_SET:-default}", "set", ""},
+      {"$ $$ } {x} $x $${a} $$${a}", "$ $$ } {x} $x ${a} $${a}", ""},
+      {"a${LOG4VRK_TEST_NONE}", "-", "${LOG4VRK_TEST_NONE} is not set and has no default"},
+      {"${LOG4VRK_TEST_EMPTY}", "-", "${LOG4VRK_TEST_EMPTY} is not set and has no default"},
+      {"${LOG4VRK_TEST_SET", "-", "${ without }"},
+      {"${}", "-", "${}: a name has letters, digits, _ and . only"},
+      {"${A-B}", "-", "${A-B}: a name has letters, digits, _ and . only"},
+      {"${A:-${B}}", "-", "${A}: a default has no variables in it"},
+  };
+  const auto written = [&](const std::string& value, const char* substitute, std::string& problems) {
+    problems = problemsOf("<log4j:configuration substitute='" + std::string(substitute) +
+                          "'>\n<appender name='f' class='FileAppender'><param name='File' value='" + dir.file("f") +
+                          "'/><layout class='PatternLayout'><param name='ConversionPattern' value='-'/>\n"
+                          "<param name='ConversionPattern' value='" +
+                          value + "'/></layout></appender><root><appender-ref ref='f'/></root></log4j:configuration>");
+    LOGManager::getRootLogger()->error("text");
+    const std::string text = dir.read("f");
+    dir.write("f", "");
+    return text;
+  };
+  std::string problems;
+  for (const auto& [value, expected, problem] : CASES) {
+    EXPECT_EQ(expected, written(value, "true", problems)) << value;
+    const std::string line = *problem != '\0' ? "$:3: appender [f], param [ConversionPattern]: "
+                                                "LOGDOMConfigurator::setParameter -- " +
+                                                    std::string(problem) + "; the parameter is ignored.\n"
+                                              : "";
+    EXPECT_EQ(line, problems);
+  }
+  EXPECT_EQ("${LOG4VRK_TEST_SET}", written("${LOG4VRK_TEST_SET}", "false", problems)) << "nobody has asked";
+  EXPECT_EQ("${LOG4VRK_TEST_SET}", written("${LOG4VRK_TEST_SET}", "yes", problems));
+  EXPECT_NE(std::string::npos, problems.find("The \"substitute\" attribute is [yes], neither true nor false"));
+  LOG4VRKConfigurator::setVariable("LOG4VRK_TEST_BOTH", "");
+  EXPECT_EQ("of the environment", written("${LOG4VRK_TEST_BOTH}", "TRUE", problems));
+  const InternalLog log;
+  LOG4VRKConfigurator::setVariable("a b", "x");
+  EXPECT_TRUE(log.contains("[a b] is no name"));
+  LOGManager::getRootLogger()->removeAllAppenders();
+}
+
+TEST_F(ProblemsTest, NameTheVariableOfALevelWhichStaysAsItWas) {
+  LOGLogger* const logger = LOGManager::getLogger("p.level");
+  const auto levelWith = [&](const char* value) {
+    const std::string problems =
+        problemsOf("<log4j:configuration substitute='true'><logger name='p.level'><level value='" + std::string(value) +
+                   "'/></logger></log4j:configuration>");
+    return logger->getLevel()->toString().toUtf8() + ", " + problems;
+  };
+  LOG4VRKConfigurator::setVariable("LOG4VRK_TEST_LEVEL", "warn");
+  EXPECT_EQ("WARN, ", levelWith("${LOG4VRK_TEST_LEVEL}"));
+  LOG4VRKConfigurator::setVariable("LOG4VRK_TEST_LEVEL", "");
+  EXPECT_EQ("ERROR, ", levelWith("${LOG4VRK_TEST_LEVEL:-ERROR}"));
+  EXPECT_EQ(
+      "ERROR, $:1: logger [p.level]: LOGDOMConfigurator::parseLevel -- ${LOG4VRK_TEST_LEVEL} is not set and has no "
+      "default; the level stays as it was.\n",
+      levelWith("${LOG4VRK_TEST_LEVEL}"));
+}
+
 TEST_F(ProblemsTest, TellWhyADocumentWasNotApplied) {
   EXPECT_EQ(0U, problemsOf("<a>\n<b></a>", 0).find("$:2: Could not parse the document ")) << "the line of the fault";
   EXPECT_EQ(0U, problemsOf("<other/>", 0).find("$:1: DOM element is - not a "));

@@ -23,6 +23,7 @@ validate() {
     xmllint --nonet --noout --schema "$schema" - 2>&1
 }
 validate "$good" || failed=1
+validate "${good/info/\$\{LEVEL:-info\}}" || failed=1
 
 # What is replaced in the good one, and by what.
 while IFS='|' read -r from to; do

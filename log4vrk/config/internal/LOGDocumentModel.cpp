@@ -24,7 +24,10 @@ std::string LOGDocumentModel::Part::value(const char* parameter) const {
 }
 
 LOGDocumentModel::LOGDocumentModel(const VRKIDOM_Document& document)
-    : m_document(document), m_root(document.getDocumentElement()), m_threshold(LOGLevel::ALL_OBJ) {
+    : m_document(document),
+      m_root(document.getDocumentElement()),
+      m_threshold(LOGLevel::ALL_OBJ),
+      m_hasVariables(LOGVariables::areWanted(m_root)) {
   loggerOf("root", true).level = LOGLevel::DEBUG_OBJ;
   readAppenders();
   const I18NString threshold = m_root.getAttribute(Reader::THRESHOLD_ATTR);
@@ -52,14 +55,18 @@ bool LOGDocumentModel::isConfiguration() const {
   return tag == Reader::CONFIGURATION_TAG || tag == Reader::OLD_CONFIGURATION_TAG;
 }
 
-void LOGDocumentModel::readPart(const VRKIDOM_Element& element, Part& part) {
+void LOGDocumentModel::readPart(const VRKIDOM_Element& element, Part& part) const {
   part.element = element;
   part.name = attribute(element, Reader::LOG4VRK_NAME_ATTR);
   for (const VRKIDOM_Element& child : logChildElements(element)) {
     if (child.getTagName() != Reader::PARAM_TAG) continue;
     const I18NString name = child.getAttribute(Reader::LOG4VRK_NAME_ATTR);
-    part.parameters.push_back({child, name.toUtf8(), attribute(child, Reader::VALUE_ATTR),
-                               part.isKnown ? Tables::findParameter(part.className, name) : nullptr});
+    std::string problem;
+    std::string value = valueOf(child, problem).toUtf8();
+    if (!problem.empty()) value = attribute(child, Reader::VALUE_ATTR);
+    part.parameters.push_back({child, name.toUtf8(), std::move(value),
+                               part.isKnown ? Tables::findParameter(part.className, name) : nullptr,
+                               std::move(problem)});
   }
 }
 
@@ -167,7 +174,9 @@ void LOGDocumentModel::readLogger(const VRKIDOM_Element& element, bool isRoot) {
 }
 
 void LOGDocumentModel::readLevel(const VRKIDOM_Element& element, Logger& logger) {
-  const I18NString value = element.getAttribute(Reader::VALUE_ATTR);
+  std::string problem;
+  const I18NString value = valueOf(element, problem);
+  if (!problem.empty()) return;
   if (value == LOGConfigurator::m_INHERITED) {
     if (logger.isRoot) return;
     logger.level = nullptr;

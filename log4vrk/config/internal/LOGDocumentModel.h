@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "log4vrk/config/internal/LOGDocumentTables.h"
+#include "log4vrk/config/internal/LOGVariables.h"
 #include "log4vrk/platform/VRKIDOM.h"
 
 class LOGLevel;
@@ -21,10 +22,11 @@ class LOGDocumentModel {
   struct Parameter {
     VRKIDOM_Element element;
     std::string name;
-    std::string value;
+    std::string value;                          // with its variables put in
     const LOGDocumentTables::Parameter* known;  // null: ignored
+    std::string problem;                        // with a variable, for which it is ignored
     bool counts() const {
-      return known != nullptr && (!value.empty() || LOGDocumentTables::mayBeEmpty(I18NString(name)));
+      return known != nullptr && problem.empty() && (!value.empty() || LOGDocumentTables::mayBeEmpty(I18NString(name)));
     }
   };
 
@@ -95,6 +97,12 @@ class LOGDocumentModel {
   const std::vector<std::unique_ptr<Logger>>& loggers() const { return m_loggers; }
   const LOGLevel* threshold() const { return m_threshold; }
 
+  bool hasVariables() const { return m_hasVariables; }
+  /// See LOGVariables.
+  I18NString valueOf(const VRKIDOM_Element& element, std::string& problem) const {
+    return LOGVariables::valueOf(element, m_hasVariables, problem);
+  }
+
   /// The nearest logger of the document: that one, an ancestor, or the root.
   const Logger& nearest(const std::string& name) const;
   const Logger& parentOf(const Logger& logger) const;
@@ -112,7 +120,7 @@ class LOGDocumentModel {
   void readLogger(const VRKIDOM_Element& element, bool isRoot);
   void readLevel(const VRKIDOM_Element& element, Logger& logger);
   Reference readReference(const VRKIDOM_Element& element) const;
-  static void readPart(const VRKIDOM_Element& element, Part& part);
+  void readPart(const VRKIDOM_Element& element, Part& part) const;
   void follow(Appender& appender, std::vector<const Appender*>& path);
   Logger& loggerOf(const std::string& name, bool isRoot);
 
@@ -124,4 +132,5 @@ class LOGDocumentModel {
   std::map<std::string, Logger*> m_loggersByName;
   const LOGLevel* m_threshold;
   bool m_hasFactory = false;
+  const bool m_hasVariables;
 };

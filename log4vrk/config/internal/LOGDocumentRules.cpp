@@ -110,6 +110,11 @@ void LOGDocumentRules::checkRootAttributes() {
                    "internal debugging is switched on, with two warnings in the internal log",
                    Reader::INTERNAL_DEBUG_ATTR.toUtf8());
   }
+  const I18NString substitute = root.getAttribute(Reader::SUBSTITUTE_ATTR);
+  if (!substitute.isEmpty() && !m_model.hasVariables() && !vrkEqualIgnoringAsciiCase(substitute, "false")) {
+    m_findings.add(LOGFinding::WARNING, "substitute-value", root, "", quoted(root, Reader::SUBSTITUTE_ATTR),
+                   "only true puts variables in", logNearest(substitute.toUtf8(), {"true", "false"}));
+  }
   const I18NString threshold = root.getAttribute(Reader::THRESHOLD_ATTR);
   if (isGiven(threshold) && LOGLevel::toLevel(threshold, nullptr) == nullptr) {
     m_findings.add(LOGFinding::FAULT, "threshold-unknown", root, "", quoted(root, Reader::THRESHOLD_ATTR),
@@ -237,7 +242,8 @@ void LOGDocumentRules::checkParts(const VRKIDOM_Element& element, bool isRoot, c
 }
 
 void LOGDocumentRules::checkLevel(const VRKIDOM_Element& element, bool isRoot, const std::string& where) {
-  const I18NString value = element.getAttribute(Reader::VALUE_ATTR);
+  std::string problem;
+  const I18NString value = m_model.valueOf(element, problem);
   const std::string text = quoted(element, Reader::VALUE_ATTR);
   if (!element.getAttribute(Reader::CLASS_ATTR).isEmpty()) {
     m_findings.add(LOGFinding::WARNING, "level-class", element, where, quoted(element, Reader::CLASS_ATTR),
@@ -247,7 +253,9 @@ void LOGDocumentRules::checkLevel(const VRKIDOM_Element& element, bool isRoot, c
     m_findings.add(LOGFinding::NOTE, "old-name", element, where, "priority", "it means the same as level", "level");
   }
   const std::string inherited = LOGConfigurator::m_INHERITED.toUtf8();
-  if (value == LOGConfigurator::m_INHERITED) {
+  if (!problem.empty()) {
+    m_findings.add(LOGFinding::FAULT, "variable-value", element, where, text, problem + "; the level stays as it was");
+  } else if (value == LOGConfigurator::m_INHERITED) {
     if (!isRoot) return;
     m_findings.add(LOGFinding::FAULT, "root-inherited", element, where, text,
                    "the root has nobody to inherit from; its level stays as it was");

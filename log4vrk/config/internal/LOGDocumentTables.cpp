@@ -230,7 +230,7 @@ const std::vector<LOGDocumentTables::Element>& LOGDocumentTables::elements() {
                factory = word(Reader::CATEGORY_FACTORY_TAG), loggerRef = word(Reader::LOGGER_REF),
                rootRef = word(Reader::ROOT_REF);
     const std::vector<std::string> ofConfiguration{word(Reader::THRESHOLD_ATTR), word(Reader::INTERNAL_DEBUG_ATTR),
-                                                   word(Reader::CONFIG_DEBUG_ATTR)};
+                                                   word(Reader::CONFIG_DEBUG_ATTR), word(Reader::SUBSTITUTE_ATTR)};
     const std::vector<std::string> inConfiguration{factory, renderer, appender, logger, category, root};
     const std::vector<std::string> ofLogger{name, className, word(Reader::ADDITIVITY_ATTR)};
     const std::vector<std::string> inLogger{level, priority, appenderRef, param};

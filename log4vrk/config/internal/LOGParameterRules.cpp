@@ -13,7 +13,7 @@ using Tables = LOGDocumentTables;
 namespace {
 
 constexpr long FEW_BYTES = 1024, MANY_BACKUPS = 1000;
-constexpr LOGFinding::Severity WARNING = LOGFinding::WARNING, FAULT = LOGFinding::FAULT;
+constexpr LOGFinding::Severity NOTE = LOGFinding::NOTE, WARNING = LOGFinding::WARNING, FAULT = LOGFinding::FAULT;
 
 }  // namespace
 
@@ -35,6 +35,13 @@ void LOGAppenderRules::checkParameters(const Part& part, const std::string& wher
 
 void LOGAppenderRules::checkParameter(const Part& part, const Parameter& parameter, const std::string& where) {
   if (parameter.known == nullptr) return checkIgnored(part, parameter, where);
+  if (!parameter.problem.empty()) {
+    return addOf(FAULT, "variable-value", parameter, where, parameter.problem + "; the parameter is ignored");
+  }
+  if (!m_model.hasVariables() && parameter.value.find("${") != std::string::npos) {
+    addOf(NOTE, "variables-off", parameter, where,
+          "it is taken as it is: the root element does not say substitute=\"true\"");
+  }
   if (!parameter.counts()) {
     return addOf(WARNING, "param-empty", parameter, where, "a parameter without a value is ignored");
   }
