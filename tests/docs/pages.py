@@ -1,0 +1,161 @@
+#!/usr/bin/env python3
+"""Prepares what Doxygen reads, and finds dead links in what it writes.
+
+prepare <root of the tree> <folder>: copies of the guide and of the public headers, and the option that lists them in
+the order of the README's links. The files of the tree stay as people read them; in the copies
+
+- the first line of a header, which says what the file is, is also the first sentence of the class of that name;
+- indented pieces of a comment are code or tables, and what begins with "Thread safety:" and the like begins a line;
+- signs that Doxygen would take for commands are what they are in the text;
+- a heading of the guide has the anchor that links give it, and what is no page is named instead of linked.
+
+No line is added or taken away, so that warnings name the right one.
+
+links <folder of pages>: names each link, figure and script of the pages that leads nowhere within them.
+"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import urllib.parse
+
+COMMAND = re.compile(r" *///? ?@(\{|\}|cond\b|endcond\b)")
+LABEL = re.compile(r"^( *///) ((?:Thread safety|Ownership|Errors|Failures|Forks):)")
+
+
+def escaped(text):
+    """Without what Doxygen would see as a command or a tag; code in `` is left alone."""
+    spans = text.split("`")
+    return "`".join(span if i % 2 else re.sub(r"([\\@<])(?! )", r"\\\1", span) for i, span in enumerate(spans))
+
+
+def is_comment(line):
+    return line.lstrip().startswith("///")
+
+
+def comments(lines):
+    result = list(lines)
+    index = 0
+    while index < len(lines):
+        line, before = lines[index], lines[index - 1].strip() if index > 0 else ""
+        if re.match(r" *///   \S", line) and is_comment(before) and not re.match(r"///  ?-", before):
+            # Behind an empty line of the comment it is code, behind a text a table.
+            kind = "code" if before == "///" else "verbatim"
+            result[index - 1] += " @code{.cpp}" if kind == "code" else " @verbatim"
+            while index + 1 < len(lines) and re.match(r" *///   ", lines[index + 1]):
+                index += 1
+            result[index] += " @end" + kind
+        elif is_comment(line) and not COMMAND.match(line):
+            gap = "" if before == "///" else "@n "
+            result[index] = LABEL.sub(rf"\1 {gap}**\2**", escaped(line).replace("///\\<", "///<"))
+        index += 1
+    return result
+
+
+def header(path, text):
+    lines = text.split("\n")
+    head = next(i for i, line in enumerate(lines) if not line.startswith("//"))
+    purpose = " ".join(line[2:].strip() for line in lines[:head])
+    purpose = escaped(re.split(r"(?<=\.) +", purpose.split("  ")[0])[0])
+    lines[:head] = ["/" + line for line in lines[:head]]
+    lines = comments(lines)
+    lines[0] = f"/// @file {path} {lines[0][4:]}"
+    declared = re.compile(r"(class|struct) (?:\w+(?:\(.*\))? )?" + path.stem + r"\b[^;]*\{")
+    for index, line in enumerate(lines):
+        if declared.match(line):
+            while lines[index - 1].startswith(("///", "template")):
+                index -= 1
+            if lines[index - 1] == "":
+                lines[index - 1] = "/// " + purpose
+            break
+    return "\n".join(lines)
+
+
+def anchor(page, heading):
+    return page + "-" + re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-"))
+
+
+def page(root, path, text, guide):
+    """A page's name is that of its file, and its anchors begin with it, because they are one set for Doxygen."""
+    def link(match):
+        text, target, fragment = match[1], *match[2].partition("#")[::2]
+        if re.match(r"https?:", target):
+            return match[0]
+        file = pathlib.PurePath(os.path.normpath(path.parent / target)) if target else path
+        if file.suffix == ".svg":
+            return f"[{text}]({file.name})"
+        if not (root / file).exists():
+            print(f"{path}: {target}: there is no such file")
+        if file not in guide:
+            return text if text == str(file) else f"{text} (`{file}`)"
+        if fragment:
+            return f"[{text}](#{anchor(file.stem, fragment)})"
+        return f"[{text}](@ref {'index' if file == guide[0] else file.stem.lower()})"
+
+    lines, in_code = text.split("\n"), False
+    for index, line in enumerate(lines):
+        if line.startswith("```"):
+            in_code = not in_code
+        if in_code:
+            continue
+        line = re.sub(r"\[([^]]*)\]\(([^)\s]*)\)", link, line)
+        line = re.sub(r"(?<!`)`([^`]*'[^`]*)`(?!`)", r"``\1``", line)  # for Doxygen a quote ends a piece of code
+        if heading := re.match(r"#+ (.*)$", line):
+            line = line.replace("`", "") + f" {{#{anchor(path.stem, heading[1]) if index > 0 else path.stem.lower()}}}"
+        lines[index] = line
+    return "\n".join(lines)
+
+
+def prepare(root, folder):
+    guide = [pathlib.PurePath("README.md")]
+    for name in re.findall(r"\]\(([^)#]*\.md)\)", (root / guide[0]).read_text(encoding="utf-8")):
+        if pathlib.PurePath(name) not in guide:
+            guide.append(pathlib.PurePath(name))
+    for path in sorted((root / "docs").glob("*.md")):
+        if path.relative_to(root) not in guide:
+            print(f"README.md does not lead to {path.relative_to(root)}")
+    listed = re.findall(r"^  ([\w/]+\.h)$", (root / "log4vrk/Headers.cmake").read_text(encoding="utf-8"), re.MULTILINE)
+    headers = [pathlib.PurePath("log4vrk") / name for name in listed if "/internal/" not in name]
+    for path in guide + headers:
+        text = (root / path).read_text(encoding="utf-8")
+        copy = folder / path
+        copy.parent.mkdir(parents=True, exist_ok=True)
+        copy.write_text(header(path, text) if path.suffix == ".h" else page(root, path, text, guide), encoding="utf-8")
+    # Members that are described together are those that a class is about.
+    layout = subprocess.run(["doxygen", "-l", "-"], check=True, capture_output=True, encoding="utf-8").stdout
+    layout = layout.replace('type="pages" visible="yes" title=""', 'type="pages" visible="yes" title="Guide"')
+    groups = r"(<memberdecl>\n)((?:(?!</memberdecl>).)*?)( *<membergroups[^\n]*\n)"
+    layout = re.sub(groups, r"\1\3\2", layout, flags=re.DOTALL)
+    (folder / "layout.xml").write_text(layout, encoding="utf-8")
+    (folder / "Doxyfile").write_text(
+        (root / "cmake/Doxyfile").read_text(encoding="utf-8") +
+        f"INPUT = {' '.join(str(path) for path in guide + headers)}\nIMAGE_PATH = {root / 'docs/performance'}\n" +
+        f"HTML_EXTRA_STYLESHEET = {root / 'cmake/pages.css'}\n", encoding="utf-8")
+
+
+def links(folder):
+    for path in folder.glob("class*.html"):
+        text = path.read_text(encoding="utf-8")
+        if 'name="nested-classes"' not in text:  # Doxygen leads to a list of classes that are all private
+            path.write_text(re.sub(r'<a href="#nested-classes">[^<]*</a>(?: &#124;)?', "", text), encoding="utf-8")
+    texts = {path.name: path.read_text(encoding="utf-8") for path in folder.glob("*.html")}
+    anchors = {name: set(re.findall(r'\b(?:id|name)="([^"]*)"', text)) for name, text in texts.items()}
+    count = 0
+    for name, text in sorted(texts.items()):
+        for target in sorted(set(re.findall(r'\b(?:href|src|data)="([^"]*)"', text))):
+            count += 1
+            file, _, fragment = urllib.parse.unquote(target.replace("&amp;", "&")).partition("#")
+            if re.match(r"(https?|mailto|javascript):", target):
+                continue
+            if not (folder / (file or name)).is_file():
+                print(f"{name}: {target}: there is no such file")
+            elif fragment and fragment not in anchors.get(file or name, ()):
+                print(f"{name}: {target}: the page has no such place")
+    if count == 0:
+        print(f"{folder}: there are no links")
+
+
+if __name__ == "__main__":
+    {"prepare": prepare, "links": links}[sys.argv[1]](*map(pathlib.Path, sys.argv[2:]))
