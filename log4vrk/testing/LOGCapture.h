@@ -1,4 +1,4 @@
-// What a test sees of what was logged.
+// The events of a logger while a scope lasts, for tests to look at.
 
 #pragma once
 

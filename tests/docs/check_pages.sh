@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Makes the pages of the guide and of the public classes, and fails when Doxygen has a warning, when a class, a macro or
-# an operation of LOGLogger is not described, when the README does not lead to a page, or when a link leads nowhere.
+# Makes the pages of the guide and of the public classes. Fails when Doxygen has a warning, when a class, a macro or an
+# operation of LOGLogger is not described, when the README does not lead to a document, when a link leads nowhere, or
+# when a piece of code in the text of the guide is not on its page.
 #
 # Usage: check_pages.sh <root of the tree> <folder>     The pages are in <folder>/html.
 
@@ -24,6 +25,6 @@ sed "s,^$PWD/,," ../doxygen.log |
   grep -vE 'warning: Member .* of (class|struct) .* is not documented\.$' >>../faults || true
 grep -E 'warning: Member .* of class LOGLogger is not documented\.$' ../doxygen.log >>../faults || true
 [ -f ../html/index.html ] || echo "there are no pages" >>../faults
-python3 "$here/pages.py" links ../html >>../faults
+python3 "$here/pages.py" check "$root" ../html >>../faults
 sort -u ../faults
 [ ! -s ../faults ]

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prepares what Doxygen reads, and finds dead links in what it writes.
+"""Prepares what Doxygen reads, and looks at what it writes.
 
 prepare <root of the tree> <folder>: copies of the guide and of the public headers, and the option that lists them in
 the order of the README's links. The files of the tree stay as people read them; in the copies
@@ -11,7 +11,8 @@ the order of the README's links. The files of the tree stay as people read them;
 
 No line is added or taken away, so that warnings name the right one.
 
-links <folder of pages>: names each link, figure and script of the pages that leads nowhere within them.
+check <root of the tree> <folder of pages>: names each link, figure and script of the pages that leads nowhere within
+them, and each piece of code in the text of the guide that a page does not show as it is.
 """
 
 import os
@@ -25,9 +26,14 @@ COMMAND = re.compile(r" *///? ?@(\{|\}|cond\b|endcond\b)")
 LABEL = re.compile(r"^( *///) ((?:Thread safety|Ownership|Errors|Failures|Forks):)")
 
 
+def whole(text):
+    """With the % that Doxygen takes away in front of a word."""
+    return re.sub(r"%(?=[A-Za-z_])", "%%", text)
+
+
 def escaped(text):
     """Without what Doxygen would see as a command or a tag; code in `` is left alone."""
-    spans = text.split("`")
+    spans = whole(text).split("`")
     return "`".join(span if i % 2 else re.sub(r"([\\@<])(?! )", r"\\\1", span) for i, span in enumerate(spans))
 
 
@@ -77,6 +83,10 @@ def anchor(page, heading):
     return page + "-" + re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-"))
 
 
+def name_of(path):
+    return "index" if path.name == "README.md" else path.stem.lower()
+
+
 def page(root, path, text, guide):
     """A page's name is that of its file, and its anchors begin with it, because they are one set for Doxygen."""
     def link(match):
@@ -90,9 +100,10 @@ def page(root, path, text, guide):
             print(f"{path}: {target}: there is no such file")
         if file not in guide:
             return text if text == str(file) else f"{text} (`{file}`)"
-        if fragment:
-            return f"[{text}](#{anchor(file.stem, fragment)})"
-        return f"[{text}](@ref {'index' if file == guide[0] else file.stem.lower()})"
+        place = anchor(file.stem, fragment) if fragment else name_of(file)
+        if "`" in text:  # which Doxygen shows as it is in a link of its own
+            return f'<a href="{name_of(file)}.html{"#" + place if fragment else ""}">{text}</a>'
+        return f"[{text}](@ref {place})"
 
     lines, in_code = text.split("\n"), False
     for index, line in enumerate(lines):
@@ -101,18 +112,24 @@ def page(root, path, text, guide):
         if in_code:
             continue
         line = re.sub(r"\[([^]]*)\]\(([^)\s]*)\)", link, line)
-        line = re.sub(r"(?<!`)`([^`]*'[^`]*)`(?!`)", r"``\1``", line)  # for Doxygen a quote ends a piece of code
+        spans = whole(line).split("`")
+        if len(spans) % 2 == 1 and "``" not in line:  # for Doxygen a quote ends a piece of code that has one backquote
+            spans = [f"`{span}`" if i % 2 and "'" in span else span for i, span in enumerate(spans)]
+        line = "`".join(spans)
         if heading := re.match(r"#+ (.*)$", line):
             line = line.replace("`", "") + f" {{#{anchor(path.stem, heading[1]) if index > 0 else path.stem.lower()}}}"
         lines[index] = line
     return "\n".join(lines)
 
 
+def guide_of(root):
+    """The README and the documents that it leads to, in that order."""
+    names = re.findall(r"\]\(([^)#]*\.md)\)", (root / "README.md").read_text(encoding="utf-8"))
+    return [pathlib.PurePath(name) for name in dict.fromkeys(["README.md", *names])]
+
+
 def prepare(root, folder):
-    guide = [pathlib.PurePath("README.md")]
-    for name in re.findall(r"\]\(([^)#]*\.md)\)", (root / guide[0]).read_text(encoding="utf-8")):
-        if pathlib.PurePath(name) not in guide:
-            guide.append(pathlib.PurePath(name))
+    guide = guide_of(root)
     for path in sorted((root / "docs").glob("*.md")):
         if path.relative_to(root) not in guide:
             print(f"README.md does not lead to {path.relative_to(root)}")
@@ -135,18 +152,27 @@ def prepare(root, folder):
         f"HTML_EXTRA_STYLESHEET = {root / 'cmake/pages.css'}\n", encoding="utf-8")
 
 
-def links(folder):
+def unescaped(text):
+    for name, sign in {"lt": "<", "gt": ">", "quot": '"', "#39": "'", "amp": "&"}.items():
+        text = text.replace(f"&{name};", sign)
+    return text
+
+
+def mend(folder):
+    """Takes away where Doxygen leads to a list of nested classes that are all private, and so not there."""
     for path in folder.glob("class*.html"):
         text = path.read_text(encoding="utf-8")
-        if 'name="nested-classes"' not in text:  # Doxygen leads to a list of classes that are all private
+        if 'name="nested-classes"' not in text:
             path.write_text(re.sub(r'<a href="#nested-classes">[^<]*</a>(?: &#124;)?', "", text), encoding="utf-8")
-    texts = {path.name: path.read_text(encoding="utf-8") for path in folder.glob("*.html")}
+
+
+def check_links(folder, texts):
     anchors = {name: set(re.findall(r'\b(?:id|name)="([^"]*)"', text)) for name, text in texts.items()}
     count = 0
     for name, text in sorted(texts.items()):
         for target in sorted(set(re.findall(r'\b(?:href|src|data)="([^"]*)"', text))):
             count += 1
-            file, _, fragment = urllib.parse.unquote(target.replace("&amp;", "&")).partition("#")
+            file, _, fragment = urllib.parse.unquote(unescaped(target)).partition("#")
             if re.match(r"(https?|mailto|javascript):", target):
                 continue
             if not (folder / (file or name)).is_file():
@@ -157,5 +183,25 @@ def links(folder):
         print(f"{folder}: there are no links")
 
 
+def check_code(path, text, shown):
+    def plain(code):
+        return re.sub(r"\s+|&#160;|&#8203;|\\(?=\|)", "", code)
+
+    text = re.sub(r"^(```.*?^```|#.*?)$", "", text, flags=re.DOTALL | re.MULTILINE)
+    pieces = re.findall(r"<code>(.*?)</code>", shown, re.DOTALL)
+    pieces = {plain(unescaped(re.sub(r"<[^>]*>", "", piece))) for piece in pieces}
+    for code in re.findall(r"`([^`]+)`", text):
+        if plain(code) not in pieces:
+            print(f"{path}: the page does not show `{code}`")
+
+
+def check(root, folder):
+    mend(folder)
+    texts = {path.name: path.read_text(encoding="utf-8") for path in folder.glob("*.html")}
+    check_links(folder, texts)
+    for path in guide_of(root):
+        check_code(path, (root / path).read_text(encoding="utf-8"), texts.get(name_of(path) + ".html", ""))
+
+
 if __name__ == "__main__":
-    {"prepare": prepare, "links": links}[sys.argv[1]](*map(pathlib.Path, sys.argv[2:]))
+    {"prepare": prepare, "check": check}[sys.argv[1]](*map(pathlib.Path, sys.argv[2:]))
