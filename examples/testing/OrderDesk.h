@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -12,6 +13,7 @@ class OrderDesk {
   explicit OrderDesk(int stock) : m_stock(stock) {}
 
   bool take(const std::string& order, int quantity) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     LOG4VRK_CONTEXT("order", order);
     LOG4VRK_DEBUG(m_logger, "in stock: " << m_stock);
     if (quantity > m_stock) {
@@ -26,6 +28,7 @@ class OrderDesk {
   // Returns at once.
   std::thread refill(int quantity) {
     return std::thread([this, quantity] {
+      const std::lock_guard<std::mutex> lock(m_mutex);
       m_stock += quantity;
       LOG4VRK_INFO(LOGManager::getLogger("shop.stock"), "refilled by " << quantity);
     });
@@ -33,5 +36,6 @@ class OrderDesk {
 
  private:
   LOGLogger* const m_logger = LOGManager::getLogger("shop.orders");
+  std::mutex m_mutex;
   int m_stock;
 };

@@ -15,6 +15,7 @@ check <root of the tree> <folder of pages>: names each link, figure and script o
 them, and each piece of code in the text of the guide that a page does not show as it is.
 """
 
+import itertools
 import os
 import pathlib
 import re
@@ -26,15 +27,23 @@ COMMAND = re.compile(r" *///? ?@(\{|\}|cond\b|endcond\b)")
 LABEL = re.compile(r"^( *///) ((?:Thread safety|Ownership|Errors|Failures|Forks):)")
 
 
-def whole(text):
-    """With the % that Doxygen takes away in front of a word."""
-    return re.sub(r"%(?=[A-Za-z_])", "%%", text)
+def replaced(pattern, by, text):
+    """re.sub() for text that is not in quotes, where Doxygen leaves signs alone."""
+    return re.sub(r'("[^"]*")|' + pattern, lambda match: match[1] or match.expand(by), text)
+
+
+PERCENT = r"(%)(?=[A-Za-z_])"  # Doxygen takes it away
 
 
 def escaped(text):
-    """Without what Doxygen would see as a command or a tag; code in `` is left alone."""
-    spans = whole(text).split("`")
-    return "`".join(span if i % 2 else re.sub(r"([\\@<])(?! )", r"\\\1", span) for i, span in enumerate(spans))
+    """Without what Doxygen would see as a command or a tag; code in `` is left alone but for its %."""
+    spans = text.split("`")
+    for index, span in enumerate(spans):
+        if index % 2:
+            spans[index] = re.sub(PERCENT, "%%", span)
+        else:
+            spans[index] = replaced(PERCENT, "%%", replaced(r"([\\@<])(?! )", r"\\\2", span))
+    return "`".join(spans)
 
 
 def is_comment(line):
@@ -48,11 +57,10 @@ def comments(lines):
         line, before = lines[index], lines[index - 1].strip() if index > 0 else ""
         if re.match(r" *///   \S", line) and is_comment(before) and not re.match(r"///  ?-", before):
             # Behind an empty line of the comment it is code, behind a text a table.
-            kind = "code" if before == "///" else "verbatim"
-            result[index - 1] += " @code{.cpp}" if kind == "code" else " @verbatim"
+            result[index - 1] += " @code{.cpp}" if before == "///" else " @code{.unparsed}"
             while index + 1 < len(lines) and re.match(r" *///   ", lines[index + 1]):
                 index += 1
-            result[index] += " @end" + kind
+            result[index] += " @endcode"
         elif is_comment(line) and not COMMAND.match(line):
             gap = "" if before == "///" else "@n "
             result[index] = LABEL.sub(rf"\1 {gap}**\2**", escaped(line).replace("///\\<", "///<"))
@@ -87,6 +95,20 @@ def name_of(path):
     return "index" if path.name == "README.md" else path.stem.lower()
 
 
+def prose(line):
+    """A line of the guide in which Doxygen leaves code and bold text what they are."""
+    spans = line.split("`")
+    texts = [replaced(PERCENT, "%%", text) for text in spans[::2]]
+    codes = [re.sub(PERCENT, "%%", code) for code in spans[1::2]]
+    if len(codes) < len(texts) and "``" not in line:
+        codes = [f"`{code}`" if "'" in code else code for code in codes]  # with one backquote it would end at the quote
+    if sum(text.count("**") for text in texts) % 2 == 0:
+        tags = itertools.cycle(["<b>", "</b>"])  # which may begin with code
+        texts = [re.sub(r"\*\*", lambda _: next(tags), text) for text in texts]
+    spans[::2], spans[1::2] = texts, codes
+    return "`".join(spans)
+
+
 def page(root, path, text, guide):
     """A page's name is that of its file, and its anchors begin with it, because they are one set for Doxygen."""
     def link(match):
@@ -111,11 +133,7 @@ def page(root, path, text, guide):
             in_code = not in_code
         if in_code:
             continue
-        line = re.sub(r"\[([^]]*)\]\(([^)\s]*)\)", link, line)
-        spans = whole(line).split("`")
-        if len(spans) % 2 == 1 and "``" not in line:  # for Doxygen a quote ends a piece of code that has one backquote
-            spans = [f"`{span}`" if i % 2 and "'" in span else span for i, span in enumerate(spans)]
-        line = "`".join(spans)
+        line = prose(re.sub(r"\[([^]]*)\]\(([^)\s]*)\)", link, line))
         if heading := re.match(r"#+ (.*)$", line):
             line = line.replace("`", "") + f" {{#{anchor(path.stem, heading[1]) if index > 0 else path.stem.lower()}}}"
         lines[index] = line
@@ -190,6 +208,10 @@ def check_code(path, text, shown):
     text = re.sub(r"^(```.*?^```|#.*?)$", "", text, flags=re.DOTALL | re.MULTILINE)
     pieces = re.findall(r"<code>(.*?)</code>", shown, re.DOTALL)
     pieces = {plain(unescaped(re.sub(r"<[^>]*>", "", piece))) for piece in pieces}
+    no_prose = r'<code>.*?</code>|<div class="line">.*?</div>|<(pre|script).*?</\1>'
+    prose = re.sub(no_prose, "", shown, flags=re.DOTALL)
+    for sign in re.findall(r"[^<>\n]*(?:\*\*|`)[^<>\n]*", prose):
+        print(f"{path}: the page shows {sign}")
     for code in re.findall(r"`([^`]+)`", text):
         if plain(code) not in pieces:
             print(f"{path}: the page does not show `{code}`")
