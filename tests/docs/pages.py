@@ -91,8 +91,13 @@ def anchor(page, heading):
     return page + "-" + re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-"))
 
 
+def label_of(path):
+    """Of a page, and not that of one of Doxygen's own, such as "files"."""
+    return "guide-" + path.stem.lower()
+
+
 def name_of(path):
-    return "index" if path.name == "README.md" else path.stem.lower()
+    return "index" if path.name == "README.md" else label_of(path)
 
 
 def prose(line):
@@ -110,7 +115,7 @@ def prose(line):
 
 
 def page(root, path, text, guide):
-    """A page's name is that of its file, and its anchors begin with it, because they are one set for Doxygen."""
+    """The anchors of a page begin with its name, because they are one set for Doxygen."""
     def link(match):
         text, target, fragment = match[1], *match[2].partition("#")[::2]
         if re.match(r"https?:", target):
@@ -135,7 +140,7 @@ def page(root, path, text, guide):
             continue
         line = prose(re.sub(r"\[([^]]*)\]\(([^)\s]*)\)", link, line))
         if heading := re.match(r"#+ (.*)$", line):
-            line = line.replace("`", "") + f" {{#{anchor(path.stem, heading[1]) if index > 0 else path.stem.lower()}}}"
+            line = line.replace("`", "") + f" {{#{anchor(path.stem, heading[1]) if index > 0 else label_of(path)}}}"
         lines[index] = line
     return "\n".join(lines)
 
