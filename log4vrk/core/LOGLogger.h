@@ -179,7 +179,7 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
     m_parent.store(parent, std::memory_order_release);
     noteLevelChange();
   }
-  /// 1 unless setAdditivity() has changed it.
+  /// 1 at first.
   int getAdditivity() const { return m_additive.load(std::memory_order_relaxed); }
   /// 0 keeps events from the ancestors' appenders.
   void setAdditivity(int additive) { m_additive.store(additive, std::memory_order_relaxed); }
@@ -208,10 +208,11 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void removeAllAppenders() override;
   void removeAllAppenders(LOGHashtable* table);
   /// @}
-  /// Removes one appender, and does not close it. When this returns, no delivery that began before it uses the appender
-  /// any more, and the program may delete what is its own. Later deliveries are not waited for. From inside a library
-  /// call (an appender, a renderer, a listener) it returns at once: then the program deletes the appender when the
-  /// outermost call on the thread has returned. On the thread of a queue that is when the queue has been closed.
+  /// Removes the appender and what equals it, or the first of that name, and closes none. When this returns, no
+  /// delivery that began before it uses the appender any more, and the program may delete what is its own. Later
+  /// deliveries are not waited for. From inside a library call (an appender, a renderer, a listener) it returns at
+  /// once: then the program deletes the appender when the outermost call on the thread has returned. On the thread of a
+  /// queue that is when the queue has been closed.
   /// @{
   void removeAppender(LOGAppenderSkeleton* appender) override;
   void removeAppender(const I18NString& name) override;
