@@ -145,4 +145,8 @@ set(LOG4VRK_HEADERS
   config/LOGDocumentCheck.h
   config/LOGFileWatchdog.h
   config/LOGXMLWatchdog.h
+
+  # testing
+  testing/LOGCapture.h
+  testing/matchers.h
 )

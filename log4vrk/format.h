@@ -26,12 +26,15 @@
 #include "log4vrk/core/internal/LOGPackedText.h"
 #include "log4vrk/platform/VRKThrowable.h"
 
+/// Logs a text by a format string and its arguments.
+/// @{
 #define LOG4VRK_DEBUG_F(logger, ...) LOG4VRK_FORMATTED(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, __VA_ARGS__)
 #define LOG4VRK_INFO_F(logger, ...) LOG4VRK_FORMATTED(logger, LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, __VA_ARGS__)
 #define LOG4VRK_WARN_F(logger, ...) LOG4VRK_FORMATTED(logger, LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, __VA_ARGS__)
 #define LOG4VRK_ERROR_F(logger, ...) LOG4VRK_FORMATTED(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, __VA_ARGS__)
 #define LOG4VRK_FATAL_F(logger, ...) LOG4VRK_FORMATTED(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, __VA_ARGS__)
-/// At a level that is known at run time only.
+/// @}
+/// As LOG4VRK_INFO_F, at a level that is known at run time only.
 #define LOG4VRK_LOG_F(logger, level, ...)                                                              \
   do {                                                                                                 \
     LOGLogger* const log4vrkLogger = (logger);                                                         \
@@ -41,6 +44,7 @@
     }                                                                                                  \
   } while (false)
 
+/// @cond
 #define LOG4VRK_FORMATTED(logger, rank, level, ...)                              \
   do {                                                                           \
     if constexpr (rank >= LOG4VRK_LOWEST_RANK) {                                 \
@@ -214,3 +218,4 @@ struct LOGFormat {
     return value;
   }
 };
+/// @endcond

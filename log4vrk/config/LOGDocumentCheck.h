@@ -38,11 +38,12 @@ struct LOGFinding {
 /// raised.
 class LOG4VRK_EXPORT LOGDocumentCheck {
  public:
+  /// How far a check looks beyond the document.
   struct Settings {
-    // Looks at directories, files, disks, libraries and the names of hosts, as this process sees them. Libraries that
-    // the document names are loaded for that, and names are waited for, two seconds in all.
+    /// Looks at directories, files, disks, libraries and the names of hosts, as this process sees them. Libraries that
+    /// the document names are loaded for that, and names are waited for, two seconds in all.
     bool environment = true;
-    // Connects to the log servers too, and sends nothing. Two seconds for each. Only with `environment`.
+    /// Connects to the log servers too, and sends nothing. Two seconds for each. Only with `environment`.
     bool connect = false;
   };
 

@@ -31,7 +31,7 @@ class LOG4VRK_EXPORT LOGAppenderSkeleton : public LOGAppender, public LOGObject,
   /// Called before every event: must be cheap on an active appender.
   virtual void activateOptions();
   void addFilter(LOGFilter* filter) override;
-  /// Writes one event; the lock is held.
+  /// Writes one event; the lock is held. LOGLoggingEvent::getRenderedMessageUtf8() is its text; see docs/extending.md.
   virtual void append(LOGLoggingEvent* event);
   void clearFilters() override;
   /// Text errors and the library's own go to the internal log and end there; anything else is raised again.

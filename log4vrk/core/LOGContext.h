@@ -61,6 +61,9 @@ class LOG4VRK_EXPORT LOGContext {
   std::string m_fields;
 };
 
+/// Adds names and values, in turn, to the context of the thread until the block ends. See LOGContext.
 #define LOG4VRK_CONTEXT(...) const LOGContext::Scope LOG4VRK_SCOPE_NAME(log4vrkContext, __LINE__)(__VA_ARGS__)
+/// @cond
 #define LOG4VRK_SCOPE_NAME(name, line) LOG4VRK_SCOPE_NAME_OF(name, line)
 #define LOG4VRK_SCOPE_NAME_OF(name, line) name##line
+/// @endcond

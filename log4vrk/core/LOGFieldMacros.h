@@ -13,6 +13,8 @@
 #include "log4vrk/core/LOGMacros.h"
 #include "log4vrk/core/internal/LOGFields.h"
 
+/// Logs `text`, which is what the other macros take between their <<, with fields: names and values in turn.
+/// @{
 #define LOG4VRK_DEBUG_KV(logger, text, ...) \
   LOG4VRK_STATEMENT_KV(logger, LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, text, __VA_ARGS__)
 #define LOG4VRK_INFO_KV(logger, text, ...) \
@@ -23,7 +25,9 @@
   LOG4VRK_STATEMENT_KV(logger, LOGLevel::ERROR_RANK, LOGLevel::ERROR_OBJ, text, __VA_ARGS__)
 #define LOG4VRK_FATAL_KV(logger, text, ...) \
   LOG4VRK_STATEMENT_KV(logger, LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, text, __VA_ARGS__)
+/// @}
 
+/// @cond
 #define LOG4VRK_STATEMENT_KV(logger, rank, level, text, ...)                                            \
   do {                                                                                                  \
     if constexpr (rank >= LOG4VRK_LOWEST_RANK) {                                                        \
@@ -76,3 +80,4 @@ struct LOGFieldStatement {
     return value;
   }
 };
+/// @endcond

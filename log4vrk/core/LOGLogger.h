@@ -40,23 +40,27 @@ struct LOGThreadState;
 /// written to the internal log. The other operations write their line and raise the error again.
 class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, public LOGObject {
  public:
-  static const I18NString& m_FQCN;  // "LOGLogger"
+  static const I18NString& m_FQCN;  ///< "LOGLogger"
 
+  /// A logger without a name.
   LOGLogger();
   /// A program gets its loggers from LOGManager; a factory uses this.
   explicit LOGLogger(const I18NString& name);
   ~LOGLogger() override;
 
-  // The same operations of LOGManager.
+  /// The operation of LOGManager that has this name.
+  /// @{
   static LOGLogger* getLogger(const I18NString& name);
   static LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory);
   static LOGLogger* getRootLogger();
   static LOGLogger* exists(const I18NString& name);
   static void shutdown();
+  /// @}
 
-  // Log a message at the level of the name. Without a repository they go by the level alone. A text is of any type that
-  // LOGText.h knows: const char*, std::string, std::string_view, and their relatives in UTF-16 and of wide characters.
-  // It is converted only when the level is enabled.
+  /// Logs a message at the level of the name. Without a repository the level decides alone. A text is a const char*,
+  /// std::string or std::string_view, which are UTF-8, or one of their relatives in UTF-16 and of wide characters. It
+  /// is converted only when the level is enabled.
+  /// @{
   void debug(LOGObject* message) { logShortcut(LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ, message); }
   void info(LOGObject* message) { logShortcut(LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ, message); }
   void warn(LOGObject* message) { logShortcut(LOGLevel::WARN_RANK, LOGLevel::WARN_OBJ, message); }
@@ -87,95 +91,132 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGIfText<Text> fatal(const Text& text) {
     logShortcut(LOGLevel::FATAL_RANK, LOGLevel::FATAL_OBJ, logTextOf(text));
   }
+  /// @}
 
-  /// Does nothing without a repository; with one, a null level raises VRKAssertError.
+  /// Logs at a level that is known at run time only. Does nothing without a repository; with one, a null level raises
+  /// VRKAssertError.
+  /// @{
   void log(LOGLevel* level, LOGObject* message);
   void log(LOGLevel* level, const I18NString& text) { log(level, text.view()); }
   template <typename Text>
   LOGIfText<Text> log(LOGLevel* level, const Text& text) {
     if (isEnabledFor(level)) logText(m_FQCN, level, logTextOf(text));
   }
+  /// @}
   /// Logs the resource bundle string, or the key when there is none, under the rules of log(). The parameter is not
   /// used.
+  /// @{
   void l7dlog(LOGLevel* level, const I18NString& key);
   void l7dlog(LOGLevel* level, const I18NString& key, LOGObject* parameter);
   template <typename Text>
   LOGIfText<Text> l7dlog(LOGLevel* level, const Text& key, LOGObject* parameter = nullptr) {
     if (isEnabledFor(level)) l7dlog(level, I18NString(logTextOf(key)), parameter);
   }
+  /// @}
   /// Logs at ERROR when `assertion` is 0.
+  /// @{
   void assertLog(int assertion, const I18NString& text) { assertLog(assertion, text.view()); }
   template <typename Text>
   LOGIfText<Text> assertLog(int assertion, const Text& text) {
     if (assertion == 0) error(text);
   }
-  /// Logs without asking whether the level is enabled.
+  /// @}
+  /// Logs without asking whether the level is enabled. `fqn` is kept as the name of the class that logs.
+  /// @{
   void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
   void forcedLog(const I18NString& fqn, LOGLevel* level, const I18NString& text) { forcedLog(fqn, level, text.view()); }
   template <typename Text>
   LOGIfText<Text> forcedLog(const I18NString& fqn, LOGLevel* level, const Text& text) {
     logText(fqn, level, logTextOf(text));
   }
+  /// @}
+  /// Logs what was put together with <<, and where the statement stands, without asking whether the level is enabled.
   /// `place` may be null. It has to stay as long as events that carry it.
   void forcedLog(LOGLevel* level, const LOGMessage& message, const LOGSourceLocation* place = nullptr);
 
-  /// For the macros, which have asked already. `bytes` are UTF-8, or meant to be; `fields` are LOGFields::bytes().
+  /// For the macros, which have asked already. `bytes` are UTF-8, or meant to be; `fields` are names with values.
+  /// @{
   void logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place);
   void logStatement(LOGLevel* level, std::string_view bytes, const LOGSourceLocation* place, std::string_view fields);
-  /// The text is put together when somebody needs it: behind a queue, by the queue's thread.
+  /// @}
+  /// For the macros. The text is put together when somebody needs it: behind a queue, by the queue's thread.
   void logStatement(LOGLevel* level, const LOGPackedText& text, const LOGSourceLocation* place);
 
-  /// False without a repository; with one, a null level raises VRKAssertError.
+  /// Whether a log call at this level would write. False without a repository; with one, a null level raises
+  /// VRKAssertError.
   bool isEnabledFor(LOGLevel* level) const {
     return level != nullptr ? isEnabledFor(rankOf(level), level) : findOutIfEnabledFor(level);
   }
-  /// The same for a level whose rank the compiler knows.
+  /// As above, for a level whose rank the compiler knows.
   [[gnu::always_inline]] bool isEnabledFor(int rank, LOGLevel* level) const {
     const std::int32_t lowest = m_lowestEnabled.load(std::memory_order_relaxed);
     return rank >= lowest && (lowest != NOT_YET_KNOWN || findOutIfEnabledFor(level));
   }
+  /// isEnabledFor() the level of the name.
+  /// @{
   bool isDebugEnabled() const { return isEnabledFor(LOGLevel::DEBUG_RANK, LOGLevel::DEBUG_OBJ); }
   bool isInfoEnabled() const { return isEnabledFor(LOGLevel::INFO_RANK, LOGLevel::INFO_OBJ); }
+  /// @}
 
   /// Delivers to the appenders of this logger and its ancestors. Put off when it is called from inside a library call.
   void callAppenders(LOGLoggingEvent* event);
 
+  /// The name with all its dots. The reference is valid as long as the logger.
+  /// @{
   const I18NString& getName() const { return m_name.get()->text; }
   const std::string& getNameUtf8() const { return m_name.get()->utf8; }
+  /// @}
   /// The logger's own copy of the level last set, valid as long as the logger; null inherits.
   LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
+  /// Keeps a copy of the level. Null inherits from now on.
   virtual void setLevel(LOGLevel* level);
-  /// The first level on the way up.
+  /// The level in force: the first on the way up.
   LOGLevel* getChainedLevel() const;
+  /// The nearest ancestor that exists, null for the root.
   LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
+  /// For the repository, which keeps the tree.
   void setParent(LOGLogger* parent) {
     m_parent.store(parent, std::memory_order_release);
     noteLevelChange();
   }
+  /// 1 at first.
   int getAdditivity() const { return m_additive.load(std::memory_order_relaxed); }
   /// 0 keeps events from the ancestors' appenders.
   void setAdditivity(int additive) { m_additive.store(additive, std::memory_order_relaxed); }
+  /// The repository that has made the logger, or null.
   LOGLoggerRepository* getRepository() const { return m_repository.load(std::memory_order_acquire); }
+  /// For the repository.
   void setRepository(LOGLoggerRepository* repository) {
     m_repository.store(repository, std::memory_order_release);
     noteLevelChange();
   }
+  /// Always empty: there are no resource bundles.
   const I18NString& getResourceBundleString(const I18NString& /*key*/) const { return m_resourceBundleString; }
 
+  /// Attaches an appender, which stays the program's. One that is equal to an attached one is not attached again.
   void addAppender(LOGAppenderSkeleton* appender) override;
+  /// Those attached to this logger itself, in their order. Walks the living list.
   VRKListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
+  /// The first attached appender of that name, or null.
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
+  /// Whether this logger itself has an appender that is equal.
   bool isAttached(LOGAppenderSkeleton* appender) override;
 
-  // When a removal returns, no delivery that began before it uses the appender any more, and the program may delete
-  // what is its own. Later deliveries are not waited for. From inside a library call (an appender, a renderer, a
-  // listener) it returns at once: then the program deletes the appender when the outermost call on the thread has
-  // returned. On the thread of a queue that is when the queue has been closed.
-  /// Closes them first. No lock is held meanwhile.
+  /// Closes all appenders of this logger, in order, and removes them. No lock is held meanwhile. removeAppender() says
+  /// when the program may delete them.
+  /// @{
   void removeAllAppenders() override;
   void removeAllAppenders(LOGHashtable* table);
+  /// @}
+  /// Removes the appender and what equals it, or the first of that name, and closes none. When this returns, no
+  /// delivery that began before it uses the appender any more, and the program may delete what is its own. Later
+  /// deliveries are not waited for. From inside a library call (an appender, a renderer, a listener) it returns at
+  /// once: then the program deletes the appender when the outermost call on the thread has returned. On the thread of a
+  /// queue that is when the queue has been closed.
+  /// @{
   void removeAppender(LOGAppenderSkeleton* appender) override;
   void removeAppender(const I18NString& name) override;
+  /// @}
   /// Closes all appenders, in order. No lock is held meanwhile.
   void closeNestedAppenders();
 
@@ -184,10 +225,14 @@ class LOG4VRK_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   using LOGObject::operator==;
   using LOGObject::operator!=;
+  /// Loggers are equal when their names are.
+  /// @{
   bool operator==(const LOGLogger& other) const { return getName() == other.getName(); }
   bool operator!=(const LOGLogger& other) const { return !(*this == other); }
+  /// @}
 
  protected:
+  /// Has name, additivity, level and appenders of the other.
   LOGLogger(const LOGLogger& other);
 
  private:

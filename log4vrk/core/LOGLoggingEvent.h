@@ -62,11 +62,17 @@ class LOG4VRK_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThreadName();
   void appendThreadName(I18NUtf8Buffer& out);
   void setThreadName(const I18NString& name);
-  /// The text of the message, new and owned by the caller. Null without a message, and without a repository to find
-  /// renderers by. A rendered text that was set takes precedence.
+  /// The text of the message, new and owned by the caller, who deletes it: getRenderedMessageUtf8() spares that. Null
+  /// without a message, and without a repository to find renderers by. A rendered text that was set takes precedence.
   I18NString* getRenderedMessage();
-  /// The same text in UTF-8, empty instead of null. It is the event's own when that is in UTF-8, otherwise it is
-  /// converted into `room`. Valid as long as neither changes.
+  /// The same text in UTF-8 and as a value, empty instead of null: what an appender or filter of your own uses. Nothing
+  /// has to be deleted.
+  std::string getRenderedMessageUtf8() {
+    I18NUtf8Buffer room;
+    return std::string(renderUtf8(room));
+  }
+  /// The same without a copy, for code that handles very many events. The text is the event's own when that is in
+  /// UTF-8, otherwise it is converted into `room`. Valid as long as neither changes.
   std::string_view renderUtf8(I18NUtf8Buffer& room);
   void setRenderedMessage(const I18NString& text) { own().renderedMessage = text; }
   /// Empty unless the program has set it.

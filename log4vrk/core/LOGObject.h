@@ -26,14 +26,17 @@ class LOG4VRK_EXPORT LOGObject {
   virtual ~LOGObject();
 
   /// Equal when both type name and text are.
+  /// @{
   virtual bool operator==(const LOGObject& other) const;
   virtual bool operator!=(const LOGObject& other) const;
-  // For classes that override the members: `a` decides. Without these C++20 would also try `b == a`, and find that as
-  // good.
+  /// @}
+  /// For classes that override the members: `a` decides. Without these C++20 would also try `b == a`, and find that as
+  /// good.
   template <typename A, typename B, typename = IfBothAreObjects<A, B>>
   friend bool operator==(const A& a, const B& b) {
     return a.operator==(b);
   }
+  /// The opposite, for the same reason.
   template <typename A, typename B, typename = IfBothAreObjects<A, B>>
   friend bool operator!=(const A& a, const B& b) {
     return a.operator!=(b);

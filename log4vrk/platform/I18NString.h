@@ -126,9 +126,12 @@ class LOG4VRK_EXPORT I18NString {
   std::u16string m_text;
 };
 
+/// @cond
+// Has texts as keys of the unordered containers.
 template <>
 struct std::hash<I18NString> {
   std::size_t operator()(const I18NString& text) const noexcept {
     return std::hash<std::u16string_view>()(text.view());
   }
 };
+/// @endcond

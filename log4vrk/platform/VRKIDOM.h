@@ -49,6 +49,7 @@ class LOG4VRK_EXPORT VRKIDOM_Node {
   std::shared_ptr<VRKIDOM_Data> m_node;  // owns the document, leads to the node
 };
 
+/// An element of a document, with its attributes.
 class LOG4VRK_EXPORT VRKIDOM_Element : public VRKIDOM_Node {
  public:
   VRKIDOM_Element() = default;
@@ -62,6 +63,7 @@ class LOG4VRK_EXPORT VRKIDOM_Element : public VRKIDOM_Node {
   void setAttribute(const I18NString& name, const I18NString& value);
 };
 
+/// A document, which lives as long as anything that leads to it.
 class LOG4VRK_EXPORT VRKIDOM_Document : public VRKIDOM_Node {
  public:
   VRKIDOM_Element getDocumentElement() const;

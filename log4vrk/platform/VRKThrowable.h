@@ -67,6 +67,7 @@ class LOG4VRK_EXPORT VRKAssertError : public VRKThrowable {
   [[noreturn]] static void raise(const char* text, const char* source, int line);
 };
 
+/// There was no memory for what was to be done.
 class LOG4VRK_EXPORT VRKOutOfMemoryError : public VRKThrowable {
  public:
   VRKOutOfMemoryError(const char* source, int line) noexcept;
@@ -102,16 +103,18 @@ constexpr const char* vrkSourceName(const char* path) {
   return name;
 }
 
+/// The name of the file in which it is written, without directories.
 #define VRK_SOURCE vrkSourceName(__FILE__)
 /// The place where it is written, as the two arguments `source, line`.
 #define VRK_HERE VRK_SOURCE, __LINE__
 
+/// Raises VRKAssertError unless the expression holds. Its text is the assertion as written.
 #define VRK_ASSERT(expression)                                                                      \
   do {                                                                                              \
     if (!(expression)) VRKAssertError::raise("VRK_ASSERT(" #expression ");", VRK_SOURCE, __LINE__); \
   } while (false)
 
-/// The same with a name for what is asserted, a literal, which the text shows in its quotes.
+/// As VRK_ASSERT, with a name for what is asserted, a literal, which the text shows in its quotes.
 #define VRK_ASSERT_NAMED(expression, name)                                                                           \
   do {                                                                                                               \
     if (!(expression)) VRKAssertError::raise("VRK_ASSERT_NAMED(" #expression ", " #name ");", VRK_SOURCE, __LINE__); \

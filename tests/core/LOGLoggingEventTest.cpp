@@ -31,3 +31,16 @@ TEST(LOGLoggingEvent, KeepsWhatWasLoggedAndWhenAlsoInCopies) {
   EXPECT_EQ(untouched.getThreadName(), I18NString() + VRKThread::currentThreadId());
   EXPECT_THROW(LOGLoggingEvent("Fqn", nullptr, LOGLevel::WARN_OBJ, &message), VRKAssertError);
 }
+
+TEST(LOGLoggingEvent, GivesItsTextAsAValueToo) {
+  Tree tree;
+  LOGLogger* const logger = tree.getLogger("a.b");
+  HookMessage object("object \u20ac");
+  LOGLoggingEvent rendered("Fqn", logger, LOGLevel::WARN_OBJ, &object),
+      none("Fqn", logger, LOGLevel::WARN_OBJ, nullptr);
+  EXPECT_EQ(rendered.getRenderedMessageUtf8(), "object \u20ac");
+  rendered.setRenderedMessage("set");
+  EXPECT_EQ(rendered.getRenderedMessageUtf8(), "set");
+  EXPECT_EQ(none.getRenderedMessageUtf8(), "");
+  EXPECT_EQ(LOGLoggingEvent().getRenderedMessageUtf8(), "");
+}

@@ -11,7 +11,7 @@ touch file
 
 for program in "$@"; do
   arguments=(missing.xml file)
-  case $program in */hello | */access) arguments=() ;; */sales) arguments=(missing.xml) ;; esac
+  case $program in */hello | */access) arguments=() ;; */sales | */cinema) arguments=(missing.xml) ;; esac
   for log in '' stderr; do
     status=0
     LOG4VRK_INTERNAL_LOG=$log "$program" "${arguments[@]}" >/dev/null 2>errors || status=$?
