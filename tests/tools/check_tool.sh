@@ -54,7 +54,7 @@ expect 2 '' --explain a NOLEVEL good.xml
 expect 2 ''
 expect 0 '^usage: log4vrk-check' --help
 sed "s|<log4j:configuration>|<log4j:configuration substitute='true'>|; s|$work|\${DIRECTORY}|" good.xml >variable.xml
-expect 1 'value="\$\{DIRECTORY\}/run/a\.log": \$\{DIRECTORY\} is not set and has no default; the parameter is ignored' variable.xml
+expect 1 'value="\$\{DIRECTORY\}/run/a\.log": \$\{DIRECTORY\} is not set and has no default;' variable.xml
 DIRECTORY=$work expect 0 "File=\"$work/run/a.log\"" --dump variable.xml
 expect 0 "File=\"$work/run/a.log\"" --set "DIRECTORY=$work" --dump variable.xml
 expect 2 '' --set DIRECTORY variable.xml
