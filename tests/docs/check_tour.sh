@@ -23,7 +23,7 @@ while IFS='|' read -r stop shown; do
     failed=1
   fi
 done <<'STOPS'
-|^[0-9-]+ [0-9:,]+ DEBUG \[[^]]+\] worker [123] orders\.worker - working on order 1060
+|^[0-9-]+ [0-9:,]+ DEBUG \[[^]]+\] .* orders\.(worker|intake) - 
 console|^[0-9:,]+ WARN  stock - only 0 x tray left
 time-rolled|^== the end of log/orders\.log\.[0-9T-]+\.1\.gz
 queue| 223 [0-9]+ log/orders\.log
