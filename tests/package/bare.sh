@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Inside a bare Debian that has g++ besides: the packages of the previous version (see check.sh), a program that is built
-# with them, the packages of this version, and then none. /tree and /packages are the caller's.
+# Inside a bare Debian that has g++ besides: the packages of the previous version (see check.sh) and a program that is
+# built with them, then the packages of this version, then none. /tree and /packages are the caller's.
 
 set -euo pipefail
 log=/tmp/apt.log
@@ -18,9 +18,9 @@ files() {
   find / -xdev \( -path /tmp -o -path /var/cache/apt -o -path /var/lib/apt -o -path /var/log \) -prune -o -print | sort
 }
 
-# Runs the program of the README in the current folder; its lines without the times are the expected ones.
-run_hello() {
-  ./hello | sed -E 's/^[0-9:,]+ \[[^]]+\] //' | diff - <(
+# What the program of the README prints, without the times, is what is expected.
+check_hello() {
+  sed -E 's/^[0-9:,]+ \[[^]]+\] //' | diff - <(
     echo "INFO hello.world - Hello, log."
     printf 'DEBUG hello.world - cup %d of 3\n' 1 2 3
     echo "WARN hello.world - No more coffee."
@@ -30,23 +30,23 @@ run_hello() {
 apt update
 files >/tmp/before
 
-echo "== install"
-apt install /packages/check/previous/*.deb
-examples=/usr/share/doc/log4vrk-dev/examples
+echo "== install" # as docs/installing.md tells to
 mkdir -p "$work"
 cd "$work"
-cp "$examples"/hello.* .
-g++ hello.cpp -o hello -l:tovlog4vrk.so
-run_hello "with the previous version"
+cp /packages/check/previous/*.deb .
+# shellcheck source=tests/package/first-line.sh
+. /tree/tests/package/first-line.sh >output
+check_hello "with the previous version" <output
 
 echo "== upgrade"
 apt install /packages/*.deb
 ! dpkg -l | grep 'log4vrk.* 0\.9\.0 ' || fail "this is still of the previous version"
-run_hello "built with the previous version, with this one"
+./hello | check_hello "built with the previous version, with this one"
 g++ hello.cpp -o hello -l:tovlog4vrk.so
-run_hello "with this version"
+./hello | check_hello "with this version"
 
 echo "== contents"
+examples=/usr/share/doc/log4vrk-dev/examples
 library=$(readlink -f /usr/lib/*/tovlog4vrk.so)
 (cd "$examples" && log4vrk-check --explain shop.orders.intake INFO wrong.xml || [ $? = 1 ]) |
   diff <(tail -n +2 "$examples/wrong.expected") - || fail "log4vrk-check"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs, upgrades and purges the packages in a bare Debian (bare.sh), and builds a stranger's project there in the
-# ways that packages offer (tests/consumer/check_ways.sh). What that writes is a layer above the bare Debian, which stays
-# as it is; the compilers and tools are a layer of their own, made once. The mounts end with this process.
+# ways that packages offer (tests/consumer/check_ways.sh). What that writes is a layer above the bare Debian, which
+# stays as it is; the compilers and tools are a layer of their own, made once. The mounts end with this process.
 #
 # Usage, as root: unshare --mount check.sh <root of the tree> <folder of the packages> <bare Debian>
 
@@ -54,11 +54,12 @@ inside "$work/bare" "$bare" /tree/tests/package/bare.sh
 
 if [ "$(cat "$tools/ready" 2>/dev/null)" != "${TOOLS[*]}" ]; then
   rm -rf --one-file-system "$tools"
-  inside "$tools" "$bare" bash -euc 'apt-get -qq update; apt-get -qq -y install --no-install-recommends "$@" >/dev/null' \
-    bash "${TOOLS[@]}"
+  inside "$tools" "$bare" apt-get -qq update
+  inside "$tools" "$bare" apt-get -qq -y install --no-install-recommends "${TOOLS[@]}" >/dev/null
   echo "${TOOLS[*]}" >"$tools/ready"
 fi
 inside "$work/ways" "$tools:$bare" bash -euc '
+  apt-get -qq update
   apt-get -qq -y install --no-install-recommends /packages/tovlog4vrk1_*.deb /packages/log4vrk-dev_*.deb >/dev/null
   /tree/tests/consumer/check_ways.sh g++ /tmp/g++
   /tree/tests/consumer/check_ways.sh clang++ /tmp/clang++
