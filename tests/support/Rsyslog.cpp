@@ -67,21 +67,6 @@ int boundSocket(int type, int port) {
   return -1;
 }
 
-// A port that nobody uses for TCP, below those that the system gives to whoever connects. The UDP socket that is
-// returned keeps other tests from it for as long as it is open.
-int takeFreePort(int& port) {
-  std::random_device random;
-  for (int i = 0; i < 1000; ++i) {
-    port = 12000 + static_cast<int>(random() % 20000);
-    const int reservation = boundSocket(SOCK_DGRAM, port);
-    if (reservation < 0) continue;
-    const int free = boundSocket(SOCK_STREAM, port);
-    ::close(free >= 0 ? free : reservation);
-    if (free >= 0) return reservation;
-  }
-  throw std::runtime_error("no free port");
-}
-
 // Without sending anything, which the daemon would store or complain about.
 bool isOpen(const std::string& protocol, const std::string& address, int port) {
   char withoutPeer[64];
@@ -95,6 +80,24 @@ bool isOpen(const std::string& protocol, const std::string& address, int port) {
 
 }  // namespace
 
+// Below the ports that the system gives to whoever connects.
+FreePort::FreePort() {
+  std::random_device random;
+  for (int i = 0; i < 1000; ++i) {
+    m_number = 12000 + static_cast<int>(random() % 20000);
+    m_reservation = boundSocket(SOCK_DGRAM, m_number);
+    if (m_reservation < 0) continue;
+    const int free = boundSocket(SOCK_STREAM, m_number);
+    ::close(free >= 0 ? free : m_reservation);
+    if (free >= 0) return;
+  }
+  throw std::runtime_error("no free port");
+}
+
+FreePort::~FreePort() { ::close(m_reservation); }
+
+bool FreePort::isOpen() const { return vrktest::isOpen("tcp", LOOPBACK, m_number); }
+
 std::string Rsyslog::missing(Input input) {
   if (::access(DAEMON, X_OK) != 0) return "rsyslogd is not installed (Debian package rsyslog)";
   if (input == UDP) return ::geteuid() == 0 ? "" : "port 514 needs root";
@@ -106,7 +109,6 @@ std::string Rsyslog::missing(Input input) {
 Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificate) : m_input(input) {
   std::string text = ALL + std::string(input == UDP ? UDP_INPUT : RELP_INPUTS);
   if (input == RELP) {
-    for (int i : {0, 1}) m_reservations[i] = takeFreePort(m_ports[i]);
     m_dir.write("make", CERTIFICATES);
     if (!runs("cd '" + m_dir.path() + "' && sh make")) throw std::runtime_error("no certificates");
   }
@@ -123,7 +125,6 @@ Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificat
 
 Rsyslog::~Rsyslog() {
   if (m_process > 0) kill();
-  for (const int reservation : m_reservations) ::close(reservation);
 }
 
 // One that was killed leaves its pid file behind.
@@ -137,7 +138,7 @@ bool Rsyslog::startAndWait() {
   start();
   const bool ready = eventually([&] {
     if (m_input == UDP) return isOpen("udp", ownAddress(), SYSLOG_PORT);
-    return isOpen("tcp", LOOPBACK, relpPort()) && isOpen("tcp", LOOPBACK, tlsPort());
+    return m_ports[0].isOpen() && m_ports[1].isOpen();
   });
   EXPECT_TRUE(ready) << "rsyslogd is not ready: " << m_dir.read("internal.log") << m_dir.read("stderr");
   return ready;

@@ -11,6 +11,25 @@
 
 namespace vrktest {
 
+/// A TCP port of 127.0.0.1 that nobody uses, and that other tests leave alone while this lasts. Raises when there is
+/// none.
+class FreePort {
+ public:
+  FreePort();
+  ~FreePort();
+  FreePort(const FreePort&) = delete;
+  FreePort& operator=(const FreePort&) = delete;
+
+  int number() const { return m_number; }
+  std::string text() const { return std::to_string(m_number); }
+  /// Whether somebody listens on it. Connects to nobody.
+  bool isOpen() const;
+
+ private:
+  int m_number = 0;
+  int m_reservation = -1;  // a socket by which other tests leave the port alone
+};
+
 /// A daemon in the foreground with a directory of its own. It stores every message that its inputs accept as one line:
 /// the message as it came, from the PRI on, control characters as #ooo (octal).
 ///
@@ -34,8 +53,8 @@ class Rsyslog {
   Rsyslog(const Rsyslog&) = delete;
   Rsyslog& operator=(const Rsyslog&) = delete;
 
-  int relpPort() const { return m_ports[0]; }
-  int tlsPort() const { return m_ports[1]; }
+  int relpPort() const { return m_ports[0].number(); }
+  int tlsPort() const { return m_ports[1].number(); }
   /// With RELP there are an authority, "ca", and what it has signed: "server" (for localhost and 127.0.0.1), "expired"
   /// (the same, but no longer valid), "other" (for other.example), "bare" (with localhost as its common name only),
   /// "client" (for relp-client). Keys have no password; "locked" is that of "client" with one.
@@ -60,8 +79,7 @@ class Rsyslog {
  private:
   const TempDir m_dir;
   const Input m_input;
-  int m_ports[2] = {};
-  int m_reservations[2] = {-1, -1};  // sockets by which other tests leave the ports alone
+  const FreePort m_ports[2];
   pid_t m_process = -1;
 
   long m_read = 0;  // bytes of the file that are in m_lines

@@ -20,6 +20,8 @@ LOGConnection::LOGConnection(const LOGLogServer& server, LOGRelpSession& session
       m_session(session),
       m_lookup(std::make_unique<VRKNameLookup>(server.host.c_str(), server.port, std::move(wakeUp))) {}
 
+LOGConnection::~LOGConnection() = default;
+
 bool LOGConnection::hasToWrite() const {
   return m_stream && (m_stream->hasToWrite() || (m_connected && !m_session.output().empty()));
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "log4vrk/platform/VRKExport.h"
 #include "log4vrk/platform/internal/VRKNameLookup.h"
 #include "log4vrk/platform/internal/VRKTlsStream.h"
 
@@ -14,7 +15,7 @@ class LOGRelpSession;
 class VRKWakeUp;
 
 /// Where the log server is, and how to talk to it.
-struct LOGLogServer {
+struct LOG4VRK_EXPORT_FOR_TESTS LOGLogServer {
   std::string host;
   long port = 0;
   bool secure = false;
@@ -29,7 +30,7 @@ struct LOGLogServer {
 ///
 /// Thread safety: not thread-safe.
 /// Errors: a connection that is over stays so, and reason() says why, for people.
-class LOGConnection {
+class LOG4VRK_EXPORT_FOR_TESTS LOGConnection {
  public:
   using Clock = std::chrono::steady_clock;
 
@@ -39,6 +40,7 @@ class LOGConnection {
   static constexpr std::chrono::seconds LONGEST_SILENCE{60};
 
   LOGConnection(const LOGLogServer& server, LOGRelpSession& session, std::shared_ptr<VRKWakeUp> wakeUp);
+  ~LOGConnection();
 
   /// Goes as far as it gets without waiting.
   void step();
@@ -57,13 +59,13 @@ class LOGConnection {
   Clock::time_point deadline() const;
 
  private:
-  void connect();
-  void carry();
-  void receive();
-  void send();
-  void endOfStream();
-  void watchTheClock();
-  void end(const std::string& reason);
+  LOG4VRK_HIDDEN void connect();
+  LOG4VRK_HIDDEN void carry();
+  LOG4VRK_HIDDEN void receive();
+  LOG4VRK_HIDDEN void send();
+  LOG4VRK_HIDDEN void endOfStream();
+  LOG4VRK_HIDDEN void watchTheClock();
+  LOG4VRK_HIDDEN void end(const std::string& reason);
 
   const LOGLogServer m_server;
   LOGRelpSession& m_session;

@@ -2,9 +2,11 @@
 
 #pragma once
 
+#include "log4vrk/platform/VRKExport.h"
+
 /// Thread safety: one thread waits; any thread wakes it.
 /// Errors: the constructor raises VRKSystemError when the system has no descriptor to give.
-class VRKWakeUp {
+class LOG4VRK_EXPORT_FOR_TESTS VRKWakeUp {
  public:
   VRKWakeUp();
   ~VRKWakeUp();
