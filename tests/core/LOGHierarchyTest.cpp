@@ -26,17 +26,6 @@ TEST(LOGHierarchy, LinksEachLoggerToItsNearestAncestor) {
   }
 }
 
-TEST(LOGHierarchy, ReportsNewLoggersAndTheLinksThatItChanges) {
-  const InternalLog log;
-  Tree tree;
-  for (const char* name : {"a.b", "a.c", "a", "a"}) tree.getLogger(name);
-  EXPECT_EQ(log.text(),
-            "log4vrk: Creating new instance of LOGLogger: a.b\nlog4vrk: Creating new instance of LOGLogger: a.c\n"
-            "log4vrk: Creating new instance of LOGLogger: a\n"
-            "log4vrk: Add logger [root] as parent of [a].\nlog4vrk: Add logger [a] as parent of [a.b].\n"
-            "log4vrk: Add logger [root] as parent of [a].\nlog4vrk: Add logger [a] as parent of [a.c].\n");
-}
-
 TEST(LOGHierarchy, FindsEveryLoggerAgainWhoeverMadeItAndNoPlaceholders) {
   Tree tree;
   std::list<LOGLogger*> made;
@@ -156,21 +145,6 @@ TEST_F(LOGHierarchyTest, AResetBringsBackTheFirstStateWithEveryAppenderClosed) {
     EXPECT_EQ(tree.getRendererMap().getFromListRenderers("Rendered"), LOGRendererMap::getDefaultRenderer());
   };
   EXPECT_EQ(statusInChild(reset), 0);
-}
-
-TEST(LOGHierarchy, ALoggerForWhichMemoryWasShortIsLinkedAllTheSame) {
-  const InternalLog log;
-  for (int skipped = 0; skipped < 8; ++skipped) {
-    Tree tree;
-    VRKFault::arm(VRKFault::ALLOCATION, 1, skipped);
-    try {
-      tree.getLogger("a.b.c");
-    } catch (const VRKOutOfMemoryError&) {
-    }
-    VRKFault::disarm();
-    EXPECT_EQ(tree.getLogger("a.b.c")->getParent(), tree.getRootLogger()) << skipped;
-  }
-  EXPECT_TRUE(log.contains("log4vrk:ERROR LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable"));
 }
 
 // Also where the ancestors are too many for a placeholder each, and made later.
