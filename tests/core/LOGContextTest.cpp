@@ -55,16 +55,6 @@ TEST_F(LOGContextTest, FieldsKeepWhatProgramsHave) {
   EXPECT_EQ(taken(), Texts{"|" + std::string(254, 'n') + "=" + longValue}) << "cut before a character, not inside";
 }
 
-TEST_F(LOGContextTest, EvaluatesNothingUnlessTheLevelIsEnabled) {
-  int evaluated = 0;
-  const auto next = [&] { return ++evaluated; };
-  for (LOGLevel* const level : {LOGLevel::WARN_OBJ, LOGLevel::INFO_OBJ}) {
-    logger->setLevel(level);
-    LOG4VRK_INFO_KV(logger, "n " << next(), "also", next());
-  }
-  EXPECT_EQ(evaluated, 2);
-}
-
 // What examples/structured.expected does not show.
 TEST_F(LOGContextTest, ScopesNestHideAndEnd) {
   const auto log = [&](const char* text) { LOG4VRK_INFO(logger, text); };
