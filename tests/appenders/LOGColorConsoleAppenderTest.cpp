@@ -2,9 +2,7 @@
 
 namespace {
 
-struct ColorConsoleAppenderTest : AppenderFixture {
-  ~ColorConsoleAppenderTest() override { ::unsetenv("NO_COLOR"); }
-};
+using ColorConsoleAppenderTest = AppenderFixture;
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "log4vrk/net/internal/LOGConnector.h"
+#include "log4vrk/net/internal/LOGOutboxRing.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "tests/support/ScriptedLogServer.h"
 #include "tests/support/Tests.h"
@@ -122,16 +123,23 @@ struct HoldingServerTest : ConnectorTest {
   HoldingServerTest() : ConnectorTest(&hold) {}
 };
 
-TEST_F(HoldingServerTest, KeepsToTheWindowAndToTheOrderAndRepeatsNothingAfterAStall) {
+TEST_F(HoldingServerTest, KeepsToTheWindowAndToTheOrderRepeatsNothingAfterAStallAndReleasesItsMemory) {
   open();
   log(1, 300);
-  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 300; }));
+  const auto inUse = [&] {
+    const std::string file = dir.read("run/log4vrk/" + outboxes().at(0));
+    const auto& control = *reinterpret_cast<const LOGOutboxRing::Control*>(file.data() + LOGOutboxRing::PAGE);
+    return control.tail - control.head;
+  };
+  EXPECT_TRUE(eventually([&] { return appender.getInRecovery() == 300 && inUse() == 0; })) << "they are in a file";
   EXPECT_EQ(LOGRelpSession::WINDOW, server.held());
   log(301, 310);
   server.lets = Server::ALL;
   EXPECT_TRUE(acknowledges(310));
   EXPECT_EQ(numbers(1, 310), server.received());
   EXPECT_TRUE(eventually([&] { return files().empty(); }));
+  log(311, 320);
+  EXPECT_TRUE(eventually([&] { return appender.getAcknowledged() == 320 && inUse() == 0; }));
 }
 
 // Many events that fill the queue before the thread would look for itself.

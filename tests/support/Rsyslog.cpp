@@ -138,9 +138,4 @@ const std::vector<std::string>& Rsyslog::lines() {
   return m_lines;
 }
 
-const std::vector<std::string>& Rsyslog::waitForLines(std::size_t count) {
-  eventually([&] { return lines().size() >= count; });
-  return m_lines;
-}
-
 }  // namespace vrktest

@@ -50,8 +50,6 @@ class Rsyslog {
 
   /// What is stored, in order; a line that is being written is left out.
   const std::vector<std::string>& lines();
-  /// Waits until there are so many lines, or the time is up. Then what there is.
-  const std::vector<std::string>& waitForLines(std::size_t count);
 
  private:
   const TempDir m_dir;
