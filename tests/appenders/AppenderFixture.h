@@ -10,15 +10,12 @@
 class TestEvent : public LOGLoggingEvent {
  public:
   explicit TestEvent(const std::string& text, LOGLevel* level = LOGLevel::INFO_OBJ)
-      : LOGLoggingEvent("test", &logger(), level, nullptr) {
+      : LOGLoggingEvent("test", &s_logger, level, nullptr) {
     setRenderedMessage(text.c_str());
   }
 
  private:
-  static LOGLogger& logger() {
-    static LOGLogger logger("a.b");
-    return logger;
-  }
+  inline static LOGLogger s_logger{"a.b"};
 };
 
 /// Puts a terminal, or a pipe that keeps writes apart, in the place of a descriptor.

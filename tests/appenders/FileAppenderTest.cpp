@@ -2,11 +2,7 @@
 
 using namespace vrktest;
 
-namespace {
-
 using FileAppenderTest = AppenderFixture;
-
-}  // namespace
 
 TEST_F(FileAppenderTest, SaysNothingOfAMissingLayoutANameOrAFileThatCannotBeOpened) {
   LOGFileAppender noLayout(nullptr, path("log")), unnamed, directory(&m_layout, path("."));

@@ -1,10 +1,6 @@
 #include "tests/appenders/AppenderFixture.h"
 
-namespace {
-
 using ColorConsoleAppenderTest = AppenderFixture;
-
-}  // namespace
 
 TEST_F(ColorConsoleAppenderTest, ColorsLinesOnATerminalThatWantsThem) {
   const std::tuple<bool, const char*, const char*, const char*, bool> CASES[] = {
