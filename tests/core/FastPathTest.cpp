@@ -68,6 +68,17 @@ TEST_F(Delivery, AnAppenderMayBeRemovedByWhatItWritesWhileOthersWaitForIt) {
   }
 }
 
+TEST_F(Delivery, ThreadsThatShareABufferLoseTearAndMixNothing) {
+  LOGFileAppender buffered(&layout, dir.file("buffered").c_str(), 0, 1, 1000);
+  logger->addAppender(&buffered);
+  onThreads(4, [&](int t) {
+    for (long n = 1; n <= 10000; ++n) logNumber(logger, Way::FAST, t, n);
+  });
+  logger->removeAppender(&buffered);
+  buffered.close();
+  expectEachOnceInOrder(linesOf(dir.file("buffered")), 4, 10000);
+}
+
 // The dispatcher must not wait for log calls that wait for the dispatcher.
 TEST_F(Delivery, AnAppenderBehindAQueueMayRemoveThatQueue) {
   for (int round = 0; round < 20; ++round) {
