@@ -45,6 +45,17 @@ TEST(PatternLayoutTest, WritesThePlaceOfALogStatementWhereItIsKnown) {
   EXPECT_EQ(written(nullptr), "? ? ? ? ? ? ?");
 }
 
+// What is the same in all lines of a second is kept.
+TEST(PatternLayoutTest, ShowsTheMomentOfEachEvent) {
+  LOGPatternLayout layout("%d{%H:%M:%S.%Q}{UTC} [%t] %p");
+  LOGLoggingEvent event;
+  event.setThreadName("me");
+  for (const auto& [second, text] : {std::pair{0, "00:00:00.005"}, {1, "00:00:01.005"}, {0, "00:00:00.005"}}) {
+    event.setTimeStamp(second, 5000000);
+    EXPECT_EQ(layout.format(&event).toUtf8().substr(0, 17), text + std::string(" [me]"));
+  }
+}
+
 TEST(PatternLayoutTest, NeverSplitsACharacter) {
   const std::tuple<const char*, const char16_t*, const char*> CASES[] = {
       {"[%6m]", u"\u0436\u0443\u043a", "[   \u0436\u0443\u043a]"},
