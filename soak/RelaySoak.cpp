@@ -10,7 +10,7 @@ namespace {
 constexpr int PROGRAMS = 10, ROUNDS = 20;
 
 bool canRun(const char* name) {
-  const std::string missing = Rsyslog::missing(Rsyslog::RELP);
+  const std::string missing = Rsyslog::missing();
   if (!missing.empty()) std::printf("%s: skipped: %s\n", name, missing.c_str());
   return missing.empty();
 }

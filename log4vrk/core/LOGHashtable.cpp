@@ -5,7 +5,6 @@
 #include "log4vrk/core/LOGLogLog.h"
 #include "log4vrk/core/LOGObject.h"
 #include "log4vrk/platform/VRKThrowable.h"
-#include "log4vrk/platform/internal/VRKFault.h"
 
 bool LOGLoggerKey::equals(const LOGLoggerKey* other) const { return other != nullptr && m_name == other->m_name; }
 
@@ -23,15 +22,9 @@ struct LOGHashtable::Entry {
   Link next;
 };
 
-namespace {
-
-bool outOfMemory() { return VRKFault::hit(VRKFault::ALLOCATION); }
-
-}  // namespace
-
 LOGHashtable::LOGHashtable(long capacity) {
   try {
-    if (capacity > 0 && !outOfMemory()) m_buckets.resize(static_cast<std::size_t>(capacity));
+    if (capacity > 0) m_buckets.resize(static_cast<std::size_t>(capacity));
   } catch (const std::bad_alloc&) {
     // No buckets: every put fails.
   }
@@ -58,7 +51,7 @@ bool LOGHashtable::hasRoom() {
 
 // At the head of the chain, so that it hides an older entry of the name.
 int LOGHashtable::link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value) {
-  Link entry(outOfMemory() ? nullptr : new (std::nothrow) Entry{nullptr, value, nullptr});
+  Link entry(new (std::nothrow) Entry{nullptr, value, nullptr});
   if (!entry) {
     LOGLogLog::error("LOGHashtable::put ---- Could not allocate memory");
     return 0;
@@ -74,7 +67,6 @@ int LOGHashtable::link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value) {
 void LOGHashtable::reSize() {
   std::vector<Link> old;
   try {
-    if (outOfMemory()) throw std::bad_alloc();
     old.resize(m_buckets.size() * 2);
   } catch (const std::bad_alloc&) {
     LOGLogLog::error("LOGHashtable::reSize ---- Could not allocate memory");

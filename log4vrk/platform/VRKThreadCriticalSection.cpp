@@ -1,11 +1,8 @@
 #include "log4vrk/platform/VRKThreadCriticalSection.h"
 
-#include <cerrno>
 #include <mutex>
 #include <new>
 #include <type_traits>
-
-#include "log4vrk/platform/VRKThrowable.h"
 
 namespace {
 
@@ -41,7 +38,6 @@ VRKThreadCriticalSection::VRKThreadCriticalSection(int) {
 }
 
 void VRKThreadCriticalSection::lock() {
-  if (VRKFault::hit(VRKFault::LOCK)) throw VRKSystemError(EAGAIN, "critical section", VRK_HERE);
   const Number self = thisThread();
   // Relaxed is enough: only this thread stores its own number here, so it reads that only when it is the owner.
   const Number owner = m_owner.load(std::memory_order_relaxed);

@@ -1,6 +1,3 @@
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include "log4vrk/appenders/internal/LOGRing.h"
 #include "log4vrk/appenders/internal/LOGRingFormat.h"
 #include "log4vrk/platform/internal/VRKLogTail.h"
@@ -64,12 +61,6 @@ void killAt(const TempDir& dir, VRKFault::Point point, int skip = 0) {
 std::vector<std::string> recovered(const TempDir& dir) {
   Program(dir).queue.activateOptions();
   return linesWithBackups(dir.file("log"));
-}
-
-std::vector<std::string> namesIn(const std::string& directory) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory)) names.push_back(entry.path().filename());
-  return names;
 }
 
 // The file of the only ring.

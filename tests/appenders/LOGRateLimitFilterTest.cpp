@@ -2,18 +2,10 @@
 
 namespace {
 
-using std::chrono::steady_clock;
-
 struct RateLimitFilterTest : AppenderFixture {
   /// What a file appender with the filter has written.
-  std::string written() const { return vrktest::fileText(m_dir.file("log")); }
-  void logAt(LOGAppenderSkeleton& appender, LOGLevel* level, const std::string& text) {
-    TestEvent event(text, level);
-    appender.activateOptions();
-    appender.doAppend(&event);
-  }
+  std::string written() const { return m_dir.read("log"); }
 
-  const steady_clock::time_point m_deadline = steady_clock::now() + std::chrono::seconds(60);
   LOGRateLimitFilter m_filter;
 };
 
@@ -34,10 +26,10 @@ TEST_F(RateLimitFilterTest, SaysHowManyItHasLeftOutBeforeTheNextLineAndAtTheEnd)
   LOGNDC::pop();
   int leftOut = 1;
   const std::string before = "INFO request 1\nERROR request not counted\nWARN request 2\n";
-  for (std::string text = before; text == before && steady_clock::now() < m_deadline; text = written()) {
+  EXPECT_TRUE(vrktest::eventually([&] {
     logAt(appender, LOGLevel::INFO_OBJ, "again"), ++leftOut;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
+    return written() != before;
+  }));
   const std::string notice = " events left out (at most 2 in 1 s)\n";
   EXPECT_EQ(written(), before + "WARN request " + std::to_string(leftOut - 1) + notice + "INFO  again\n");
   m_filter.setSeconds(1000);

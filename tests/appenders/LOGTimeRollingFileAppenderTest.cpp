@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <sys/file.h>
 
 #include "log4vrk/appenders/internal/LOGFileHistory.h"
@@ -35,36 +34,38 @@ class TimeRollingFileAppenderTest : public AppenderFixture {
     }
   };
 
-  Files files(const std::string& name = "log") const {
+  /// The names of the files of that log.
+  Texts names(const std::string& log = "log") const {
+    Texts found;
+    for (const std::string& name : namesIn(m_dir.path())) {
+      if (name.rfind(log, 0) == 0 && name != log + ".lock") found.push_back(name);
+    }
+    return found;
+  }
+  Files files(const std::string& log = "log") const {
     Files found;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) {
-      const std::string file = entry.path().filename();
-      if (file.rfind(name, 0) != 0 || file == name + ".lock") continue;
-      std::string& lines = found[file.substr(name.size())];
-      for (const std::string& line : linesIn(contentOf(entry.path()))) lines += (lines.empty() ? "" : " ") + line;
+    for (const std::string& name : names(log)) {
+      std::string& lines = found[name.substr(log.size())];
+      for (const std::string& line : linesIn(contentOf(m_dir.file(name)))) lines += (lines.empty() ? "" : " ") + line;
     }
     return found;
   }
   /// Whether all finished files are compressed.
-  bool isTidy(const std::string& name = "log", const std::string& ending = ".gz") const {
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) {
-      const std::string file = entry.path().filename();
-      const bool isFinished = file.rfind(name + ".", 0) == 0 && file != name + ".lock";
-      if (isFinished && entry.path().extension() != ending) return false;
-    }
-    return true;
+  bool isTidy(const std::string& log = "log", const std::string& ending = ".gz") const {
+    const Texts all = names(log);
+    return std::all_of(all.begin(), all.end(), [&](const std::string& name) {
+      return name == log || std::filesystem::path(name).extension() == ending;
+    });
   }
   /// How often each line is in all files. None of them is damaged, temporary, or there in two forms.
   std::map<std::string, int> lines() const {
     std::map<std::string, int> counts;
     std::set<std::string> stems;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) {
-      const std::string name = entry.path().filename();
-      if (name.rfind("log", 0) != 0 || name == "log.lock") continue;
-      EXPECT_NE(".tmp", entry.path().extension()) << name;
-      const bool isCompressed = entry.path().extension() == ".gz";
+    for (const std::string& name : names()) {
+      const bool isCompressed = std::filesystem::path(name).extension() == ".gz";
       EXPECT_TRUE(stems.insert(isCompressed ? name.substr(0, name.size() - 3) : name).second) << name;
-      for (const std::string& line : linesIn(contentOf(entry.path()))) ++counts[line];
+      EXPECT_EQ(name.npos, name.find(".tmp"));
+      for (const std::string& line : linesIn(contentOf(m_dir.file(name)))) ++counts[line];
     }
     return counts;
   }
@@ -124,7 +125,7 @@ TEST_F(TimeRollingFileAppenderTest, RollsFirstWhatAnEarlierStartHasLeft) {
 
 TEST_F(TimeRollingFileAppenderTest, RemovesTheOldestBeyondEachLimitAndNothingElse) {
   const auto expectKept = [&](const char* what, LOGHistoryLimits limits, const std::set<std::string>& kept) {
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) std::filesystem::remove(entry);
+    for (const std::string& name : namesIn(m_dir.path())) std::filesystem::remove(m_dir.file(name));
     const std::set<std::string> others = {"log",     "log.2030-10-27",    "log.2030-10-27T12.", "log.2030-10-27T12.01",
                                           "log.old", "log.2030-10-27T25", "log.2030-10-27T1",   "logs.2030-10-27T01"};
     for (const std::string& name : others) m_dir.write(name, "other");
@@ -136,8 +137,7 @@ TEST_F(TimeRollingFileAppenderTest, RemovesTheOldestBeyondEachLimitAndNothingEls
     LOGFileHistory history(LOGRolledNames(m_dir.file("log"), hours), limits, std::nullopt);
     EXPECT_TRUE(history.tidy(NOON, [] { return false; }));
     std::set<std::string> left;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) {
-      const std::string name = entry.path().filename();
+    for (const std::string& name : namesIn(m_dir.path())) {
       if (others.count(name) == 0) left.insert(name.substr(14));
     }
     EXPECT_EQ(left, kept) << what;

@@ -12,9 +12,8 @@ class RollingFileAppenderTest : public AppenderFixture {
  protected:
   Files files() const {
     Files found;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.path())) {
-      const std::string name = entry.path().filename();
-      found[name.substr(3)] = entry.is_directory() ? "directory" : m_dir.read(name);
+    for (const std::string& name : namesIn(m_dir.path())) {
+      found[name.substr(3)] = std::filesystem::is_directory(m_dir.file(name)) ? "directory" : m_dir.read(name);
     }
     return found;
   }

@@ -68,31 +68,6 @@ TEST_F(Delivery, AnAppenderMayBeRemovedByWhatItWritesWhileOthersWaitForIt) {
   }
 }
 
-TEST_F(Delivery, ReadsLikeAnyOtherInEveryProcessAndThread) {
-  layout.setConversionPattern("%% %d{%Q %Y}{UTC} [%6t] %-5p %c{1} %x%m%n");
-  logger->addAppender(steady.get());
-  const auto logAndRead = [this] {
-    HookMessage object("text");
-    for (int i = 0; i < 2; ++i) {  // the second time in the same second as the first, most often
-      LOG4VRK_WARN(logger, "text");
-      logger->warn("text");
-      logger->warn(&object);
-    }
-    const std::string thread = std::to_string(VRKThread::currentThreadId());
-    const std::string padding(thread.size() < 6 ? 6 - thread.size() : 0, ' ');
-    const std::string year = std::to_string(1970 + static_cast<long>(std::time(nullptr)) / 31556952);
-    const std::string expected = "% " + year + " [" + padding + thread + "] WARN  b text";
-    Texts lines = linesOf(dir.file("steady"));
-    for (std::string& line : lines) line.erase(2, 4);
-    ASSERT_GE(lines.size(), 6u);
-    EXPECT_EQ(Texts(lines.end() - 6, lines.end()), Texts(6, expected));
-  };
-  logAndRead();
-  std::thread(logAndRead).join();
-  EXPECT_EQ(statusInChild(logAndRead), 0);
-  logAndRead();
-}
-
 TEST_F(Delivery, ThreadsThatShareABufferLoseTearAndMixNothing) {
   LOGFileAppender buffered(&layout, dir.file("buffered").c_str(), 0, 1, 1000);
   logger->addAppender(&buffered);
@@ -123,33 +98,4 @@ TEST_F(Delivery, AnAppenderBehindAQueueMayRemoveThatQueue) {
     queue.close();
     EXPECT_GE(sink.texts.size(), 5u);
   }
-}
-
-// A program may keep a copy of an event for as long as it likes.
-TEST_F(Delivery, ACopyOfAnEventReadsTheSameForEver) {
-  struct : LOGAppenderSkeleton {
-    void append(LOGLoggingEvent* event) override {
-      event->getThreadName();
-      copies.emplace_back(*event);
-    }
-    std::vector<LOGLoggingEvent> copies;
-  } capturing;
-  std::string expected;
-  {
-    LOGLevel passing(25000, "PASSING", 5);
-    Tree gone;
-    LOGLogger* const named = gone.getLogger("a.logger.that.goes");
-    named->addAppender(&capturing);
-    std::thread([&] {
-      expected = std::to_string(VRKThread::currentThreadId()) + " PASSING a.logger.that.goes text";
-      named->setLevel(&passing);
-      HookMessage object("text");
-      named->log(named->getLevel(), I18NString("text"));
-      named->log(named->getLevel(), &object);
-    }).join();
-    std::thread([] { LOGManager::getRootLogger()->isDebugEnabled(); }).join();  // takes over what the first has left
-  }
-  LOGPatternLayout pattern("%t %p %c %m");
-  for (LOGLoggingEvent& copy : capturing.copies) EXPECT_EQ(pattern.format(&copy).toUtf8(), expected);
-  EXPECT_EQ(capturing.copies.size(), 2u);
 }

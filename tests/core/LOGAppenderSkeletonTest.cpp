@@ -8,7 +8,7 @@ using LOGAppenderSkeletonTest = TreeTest;
 using LOGAppenderAttachableImplTest = TreeTest;
 
 struct Event : LOGLoggingEvent {
-  explicit Event(LOGLevel* level = LOGLevel::INFO_OBJ) : LOGLoggingEvent("", &logger, level, nullptr) {}
+  Event() : LOGLoggingEvent("", &logger, LOGLevel::INFO_OBJ, nullptr) {}
   inline static LOGLogger logger{"event"};
 };
 
@@ -37,21 +37,6 @@ TEST(LOGAppenderSkeleton, NothingIsAppendedOnceCloseHasHadTheLock) {
       const LOGGuard guard(appender);
       if (t == 0) appender.close();
     });
-  }
-}
-
-TEST(LOGAppenderSkeleton, ItsThresholdIsAnUpperBound) {
-  LOGLevel* const LEVELS[] = {LOGLevel::ALL_OBJ, LOGLevel::WARN_OBJ, LOGLevel::ERROR_OBJ, LOGLevel::OFF_OBJ};
-  RecordingAppender appender;
-  EXPECT_TRUE(appender.isAsSevereAsThreshold(LOGLevel::OFF_OBJ)) << "no threshold";
-  for (LOGLevel* threshold : LEVELS) {
-    appender.setThreshold(threshold);
-    for (LOGLevel* level : LEVELS) {
-      appender.texts.clear();
-      Event event(level);
-      appender.doAppend(&event);
-      EXPECT_EQ(appender.texts.size(), threshold->toInt() >= level->toInt() ? 1u : 0u);
-    }
   }
 }
 

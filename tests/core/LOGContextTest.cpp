@@ -55,16 +55,7 @@ TEST_F(LOGContextTest, FieldsKeepWhatProgramsHave) {
   EXPECT_EQ(taken(), Texts{"|" + std::string(254, 'n') + "=" + longValue}) << "cut before a character, not inside";
 }
 
-TEST_F(LOGContextTest, EvaluatesNothingUnlessTheLevelIsEnabled) {
-  int evaluated = 0;
-  const auto next = [&] { return ++evaluated; };
-  for (LOGLevel* const level : {LOGLevel::WARN_OBJ, LOGLevel::INFO_OBJ}) {
-    logger->setLevel(level);
-    LOG4VRK_INFO_KV(logger, "n " << next(), "also", next());
-  }
-  EXPECT_EQ(evaluated, 2);
-}
-
+// What examples/structured.expected does not show.
 TEST_F(LOGContextTest, ScopesNestHideAndEnd) {
   const auto log = [&](const char* text) { LOG4VRK_INFO(logger, text); };
   {
@@ -75,9 +66,7 @@ TEST_F(LOGContextTest, ScopesNestHideAndEnd) {
       LOG4VRK_CONTEXT("step", "pay");
       LOG4VRK_INFO_KV(logger, "inner", "step", 2.5);
       EXPECT_EQ(LOGContext::get("order") + LOGContext::get("step") + LOGContext::get("none"), "18pay");
-      logger->info("plain");
     }
-    std::thread([&] { log("other thread"); }).join();
     std::thread([&, context = LOGContext::capture()] {
       LOG4VRK_CONTEXT("own", 1, "order", 1);
       {
@@ -86,13 +75,9 @@ TEST_F(LOGContextTest, ScopesNestHideAndEnd) {
       }
       log("given back");
     }).join();
-    log("outer again");
   }
-  log("none");
-  const Texts expected = {"outer|order=17 customer=anna",          "inner|customer=anna order=18 step=2.5",
-                          "plain|customer=anna order=18 step=pay", "other thread|",
-                          "given|own=1 order=17 customer=anna",    "given back|own=1 order=1",
-                          "outer again|order=17 customer=anna",    "none|"};
+  const Texts expected = {"outer|order=17 customer=anna", "inner|customer=anna order=18 step=2.5",
+                          "given|own=1 order=17 customer=anna", "given back|own=1 order=1"};
   EXPECT_EQ(taken(), expected);
 }
 
@@ -131,26 +116,4 @@ TEST_F(LOGContextTest, ACopyOwnsWhatItPrints) {
   EXPECT_EQ(taken(), (Texts{"text|order=17 total=17.5", "object|order=17", "object|order=17"}));
   EXPECT_EQ(again[0].getField("total") + again[0].getField("order") + again[0].getField("none"), "17.517");
   tree.getRootLogger()->removeAppender(&keeping);
-}
-
-// Memory that a program has overwritten ends the row; the sanitizers see what is read outside.
-TEST(LOGFieldsTest, DamagedBytesDoNoHarm) {
-  LOGFields fields;
-  fields.add("order", 17, "text", "some text", "total", 17.5);
-  std::mt19937 random(1);
-  for (int i = 0; i < 20000; ++i) {
-    const std::string_view whole = fields.bytes();
-    std::vector<char> bytes(whole.begin(), whole.begin() + static_cast<long>(random() % (whole.size() + 1)));
-    for (unsigned changes = random() % 3; changes > 0 && !bytes.empty(); --changes) {
-      bytes[random() % bytes.size()] = static_cast<char>(random());
-    }
-    LOGFields::Reader reader({bytes.data(), bytes.size()});
-    std::size_t seen = 0;
-    for (LOGFields::Field field; reader.next(field);) {
-      I18NUtf8Buffer text;
-      field.appendValue(text);
-      seen += field.name.size() + field.value.size();
-    }
-    EXPECT_LE(seen, bytes.size());
-  }
 }

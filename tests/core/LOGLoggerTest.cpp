@@ -17,27 +17,41 @@ const std::tuple<LOGLevel*, LogObject, LogText> SHORTCUTS[] = {
 
 }  // namespace
 
+// Loggers of a repository of the library's own class remember what is enabled, until any of it changes, also while
+// other threads ask.
 TEST_F(LOGLoggerTest, EveryWayToLogGoesByTheEffectiveLevel) {
+  LOGHierarchy exact(new LOGRootLogger(LOGLevel::DEBUG_OBJ));
+  exact.getRootLogger()->addAppender(&root);
   LOGObject message("object");
-  for (const bool own : {false, true}) {
+  for (int run = 0; run < 200; ++run) {
+    LOGHierarchy& repository = run % 2 == 0 ? exact : tree;
+    LOGLogger* const child = repository.getLogger("a.b");
+    LOGLogger* const parent = repository.getLogger(run % 3 == 0 ? "a" : "elsewhere");
+    const Meanwhile asking({[&] { static_cast<void>(child->isDebugEnabled()); }});
+    const bool own = run % 5 == 0;
     for (LOGLevel* effective : {LOGLevel::ALL_OBJ, LOGLevel::WARN_OBJ, LOGLevel::FATAL_OBJ, LOGLevel::OFF_OBJ}) {
-      tree.getLogger("a")->setLevel(own ? LOGLevel::INFO_OBJ : effective);
-      logger->setLevel(own ? effective : nullptr);
-      EXPECT_TRUE(*logger->getChainedLevel() == *effective);
+      child->setParent(parent);
+      parent->setLevel(own ? LOGLevel::INFO_OBJ : effective);
+      child->setLevel(own ? effective : nullptr);
+      EXPECT_TRUE(*child->getChainedLevel() == *effective);
       for (const auto& [level, logObject, logText] : SHORTCUTS) {
         root.texts.clear();
-        std::invoke(logObject, logger, &message);
-        std::invoke(logText, logger, "text");
-        logger->log(level, &message);
-        logger->log(level, "text");
-        logger->l7dlog(level, "key", &message);
+        std::invoke(logObject, child, &message);
+        std::invoke(logText, child, "text");
+        child->log(level, &message);
+        child->log(level, "text");
+        child->l7dlog(level, "key", &message);
         const bool enabled = level->toInt() >= effective->toInt();
-        EXPECT_EQ(logger->isEnabledFor(level), enabled);
+        EXPECT_EQ(child->isEnabledFor(level), enabled);
         EXPECT_EQ(root.texts, enabled ? (Texts{"object", "text", "object", "text", "key"}) : Texts());
       }
-      EXPECT_EQ(logger->isDebugEnabled(), effective->toInt() <= 10000);
+      EXPECT_EQ(child->isDebugEnabled(), effective->toInt() <= 10000);
+      repository.setThreshold(LOGLevel::OFF_OBJ);
+      EXPECT_FALSE(child->isEnabledFor(LOGLevel::FATAL_OBJ));
+      repository.setThreshold(LOGLevel::ALL_OBJ);
     }
   }
+  exact.getRootLogger()->removeAppender(&root);
   root.texts.clear();
   logger->setLevel(LOGLevel::ERROR_OBJ);
   logger->assertLog(0, "does not hold");

@@ -99,18 +99,6 @@ TEST_F(NestedLog, WithoutEndIsStoppedWithOneLine) {
   }
 }
 
-TEST_F(NestedLog, AnEventThatCannotBePutOffIsReported) {
-  int copies = 0;
-  HookMessage message("inner", nullptr, [&] {
-    if (++copies == 2) throw VRKThrowable("copied once", "Test.cpp", 1);  // it takes a second copy
-  });
-  child.onAppend = [&](const std::string& text) {
-    if (text == "outer") logger->info(&message);
-  };
-  logger->info("outer");
-  EXPECT_EQ(log.count("VRKThrowable: copied once"), 1);
-}
-
 TEST_F(NestedLog, TheLibraryIsNotTakenDownOrConfiguredFromInside) {
   const auto refuse = [this] {
     const TempDir dir;

@@ -6,8 +6,9 @@
 
 set -euo pipefail
 example=$1 forward=$2
-pg=$(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | tail -n 1 || true)
-modules=$(ls -d /usr/lib/*/rsyslog | head -n 1 || true)
+pg=$(find /usr/lib/postgresql -maxdepth 2 -name bin 2>/dev/null | sort -V | tail -n 1)
+: "${pg:=/usr/lib/postgresql/*/bin}"
+modules=$(find /usr/lib -maxdepth 2 -name rsyslog -type d | head -n 1)
 for need in "$pg/initdb:postgresql" /usr/bin/redis-server:redis-server "$modules/ompgsql.so:rsyslog-pgsql" \
   "$modules/omhiredis.so:rsyslog-hiredis" "$modules/imrelp.so:rsyslog-relp"; do
   [ -e "${need%:*}" ] || { echo "SKIPPED: ${need%:*} is not installed (Debian package ${need##*:})"; exit 77; }

@@ -24,7 +24,7 @@ while IFS='|' read -r stop shown; do
   fi
 done <<'STOPS'
 |^[0-9-]+ [0-9:,]+ DEBUG \[[^]]+\] .* orders\.(worker|intake) - 
-console|^[0-9:,]+ WARN  stock - only 0 x tray left
+console|^[0-9:,]+ WARN  stock - only [0-9]+ x [a-z]+ left
 time-rolled|^== the end of log/orders\.log\.[0-9T-]+\.1\.gz
 queue| 223 [0-9]+ log/orders\.log
 json|^\{"@timestamp":.*"message":"closing the shop"

@@ -59,12 +59,21 @@ TEST_P(Reconfiguration, LosesAndRepeatsNothingThroughAQueue) {
 struct Queues : BothWays {};
 LOG4VRK_ON_BOTH_WAYS(Queues);
 
-// The dispatcher holds events back to write many at once; those who log directly write at once, and behind them.
+// The dispatcher holds events back to write many at once; those who log directly write at once, and behind them. The
+// queue changes its size meanwhile, and some events are more than a text.
 TEST_P(Queues, ShareAFileWithThoseWhoLogDirectly) {
   const TempDir dir;
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(
                    loadDocument(dir, GetParam(), {{"direct", "file"}, {"queued", "async"}}, "FileAppender").c_str()));
-  onThreads(4, [](int t) { logNumbers(t % 2 == 0 ? "queued" : "direct", GetParam(), t, EACH / 10); });
+  auto& queue = dynamic_cast<LOGAsyncAppender&>(*LOGManager::getLogger("queued")->getAppender("async"));
+  {
+    int size = 0;
+    const Meanwhile resizing({[&] { queue.setBufferSize(20 + ++size % 500); }});
+    onThreads(4, [](int t) {
+      LOGLogger* const logger = LOGManager::getLogger(t % 2 == 0 ? "queued" : "direct");
+      for (long n = 1; n <= EACH / 10; ++n) logNumber(logger, n % 3 == 0 ? Way::ORDINARY : GetParam(), t, n);
+    });
+  }
   LOG4VRKConfigurator::shutdown();
   expectEachOnceInOrder(linesOf(dir.file("all.log")), 4, EACH / 10);
 }

@@ -163,9 +163,6 @@ TEST(Reread, OfADocumentHoldsNoLogCallUp) {
   const auto appender = [&](const std::string& kind, const std::string& parameters) {
     return "<appender name='" + kind + "' class='" + kind + "'>" + parameters + layout + "</appender>";
   };
-  const auto parameter = [](const std::string& name, const std::string& value) {
-    return "<param name='" + name + "' value='" + value + "'/>";
-  };
   const std::string document = dir.write(
       "log.xml",
       "<log4j:configuration>" +

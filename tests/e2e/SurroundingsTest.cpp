@@ -14,10 +14,6 @@ void configure(const TempDir& dir, const std::string& fileClass, const std::stri
   ASSERT_EQ(1, LOG4VRKConfigurator::initialize(rootDocument(dir, Way::FAST, fileClass, parameters).c_str()));
 }
 
-std::string parameter(const std::string& name, const std::string& value) {
-  return "<param name='" + name + "' value='" + value + "'/>";
-}
-
 void log(const std::string& text) { LOGManager::getLogger("surroundings")->info(text); }
 
 // The end of a process that runs `body` under the signal's own action, or ignores it.

@@ -68,8 +68,6 @@ TEST(ObjectRendererTest, WritesInNetworkOrderAtTheOffset) {
     write(buffer, &offset);
     EXPECT_EQ(std::string(buffer, buffer + 20), "###" + bytes + std::string(17 - bytes.size(), '#'));
     EXPECT_EQ(offset, 3 + static_cast<long>(bytes.size()));
-    EXPECT_EQ(assertionOf([&] { write(nullptr, &offset); }), "LOGObjectRenderer: VRK_ASSERT(buffer);") << bytes;
-    EXPECT_EQ(assertionOf([&] { write(buffer, nullptr); }), "LOGObjectRenderer: VRK_ASSERT(offset);") << bytes;
   }
   for (const auto& [unit, size] : {std::pair{u'x', 65507L}, {u'\u00fc', 65506L}}) {
     I18NString text(std::u16string(70000, unit));
@@ -105,27 +103,6 @@ TEST_F(RendererMapTest, AsksTheLibraryForANewRendererAtEveryLookup) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(RendererMapTest, SaysWhatItAddsAndWhatItUnloads) {
-  LOGRendererMap::clear();
-  // The library is asked before the repository is looked at.
-  EXPECT_EQ(assertionOf([] { LOGRendererMap::addRenderer(nullptr, "EchoRenderer", "Echoed"); }),
-            "LOGRendererMap: VRK_ASSERT(repository);");
-  EXPECT_EQ(livingRenderers(), 1);
-  LOGRendererMap::addRenderer(&repository, "NullRenderer", "Echoed");
-  LOGRendererMap::clear();
-  EXPECT_EQ(log.text(), R"(log4vrk: LOGRendererMap::clear() -- begin
-log4vrk: LOGRendererMap::clear -- the lib list is empty.
-log4vrk: LOGRendererMap::clear() -- all libs are unloaded.
-log4vrk: Rendering class: [EchoRenderer], Rendered class: [Echoed].
-log4vrk: Rendering class: [NullRenderer], Rendered class: [Echoed].
-log4vrk:ERROR Could not instantiate renderer [NullRenderer].
-log4vrk: LOGRendererMap::clear() -- begin
-log4vrk: LOGRendererMap::clear() -- unload rendering library: EchoRenderer
-log4vrk: LOGRendererMap::clear ---- Could not close the library: EchoRenderer
-log4vrk: LOGRendererMap::clear() -- all libs are unloaded.
-)");
-}
-
 TEST_F(RendererMapTest, FreesRenderersThatAreReplacedAndUnloadsWhenTheRenderOnAnotherThreadHasEnded) {
   const Deadline deadline(60);
   for (int i = 0; i < 50; ++i) LOGRendererMap::addRenderer(&repository, "EchoRenderer", "Echoed");
@@ -157,16 +134,4 @@ TEST_F(RendererMapTest, KeepsTheLibraryOfTheRenderThatClearsTheMapAndNoOther) {
     EXPECT_EQ(livingRenderers() >= 0, stays) << className;
   }
   EXPECT_EQ(log.count("unload rendering library"), 1);
-}
-
-// Whatever the node holds, and once more for a library that is known already.
-TEST_F(RendererMapTest, NotesEveryLibraryThatItIsTold) {
-  const auto open = [] { return ::dlopen((DIRECTORY + "/libEchoRenderer.so").c_str(), RTLD_LAZY); };
-  LOGRendererMap::putFunction("Known", nullptr, open());
-  LOGRendererMap::putFunction("Known", nullptr, open());
-  EXPECT_EQ(LOGRendererMap::isLibraryLoaded("Known"), 1);
-  EXPECT_EQ(LOGRendererMap::getRendererFromFunction("Known"), nullptr);
-  LOGRendererMap::clear();
-  EXPECT_EQ(log.count("unload rendering library: Known"), 2);
-  EXPECT_TRUE(livingRenderers() == -1 && LOGRendererMap::isLibraryLoaded("Known") == 0);
 }

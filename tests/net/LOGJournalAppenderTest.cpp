@@ -116,17 +116,11 @@ TEST_F(JournalAppenderTest, SendsEachEventAsAnEntryWithFields) {
     EXPECT_EQ(fields.at(1), std::string("PRIORITY=") + priority);
   }
   EXPECT_EQ(log.text(), "");
-  dir.write("log.xml",
-            "<log4j:configuration><appender name='j' class='JournalAppender'><param name='Identifier' "
-            "value='till'/><param name='Socket' value='" +
-                dir.file("socket") +
-                "'/></appender>"
-                "<root><appender-ref ref='j'/></root></log4j:configuration>");
-  LOGDOMConfigurator configurator;
-  EXPECT_EQ(configurator.doConfigure(dir.file("log.xml").c_str(), &tree), 1);
-  tree.getRootLogger()->info("by a document");
+  const std::string parameters = parameter("Identifier", "till") + parameter("Socket", dir.file("socket"));
+  EXPECT_EQ(LOG4VRKConfigurator::initialize(rootDocument(dir, Way::ORDINARY, "JournalAppender", parameters).c_str()),
+            1);
+  LOGManager::getRootLogger()->info("by a document");
   EXPECT_EQ(fieldsOf(journal.next()).at(3), "SYSLOG_IDENTIFIER=till");
-  tree.getRootLogger()->removeAllAppenders();
 }
 
 TEST_F(JournalAppenderTest, SendsWhatIsTooLargeForADatagramInASealedFile) {

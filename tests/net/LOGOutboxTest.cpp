@@ -30,11 +30,7 @@ class OutboxTest : public testing::Test {
     ::setenv("XDG_RUNTIME_DIR", dir.file("run").c_str(), 1);
   }
   I18NString recovery(const std::string& name = "recovery") const { return I18NString(dir.file(name).c_str()); }
-  Texts left() const {
-    Texts paths;
-    for (const auto& each : std::filesystem::directory_iterator(dir.file("run/log4vrk"))) paths.push_back(each.path());
-    return paths;
-  }
+  Texts left() const { return namesIn(dir.file("run/log4vrk")); }
   // As a killed process leaves it: nobody has the lock.
   std::string leaveOne() {
     Ring ring;
@@ -143,9 +139,10 @@ TEST_F(OutboxTest, KeepsAllThatCanBeReadOfADamagedFileAndSetsTheRestAside) {
     const Texts files = left();
     ASSERT_EQ(each.ending != nullptr ? 1u : 0u, files.size()) << each.what;
     if (files.empty()) continue;
-    EXPECT_EQ(each.ending, std::filesystem::path(files[0]).extension()) << each.what;
-    EXPECT_EQ(bytes.size(), std::filesystem::file_size(files[0])) << each.what;
-    std::filesystem::remove(files[0]);
+    const std::filesystem::path file = dir.file("run/log4vrk/" + files[0]);
+    EXPECT_EQ(each.ending, file.extension()) << each.what;
+    EXPECT_EQ(bytes.size(), std::filesystem::file_size(file)) << each.what;
+    std::filesystem::remove(file);
   }
 }
 

@@ -1,6 +1,3 @@
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include "log4vrk/net/internal/LOGRecoveryFiles.h"
 #include "log4vrk/net/internal/LOGRecoveryRecord.h"
 #include "tests/support/Tests.h"
@@ -18,11 +15,7 @@ class RecoveryFilesTest : public testing::Test {
   I18NString directory() const { return I18NString(m_dir.file("recovery").c_str()); }
 
   Texts names() const {
-    Texts result;
-    std::error_code missing;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.file("recovery"), missing)) {
-      result.push_back(entry.path().filename());
-    }
+    Texts result = namesIn(m_dir.file("recovery"));
     std::sort(result.begin(), result.end());
     return result;
   }
@@ -241,28 +234,21 @@ TEST_F(RecoveryFilesTest, FileThatCannotBeRemovedIsNotDeliveredTwice) {
 }
 
 TEST_F(RecoveryFilesTest, DamagedFileYieldsItsBeginningAndIsSetAside) {
+  const std::string payload(20, 'x');
+  const std::size_t length = record(1, payload).size();
   std::string whole;
-  Texts messages;
-  for (std::uint64_t i = 1; whole.size() < 4096; ++i) {
-    const std::string payload(i * 37 % 200, static_cast<char>('a' + i % 26));
-    whole += record(i, payload);
-    messages.push_back(std::to_string(i) + " " + payload);
-  }
+  for (std::uint64_t i = 1; i <= 5; ++i) whole += record(i, payload);
   const auto isPrefix = [&](const std::string& bytes, std::size_t intact) {
-    std::size_t end = 0, count = 0;  // of the records that are before the damage
-    while (count < messages.size() && end + LOGRecoveryRecord::lengthAt(&whole[end]) <= intact) {
-      end += LOGRecoveryRecord::lengthAt(&whole[end]);
-      ++count;
-    }
+    const std::size_t count = intact / length;  // records that are before the damage
     m_dir.write(OLD, bytes);
     LOGRecoveryFiles files(directory());
     ASSERT_TRUE(files.open());
     ASSERT_EQ(count, files.pending());
-    ASSERT_EQ(Texts(messages.begin(), messages.begin() + static_cast<long>(count)), take(files));
+    ASSERT_EQ(numbered(1, count, payload), take(files));
     ASSERT_EQ(count > 0, std::filesystem::exists(m_dir.file(OLD)));
     files.acknowledge(count);
     ASSERT_FALSE(std::filesystem::exists(m_dir.file(OLD)));
-    const bool damaged = end < bytes.size();
+    const bool damaged = count * length < bytes.size();
     ASSERT_EQ(damaged ? bytes : "", m_dir.read(std::string(OLD) + ".damaged"));
     ASSERT_EQ(damaged ? bytes.size() : 0, static_cast<std::size_t>(files.bytes()));
     std::filesystem::remove(m_dir.file(std::string(OLD) + ".damaged"));

@@ -24,22 +24,14 @@ std::string wire(LOGRelpSession& session) {
   return output;
 }
 
-/// Opened, with the events 2 ("a"), 3 ("b"), ... sent.
+/// Opened, with an event sent.
 struct Opened : LOGRelpSession {
-  explicit Opened(int events) {
+  Opened() {
     begin();
     wire(*this);
     receive(OPENED);
-    for (int i = 0; i < events; ++i) add(event(std::string(1, static_cast<char>('a' + i))));
+    add(event("a"));
     wire(*this);
-  }
-  /// What has been answered, in order; refused events in brackets.
-  std::string answered() {
-    std::string texts;
-    for (LOGOutgoing done; takeAnswered(done);) {
-      texts += done.answer == LOGOutgoing::REFUSED ? "[" + done.text + "]" : done.text;
-    }
-    return texts;
   }
 };
 
@@ -105,45 +97,6 @@ TEST(LOGRelpSession, OpensSendsAndSaysGoodbye) {
   EXPECT_EQ("", session.reason());
 }
 
-TEST(LOGRelpSession, SendsEverythingUnansweredAgainInOrder) {
-  Opened session(4);
-  session.receive("2 rsp 6 200 OK\n4 rsp 6 200 OK\n0 serverclose 0\n");
-  EXPECT_EQ("a", session.answered());
-  EXPECT_EQ(LOGRelpSession::OVER, session.state());
-  session.begin();
-  session.add(event("e"));
-  wire(session);
-  session.receive(OPENED);
-  EXPECT_EQ("2 syslog 1 b\n3 syslog 1 d\n4 syslog 1 e\n", wire(session));
-  session.receive("2 rsp 6 200 OK\n3 rsp 6 200 OK\n4 rsp 6 200 OK\n");
-  EXPECT_EQ("bcde", session.answered());
-}
-
-TEST(LOGRelpSession, TriesARefusedEventOnceMore) {
-  Opened session(3);
-  session.receive("2 rsp 6 200 OK\n3 rsp 9 500 error\n4 rsp 6 200 OK\n");
-  EXPECT_EQ("a", session.answered());
-  EXPECT_EQ("5 syslog 1 b\n", wire(session));
-  session.receive("5 rsp 9 500 error\n");
-  EXPECT_EQ("[b]c", session.answered());
-  EXPECT_EQ(LOGRelpSession::READY, session.state());
-  Opened another(1);
-  another.receive("2 rsp 9 500 error\n3 rsp 6 200 OK\n");
-  EXPECT_EQ("a", another.answered());
-}
-
-TEST(LOGRelpSession, KeepsToItsWindow) {
-  LOGRelpSession session;
-  for (std::size_t i = 0; i < LOGRelpSession::WINDOW; ++i) {
-    EXPECT_TRUE(session.hasRoom());
-    session.add(event("x"));
-  }
-  EXPECT_FALSE(session.hasRoom());
-  session.forget();
-  session.add(event(std::string(LOGRelpSession::WINDOW_BYTES, 'x')));
-  EXPECT_FALSE(session.hasRoom()) << "in bytes, too";
-}
-
 TEST(LOGRelpSession, SaysWhyItIsOver) {
   constexpr const char *NO_SYSLOG = "the server accepts sessions, but no syslog messages",
                        *NO_RELP = "what answers there does not speak RELP",
@@ -162,7 +115,7 @@ TEST(LOGRelpSession, SaysWhyItIsOver) {
       {true, "?", "the server sent what is no RELP frame"},
   };
   for (const auto& [isOpened, bytes, reason] : CASES) {
-    Opened opened(1);
+    Opened opened;
     LOGRelpSession opening;
     opening.begin();
     LOGRelpSession& session = isOpened ? opened : opening;

@@ -2,13 +2,11 @@
 
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <string>
+
+#include "tests/support/Sockets.h"
 
 namespace vrktest {
 
@@ -16,24 +14,16 @@ namespace vrktest {
 class UdpReceiver {
  public:
   /// Port 0 is any free one.
-  explicit UdpReceiver(const std::string& address = "127.0.0.1", int port = 0) {
-    m_descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  explicit UdpReceiver(const std::string& address = "127.0.0.1", int port = 0)
+      : m_port(port), m_descriptor(boundSocket(SOCK_DGRAM, m_port, address)) {
     const int size = 1 << 20;
     ::setsockopt(m_descriptor, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
-    sockaddr_in name{};
-    name.sin_family = AF_INET;
-    name.sin_port = htons(static_cast<in_port_t>(port));
-    ::inet_pton(AF_INET, address.c_str(), &name.sin_addr);
-    socklen_t length = sizeof name;
-    m_bound = ::bind(m_descriptor, reinterpret_cast<sockaddr*>(&name), length) == 0;
-    ::getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&name), &length);
-    m_port = ntohs(name.sin_port);
   }
   ~UdpReceiver() { close(); }
   UdpReceiver(const UdpReceiver&) = delete;
   UdpReceiver& operator=(const UdpReceiver&) = delete;
 
-  bool isBound() const { return m_bound; }
+  bool isBound() const { return m_descriptor >= 0; }
   int port() const { return m_port; }
   void close() {
     if (m_descriptor >= 0) ::close(m_descriptor);
@@ -55,10 +45,9 @@ class UdpReceiver {
     return m_last;
   }
 
-  int m_descriptor = -1;
-  int m_port = 0;
+  int m_port;
+  int m_descriptor;
   std::string m_last;
-  bool m_bound = false;
 };
 
 }  // namespace vrktest

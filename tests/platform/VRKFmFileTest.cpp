@@ -83,12 +83,3 @@ TEST(VRKFmFile, AFullPipeIsWaitedForUntilEverythingIsWritten) {
   EXPECT_TRUE(!write(file, "x") && file.getLastError() == EPIPE);
   ::close(ends[1]);
 }
-
-TEST(VRKConfigurationFactory, ResolvesRelativeNamesOnce) {
-  VRKConfigurationFactory& factory = VRKConfigurationFactory::getInstance();
-  EXPECT_EQ(factory.resolvePath("logs/a.log"), "logs/a.log");
-  factory.setBaseDirectory("here");
-  const I18NString resolved = factory.resolvePath("logs/a.log");
-  EXPECT_EQ(resolved.toUtf8(), std::filesystem::current_path().string() + "/here/logs/a.log");
-  EXPECT_TRUE(factory.resolvePath(resolved) == resolved && factory.resolvePath("").isEmpty());
-}

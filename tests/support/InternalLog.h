@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,12 +20,7 @@ class InternalLog {
   InternalLog() : m_seen(whole().size()) {}
 
   std::string text() const { return whole().substr(m_seen); }
-  std::vector<std::string> lines() const {
-    std::istringstream in(text());
-    std::vector<std::string> result;
-    for (std::string line; std::getline(in, line);) result.push_back(line);
-    return result;
-  }
+  std::vector<std::string> lines() const { return vrktest::linesIn(text()); }
   /// How many lines hold `part`.
   long count(const std::string& part) const {
     const std::vector<std::string> all = lines();

@@ -15,12 +15,7 @@
 
 namespace vrktest {
 
-inline std::vector<std::string> linesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
+inline std::vector<std::string> linesOf(const std::string& path) { return linesIn(fileText(path)); }
 
 /// The text with `with` for every `what`.
 inline std::string replaced(std::string text, const std::string& what, const std::string& with) {
@@ -57,6 +52,10 @@ inline void logNumber(LOGLogger* logger, Way way, int writer, long number) {
   }
 }
 
+inline std::string parameter(const std::string& name, const std::string& value) {
+  return "<param name='" + name + "' value='" + value + "'/>";
+}
+
 /// Writes a document with an appender of that class and those parameters, which are XML, for the root; returns its
 /// path.
 inline std::string rootDocument(const TempDir& dir, Way way, const std::string& appenderClass,
@@ -69,7 +68,7 @@ inline std::string rootDocument(const TempDir& dir, Way way, const std::string& 
 
 /// The same for the file all.log in that directory.
 inline std::string fileDocument(const TempDir& dir, Way way = Way::ORDINARY) {
-  return rootDocument(dir, way, "FileAppender", "<param name='File' value='" + dir.file("all.log") + "'/>");
+  return rootDocument(dir, way, "FileAppender", parameter("File", dir.file("all.log")));
 }
 
 /// The lines of a file and its numbered backups, oldest first.

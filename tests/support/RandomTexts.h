@@ -20,22 +20,10 @@ inline std::u16string randomText(std::mt19937& random) {
       u"\b\f\n\r\t\x1b\x7f\u0085\u009b\u00a0\u061c\u200e\u200f\u2028\u2029\u202e\u2066\u2069\u206a\ufeff\ufffd\ufffe";
   std::u16string text(random() % 61, u'\0');
   for (char16_t& unit : text) {
-    switch (random() % 6) {
-      case 0:
-        unit = static_cast<char16_t>(random() % 0x20);
-        break;
-      case 1:
-        unit = SPECIAL[random() % SPECIAL.size()];
-        break;
-      case 2:
-        unit = static_cast<char16_t>(0xD800 + random() % 0x800);
-        break;
-      case 3:
-        unit = static_cast<char16_t>(random());
-        break;
-      default:
-        unit = static_cast<char16_t>(u'a' + random() % 26);
-    }
+    const std::uint32_t bits = static_cast<std::uint32_t>(random()), letter = u'a' + bits % 26;
+    const std::uint32_t kinds[] = {bits % 0x20, SPECIAL[bits % SPECIAL.size()], 0xD800 + bits % 0x800, bits, letter,
+                                   letter};
+    unit = static_cast<char16_t>(kinds[random() % std::size(kinds)]);
   }
   return text;
 }

@@ -1,14 +1,9 @@
 #include "tests/support/Rsyslog.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -17,23 +12,19 @@
 
 #include "tests/support/Logs.h"
 #include "tests/support/Process.h"
+#include "tests/support/Sockets.h"
 
 namespace vrktest {
 
 namespace {
 
 constexpr const char *DAEMON = "/usr/sbin/rsyslogd", *LOOPBACK = "127.0.0.1";
-constexpr int SYSLOG_PORT = 514;
 
-constexpr const char* ALL = R"(global(workDirectory="@DIR@" maxMessageSize="64k" net.enableDNS="off")
+constexpr const char* CONFIGURATION = R"(global(workDirectory="@DIR@" maxMessageSize="64k" net.enableDNS="off")
 template(name="raw" type="list") { property(name="rawmsg") constant(value="\n") }
 ruleset(name="all" queue.type="Direct") { action(type="omfile" template="raw" file="@DIR@/all.log") }
 action(type="omfile" file="@DIR@/internal.log")
-)";
-constexpr const char* UDP_INPUT = R"(module(load="imudp")
-input(type="imudp" address="@ADDRESS@" ruleset="all" port="514" rcvbufSize="8m")
-)";
-constexpr const char* RELP_INPUTS = R"(module(load="imrelp" tls.tlslib="openssl")
+module(load="imrelp" tls.tlslib="openssl")
 input(type="imrelp" port="@RELP@" address="127.0.0.1" ruleset="all" maxDataSize="64k")
 input(type="imrelp" port="@TLS@" address="127.0.0.1" ruleset="all" maxDataSize="64k" tls="on"
       tls.cacert="@DIR@/ca.pem" tls.mycert="@DIR@/@IDENTITY@.pem" tls.myprivkey="@DIR@/@IDENTITY@.key" @CLIENTS@)
@@ -56,26 +47,12 @@ openssl pkey -in client.key -aes256 -passout pass:secret -out locked.key
 
 bool runs(const std::string& command) { return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0; }
 
-int boundSocket(int type, int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = ::inet_addr(LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  const int descriptor = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
-  if (::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return descriptor;
-  ::close(descriptor);
-  return -1;
-}
-
 // Without sending anything, which the daemon would store or complain about.
-bool isOpen(const std::string& protocol, const std::string& address, int port) {
+bool isOpen(int port) {
   char withoutPeer[64];
-  std::snprintf(withoutPeer, sizeof withoutPeer, " %08X:%04X 00000000:0000 ", ::inet_addr(address.c_str()),
+  std::snprintf(withoutPeer, sizeof withoutPeer, " %08X:%04X 00000000:0000 ", ::inet_addr(LOOPBACK),
                 static_cast<unsigned>(port));
-  for (const std::string& line : linesOf("/proc/net/" + protocol)) {
-    if (line.find(withoutPeer) != line.npos) return true;
-  }
-  return false;
+  return fileText("/proc/net/tcp").find(withoutPeer) != std::string::npos;
 }
 
 }  // namespace
@@ -96,25 +73,21 @@ FreePort::FreePort() {
 
 FreePort::~FreePort() { ::close(m_reservation); }
 
-bool FreePort::isOpen() const { return vrktest::isOpen("tcp", LOOPBACK, m_number); }
+bool FreePort::isOpen() const { return vrktest::isOpen(m_number); }
 
-std::string Rsyslog::missing(Input input) {
+std::string Rsyslog::missing() {
   if (::access(DAEMON, X_OK) != 0) return "rsyslogd is not installed (Debian package rsyslog)";
-  if (input == UDP) return ::geteuid() == 0 ? "" : "port 514 needs root";
   if (!runs("ls /usr/lib*/rsyslog/imrelp.so || ls /usr/lib/*/rsyslog/imrelp.so"))
     return "imrelp is not installed (Debian package rsyslog-relp)";
   return runs("openssl version") ? "" : "openssl is not installed (Debian package openssl)";
 }
 
-Rsyslog::Rsyslog(Input input, const std::string& identity, bool clientCertificate) : m_input(input) {
-  std::string text = ALL + std::string(input == UDP ? UDP_INPUT : RELP_INPUTS);
-  if (input == RELP) {
-    m_dir.write("make", CERTIFICATES);
-    if (!runs("cd '" + m_dir.path() + "' && sh make")) throw std::runtime_error("no certificates");
-  }
+Rsyslog::Rsyslog(const std::string& identity, bool clientCertificate) {
+  m_dir.write("make", CERTIFICATES);
+  if (!runs("cd '" + m_dir.path() + "' && sh make")) throw std::runtime_error("no certificates");
+  std::string text = CONFIGURATION;
   const std::pair<const char*, std::string> VALUES[] = {
       {"@DIR@", m_dir.path()},
-      {"@ADDRESS@", ownAddress()},
       {"@RELP@", std::to_string(relpPort())},
       {"@TLS@", std::to_string(tlsPort())},
       {"@IDENTITY@", identity},
@@ -136,10 +109,7 @@ void Rsyslog::start() {
 
 bool Rsyslog::startAndWait() {
   start();
-  const bool ready = eventually([&] {
-    if (m_input == UDP) return isOpen("udp", ownAddress(), SYSLOG_PORT);
-    return m_ports[0].isOpen() && m_ports[1].isOpen();
-  });
+  const bool ready = eventually([&] { return m_ports[0].isOpen() && m_ports[1].isOpen(); });
   EXPECT_TRUE(ready) << "rsyslogd is not ready: " << m_dir.read("internal.log") << m_dir.read("stderr");
   return ready;
 }
@@ -166,11 +136,6 @@ const std::vector<std::string>& Rsyslog::lines() {
     m_read += static_cast<long>(line.size()) + 1;
     m_lines.push_back(line);
   }
-  return m_lines;
-}
-
-const std::vector<std::string>& Rsyslog::waitForLines(std::size_t count) {
-  eventually([&] { return lines().size() >= count; });
   return m_lines;
 }
 

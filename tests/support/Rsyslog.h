@@ -37,25 +37,21 @@ class FreePort {
 /// Errors: operations that fail add a failure to the test; the constructor raises when there are no certificates.
 class Rsyslog {
  public:
-  enum Input {
-    RELP,  // on 127.0.0.1, a free port without TLS and another one with it
-    UDP,   // on ownAddress(), port 514, which needs root
-  };
-
   /// Empty when this machine can run such a daemon, otherwise what is missing, for GTEST_SKIP().
-  static std::string missing(Input input);
+  static std::string missing();
 
   /// Picks the ports and makes certificates; starts nothing. `identity` is the certificate that the server shows. When
   /// `clientCertificate`, clients have to show one for relp-client.
-  explicit Rsyslog(Input input, const std::string& identity = "server", bool clientCertificate = false);
+  explicit Rsyslog(const std::string& identity = "server", bool clientCertificate = false);
   /// Kills the daemon when it runs.
   ~Rsyslog();
   Rsyslog(const Rsyslog&) = delete;
   Rsyslog& operator=(const Rsyslog&) = delete;
 
+  /// Of 127.0.0.1, without TLS and with it.
   int relpPort() const { return m_ports[0].number(); }
   int tlsPort() const { return m_ports[1].number(); }
-  /// With RELP there are an authority, "ca", and what it has signed: "server" (for localhost and 127.0.0.1), "expired"
+  /// There are an authority, "ca", and what it has signed: "server" (for localhost and 127.0.0.1), "expired"
   /// (the same, but no longer valid), "other" (for other.example), "bare" (with localhost as its common name only),
   /// "client" (for relp-client). Keys have no password; "locked" is that of "client" with one.
   std::string certificate(const std::string& name) const { return m_dir.file(name + ".pem"); }
@@ -73,12 +69,9 @@ class Rsyslog {
 
   /// What is stored, in order; a line that is being written is left out.
   const std::vector<std::string>& lines();
-  /// Waits until there are so many lines, or the time is up. Then what there is.
-  const std::vector<std::string>& waitForLines(std::size_t count);
 
  private:
   const TempDir m_dir;
-  const Input m_input;
   const FreePort m_ports[2];
   pid_t m_process = -1;
 

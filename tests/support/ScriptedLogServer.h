@@ -2,11 +2,7 @@
 
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <deque>
@@ -18,6 +14,7 @@
 #include <vector>
 
 #include "log4vrk/net/internal/LOGRelpFrames.h"
+#include "tests/support/Sockets.h"
 
 namespace vrktest {
 
@@ -31,14 +28,7 @@ class ScriptedLogServer {
   using Script = std::function<Answer(const std::string& text)>;
 
   explicit ScriptedLogServer(Script script) : m_script(std::move(script)) {
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = ::inet_addr("127.0.0.1");
-    if (::bind(m_listener, reinterpret_cast<sockaddr*>(&address), size) != 0) throw std::runtime_error("bind");
     if (::listen(m_listener, 16) != 0) throw std::runtime_error("listen");
-    ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
-    m_port = ntohs(address.sin_port);
     m_thread = std::thread([this] { serve(); });
   }
   ~ScriptedLogServer() {
@@ -134,8 +124,8 @@ class ScriptedLogServer {
   }
 
   const Script m_script;
-  const int m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   int m_port = 0;
+  const int m_listener = boundSocket(SOCK_STREAM, m_port);
   std::atomic<bool> m_over{false};
   std::atomic<std::size_t> m_heldCount{0};
   mutable std::mutex m_mutex;

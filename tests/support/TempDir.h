@@ -7,8 +7,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace vrktest {
 
@@ -16,6 +18,23 @@ namespace vrktest {
 inline std::string fileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline std::vector<std::string> linesIn(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+/// The names of what is in a directory, without order; none when there is no such directory.
+inline std::vector<std::string> namesIn(const std::string& directory) {
+  std::vector<std::string> names;
+  std::error_code missing;
+  for (const auto& entry : std::filesystem::directory_iterator(directory, missing)) {
+    names.push_back(entry.path().filename());
+  }
+  return names;
 }
 
 /// Removed with all that is in it. Names may lead into subdirectories.

@@ -14,7 +14,6 @@ class LOG4VRK_EXPORT VRKFault {
  public:
   /// Where a failure can be injected.
   enum Point {
-    LOCK,
     SLEEP,
     ALLOCATION,
     TEXT_CONVERSION,
