@@ -11,7 +11,7 @@ root=$(readlink -f "$1")
 here=$root/tests/docs
 for program in doxygen python3; do
   command -v "$program" >/dev/null && continue
-  echo "SKIPPED: $program is not installed (Debian package ${program/python3/python3-minimal})"
+  echo "SKIPPED: $program is not installed (Debian package $program)"
   exit 77
 done
 
