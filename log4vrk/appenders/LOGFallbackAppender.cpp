@@ -85,14 +85,15 @@ bool LOGFallbackAppender::offer(LOGAppenderSkeleton& appender, LOGLoggingEvent* 
 
 // As a logger would deliver. Whatever is raised: there may be another appender.
 bool LOGFallbackAppender::isTakenBy(LOGAppenderSkeleton& appender, LOGLoggingEvent* event) {
-  const LOGTaking taking(LOGThreadState::current());
-  return logContainAll(FAILURES, false, [&] {
+  LOGTaking taking(LOGThreadState::current());
+  const bool isDone = logContainAll(FAILURES, false, [&] {
     appender.activateOptions();
     const LOGAppenderInternals* const internals = LOGAppenderInternals::ofWhole(appender);
     const bool hasFast = internals != nullptr && internals->appendFast != nullptr;
     if (!hasFast || !internals->appendFast(appender, event)) appender.doAppend(event);
-    return taking.isTaken();
+    return true;
   });
+  return taking.isTaken() && isDone;
 }
 
 LOGFallbackAppender::Out* LOGFallbackAppender::find(const LOGAppenderSkeleton& appender) {

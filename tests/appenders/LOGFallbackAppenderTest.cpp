@@ -74,12 +74,15 @@ TEST_F(FallbackAppenderTest, KnowsOfEachKindOfAppenderWhetherItTookTheEvent) {
   LOGJournalAppender noJournal;
   noJournal.setSocket(path("no-socket"));
   LOGTCPSocketAppender noServer;
-  LOGFallbackAppender nobody, nested;
+  LOGFallbackAppender nobody, nested, fallsBack;
+  nobody.setName("nobody");
   nested.addAppender(&nobody);
   RecordingAppender raises, raisesUnknown, refusesToStart, takes;
   raises.onAppend = [](const std::string&) { throw VRKOutOfMemoryError(VRK_HERE); };
   raisesUnknown.onAppend = [](const std::string&) { throw 1; };
   refusesToStart.onActivate = [] { throw std::runtime_error("no"); };
+  fallsBack.addAppender(&nobody);
+  fallsBack.addAppender(&takes);
   LOGFileAppender denies(&m_pattern, path("denies"), 1);
   denies.addFilter(&deniesAll);
   const std::tuple<const char*, LOGAppenderSkeleton*, bool> CASES[] = {
@@ -102,6 +105,7 @@ TEST_F(FallbackAppenderTest, KnowsOfEachKindOfAppenderWhetherItTookTheEvent) {
       {"a queue", &queue, true},
       {"an appender of the program's", &takes, true},
       {"a filter that denies", &denies, true},
+      {"one that has fallen back itself", &fallsBack, true},
   };
   vrktest::Tree tree;
   for (const auto& [what, first, isTaken] : CASES) {

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <utility>
+
 #include "log4vrk/core/internal/LOGThreadState.h"
 
 /// An appender returns nothing from doAppend(). So what refuses an event on its way, or loses it, says refuse() on the
@@ -9,12 +11,13 @@
 /// threshold that denies an event is no refusal: the appender does what it is told.
 class LOGTaking {
  public:
-  explicit LOGTaking(const LOGThreadState& thread) : m_thread(thread), m_refusals(thread.refusals) {}
-  bool isTaken() const { return m_thread.refusals == m_refusals; }
+  explicit LOGTaking(LOGThreadState& thread) : m_thread(thread), m_refusals(thread.refusals) {}
+  /// Asked once. A refusal is whoever asks' to deal with: nobody further out hears of it.
+  bool isTaken() { return std::exchange(m_thread.refusals, m_refusals) == m_refusals; }
 
   static void refuse() { ++LOGThreadState::current().refusals; }
 
  private:
-  const LOGThreadState& m_thread;
+  LOGThreadState& m_thread;
   const unsigned m_refusals;
 };
