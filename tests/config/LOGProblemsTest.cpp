@@ -85,7 +85,7 @@ TEST_F(ProblemsTest, NameTheVariablesThatCannotBePutInAndTheOthersAreOnce) {
                           "<param name='ConversionPattern' value='" +
                           value + "'/></layout></appender><root><appender-ref ref='f'/></root></log4j:configuration>");
     LOGManager::getRootLogger()->error("text");
-    const std::string text = dir.read("f");
+    std::string text = dir.read("f");
     dir.write("f", "");
     return text;
   };
