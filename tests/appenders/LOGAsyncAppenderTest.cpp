@@ -119,9 +119,10 @@ TEST_F(AsyncAppenderTest, ContextAndFieldsGoAlongAndNothingOfThemStays) {
     LOG4VRK_INFO_KV(logger, text, "f", field);
     LOG4VRK_INFO(logger, "context only");
     const std::string inContext = "|" + number + "|";
-    for (const std::string& each : {text + "||", text + inContext + field, "context only" + inContext}) {
-      expected.push_back(each);
-    }
+    expected.push_back(text + "||");
+    expected.push_back(text + inContext);
+    expected.back() += field;
+    expected.push_back("context only" + inContext);
   }
   appender.close();
   EXPECT_EQ(expected, changing.texts);
