@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "tests/config/DocumentTable.h"
 #include "tests/config/DocumentTrial.h"
 #include "tests/support/Tests.h"
@@ -60,11 +58,17 @@ struct DocumentCheckTest : testing::Test {
 
   // Names, and values in their quotes, but not those of files.
   static std::vector<std::pair<std::size_t, std::size_t>> wordsIn(const std::string& document) {
-    static const std::regex WORD("'[^']*'|[A-Za-z0-9:-]+");
+    constexpr char LETTERS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-";
     std::vector<std::pair<std::size_t, std::size_t>> words;
-    for (std::sregex_iterator each(document.begin(), document.end(), WORD), end; each != end; ++each) {
-      const bool isFile = each->str().find('/') != std::string::npos;
-      if (!isFile) words.emplace_back(each->position(), each->length());
+    for (std::size_t at = 0, end; at < document.size(); at = end) {
+      const bool isValue = document[at] == '\'';
+      end = isValue ? document.find('\'', at + 1) + 1
+                    : std::min(document.find_first_not_of(LETTERS, at), document.size());
+      const bool isFile = document.substr(at, end - at).find('/') != std::string::npos;
+      if (end == at)
+        ++end;
+      else if (!isFile)
+        words.emplace_back(at, end - at);
     }
     return words;
   }
