@@ -26,7 +26,7 @@ done <<'STOPS'
 |^[0-9-]+ [0-9:,]+ DEBUG \[[^]]+\] .* orders\.(worker|intake) - 
 console|^[0-9:,]+ WARN  stock - only [0-9]+ x [a-z]+ left
 time-rolled|^== the end of log/orders\.log\.[0-9T-]+\.1\.gz
-queue| 223 [0-9]+ log/orders\.log
+queue|^[0-9-]+ [0-9:,]+ INFO  \[[^]]+\] shop - closing the shop$
 json|^\{"@timestamp":.*"message":"closing the shop"
 journal|closing the shop
 log-server| info shop [0-9a-f]+/[0-9]+ -closing the shop
