@@ -6,9 +6,9 @@
 
 set -euo pipefail
 example=$1 forward=$2
-pg=$(find /usr/lib/postgresql -maxdepth 2 -name bin 2>/dev/null | sort -V | tail -n 1)
+pg=$(find /usr/lib/postgresql -maxdepth 2 -name bin 2>/dev/null | sort -V | tail -n 1 || true)
 : "${pg:=/usr/lib/postgresql/*/bin}"
-modules=$(find /usr/lib/*-linux-gnu*/rsyslog -maxdepth 0 2>/dev/null | head -n 1)
+modules=$(find /usr/lib/*-linux-gnu*/rsyslog -maxdepth 0 2>/dev/null | head -n 1 || true)
 for need in "$pg/initdb:postgresql" /usr/bin/redis-server:redis-server "$modules/ompgsql.so:rsyslog-pgsql" \
   "$modules/omhiredis.so:rsyslog-hiredis" "$modules/imrelp.so:rsyslog-relp"; do
   [ -e "${need%:*}" ] || { echo "SKIPPED: ${need%:*} is not installed (Debian package ${need##*:})"; exit 77; }
