@@ -49,7 +49,6 @@ bool LOGFallbackAppender::isTakenByAny(const LOGAppenderList& list, LOGLoggingEv
   const auto takes = [&](const LOGAppenderList::Attached& each) VRK_NO_THREAD_SAFETY_ANALYSIS {
     return isStillAttached(*each.appender, list) && offer(*each.appender, event);
   };
-  if (m_out.empty() && takes(list.attached.front())) return true;  // as nearly always
   const auto isPassedOver = [&](const LOGAppenderSkeleton& appender) VRK_NO_THREAD_SAFETY_ANALYSIS {
     const Out* const out = find(appender);
     return out != nullptr && (out->isTried || Clock::now() < out->since + m_retryDelay);

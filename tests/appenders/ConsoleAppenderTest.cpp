@@ -1,6 +1,18 @@
 #include "tests/appenders/AppenderFixture.h"
 
+namespace {
+
 using ConsoleAppenderTest = AppenderFixture;
+
+struct FailingLayout : LOGLayout {
+  I18NString& format(LOGLoggingEvent*) override {
+    if (foreign) throw 7;
+    throw VRKThrowable("no text", VRK_HERE);
+  }
+  bool foreign = false;
+};
+
+}  // namespace
 
 TEST_F(ConsoleAppenderTest, WritesEachEventAtOnceToTheStreamOfItsTarget) {
   for (const std::string target : {"Out", "ERR", "unknown"}) {
@@ -37,10 +49,23 @@ TEST_F(ConsoleAppenderTest, ClosingLeavesTheDescriptorOpenAndLastsUntilTheNextTa
   EXPECT_EQ((vrktest::Texts{out.next(), out.next(), out.next()}), (vrktest::Texts{"one\n", "two\n", "three\n"}));
 }
 
-TEST_F(ConsoleAppenderTest, ReportsWhatCannotBeFlushed) {
+TEST_F(ConsoleAppenderTest, ReportsWhyAnEventWasLost) {
   const Redirected out(1);
-  LOGConsoleAppender appender(&m_layout);
-  appender.activateOptions();
+  FailingLayout layout;
+  LOGConsoleAppender appender;
+  log(appender, "no layout, no report");
+  TestEvent event("lost");
+  const LOGGuard guard(appender);
+  EXPECT_THROW(appender.subappend(&event), VRKAssertError);
+  appender.setLayout(&layout);
+  appender.subappend(&event);
+  layout.foreign = true;
+  EXPECT_THROW(appender.subappend(&event), int);
+  const std::string start = "log4vrk:ERROR LOGAppenderSkeleton::subAppend -- ";
+  EXPECT_EQ(m_log.lines().at(0), "log4vrk:ERROR LOGConsoleAppender::subappend -- NULL layout");
+  EXPECT_EQ(m_log.lines().at(1).find(start + "VRKThrowable: no text"), 0u);
+  EXPECT_EQ(m_log.lines().at(2), start);
+  appender.setLayout(&m_layout);
   VRKFault::arm(VRKFault::FILE_FLUSH);
   log(appender, "written");
   EXPECT_EQ(m_log.count("LOGQuietWriter::stWrite -- VRKThrowable exception occurred"), 1) << "each event is flushed";

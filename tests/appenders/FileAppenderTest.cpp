@@ -34,6 +34,20 @@ TEST_F(FileAppenderTest, TakesAnotherFileOnlyAfterItWasClosed) {
   EXPECT_EQ(openDescriptors(), descriptors);
 }
 
+TEST_F(FileAppenderTest, FlushesOnOpeningAndThenOnlyWhenTold) {
+  VRKFault::arm(VRKFault::FILE_FLUSH);
+  LOGFileAppender appender(&m_layout, path("log"));
+  EXPECT_FALSE(VRKFault::hit(VRKFault::FILE_FLUSH));
+  for (int immediate : {0, 1}) {
+    appender.setImmediateFlush(immediate);
+    VRKFault::arm(VRKFault::FILE_FLUSH);
+    log(appender, "x");
+    EXPECT_EQ(VRKFault::hit(VRKFault::FILE_FLUSH), immediate == 0);
+  }
+  appender.setBufferedIO(1);
+  EXPECT_EQ(appender.getImmediateFlush(), 0);
+}
+
 TEST_F(FileAppenderTest, AFailureIsReportedInTheWordsOfTheOperation) {
   VRKFault::arm(VRKFault::TEXT_CONVERSION);
   LOGRollingFileAppender rolling(&m_layout, path("rolling"));
@@ -43,6 +57,12 @@ TEST_F(FileAppenderTest, AFailureIsReportedInTheWordsOfTheOperation) {
   EXPECT_EQ(m_log.count("LOGCountingQuietWriter::write -- VRKThrowable exception occurred VRKSystemError: " +
                         m_dir.file("rolling") + ": Input/output error (5), at LOGQuietWriter::throwFileError:"),
             1);
+  struct : LOGFileAppender {
+    void setQWForFiles() override { throw 7; }
+  } failing;
+  EXPECT_THROW(failing.setFile(path("failing"), 1, 0, 0), int);
+  EXPECT_EQ(m_log.count("log4vrk:ERROR LOGFileAppender::setFile -- generic exception happened"), 1);
+  EXPECT_EQ(m_log.count("log4vrk:ERROR LOGFileAppender::setFileOptions -- generic exception happened"), 1);
 }
 
 TEST_F(FileAppenderTest, BuffersWholeEventsUntilThereAreEnough) {

@@ -79,6 +79,12 @@ TEST_F(DOMConfiguratorTest, TakesTheParametersOfEachClassAndNoOthers) {
   logger->removeAllAppenders();
 }
 
+TEST_F(DOMConfiguratorTest, ReducesClassNamesAtTheLastDot) {
+  const std::pair<const char*, const char*> cases[] = {{"a.b.C", "C"}, {"C", "C"},  {"a.b.", "a.b."},
+                                                       {"", ""},       {".C", "C"}, {".", "."}};
+  for (const auto& [name, reduced] : cases) EXPECT_EQ(I18NString(reduced), LOGDOMConfigurator::subst(name)) << name;
+}
+
 TEST_F(DOMConfiguratorTest, GoesOnWithWhatCouldBeConfigured) {
   EXPECT_EQ(1, configure(fileAppender("ok") + fileAppender("no/directory") +
                          "<logger name='bad'><level value='no level'/><appender-ref ref='no/directory'/>"

@@ -103,6 +103,27 @@ TEST_F(RendererMapTest, AsksTheLibraryForANewRendererAtEveryLookup) {
   EXPECT_EQ(log.text(), "");
 }
 
+TEST_F(RendererMapTest, SaysWhatItAddsAndWhatItUnloads) {
+  LOGRendererMap::clear();
+  // The library is asked before the repository is looked at.
+  EXPECT_EQ(assertionOf([] { LOGRendererMap::addRenderer(nullptr, "EchoRenderer", "Echoed"); }),
+            "LOGRendererMap: VRK_ASSERT(repository);");
+  EXPECT_EQ(livingRenderers(), 1);
+  LOGRendererMap::addRenderer(&repository, "NullRenderer", "Echoed");
+  LOGRendererMap::clear();
+  EXPECT_EQ(log.text(), R"(log4vrk: LOGRendererMap::clear() -- begin
+log4vrk: LOGRendererMap::clear -- the lib list is empty.
+log4vrk: LOGRendererMap::clear() -- all libs are unloaded.
+log4vrk: Rendering class: [EchoRenderer], Rendered class: [Echoed].
+log4vrk: Rendering class: [NullRenderer], Rendered class: [Echoed].
+log4vrk:ERROR Could not instantiate renderer [NullRenderer].
+log4vrk: LOGRendererMap::clear() -- begin
+log4vrk: LOGRendererMap::clear() -- unload rendering library: EchoRenderer
+log4vrk: LOGRendererMap::clear ---- Could not close the library: EchoRenderer
+log4vrk: LOGRendererMap::clear() -- all libs are unloaded.
+)");
+}
+
 TEST_F(RendererMapTest, FreesRenderersThatAreReplacedAndUnloadsWhenTheRenderOnAnotherThreadHasEnded) {
   const Deadline deadline(60);
   for (int i = 0; i < 50; ++i) LOGRendererMap::addRenderer(&repository, "EchoRenderer", "Echoed");

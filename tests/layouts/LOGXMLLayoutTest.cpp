@@ -50,3 +50,16 @@ TEST(XMLLayoutTest, CopiesEveryTextAsItIs) {
   EXPECT_EQ(layout.format(nullptr), "");
   EXPECT_EQ(layout.ignoresThrowable(), 0) << "a throwable is part of the text";
 }
+
+TEST(XMLLayoutTest, TakesItsOptionByExactNameAndInAnyCaseOfTheValue) {
+  const std::tuple<const char*, const char*, int> CASES[] = {{"LocationInfo", "TRUE", 1},
+                                                             {"LocationInfo", "fAlse", 0},
+                                                             {"LocationInfo", " true", 7},
+                                                             {"locationinfo", "true", 7}};
+  LOGXMLLayout layout;
+  for (const auto& [option, value, expected] : CASES) {
+    layout.setLocationInfo(7);
+    layout.setOption(option, value);
+    EXPECT_EQ(layout.getLocationInfo(), expected) << option << "=" << value;
+  }
+}
